@@ -1,0 +1,10 @@
+# The maker's values, in one place. Everything that names the product, its maker or their addresses reads them here.
+set(QUILLERY_NAME "Quillery")
+set(QUILLERY_MAKER "Fenwarde")
+set(QUILLERY_BUNDLE_IDENTIFIER "com.fenwarde.quillery")
+set(QUILLERY_WEB_PAGE "https://quillery.example.com/")
+set(QUILLERY_SUPPORT_ADDRESS "support@quillery.example.com")
+set(QUILLERY_COPYRIGHT "Copyright © 2026 Fenwarde")
+set(QUILLERY_FEED_ADDRESS "https://quillery.example.com/appcast.xml")
+# The public half of the key that signs updates (EdDSA, base64). The maker's releases replace this placeholder.
+set(QUILLERY_FEED_PUBLIC_KEY "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=")
