@@ -1,0 +1,17 @@
+// What the program finds out before it sorts.
+#pragma once
+
+#include <string>
+
+// The bundle identifier by which Safari is known.
+inline constexpr const char* safariIdentifier = "com.apple.Safari";
+
+// Whether at least one Safari process is running.
+bool safariRunning();
+
+// The path of the current user's bookmark file.
+std::string bookmarkFile();
+
+// Whether the bookmark file can be read. It is read, whole: what governs access to Safari's data shows only when
+// someone reads them. Every failure counts alike, and nothing is reported.
+bool canReadBookmarks();

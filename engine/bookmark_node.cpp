@@ -1,0 +1,39 @@
+#include "engine/bookmark_node.h"
+
+namespace {
+
+NodeType typeOf(const std::optional<PlistText>& text) {
+  if (!text) return NodeType::other;
+  if (*text == bookmark::leafType) return NodeType::leaf;
+  return *text == bookmark::listType ? NodeType::list : NodeType::other;
+}
+
+}  // namespace
+
+NodeFields fieldsOf(const PlistValue& node) {
+  constexpr std::array keys = {bookmark::type, bookmark::title, bookmark::uriDictionary, bookmark::children};
+  const auto [type, title, uriDictionary, children] = node.indicesOf(keys);
+  NodeFields fields;
+  fields.children = children;
+  if (type != PlistValue::absent) fields.type = typeOf(node.stringAt(type));
+  std::optional<PlistText> text;
+  if (title != PlistValue::absent) text = node.stringAt(title);
+  if (!text && uriDictionary != PlistValue::absent) {
+    const PlistValue uri = node.valueAt(uriDictionary);
+    if (const auto inner = uri.indexOf(bookmark::uriTitle)) text = uri.stringAt(*inner);
+  }
+  if (text) fields.title = *text;
+  return fields;
+}
+
+bool folder(const PlistValue& node) { return fieldsOf(node).type == NodeType::list; }
+
+std::u16string title(const PlistValue& node) { return fieldsOf(node).title.utf16(); }
+
+std::optional<PlistValue> childrenOf(const PlistValue& node) {
+  std::optional<PlistValue> children = node.value(bookmark::children);
+  if (!children || !children->is(PlistKind::array)) return std::nullopt;
+  for (std::size_t index = 0; index < children->size(); ++index)
+    if (children->kindAt(index) != PlistKind::dictionary) return std::nullopt;
+  return children;
+}

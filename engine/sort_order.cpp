@@ -1,0 +1,127 @@
+#include "engine/sort_order.h"
+
+#include <algorithm>
+#include <compare>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "engine/bookmark_node.h"
+#include "platform/platform.h"
+
+namespace {
+
+bool sortable(const NodeFields& fields) {
+  return fields.type != NodeType::other && !fields.title.startsWith(bookmark::reservedPrefix);
+}
+
+class Sorter {
+ public:
+  explicit Sorter(const Collation& collation) : collation_(collation) {}
+
+  PlistValue sorted(const PlistValue& node, bool root) { return sorted(node, fieldsOf(node), root); }
+
+ private:
+  // A sortable child and what its place depends on.
+  struct Record {
+    std::size_t offset;  // among the children
+    bool folder;
+    PlistText title;
+    std::u16string_view units = {};  // of the title, once all of the folder's are gathered
+  };
+
+  PlistValue sorted(const PlistValue& node, const NodeFields& fields, bool root) {
+    if (fields.children == PlistValue::absent || fields.title == bookmark::readingListTitle) return node;
+    // A node that several folders hold is sorted once, and stays one node.
+    const bool remember = !root && node.mayBeShared();
+    if (remember)
+      if (const auto done = done_.find(node.identity()); done != done_.end()) return done->second.second;
+    PlistValue result = withSortedChildren(node, fields, root);
+    if (remember) done_.emplace(node.identity(), std::pair(node, result));
+    return result;
+  }
+
+  PlistValue withSortedChildren(const PlistValue& node, const NodeFields& fields, bool root) {
+    const std::optional<PlistValue> children = childrenOf(node);
+    if (!children) return node;
+    bool changed = false;
+    std::vector<PlistValue> elements;
+    std::vector<Record> records;
+    elements.reserve(children->size());
+    records.reserve(root ? 0 : children->size());
+    for (std::size_t index = 0; index < children->size(); ++index) {
+      PlistValue& element = elements.emplace_back(children->at(index));
+      const NodeFields child = fieldsOf(element);
+      if (!root && sortable(child)) records.push_back({index, child.type == NodeType::list, child.title});
+      if (child.children == PlistValue::absent) continue;
+      PlistValue inOrder = sorted(element, child, false);
+      if (inOrder.identity() == element.identity()) continue;
+      element = std::move(inOrder);
+      changed = true;
+    }
+    changed |= order(elements, records);
+    return changed ? node.replacing(fields.children, children->rearranged(std::move(elements))) : node;
+  }
+
+  // Puts the elements of the records in order, each into a place of one of them; answers whether any moved.
+  bool order(std::vector<PlistValue>& elements, std::vector<Record>& records) {
+    gatherTitles(records);
+    const auto before = [this](const Record& a, const Record& b) {
+      if (a.folder != b.folder) return a.folder;
+      if (a.units.data() == b.units.data()) return false;  // the very same title
+      return collation_.localizedStandardCompare(a.units, b.units) == std::strong_ordering::less;
+    };
+    if (std::is_sorted(records.begin(), records.end(), before)) return false;
+    std::vector<Record> inOrder = records;
+    std::stable_sort(inOrder.begin(), inOrder.end(), before);
+    std::vector<PlistValue> moved;
+    moved.reserve(records.size());
+    for (const Record& record : inOrder) moved.push_back(std::move(elements[record.offset]));
+    for (std::size_t place = 0; place < records.size(); ++place)
+      elements[records[place].offset] = std::move(moved[place]);
+    return true;
+  }
+
+  // Puts the titles of a folder's records side by side as UTF-16. A long one that many nodes share is put there
+  // once, or the titles together could be far longer than the file that they are in.
+  void gatherTitles(std::vector<Record>& records) {
+    constexpr std::size_t longTitle = 256;
+    struct Span {
+      std::size_t start;
+      std::size_t length;
+    };
+    std::unordered_map<const void*, Span> longOnes;
+    std::vector<Span> spans;
+    spans.reserve(records.size());
+    titles_.clear();
+    for (const Record& record : records) {
+      const bool isLong = record.title.count() > longTitle;
+      const auto known = isLong ? longOnes.find(record.title.start()) : longOnes.end();
+      if (known != longOnes.end()) {
+        spans.push_back(known->second);
+        continue;
+      }
+      const std::size_t start = titles_.size();
+      record.title.appendTo(titles_);
+      spans.push_back({start, titles_.size() - start});
+      if (isLong) longOnes.emplace(record.title.start(), spans.back());
+      // Titles that differ must not begin in one place, even where one of them is empty.
+      titles_.push_back(u'\0');
+    }
+    for (std::size_t index = 0; index < records.size(); ++index)
+      records[index].units = std::u16string_view(titles_).substr(spans[index].start, spans[index].length);
+  }
+
+  const Collation& collation_;
+  std::u16string titles_;  // of the folder that is being put in order
+  // What shared nodes became; the node is kept too, so that its identity stays its own.
+  std::unordered_map<PlistValue::Identity, std::pair<PlistValue, PlistValue>> done_;
+};
+
+}  // namespace
+
+bool sortable(const PlistValue& child) { return sortable(fieldsOf(child)); }
+
+PlistValue sorted(const PlistValue& node, bool root) { return Sorter(platform().collation).sorted(node, root); }

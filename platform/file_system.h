@@ -1,0 +1,35 @@
+// Files. Paths are absolute and in UTF-8. Every failure throws Error, with the path and the system's own words.
+#pragma once
+
+#include <string>
+
+#include "engine/bytes.h"
+
+class FileSystem {
+ public:
+  virtual ~FileSystem() = default;
+
+  // The current user's home folder, without a slash at the end.
+  virtual std::string homeFolder() = 0;
+
+  // The whole content of a file.
+  virtual Bytes read(const std::string& path) = 0;
+
+  // Whether a file's whole content, read anew, is exactly `expected`: the same bytes, whatever its dates say.
+  virtual bool holds(const std::string& path, const Bytes& expected) = 0;
+
+  // Creates a folder and the missing ones above it; every folder created gets exactly `mode` (permission bits),
+  // those that exist keep theirs. A folder that exists already is no error.
+  virtual void createFolder(const std::string& path, unsigned mode) = 0;
+
+  // Writes a new file, flushed to disk. Fails if anything of that name exists, and leaves nothing behind when
+  // it fails.
+  virtual void writeNew(const std::string& path, const Bytes& bytes) = 0;
+
+  // Sets a file's permission bits.
+  virtual void setMode(const std::string& path, unsigned mode) = 0;
+
+  // Replaces a file's content whole or not at all, keeping its permission bits: a temporary file in the same
+  // folder, flushed to disk, renamed over the target. A symbolic link is followed, not replaced.
+  virtual void writeAtomically(const std::string& path, const Bytes& bytes) = 0;
+};

@@ -1,0 +1,21 @@
+// The scheduling half of the self-test: the next-sort-date rule on fixed calendars and instants.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "platform/calendar.h"
+
+// What the suite checks: the rule itself, and the calendar search that it makes for one day.
+struct SchedulingFunctions {
+  std::function<std::optional<Instant>(Instant after, int hour, int minute, const std::vector<int>& days,
+                                       const Calendar& calendar)>
+      rule;
+  std::function<std::optional<Instant>(Instant after, const MatchingTime& matching, const Calendar& calendar)> search;
+};
+
+// Checks the program's own functions unless told otherwise. A check that fails ends the process by a signal,
+// with nothing printed.
+void runSchedulingSuite();
+void runSchedulingSuite(const SchedulingFunctions& functions);
