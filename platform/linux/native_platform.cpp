@@ -1,0 +1,24 @@
+// The platform of a Linux session without a screen.
+#include "platform/linux/civil_calendar.h"
+#include "platform/linux/console_user_interface.h"
+#include "platform/linux/icu_collation.h"
+#include "platform/linux/installed_bundle.h"
+#include "platform/linux/linux_processes.h"
+#include "platform/linux/plist/property_list_codec.h"
+#include "platform/linux/posix_file_system.h"
+#include "platform/linux/session_bus_applications.h"
+#include "platform/platform.h"
+
+const Platform& nativePlatform() {
+  static PropertyListCodec propertyLists;
+  static PosixFileSystem fileSystem;
+  static SessionBusApplications runningApplications;
+  static CivilCalendars calendars;
+  static IcuCollation collation;
+  static ConsoleUserInterface userInterface;
+  static InstalledBundle bundle;
+  static LinuxProcesses processes;
+  static const Platform platform{propertyLists, fileSystem, runningApplications, calendars, collation, userInterface,
+                                 bundle,        processes};
+  return platform;
+}

@@ -1,0 +1,364 @@
+#include "platform/linux/plist/binary_reader.h"
+
+#include <algorithm>
+#include <bit>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/plist/key_table.h"
+#include "platform/linux/plist/large_memory.h"
+#include "platform/linux/plist/plist_error.h"
+
+namespace {
+
+constexpr std::size_t headerSize = 8;
+constexpr std::size_t trailerSize = 32;
+
+// States of a record while the file is being read. Neither outlives the reader for anything that is reachable.
+constexpr std::uint8_t undecoded = 0x80;     // a flag: `bits` is the object's offset and nothing else is known
+constexpr std::uint16_t beingRead = 0xFFFF;  // a depth: the container is above the one that is being read
+
+template <std::size_t size>
+std::uint64_t bigEndianOf(const std::byte* start) {
+  std::uint64_t value = 0;
+  for (std::size_t index = 0; index < size; ++index) value = value << 8 | std::to_integer<std::uint64_t>(start[index]);
+  return value;
+}
+
+// A number of any size; of one above eight bytes the low 64 bits.
+std::uint64_t bigEndian(const std::byte* start, std::size_t size) {
+  switch (size) {
+    case 1: return bigEndianOf<1>(start);
+    case 2: return bigEndianOf<2>(start);
+    case 3: return bigEndianOf<3>(start);
+    case 4: return bigEndianOf<4>(start);
+    case 8: return bigEndianOf<8>(start);
+    default: break;
+  }
+  std::uint64_t value = 0;
+  for (std::size_t index = 0; index < size; ++index) value = value << 8 | std::to_integer<std::uint64_t>(start[index]);
+  return value;
+}
+
+class BinaryReader {
+ public:
+  explicit BinaryReader(const Bytes& bytes)
+      : document_(std::make_shared<PlistDocument>(largeMemory())), start_(bytes.data()), keys_(*document_) {
+    document_->source = bytes;
+  }
+
+  PlistValue read() {
+    readTrailer();
+    readOffsets();
+    const auto top = static_cast<std::uint32_t>(top_);
+    visit(top, 1);
+    document_->layout.root = top;
+    if (apart_) document_->layout.referenceSize = static_cast<std::uint8_t>(referenceSize_);
+    return PlistValue(PlistValue::Place{std::move(document_), top});
+  }
+
+ private:
+  // The last 32 bytes: five unused, the sort version, the sizes of an offset and of a reference, then the number of
+  // objects, the top one, and the place of the offset table. All of it has to fit the file exactly.
+  void readTrailer() {
+    const std::size_t size = document_->source.size();
+    if (size < headerSize + 1 + trailerSize)
+      throw unreadable("the binary file is cut off at byte " + std::to_string(size));
+    const std::size_t trailer = size - trailerSize;
+    offsetSize_ = bigEndian(start_ + trailer + 6, 1);
+    referenceSize_ = bigEndian(start_ + trailer + 7, 1);
+    count_ = bigEndian(start_ + trailer + 8, 8);
+    top_ = bigEndian(start_ + trailer + 16, 8);
+    table_ = bigEndian(start_ + trailer + 24, 8);
+    const auto check = [&](bool holds, const char* problem) {
+      if (!holds) throw unreadable(std::string(problem) + " in the trailer at byte " + std::to_string(trailer));
+    };
+    check(offsetSize_ >= 1, "bad offset size");
+    check(referenceSize_ >= 1, "bad reference size");
+    check(count_ >= 1, "no objects");
+    check(top_ < count_, "top object out of range");
+    check(table_ > headerSize && table_ < trailer, "offset table out of range");
+    check(count_ <= (trailer - table_) / offsetSize_ && table_ + count_ * offsetSize_ == trailer,
+          "offset table of the wrong size");
+    check(referenceSize_ >= 8 || count_ < std::uint64_t{1} << (8 * referenceSize_), "references too small");
+    check(offsetSize_ >= 8 || table_ < std::uint64_t{1} << (8 * offsetSize_), "offsets too small");
+  }
+
+  void readOffsets() {
+    document_->records.reserve(count_);
+    document_->links.reserve(table_ / referenceSize_);
+    const std::byte* entry = start_ + table_;
+    std::uint64_t previous = 0;
+    for (std::uint64_t index = 0; index < count_; ++index, entry += offsetSize_) {
+      const std::uint64_t offset = bigEndian(entry, offsetSize_);
+      if (offset >= table_)
+        throw unreadable("offset out of range in the offset table at byte " + std::to_string(entry - start_));
+      if (offset < previous) apart_ = false;
+      previous = offset;
+      document_->records.push_back({.bits = offset, .flags = undecoded});
+    }
+  }
+
+  // Decodes an object that something refers to, and everything below it. `level` counts the containers down to
+  // this object, itself included if it is one.
+  void visit(std::uint32_t index, unsigned level) {
+    PlistRecord& record = document_->records[index];
+    if (record.has(undecoded)) {
+      decode(index);
+      if (record.kind == PlistKind::array) visitArray(index, level);
+      if (record.kind == PlistKind::dictionary) visitDictionary(index, level);
+      return;
+    }
+    if (record.depth == 0) return;
+    if (record.depth == beingRead)
+      throw unreadable("object " + std::to_string(index) + " contains itself, at byte " +
+                       std::to_string(offsetOf(index)));
+    record.flags |= PlistRecord::shared;
+    requireLevel(level + record.depth - 1U, index);
+  }
+
+  void visitArray(std::uint32_t index, unsigned level) {
+    requireLevel(level, index);
+    const PlistRecord array = open(index, 1);
+    const std::byte* references = start_ + array.high();
+    for (std::size_t element = 0; element < array.count; ++element)
+      document_->links[array.low() + element] = reference(references + element * referenceSize_);
+    close(index, array.low(), 1, array.count, level);
+  }
+
+  void visitDictionary(std::uint32_t index, unsigned level) {
+    requireLevel(level, index);
+    const PlistRecord dictionary = open(index, 2);
+    const std::byte* keys = start_ + dictionary.high();
+    const std::byte* values = keys + dictionary.count * referenceSize_;
+    std::uint32_t* links = document_->links.data() + dictionary.low();
+    std::size_t entries = 0;
+    for (std::size_t entry = 0; entry < dictionary.count; ++entry) {
+      const std::uint32_t key = keyOf(reference(keys + entry * referenceSize_), index);
+      if (isDuplicate(links, entries, key)) continue;  // of equal keys the first one counts
+      links[2 * entries] = key;
+      links[2 * entries + 1] = reference(values + entry * referenceSize_);
+      ++entries;
+    }
+    seenKeys_.clear();
+    document_->records[index].count = static_cast<std::uint32_t>(entries);
+    document_->links.resize(dictionary.low() + 2 * entries);
+    close(index, dictionary.low() + 1, 2, entries, level);
+  }
+
+  // Makes room for a container's links, one or two for each thing in it.
+  PlistRecord open(std::uint32_t index, std::size_t linksEach) {
+    PlistRecord& record = document_->records[index];
+    record.depth = beingRead;
+    const std::size_t first = document_->links.size();
+    document_->links.resize(first + record.count * linksEach);
+    record.bits = std::uint64_t{record.high()} << 32 | first;
+    return record;
+  }
+
+  // Visits what a container's links lead to, and works out its depth.
+  void close(std::uint32_t index, std::size_t first, std::size_t step, std::size_t count, unsigned level) {
+    unsigned deepest = 0;
+    for (std::size_t place = 0; place < count; ++place) {
+      const std::uint32_t child = document_->links[first + place * step];
+      visit(child, level + 1);
+      deepest = std::max<unsigned>(deepest, document_->records[child].depth);
+    }
+    document_->records[index].depth = static_cast<std::uint16_t>(deepest + 1);
+  }
+
+  std::uint32_t keyOf(std::uint32_t index, std::uint32_t dictionary) {
+    PlistRecord& record = document_->records[index];
+    if (record.has(undecoded)) {
+      const std::uint64_t offset = record.low();
+      const int type = std::to_integer<int>(start_[offset]) >> 4;
+      if (offset < headerSize || (type != 0x5 && type != 0x6))
+        throw unreadable("a key that is not a string, in the dictionary at byte " +
+                         std::to_string(offsetOf(dictionary)));
+      decode(index);
+    }
+    if (record.kind != PlistKind::string)
+      throw unreadable("a key that is not a string, in the dictionary at byte " + std::to_string(offsetOf(dictionary)));
+    if (record.high() != 0) return index;
+    if (const auto alias = aliases_.find(index); alias != aliases_.end()) return alias->second;
+    const PlistText text = document_->text(record);
+    const std::uint32_t key = keys_.intern(text, text.hash(), [&] { return index; });
+    if (key != index) aliases_.emplace(index, key);
+    return key;
+  }
+
+  // Whether a key is among the first `entries` of a dictionary: looked for in place in a small one, by a table
+  // in one that has many.
+  bool isDuplicate(const std::uint32_t* links, std::size_t entries, std::uint32_t key) {
+    constexpr std::size_t few = 16;
+    if (entries < few) {
+      for (std::size_t entry = 0; entry < entries; ++entry)
+        if (links[2 * entry] == key) return true;
+      return false;
+    }
+    if (seenKeys_.empty())
+      for (std::size_t entry = 0; entry < entries; ++entry) seenKeys_.insert(links[2 * entry]);
+    return !seenKeys_.insert(key).second;
+  }
+
+  std::uint32_t reference(const std::byte* place) const {
+    const std::uint64_t index = bigEndian(place, referenceSize_);
+    if (index >= count_) throw unreadable("reference out of range at byte " + std::to_string(place - start_));
+    return static_cast<std::uint32_t>(index);
+  }
+
+  // Decodes an object, and notes whether it ends before the next one begins. Objects that do not may not be changed
+  // in place, because one of them would change with the other.
+  void decode(std::uint32_t index) {
+    decode(document_->records[index]);
+    if (end_ > (index + 1 < count_ ? offsetOf(index + 1) : table_)) apart_ = false;
+  }
+
+  // Fills in a record from the object at its offset. Containers get the place of their references, no links yet.
+  void decode(PlistRecord& record) {
+    const std::size_t offset = record.low();
+    if (offset < headerSize) throw unreadable("an offset into the header, " + std::to_string(offset));
+    end_ = offset + 1;
+    const int marker = std::to_integer<int>(start_[offset]);
+    const int low = marker & 0x0F;
+    record = {};
+    switch (marker >> 4) {
+      case 0x0:
+        if (low != 0x8 && low != 0x9) break;
+        record.bits = static_cast<std::uint64_t>(low & 1);
+        return;
+      case 0x1: return decodeInteger(record, offset);
+      case 0x2:
+        if (low == 2 || low == 3) return decodeReal(record, offset, low == 2 ? 4 : 8);
+        break;
+      case 0x3:
+        if (low != 0x3) break;
+        decodeReal(record, offset, 8);
+        record.kind = PlistKind::date;
+        return;
+      case 0x4: return decodeSpan(record, PlistKind::data, offset, 1);
+      case 0x5: return decodeString(record, PlistEncoding::latin1, offset, 1);
+      case 0x6: return decodeString(record, PlistEncoding::utf16BigEndian, offset, 2);
+      case 0xA: return decodeSpan(record, PlistKind::array, offset, referenceSize_);
+      case 0xD: return decodeSpan(record, PlistKind::dictionary, offset, 2 * referenceSize_);
+      default: break;
+    }
+    throw unreadable(std::string(typeName(marker)) + " at byte " + std::to_string(offset));
+  }
+
+  static const char* typeName(int marker) {
+    if (marker == 0x00) return "a null, which is no value here,";
+    switch (marker >> 4) {
+      case 0x2: return "a real of unknown size";
+      case 0x8: return "a UID, which is no value here,";
+      case 0xB:
+      case 0xC: return "a set, which is no value here,";
+      default: return "an object of unknown type";
+    }
+  }
+
+  // One-, two- and four-byte integers are unsigned, eight-byte ones signed; sixteen bytes hold what is above 2^63-1.
+  void decodeInteger(PlistRecord& record, std::size_t offset) {
+    const std::size_t size = std::size_t{1} << (std::to_integer<unsigned>(start_[offset]) & 0x0F);
+    if (size > 16) throw unreadable("an integer of unknown size at byte " + std::to_string(offset));
+    requireInside(offset, offset + 1, size);
+    record.kind = PlistKind::integer;
+    record.bits = bigEndian(start_ + offset + 1 + (size == 16 ? 8 : 0), std::min<std::size_t>(size, 8));
+    bool negative = size == 8 && static_cast<std::int64_t>(record.bits) < 0;
+    if (size == 16) {
+      const std::uint64_t high = bigEndian(start_ + offset + 1, 8);
+      negative = high == ~std::uint64_t{0};
+      if (high != 0 && !(negative && static_cast<std::int64_t>(record.bits) < 0))
+        throw unreadable("an integer out of range at byte " + std::to_string(offset));
+    }
+    if (negative) record.flags |= PlistRecord::negative;
+  }
+
+  void decodeReal(PlistRecord& record, std::size_t offset, std::size_t size) {
+    requireInside(offset, offset + 1, size);
+    const std::uint64_t bits = bigEndian(start_ + offset + 1, size);
+    record.kind = PlistKind::real;
+    record.bits =
+        size == 8
+            ? bits
+            : std::bit_cast<std::uint64_t>(static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(bits))));
+  }
+
+  void decodeString(PlistRecord& record, PlistEncoding encoding, std::size_t offset, std::size_t unitSize) {
+    decodeSpan(record, PlistKind::string, offset, unitSize);
+    record.flags = static_cast<std::uint8_t>(encoding);
+  }
+
+  // An object that is a count and that many things of `size` bytes each: a count below 15 is in the marker, a
+  // larger one in an integer after it.
+  void decodeSpan(PlistRecord& record, PlistKind kind, std::size_t offset, std::size_t size) {
+    std::uint64_t count = std::to_integer<std::uint64_t>(start_[offset]) & 0x0F;
+    std::size_t first = offset + 1;
+    if (count == 0x0F) {
+      requireInside(offset, first, 1);
+      const int marker = std::to_integer<int>(start_[first]);
+      const std::size_t width = std::size_t{1} << (marker & 0x0F);
+      if (marker >> 4 != 0x1) throw unreadable("a size that is not an integer at byte " + std::to_string(first));
+      requireInside(offset, first + 1, width);
+      const std::size_t excess = width > 8 ? width - 8 : 0;
+      if (bigEndian(start_ + first + 1, excess) != 0)
+        throw unreadable("a size out of range at byte " + std::to_string(first));
+      count = bigEndian(start_ + first + 1 + excess, width - excess);
+      first += 1 + width;
+    }
+    if (count > (table_ - first) / size) throw beyondObjects(offset);
+    // Objects that lie side by side fit the file. In a hostile one they overlap, and each may reach over nearly
+    // all of it: then the whole would no longer be in proportion to the file.
+    claimed_ += count * size;
+    if (claimed_ > table_) throw unreadable("objects that lie over one another, at byte " + std::to_string(offset));
+    end_ = first + count * size;
+    record.kind = kind;
+    record.count = static_cast<std::uint32_t>(count);
+    const bool container = kind == PlistKind::array || kind == PlistKind::dictionary;
+    record.bits = container ? std::uint64_t{first} << 32 : first;
+  }
+
+  void requireInside(std::size_t offset, std::size_t first, std::size_t size) {
+    if (first > table_ || size > table_ - first) throw beyondObjects(offset);
+    end_ = first + size;
+  }
+
+  static Error beyondObjects(std::size_t offset) {
+    return unreadable("the object at byte " + std::to_string(offset) + " reaches beyond the objects");
+  }
+
+  void requireLevel(unsigned level, std::uint32_t index) const {
+    if (level > plistMaximumDepth)
+      throw unreadable("more than " + std::to_string(plistMaximumDepth) +
+                       " arrays or dictionaries one in another, at byte " + std::to_string(offsetOf(index)));
+  }
+
+  // Where an object is, for a message: its record may have been decoded already.
+  std::uint64_t offsetOf(std::uint32_t index) const {
+    return bigEndian(start_ + table_ + index * offsetSize_, offsetSize_);
+  }
+
+  std::shared_ptr<PlistDocument> document_;
+  const std::byte* start_;
+  std::size_t offsetSize_ = 0;
+  std::size_t referenceSize_ = 0;
+  std::uint64_t count_ = 0;
+  std::uint64_t top_ = 0;
+  std::uint64_t table_ = 0;
+  std::uint64_t claimed_ = 0;  // bytes of the objects decoded so far
+  std::uint64_t end_ = 0;      // of the object that was decoded last
+  bool apart_ = true;          // whether no two objects share a byte, as far as is known
+  KeyTable keys_;
+  std::unordered_map<std::uint32_t, std::uint32_t> aliases_;  // keys with the text of an earlier one
+  std::unordered_set<std::uint32_t> seenKeys_;                // of a large dictionary that is being read
+};
+
+}  // namespace
+
+bool looksBinary(const Bytes& bytes) { return bytes.text().starts_with("bplist0"); }
+
+PlistValue readBinary(const Bytes& bytes) { return BinaryReader(bytes).read(); }

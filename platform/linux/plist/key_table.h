@@ -1,0 +1,46 @@
+// The keys of one document while it is being read: each distinct key is one record, however often it occurs.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "engine/plist_document.h"
+
+class KeyTable {
+ public:
+  explicit KeyTable(PlistDocument& document) : document_(document), slots_(64, empty) {}
+
+  // The record of the key with this text and hash; if there is none yet, the one that `make` answers.
+  template <class Make>
+  std::uint32_t intern(const PlistText& text, std::uint32_t hash, const Make& make) {
+    std::size_t slot = hash & (slots_.size() - 1);
+    for (; slots_[slot] != empty; slot = (slot + 1) & (slots_.size() - 1)) {
+      const PlistRecord& record = document_.records[slots_[slot]];
+      if (record.high() == hash && document_.text(record) == text) return slots_[slot];
+    }
+    const std::uint32_t key = make();
+    PlistRecord& record = document_.records[key];
+    record.bits = static_cast<std::uint64_t>(hash) << 32 | record.low();
+    slots_[slot] = key;
+    if (++count_ * 2 > slots_.size()) grow();
+    return key;
+  }
+
+ private:
+  static constexpr std::uint32_t empty = 0xFFFF'FFFF;
+
+  void grow() {
+    std::vector<std::uint32_t> larger(slots_.size() * 4, empty);
+    for (const std::uint32_t key : slots_) {
+      if (key == empty) continue;
+      std::size_t slot = document_.records[key].high() & (larger.size() - 1);
+      while (larger[slot] != empty) slot = (slot + 1) & (larger.size() - 1);
+      larger[slot] = key;
+    }
+    slots_ = std::move(larger);
+  }
+
+  PlistDocument& document_;
+  std::vector<std::uint32_t> slots_;  // open addressing; a power of two
+  std::size_t count_ = 0;
+};

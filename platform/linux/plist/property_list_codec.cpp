@@ -1,0 +1,43 @@
+#include "platform/linux/plist/property_list_codec.h"
+
+#include <string_view>
+
+#include "platform/linux/plist/binary_reader.h"
+#include "platform/linux/plist/binary_writer.h"
+#include "platform/linux/plist/old_style_reader.h"
+#include "platform/linux/plist/plist_error.h"
+#include "platform/linux/plist/text_encoding.h"
+#include "platform/linux/plist/xml_reader.h"
+#include "platform/linux/plist/xml_writer.h"
+
+namespace {
+
+// Whether text begins with an XML tag, and not with the data of an old-style property list, "<0fbd77>".
+bool beginsWithTag(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t\n\r");
+  if (first == std::string_view::npos || text[first] != '<') return false;
+  constexpr std::string_view data = "0123456789abcdefABCDEF> \t\n\r";
+  // A word such as "<array>" begins with hexadecimal digits too, so the whole of it has to be looked at.
+  const std::size_t other = text.find_first_not_of(data, first + 1);
+  return other != std::string_view::npos && text.find('>', first) > other;
+}
+
+}  // namespace
+
+PropertyLists::Parsed PropertyListCodec::parse(const Bytes& bytes) {
+  if (bytes.empty()) throw unreadable("it is empty");
+  if (bytes.size() > PlistDocument::maximumSize) throw unreadable("it is too large");
+  if (looksBinary(bytes)) return {readBinary(bytes), PropertyListFormat::binary};
+  const Bytes text = toUtf8(bytes);
+  if (beginsWithTag(text.text())) return {readXml(text, text.data() == bytes.data()), PropertyListFormat::xml};
+  return {readOldStyle(text), PropertyListFormat::oldStyle};
+}
+
+Bytes PropertyListCodec::serialize(const PlistValue& value, PropertyListFormat format) {
+  switch (format) {
+    case PropertyListFormat::binary: return writeBinary(value);
+    case PropertyListFormat::xml: return writeXml(value);
+    case PropertyListFormat::oldStyle: break;
+  }
+  throw unwritable("the old-style format can be read but not written");
+}

@@ -1,0 +1,76 @@
+#include "platform/linux/plist/text_encoding.h"
+
+#include <unicode/ucnv.h>
+
+#include <array>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/plist/plist_error.h"
+
+namespace {
+
+struct Mark {
+  std::string_view bytes;
+  const char* encoding;
+};
+// The longer ones first: UTF-32's begins with UTF-16's.
+constexpr std::array<Mark, 5> marks = {{{std::string_view("\x00\x00\xFE\xFF", 4), "UTF-32BE"},
+                                        {std::string_view("\xFF\xFE\x00\x00", 4), "UTF-32LE"},
+                                        {"\xEF\xBB\xBF", "UTF-8"},
+                                        {"\xFF\xFE", "UTF-16LE"},
+                                        {"\xFE\xFF", "UTF-16BE"}}};
+
+// The encoding that the XML declaration at the start of a text names.
+std::optional<std::string> declaredEncoding(std::string_view text) {
+  constexpr std::string_view opening = "<?xml";
+  constexpr std::string_view attribute = "encoding=";
+  if (!text.starts_with(opening)) return std::nullopt;
+  const std::string_view declaration = text.substr(0, text.find_first_of("?>", opening.size() + 1));
+  const std::size_t place = declaration.find(attribute);
+  if (place == std::string_view::npos) return std::nullopt;
+  const std::string_view value = declaration.substr(place + attribute.size());
+  if (value.empty() || (value.front() != '"' && value.front() != '\'')) return std::nullopt;
+  const std::size_t close = value.find(value.front(), 1);
+  if (close == std::string_view::npos) return std::nullopt;
+  return std::string(value.substr(1, close - 1));
+}
+
+struct CloseConverter {
+  void operator()(UConverter* converter) const { ucnv_close(converter); }
+};
+
+Bytes convert(std::string_view text, const std::string& encoding) {
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<UConverter, CloseConverter> converter(ucnv_open(encoding.c_str(), &status));
+  if (U_FAILURE(status)) throw unreadable("the unknown encoding “" + encoding + "”");
+  ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+  if (text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max() / 4))
+    throw unreadable("it is too large to be in another encoding than UTF-8");
+  std::string out(text.size() * 4, '\0');
+  const std::int32_t size =
+      ucnv_toAlgorithmic(UCNV_UTF8, converter.get(), out.data(), static_cast<std::int32_t>(out.size()), text.data(),
+                         static_cast<std::int32_t>(text.size()), &status);
+  if (U_FAILURE(status)) throw unreadable("a text that is not valid " + encoding);
+  out.resize(static_cast<std::size_t>(size));
+  return Bytes(std::move(out));
+}
+
+}  // namespace
+
+Bytes toUtf8(const Bytes& bytes) {
+  const std::string_view text = bytes.text();
+  for (const Mark& mark : marks) {
+    if (!text.starts_with(mark.bytes)) continue;
+    if (mark.encoding == std::string_view("UTF-8"))
+      return bytes.slice(mark.bytes.size(), bytes.size() - mark.bytes.size());
+    return convert(text.substr(mark.bytes.size()), mark.encoding);
+  }
+  const std::optional<std::string> declared = declaredEncoding(text);
+  if (!declared || ucnv_compareNames(declared->c_str(), "UTF-8") == 0) return bytes;
+  return convert(text, *declared);
+}

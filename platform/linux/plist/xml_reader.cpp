@@ -1,0 +1,500 @@
+#include "platform/linux/plist/xml_reader.h"
+
+#include <absl/strings/numbers.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#include "engine/base64.h"
+#include "platform/linux/plist/date_text.h"
+#include "platform/linux/plist/document_builder.h"
+#include "platform/linux/plist/plist_error.h"
+#include "platform/linux/plist/text_place.h"
+
+namespace {
+
+bool isSpace(char character) { return character == ' ' || character == '\t' || character == '\n' || character == '\r'; }
+
+// What ends a run of plain text: '<' and '&', and '>', which is plain but is written as an escape.
+bool isSpecial(char character) { return character == '<' || character == '&' || character == '>'; }
+
+// Whether any byte of a word is zero, by its high bit; exact up to and including the first one.
+std::uint64_t zeroBytes(std::uint64_t word) { return (word - 0x0101010101010101U) & ~word & 0x8080808080808080U; }
+
+// The first special character at or after `text`, eight at a time; adds to `bits` every bit of what is before it.
+const char* findSpecial(const char* text, const char* end, std::uint64_t& bits) {
+  if constexpr (std::endian::native == std::endian::little) {
+    for (; end - text >= 8; text += 8) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, text, 8);
+      // '<' and '>' differ in one bit.
+      const std::uint64_t found =
+          zeroBytes((word | 0x0202020202020202U) ^ 0x3E3E3E3E3E3E3E3EU) | zeroBytes(word ^ 0x2626262626262626U);
+      if (found == 0) {
+        bits |= word;
+        continue;
+      }
+      const int before = std::countr_zero(found) & ~7;
+      bits |= before == 0 ? 0 : word << (64 - before);
+      return text + before / 8;
+    }
+  }
+  for (; text != end && !isSpecial(*text); ++text) bits |= static_cast<unsigned char>(*text);
+  return text;
+}
+
+// The end of a run of tabs, which is what most white space is; up to eight at a time.
+const char* skipTabs(const char* text, const char* end) {
+  if constexpr (std::endian::native == std::endian::little) {
+    for (; end - text >= 8; text += 8) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, text, 8);
+      const std::uint64_t others = word ^ 0x0909090909090909U;
+      if (others != 0) return text + std::countr_zero(others) / 8;
+    }
+  }
+  return text;
+}
+
+enum class Element { array, dictionary, string, key, data, date, integer, real, truth, falsehood, plist, unknown };
+
+// Names are told apart by how long they are and by a letter, then compared once.
+Element elementOf(std::string_view name) {
+  const auto named = [&](std::string_view candidate, Element element) {
+    return name == candidate ? element : Element::unknown;
+  };
+  switch (name.size()) {
+    case 3: return named("key", Element::key);
+    case 4:
+      if (name[0] == 't') return named("true", Element::truth);
+      if (name[0] == 'r') return named("real", Element::real);
+      if (name[1] == 'i') return named("dict", Element::dictionary);
+      return name[3] == 'a' ? named("data", Element::data) : named("date", Element::date);
+    case 5:
+      if (name[0] == 'a') return named("array", Element::array);
+      return name[0] == 'f' ? named("false", Element::falsehood) : named("plist", Element::plist);
+    case 6: return named("string", Element::string);
+    case 7: return named("integer", Element::integer);
+    default: return Element::unknown;
+  }
+}
+
+class XmlReader {
+ public:
+  explicit XmlReader(const Bytes& text)
+      : builder_(text), begin_(text.text().data()), next_(begin_), end_(begin_ + text.size()) {}
+
+  PlistValue read(bool isWholeFile) {
+    skipProlog();
+    return builder_.finish(readElement(openTag(), 1), isWholeFile);
+  }
+
+ private:
+  struct Tag {
+    Element element;
+    std::string_view name;
+    bool isEmpty;
+  };
+
+  // Everything before the root element: white space, comments, processing instructions, and a document type
+  // without an internal subset.
+  void skipProlog() {
+    while (true) {
+      skipSpace();
+      if (end_ - next_ < 2) throw at(next_, "no XML content");
+      if (*next_ != '<') throw at(next_, "unexpected character " + quoted(*next_));
+      if (next_[1] == '?')
+        skipPast("?>", "a processing instruction that does not end");
+      else if (startsWith("<!--"))
+        skipPast("-->", "a comment that does not end");
+      else if (next_[1] == '!')
+        skipDocumentType();
+      else
+        return;
+    }
+  }
+
+  void skipDocumentType() {
+    if (!startsWith("<!DOCTYPE")) throw at(next_, "a malformed document type");
+    const char* found = std::find_if(next_, end_, [](char character) { return character == '>' || character == '['; });
+    if (found == end_) throw at(next_, "a document type that does not end");
+    if (*found == '[') throw at(found, "a document type with an internal subset");
+    next_ = found + 1;
+  }
+
+  // Moves to the next element, past white space, comments and processing instructions; false at a closing tag.
+  bool findElement() {
+    while (true) {
+      skipSpace();
+      if (next_ == end_) throw at(next_, "unexpected end");
+      if (*next_ != '<') throw at(next_, "unexpected character " + quoted(*next_) + " instead of an element");
+      if (end_ - next_ < 2) throw at(next_, "unexpected end");
+      switch (next_[1]) {
+        case '/': return false;
+        case '?': skipPast("?>", "a processing instruction that does not end"); break;
+        case '!':
+          if (!startsWith("<!--")) throw at(next_, "a declaration among the elements");
+          next_ += 2;
+          skipPast("-->", "a comment that does not end");
+          break;
+        default: return true;
+      }
+    }
+  }
+
+  // Reads an opening tag. Attributes are ignored.
+  Tag openTag() {
+    const char* name = ++next_;
+    const char* nameEnd = name;
+    while (nameEnd != end_ && *nameEnd != '>' && !isSpace(*nameEnd)) ++nameEnd;
+    const char* close = std::find(nameEnd, end_, '>');
+    if (close == end_) throw at(name, "a tag that does not end");
+    const bool isEmpty = close[-1] == '/';
+    if (isEmpty && nameEnd == close) --nameEnd;
+    if (nameEnd == name) throw at(name, "a tag without a name");
+    next_ = close + 1;
+    const std::string_view text(name, static_cast<std::size_t>(nameEnd - name));
+    const Element element = elementOf(text);
+    if (element == Element::unknown) throw at(name, "the unknown element <" + std::string(text.substr(0, 40)) + ">");
+    return {element, text, isEmpty};
+  }
+
+  void closeTag(const Tag& tag) {
+    if (end_ - next_ < 2 || next_[0] != '<' || next_[1] != '/')
+      throw at(next_, next_ == end_
+                          ? "unexpected end"
+                          : "unexpected character " + quoted(*next_) + " instead of </" + std::string(tag.name) + ">");
+    next_ += 2;
+    if (!startsWith(tag.name)) throw at(next_, "a closing tag that does not match <" + std::string(tag.name) + ">");
+    next_ += tag.name.size();
+    skipSpace();
+    if (next_ == end_ || *next_ != '>')
+      throw at(next_, "a closing tag that does not match <" + std::string(tag.name) + ">");
+    ++next_;
+  }
+
+  // Reads the rest of an element after its opening tag; `level` counts the containers down to this one.
+  std::uint32_t readElement(const Tag& tag, unsigned level) {
+    switch (tag.element) {
+      case Element::array: return readArray(tag, level);
+      case Element::dictionary: return readDictionary(tag, level);
+      case Element::string:
+      case Element::key: {
+        if (tag.isEmpty) return builder_.addText(std::string_view());
+        const std::uint32_t string = readText(false);
+        closeTag(tag);
+        return string;
+      }
+      case Element::data: return readData(tag);
+      case Element::date: return readDate(tag);
+      case Element::integer: return readInteger(tag);
+      case Element::real: return readReal(tag);
+      case Element::truth:
+      case Element::falsehood:
+        if (!tag.isEmpty) closeTag(tag);
+        return builder_.addBoolean(tag.element == Element::truth);
+      case Element::plist: return readPlist(tag, level);
+      case Element::unknown: break;
+    }
+    throw at(tag.name.data(), "an unknown element");
+  }
+
+  // One `plist` in another is odd, but it is read, so it has to end somewhere.
+  std::uint32_t readPlist(const Tag& tag, unsigned level) {
+    requireLevel(++plists_, tag);
+    if (tag.isEmpty || !findElement()) throw at(tag.name.data(), "an empty <plist>");
+    const std::uint32_t root = readElement(openTag(), level);
+    if (findElement()) throw at(next_, "a second object, where only one may be");
+    closeTag(tag);
+    --plists_;
+    return root;
+  }
+
+  std::uint32_t readArray(const Tag& tag, unsigned level) {
+    requireLevel(level, tag);
+    builder_.open(offset(tag.name.data() - 1));
+    if (!tag.isEmpty) {
+      while (findElement()) builder_.element(readElement(openTag(), level + 1));
+      closeTag(tag);
+    }
+    return builder_.closeArray();
+  }
+
+  std::uint32_t readDictionary(const Tag& tag, unsigned level) {
+    requireLevel(level, tag);
+    builder_.open(offset(tag.name.data() - 1));
+    if (!tag.isEmpty) {
+      while (findElement()) {
+        const Tag keyTag = openTag();
+        if (keyTag.element != Element::key) throw at(keyTag.name.data(), "an element that is no key, in a <dict>");
+        const std::uint32_t key = readKey(keyTag);
+        if (!findElement()) throw at(next_, "a key without a value");
+        builder_.entry(key, readElement(openTag(), level + 1));
+      }
+      closeTag(tag);
+    }
+    return builder_.closeDictionary(offset(next_));
+  }
+
+  std::uint32_t readKey(const Tag& tag) {
+    if (tag.isEmpty) return builder_.key(builder_.addText(std::string_view()));
+    const std::uint32_t key = readText(true);
+    closeTag(tag);
+    return key;
+  }
+
+  // Reads text up to the next tag. What has no escapes stays where it is.
+  std::uint32_t readText(bool isKey) {
+    const char* start = next_;
+    std::uint64_t bits = 0;
+    const char* special = findSpecial(next_, end_, bits);
+    bool verbatim = true;
+    while (special != end_ && *special == '>') {
+      verbatim = false;
+      special = findSpecial(special + 1, end_, bits);
+    }
+    if (special == end_) throw at(end_, "unexpected end");
+    next_ = special;
+    if (*special == '&' || startsWith("<!")) return readEscapedText(start, isKey);
+    const std::string_view text(start, static_cast<std::size_t>(special - start));
+    if ((bits & 0x8080808080808080U) != 0) requireUtf8(text, start);
+    return isKey ? builder_.sourceKey(offset(start), text.size(), verbatim)
+                 : builder_.addSourceText(offset(start), text.size(), verbatim);
+  }
+
+  std::uint32_t readEscapedText(const char* start, bool isKey) {
+    const std::uint32_t string = builder_.addText(decodeText(start));
+    return isKey ? builder_.key(string) : string;
+  }
+
+  // The characters from `start` to the next tag, with escapes and CDATA sections resolved.
+  std::string decodeText(const char* start) {
+    std::string text;
+    for (next_ = start; next_ != end_;) {
+      if (*next_ == '&') {
+        appendReference(text);
+      } else if (startsWith("<!")) {
+        appendCharacterData(text);
+      } else if (*next_ == '<') {
+        requireUtf8(text, start);
+        return text;
+      } else {
+        text.push_back(*next_++);
+      }
+    }
+    throw at(next_, "unexpected end");
+  }
+
+  void appendCharacterData(std::string& text) {
+    constexpr std::string_view opening = "<![CDATA[";
+    if (!startsWith(opening)) throw at(next_, "a comment or declaration in a text");
+    const char* start = next_ + opening.size();
+    skipPast("]]>", "a CDATA section that does not end");
+    text.append(start, next_ - 3);
+  }
+
+  void appendReference(std::string& text) {
+    struct Entity {
+      std::string_view name;
+      char character;
+    };
+    constexpr std::array<Entity, 5> entities = {
+        {{"&lt;", '<'}, {"&gt;", '>'}, {"&amp;", '&'}, {"&apos;", '\''}, {"&quot;", '"'}}};
+    for (const Entity& entity : entities) {
+      if (!startsWith(entity.name)) continue;
+      text.push_back(entity.character);
+      next_ += entity.name.size();
+      return;
+    }
+    if (!startsWith("&#")) throw at(next_, "an unknown entity");
+    appendNumericReference(text);
+  }
+
+  void appendNumericReference(std::string& text) {
+    const char* reference = next_;
+    next_ += 2;
+    const bool isHexadecimal = next_ != end_ && *next_ == 'x';
+    if (isHexadecimal) ++next_;
+    constexpr std::ptrdiff_t mostDigits = 8;
+    const char* start = next_;
+    std::uint64_t number = 0;
+    for (; next_ != end_ && *next_ != ';'; ++next_) {
+      const int digit = hexadecimalDigit(*next_);
+      if (digit < 0 || (!isHexadecimal && digit > 9) || next_ - start >= mostDigits)
+        throw at(reference, "a malformed character reference");
+      number = number * (isHexadecimal ? 16 : 10) + static_cast<unsigned>(digit);
+    }
+    if (next_ == end_) throw at(reference, "a malformed character reference");
+    ++next_;
+    if (number > 0x10FFFF || (number >= 0xD800 && number <= 0xDFFF))
+      throw at(reference, "a reference to what is no Unicode character");
+    std::u16string units;
+    if (number < 0x10000) {
+      units.push_back(static_cast<char16_t>(number));
+    } else {
+      units.push_back(static_cast<char16_t>(0xD7C0 + (number >> 10)));
+      units.push_back(static_cast<char16_t>(0xDC00 | (number & 0x3FF)));
+    }
+    text += utf8(units);
+  }
+
+  std::uint32_t readData(const Tag& tag) {
+    if (tag.isEmpty) throw at(tag.name.data(), "an empty <data/>");
+    const char* start = next_;
+    const auto* close = static_cast<const char*>(std::memchr(next_, '<', static_cast<std::size_t>(end_ - next_)));
+    if (close == nullptr) throw at(end_, "unexpected end");
+    next_ = close;
+    const std::string_view text(start, static_cast<std::size_t>(close - start));
+    std::uint32_t data = 0;
+    if (isCanonicalBase64(text)) {
+      data = builder_.addSourceBase64(offset(start), text.size());
+    } else {
+      const auto high = std::find_if(text.begin(), text.end(), [](char character) { return (character & 0x80) != 0; });
+      if (high != text.end()) throw at(&*high, "a character in <data> that is not base64");
+      data = builder_.addData(decodeBase64(text));
+    }
+    closeTag(tag);
+    return data;
+  }
+
+  std::uint32_t readDate(const Tag& tag) {
+    const auto date = tag.isEmpty ? std::nullopt : parseDateText({next_, static_cast<std::size_t>(end_ - next_)});
+    if (!date) throw at(tag.name.data(), "a <date> that is no date");
+    next_ += date->length;
+    closeTag(tag);
+    return builder_.addDate(date->seconds);
+  }
+
+  std::uint32_t readReal(const Tag& tag) {
+    if (tag.isEmpty) throw at(tag.name.data(), "an empty <real/>");
+    const char* start = next_;
+    const auto number = realOf(decodeText(start));
+    if (!number) throw at(start, "a <real> that is no number");
+    closeTag(tag);
+    return builder_.addReal(*number);
+  }
+
+  static std::optional<double> realOf(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    if (lower == "nan") return std::numeric_limits<double>::quiet_NaN();
+    if (lower == "inf" || lower == "+inf" || lower == "infinity" || lower == "+infinity")
+      return std::numeric_limits<double>::infinity();
+    if (lower == "-inf" || lower == "-infinity") return -std::numeric_limits<double>::infinity();
+    const std::size_t first = text.find_first_not_of(" \t\n\v\f\r");
+    if (first == std::string_view::npos) return std::nullopt;
+    text.remove_prefix(first);
+    if (text.find_first_not_of("0123456789+-.eE") != std::string_view::npos) return std::nullopt;
+    double number = 0;
+    return absl::SimpleAtod({text.data(), text.size()}, &number) ? std::optional(number) : std::nullopt;
+  }
+
+  std::uint32_t readInteger(const Tag& tag) {
+    if (tag.isEmpty) throw at(tag.name.data(), "an empty <integer>");
+    skipNumberSpace();
+    if (next_ != end_ && *next_ == '<') throw at(next_, "an empty <integer>");
+    const bool negative = next_ != end_ && *next_ == '-';
+    if (next_ != end_ && (*next_ == '-' || *next_ == '+')) {
+      ++next_;
+      skipNumberSpace();
+    }
+    const bool hexadecimal = startsWith("0x") || startsWith("0X");
+    if (hexadecimal) next_ += 2;
+    const std::uint64_t magnitude = readDigits(hexadecimal ? 16 : 10);
+    if (negative && magnitude > std::uint64_t{1} << 63) throw at(next_, "an <integer> out of range");
+    closeTag(tag);
+    return builder_.addInteger(negative && magnitude != 0 ? PlistInteger::fromBits(0 - magnitude, true)
+                                                          : PlistInteger(magnitude));
+  }
+
+  std::uint64_t readDigits(std::uint64_t base) {
+    const char* start = next_;
+    std::uint64_t magnitude = 0;
+    for (; next_ != end_ && *next_ != '<'; ++next_) {
+      const int digit = hexadecimalDigit(*next_);
+      if (digit < 0 || static_cast<std::uint64_t>(digit) >= base)
+        throw at(next_, "unexpected character " + quoted(*next_) + " in an <integer>");
+      const auto value = static_cast<std::uint64_t>(digit);
+      if (magnitude > (std::numeric_limits<std::uint64_t>::max() - value) / base)
+        throw at(next_, "an <integer> out of range");
+      magnitude = magnitude * base + value;
+    }
+    if (next_ == end_) throw at(next_, "unexpected end");
+    if (next_ == start) throw at(next_, "an incomplete <integer>");
+    return magnitude;
+  }
+
+  // White space before a number, as the platform's reader has it: every control character, and the spaces of
+  // Unicode's general punctuation.
+  void skipNumberSpace() {
+    while (next_ != end_) {
+      const auto byte = static_cast<unsigned char>(*next_);
+      const bool control = byte < 0x21 || (byte > 0x7E && byte < 0xA1);
+      // Of a wide space the first byte is enough: the other two count as control characters.
+      if (!control && !(end_ - next_ >= 3 && isWideSpace(std::string_view(next_, 3)))) return;
+      ++next_;
+    }
+  }
+
+  static bool isWideSpace(std::string_view bytes) {
+    const auto last = static_cast<unsigned char>(bytes[2]);
+    if (bytes.starts_with("\xE2\x80")) return last <= 0x8B || last == 0xAF;
+    return bytes == "\xE2\x81\x9F" || bytes == "\xE3\x80\x80";
+  }
+
+  void skipSpace() {
+    if (next_ != end_ && *next_ == '\n') next_ = skipTabs(next_ + 1, end_);
+    while (next_ != end_ && isSpace(*next_)) ++next_;
+  }
+
+  bool startsWith(std::string_view text) const {
+    return static_cast<std::size_t>(end_ - next_) >= text.size() && std::memcmp(next_, text.data(), text.size()) == 0;
+  }
+
+  void skipPast(std::string_view closing, const char* problem) {
+    const std::string_view rest(next_, static_cast<std::size_t>(end_ - next_));
+    const std::size_t found = rest.find(closing);
+    if (found == std::string_view::npos) throw at(next_, problem);
+    next_ += found + closing.size();
+  }
+
+  void requireUtf8(std::string_view text, const char* place) const {
+    if (!isWellFormedUtf8(text)) throw at(place, "a text that is not valid UTF-8");
+  }
+
+  void requireLevel(unsigned level, const Tag& tag) const {
+    if (level > plistMaximumDepth)
+      throw at(tag.name.data(),
+               "more than " + std::to_string(plistMaximumDepth) + " arrays or dictionaries one in another,");
+  }
+
+  static std::string quoted(char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte >= 0x21 && byte <= 0x7E) return std::string("‘") + character + "’";
+    return "number " + std::to_string(byte);
+  }
+
+  std::size_t offset(const char* place) const { return static_cast<std::size_t>(place - begin_); }
+
+  Error at(const char* place, const std::string& problem) const {
+    return unreadable(problem + " on line " +
+                      std::to_string(lineOf({begin_, static_cast<std::size_t>(place - begin_)})));
+  }
+
+  DocumentBuilder builder_;
+  const char* begin_;
+  const char* next_;
+  const char* end_;
+  unsigned plists_ = 0;  // how many are open
+};
+
+}  // namespace
+
+PlistValue readXml(const Bytes& text, bool isWholeFile) { return XmlReader(text).read(isWholeFile); }
