@@ -1,0 +1,67 @@
+// The one way the program reports something.
+#include "app/alert.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/virtual_machine.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class AlertTest : public testing::Test {
+ protected:
+  VirtualMachine machine_;
+};
+
+TEST_F(AlertTest, isADialogInFrontOfEverythingWhileSomebodyWatches) {
+  machine_.userInterface.willAnswer(0);
+  alert("Bookmarks sorted", "You can reopen Safari.");
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("accessory", "activate", "alert Bookmarks sorted"));
+  ASSERT_EQ(machine_.userInterface.alerts().size(), 1U);
+  EXPECT_EQ(machine_.userInterface.alerts()[0].messageText, "Bookmarks sorted");
+  EXPECT_EQ(machine_.userInterface.alerts()[0].informativeText, "You can reopen Safari.");
+  EXPECT_THAT(machine_.userInterface.alerts()[0].buttons, IsEmpty()) << "the platform's single one";
+}
+
+TEST_F(AlertTest, ignoresTheAnswer) {
+  machine_.userInterface.willAnswer(3);
+  alert("Title", "Message");
+}
+
+TEST_F(AlertTest, isOneFlushedLineAndNoWindowWhileAutomatic) {
+  automatic = true;
+  alert("Bookmarks could not be sorted", "Unrecognised Safari bookmark format. No changes made.");
+  EXPECT_THAT(
+      machine_.journal.entries(),
+      ElementsAre("printed Bookmarks could not be sorted: Unrecognised Safari bookmark format. No changes made.\n"));
+}
+
+TEST_F(AlertTest, printsLineBreaksAsTheyAreAndEndsWithOneMore) {
+  automatic = true;
+  alert("Title", "one\n\ntwo\n");
+  alert("Title", "");
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("printed Title: one\n\ntwo\n\n", "printed Title: \n"));
+}
+
+TEST_F(AlertTest, printsUtf8AsItIs) {
+  automatic = true;
+  alert("Title", "System Settings → Privacy");
+  EXPECT_EQ(machine_.output.text(), "Title: System Settings → Privacy\n");
+}
+
+TEST_F(AlertTest, onlyReadsAutomatic) {
+  automatic = true;
+  alert("Title", "Message");
+  EXPECT_TRUE(automatic);
+  automatic = false;
+  machine_.userInterface.willAnswer(0);
+  alert("Title", "Message");
+  EXPECT_FALSE(automatic);
+}
+
+}  // namespace

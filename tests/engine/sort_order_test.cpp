@@ -1,0 +1,453 @@
+// The ordering rule: case by case, and on random trees against the rule as it is written down.
+#include "engine/sort_order.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "engine/bookmark_node.h"
+#include "tests/support/bookmark_trees.h"
+#include "tests/support/virtual_machine.h"
+
+namespace {
+
+class SortOrderTest : public testing::Test {
+ protected:
+  // The order of these children in an inner folder.
+  static std::string order(std::vector<PlistValue> children) {
+    return outline(sorted(folderNode(u"folder", std::move(children)), false));
+  }
+
+ private:
+  VirtualMachine machine_;
+};
+
+PlistValue untitledLeaf() { return PlistValue::dictionary({{u"WebBookmarkType", u"WebBookmarkTypeLeaf"}}); }
+
+PlistValue readingList(std::vector<PlistValue> children) {
+  return folderNode(u"com.apple.ReadingList", std::move(children));
+}
+
+std::vector<PlistValue> zThenA() { return {leafNode(u"z"), leafNode(u"a")}; }
+
+TEST_F(SortOrderTest, putsFoldersFirstAndLeavesAnEntryOfAnotherTypeAtItsIndex) {
+  EXPECT_EQ(order({leafNode(u"b"), proxyNode(u"X"), folderNode(u"a", {})}), "a[] <X> b");
+}
+
+TEST_F(SortOrderTest, putsNamesInNaturalOrder) {
+  EXPECT_EQ(order({leafNode(u"Item 10"), leafNode(u"apple"), leafNode(u"Item 2"), folderNode(u"Z folder", {})}),
+            "Z folder[] apple Item 2 Item 10");
+}
+
+TEST_F(SortOrderTest, keepsEqualTitlesInTheirOrder) {
+  const auto numbered = [](int number) {
+    return PlistValue::dictionary(
+        {{u"Title", u"same"}, {u"WebBookmarkType", u"WebBookmarkTypeLeaf"}, {u"number", number}});
+  };
+  std::vector<PlistValue> children = {leafNode(u"z")};
+  for (int number = 0; number < 100; ++number) children.push_back(numbered(number));
+  const PlistValue result = *sorted(folderNode(u"folder", children), false).value(u"Children");
+  for (int number = 0; number < 100; ++number) EXPECT_EQ(result.at(static_cast<std::size_t>(number)), numbered(number));
+}
+
+TEST_F(SortOrderTest, takesTitlesThatDifferInCaseOnlyAsDifferent) {
+  EXPECT_EQ(order({leafNode(u"item"), leafNode(u"Item")}), order({leafNode(u"Item"), leafNode(u"item")}));
+}
+
+TEST_F(SortOrderTest, putsABookmarkWithoutATitleBeforeThoseWithOne) {
+  EXPECT_EQ(order({leafNode(u"a"), untitledLeaf(), leafNode(u"!")}), " ! a");
+  EXPECT_EQ(order({leafNode(u"a"), leafNode(u"")}), " a");
+}
+
+TEST_F(SortOrderTest, putsAFolderWithoutATitleBehindNoBookmark) {
+  EXPECT_EQ(order({leafNode(u"a"), folderNode(u"z", {}), folderNode(u"", {})}), "[] z[] a");
+}
+
+TEST_F(SortOrderTest, keepsTheRootsOwnChildrenInTheirOrder) {
+  const std::vector<PlistValue> children = {folderNode(u"z", zThenA()), leafNode(u"y"), folderNode(u"b", zThenA())};
+  EXPECT_EQ(outline(sorted(rootNode(children), true)), "z[a z] y b[a z]");
+  EXPECT_EQ(outline(sorted(rootNode(children), false)), "b[a z] z[a z] y");
+}
+
+TEST_F(SortOrderTest, keepsBarAndReadingListInTheirOrderInTheRootOnly) {
+  const std::vector<PlistValue> children = {leafNode(u"zebra"), folderNode(u"BookmarksBar", {}), readingList(zThenA())};
+  EXPECT_EQ(outline(sorted(rootNode(children), true)), "zebra BookmarksBar[] com.apple.ReadingList[z a]");
+  EXPECT_EQ(order(children), "BookmarksBar[] zebra com.apple.ReadingList[z a]");
+}
+
+TEST_F(SortOrderTest, leavesTheReadingListAsItIs) {
+  EXPECT_EQ(outline(sorted(rootNode({readingList(zThenA())}), true)), "com.apple.ReadingList[z a]");
+  EXPECT_EQ(sorted(readingList(zThenA()), true), readingList(zThenA())) << "even as the root";
+}
+
+TEST_F(SortOrderTest, leavesTheReadingListAsItIsThreeLevelsDeep) {
+  const PlistValue list = readingList({folderNode(u"folder", zThenA()), leafNode(u"a")});
+  EXPECT_EQ(
+      outline(sorted(rootNode({folderNode(u"1", {folderNode(u"2", {leafNode(u"z"), list, leafNode(u"a")})})}), true)),
+      "1[2[a com.apple.ReadingList[folder[z a] a] z]]");
+}
+
+TEST_F(SortOrderTest, knowsTheReadingListByItsExactTitle) {
+  EXPECT_EQ(order({folderNode(u"com.apple.readinglist", zThenA())}), "com.apple.readinglist[a z]");
+  EXPECT_EQ(order({folderNode(u"com.apple.ReadingList ", zThenA())}), "com.apple.ReadingList [a z]");
+}
+
+TEST_F(SortOrderTest, leavesWhateverHasTheReadingListsTitleAsItIs) {
+  // The title may come from the display data, and the type does not count.
+  const PlistValue untyped =
+      PlistValue::dictionary({{u"URIDictionary", PlistValue::dictionary({{u"title", u"com.apple.ReadingList"}})},
+                              {u"Children", PlistValue::array(zThenA())}});
+  EXPECT_EQ(sorted(untyped, false), untyped);
+}
+
+TEST_F(SortOrderTest, keepsReservedEntriesInTheirPlaceAndSortsTheirContents) {
+  EXPECT_EQ(order({leafNode(u"b"), folderNode(u"com.apple.Something", zThenA()), leafNode(u"com.apple.leaf"),
+                   leafNode(u"a"), folderNode(u"c", {})}),
+            "c[] com.apple.Something[a z] com.apple.leaf a b");
+}
+
+TEST_F(SortOrderTest, takesTheReservedPrefixLiterally) {
+  EXPECT_EQ(order({leafNode(u"com.apples"), leafNode(u"Com.apple.b"), leafNode(u"com.apple"), leafNode(u"a")}),
+            "a com.apple Com.apple.b com.apples");
+}
+
+TEST_F(SortOrderTest, keepsEntriesOfOtherTypesInTheirPlaceAndSortsTheirContents) {
+  const PlistValue typeless =
+      PlistValue::dictionary({{u"Title", u"typeless"}, {u"Children", PlistValue::array(zThenA())}});
+  const PlistValue children =
+      *sorted(folderNode(u"f", {leafNode(u"b"), typeless, leafNode(u"a")}), false).value(u"Children");
+  EXPECT_EQ(title(children.at(1)), u"typeless");
+  EXPECT_EQ(outline(children.at(1)), "a z");
+  EXPECT_EQ(title(children.at(0)), u"a");
+}
+
+TEST_F(SortOrderTest, keepsAnEmptyDictionaryInItsPlace) {
+  const PlistValue empty = PlistValue::dictionary({});
+  EXPECT_EQ(order({leafNode(u"b"), empty, leafNode(u"a")}), "a <> b");
+  EXPECT_EQ(sorted(empty, false), empty);
+  EXPECT_EQ(sorted(empty, true), empty);
+}
+
+TEST_F(SortOrderTest, returnsAFolderWithAStringAmongItsChildrenUnchanged) {
+  const PlistValue node = folderNode(u"folder", {folderNode(u"z", zThenA()), u"a string", leafNode(u"a")});
+  EXPECT_EQ(sorted(node, false), node);
+  EXPECT_EQ(sorted(node, true), node);
+  EXPECT_EQ(sorted(rootNode({node}), true), rootNode({node}));
+}
+
+TEST_F(SortOrderTest, returnsAFolderWithoutAnArrayOfChildrenUnchanged) {
+  for (const PlistValue& children : {PlistValue(u"x"), PlistValue(1), leafNode(u"a")}) {
+    const PlistValue node =
+        PlistValue::dictionary({{u"Children", children}, {u"WebBookmarkType", u"WebBookmarkTypeList"}});
+    EXPECT_EQ(sorted(node, false), node);
+  }
+  const PlistValue childless = PlistValue::dictionary({{u"WebBookmarkType", u"WebBookmarkTypeList"}});
+  EXPECT_EQ(sorted(childless, false), childless);
+}
+
+TEST_F(SortOrderTest, sortsAFolderThatCannotBeDescendedIntoAmongItsSiblings) {
+  const PlistValue broken =
+      PlistValue::dictionary({{u"Title", u"b"}, {u"Children", u"none"}, {u"WebBookmarkType", u"WebBookmarkTypeList"}});
+  const PlistValue result = sorted(folderNode(u"f", {leafNode(u"a"), broken}), false);
+  EXPECT_EQ(result.value(u"Children")->at(0), broken);
+}
+
+TEST_F(SortOrderTest, keepsAnEmptyArrayOfChildrenAnEmptyArray) {
+  const PlistValue node = folderNode(u"folder", {});
+  EXPECT_EQ(sorted(node, false), node);
+  EXPECT_EQ(sorted(node, false).value(u"Children"), PlistValue::array({}));
+}
+
+TEST_F(SortOrderTest, doesNotChangeItsArgument) {
+  const PlistValue node = folderNode(u"folder", zThenA());
+  EXPECT_EQ(outline(sorted(node, false)), "a z");
+  EXPECT_EQ(outline(node), "z a");
+}
+
+TEST_F(SortOrderTest, ordersLongAndEmptyTitlesThatShareStorage) {
+  const std::u16string longTitle(1000, u'x');
+  const PlistValue file = folderNode(
+      u"f", {leafNode(longTitle), leafNode(u""), leafNode(longTitle + u"a"), leafNode(longTitle), leafNode(u"")});
+  PropertyListCodec codec;
+  for (const PropertyListFormat format : {PropertyListFormat::binary, PropertyListFormat::xml}) {
+    const PlistValue stored = codec.parse(codec.serialize(file, format)).value;
+    const PlistValue result = *sorted(stored, false).value(u"Children");
+    const std::vector<std::u16string> wanted = {u"", u"", longTitle, longTitle, longTitle + u"a"};
+    for (std::size_t index = 0; index < wanted.size(); ++index) EXPECT_EQ(title(result.at(index)), wanted[index]);
+  }
+}
+
+TEST(Sortable, areFoldersAndBookmarksThatAreNotReserved) {
+  EXPECT_TRUE(sortable(leafNode(u"a")));
+  EXPECT_TRUE(sortable(folderNode(u"a", {})));
+  EXPECT_TRUE(sortable(untitledLeaf()));
+  EXPECT_FALSE(sortable(proxyNode(u"a")));
+  EXPECT_FALSE(sortable(PlistValue::dictionary({})));
+  EXPECT_FALSE(sortable(PlistValue::dictionary({{u"Title", u"a"}})));
+  EXPECT_FALSE(sortable(PlistValue::dictionary({{u"WebBookmarkType", 1}})));
+  EXPECT_FALSE(sortable(leafNode(u"com.apple.")));
+  EXPECT_FALSE(sortable(folderNode(u"com.apple.x", {})));
+  EXPECT_TRUE(sortable(leafNode(u"Com.apple.x")));
+  EXPECT_TRUE(sortable(leafNode(u"com.apple")));
+}
+
+// The rule as it is written down, step by step, on whole copies; no thought is given to what it costs.
+std::u16string titleByRule(const PlistValue& node) {
+  if (node.size() == 0) return u"";
+  if (const auto own = node.value(u"Title"))
+    if (const auto text = own->string()) return text->utf16();
+  if (const auto display = node.value(u"URIDictionary"))
+    if (const auto own = display->value(u"title"))
+      if (const auto text = own->string()) return text->utf16();
+  return u"";
+}
+
+bool isFolderByRule(const PlistValue& node) {
+  return node.value(u"WebBookmarkType") == PlistValue(u"WebBookmarkTypeList");
+}
+
+bool isSortableByRule(const PlistValue& child) {
+  if (child.size() == 0) return false;
+  if (!isFolderByRule(child) && child.value(u"WebBookmarkType") != PlistValue(u"WebBookmarkTypeLeaf")) return false;
+  return titleByRule(child).rfind(u"com.apple.", 0) != 0;
+}
+
+bool goesBeforeByRule(const PlistValue& a, const PlistValue& b) {
+  if (isFolderByRule(a) != isFolderByRule(b)) return isFolderByRule(a);
+  return platform().collation.localizedStandardCompare(titleByRule(a), titleByRule(b)) < 0;
+}
+
+std::optional<std::vector<PlistValue>> childrenByRule(const PlistValue& node) {
+  const std::optional<PlistValue> array = node.value(u"Children");
+  if (!array || !array->is(PlistKind::array)) return std::nullopt;
+  std::vector<PlistValue> list;
+  for (std::size_t index = 0; index < array->size(); ++index) {
+    list.push_back(array->at(index));
+    if (!list.back().is(PlistKind::dictionary)) return std::nullopt;
+  }
+  return list;
+}
+
+PlistValue withChildren(const PlistValue& node, const std::vector<PlistValue>& list) {
+  std::vector<PlistEntry> entries;
+  for (std::size_t index = 0; index < node.size(); ++index) {
+    const std::u16string key = node.keyAt(index).utf16();
+    entries.push_back({key, key == u"Children" ? PlistValue::array(list) : node.valueAt(index)});
+  }
+  return PlistValue::dictionary(std::move(entries));
+}
+
+PlistValue sortedByRule(const PlistValue& node, bool root) {
+  if (titleByRule(node) == u"com.apple.ReadingList") return node;
+  std::optional<std::vector<PlistValue>> list = childrenByRule(node);
+  if (!list) return node;
+  for (PlistValue& child : *list) child = sortedByRule(child, false);
+  if (root) return withChildren(node, *list);
+  std::vector<PlistValue> inOrder;
+  for (const PlistValue& child : *list) {
+    if (!isSortableByRule(child)) continue;
+    auto place = inOrder.end();  // behind everything that it does not go before
+    while (place != inOrder.begin() && goesBeforeByRule(child, *(place - 1))) --place;
+    inOrder.insert(place, child);
+  }
+  std::size_t next = 0;
+  for (PlistValue& child : *list)
+    if (isSortableByRule(child)) child = inOrder[next++];
+  return withChildren(node, *list);
+}
+
+// Random trees: mostly of Safari's shape, and often enough not.
+class TreeMaker {
+ public:
+  explicit TreeMaker(unsigned seed) : random_(seed) {}
+
+  PlistValue root() { return node(3); }
+
+ private:
+  std::size_t below(std::size_t limit) { return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random_); }
+  bool oneIn(std::size_t count) { return below(count) == 0; }
+
+  PlistValue randomTitle() {
+    static const std::vector<std::u16string> titles = {u"",
+                                                       u"a",
+                                                       u"A",
+                                                       u"b",
+                                                       u"B",
+                                                       u"item 2",
+                                                       u"Item 2",
+                                                       u"item 10",
+                                                       u"Item 10",
+                                                       u"item 02",
+                                                       u"\u00E9",
+                                                       u"e\u0301",
+                                                       u"z\u00E9",
+                                                       u"\U0001F600",
+                                                       u"com.apple.ReadingList",
+                                                       u"com.apple.x",
+                                                       u"com.apple.",
+                                                       u"com.apple",
+                                                       u"\u0416",
+                                                       u" a",
+                                                       std::u16string(300, u'l'),
+                                                       std::u16string(300, u'l') + u"1"};
+    if (oneIn(15)) return 5;
+    return titles[below(titles.size())];
+  }
+
+  PlistValue randomType() {
+    if (oneIn(12)) return 1;
+    static const std::vector<std::u16string> types = {u"WebBookmarkTypeProxy", u"webbookmarktypelist", u""};
+    return types[below(types.size())];
+  }
+
+  PlistValue children(unsigned levels) {
+    if (oneIn(20)) return u"no array";
+    std::vector<PlistValue> list;
+    for (std::size_t count = below(9); count > 0; --count) {
+      // Now and then the very same node again.
+      const bool again = !list.empty() && oneIn(8);
+      list.push_back(again ? list[below(list.size())] : node(levels));
+    }
+    if (oneIn(25)) list.emplace_back(u"a string");
+    return PlistValue::array(std::move(list));
+  }
+
+  PlistValue node(unsigned levels) {
+    std::vector<PlistEntry> entries;
+    const bool isFolder = levels > 0 && !oneIn(3);
+    if (oneIn(30)) return PlistValue::dictionary({});
+    if (oneIn(6)) entries.push_back({u"Sync", PlistValue::dictionary({{u"Key", 1}, {u"Date", PlistDate{1.5}}})});
+    if (isFolder) entries.push_back({u"Children", children(levels - 1)});
+    if (isFolder != oneIn(8)) entries.push_back({u"Title", randomTitle()});
+    if (!isFolder || oneIn(5)) entries.push_back({u"URIDictionary", display()});
+    entries.push_back({u"WebBookmarkUUID", static_cast<std::uint64_t>(below(1000))});
+    if (oneIn(8))
+      entries.push_back({u"WebBookmarkType", randomType()});
+    else if (!oneIn(10))
+      entries.push_back({u"WebBookmarkType", isFolder ? u"WebBookmarkTypeList" : u"WebBookmarkTypeLeaf"});
+    std::shuffle(entries.begin(), entries.end(), random_);
+    return PlistValue::dictionary(std::move(entries));
+  }
+
+  PlistValue display() {
+    if (oneIn(12)) return u"not a dictionary";
+    return PlistValue::dictionary({{u"title", randomTitle()}});
+  }
+
+  std::mt19937 random_;
+};
+
+// The same text for trees that differ in the order of children only, and never for others.
+std::string withoutOrder(const PlistValue& node) {
+  const auto list = childrenByRule(node);
+  if (!list) return std::string(PropertyListCodec().serialize(node, PropertyListFormat::xml).text());
+  std::vector<std::string> parts;
+  for (const PlistValue& child : *list) parts.push_back(withoutOrder(child));
+  std::sort(parts.begin(), parts.end());
+  const Bytes rest = PropertyListCodec().serialize(withChildren(node, {}), PropertyListFormat::xml);
+  std::string text(rest.text());
+  for (const std::string& part : parts) text += "(" + part + ")";
+  return text;
+}
+
+// Every folder: what may move has folders first, what may not is where it was.
+void expectPlaces(const PlistValue& before, const PlistValue& after, bool root) {
+  const auto old = childrenByRule(before);
+  if (!old) return;
+  const auto now = childrenByRule(after);
+  ASSERT_TRUE(now && now->size() == old->size());
+  if (titleByRule(before) == u"com.apple.ReadingList") {
+    EXPECT_EQ(after, before);
+    return;
+  }
+  bool bookmarkSeen = false;
+  for (std::size_t index = 0; index < old->size(); ++index) {
+    EXPECT_EQ(isSortableByRule((*old)[index]), isSortableByRule((*now)[index]));
+    if (root || !isSortableByRule((*old)[index])) {
+      EXPECT_EQ(withoutOrder((*old)[index]), withoutOrder((*now)[index])) << "moved from " << index;
+      expectPlaces((*old)[index], (*now)[index], false);
+      continue;
+    }
+    const bool isFolder = isFolderByRule((*now)[index]);
+    EXPECT_FALSE(bookmarkSeen && isFolder) << "a folder behind a bookmark, at " << index;
+    bookmarkSeen = bookmarkSeen || !isFolder;
+  }
+}
+
+class RandomTrees : public testing::Test {
+ protected:
+  void SetUp() override {
+    const char* chosen = std::getenv("QUILLERY_SEED");
+    seed_ = chosen != nullptr ? static_cast<unsigned>(std::strtoul(chosen, nullptr, 10)) : std::random_device()();
+    std::printf("seed: QUILLERY_SEED=%u\n", seed_);
+  }
+
+  // Calls `check` with each of ten thousand trees until one fails.
+  template <class Check>
+  void forEachTree(Check check) {
+    TreeMaker maker(seed_);
+    for (int round = 0; round < 10'000 && !HasFailure(); ++round) {
+      SCOPED_TRACE("QUILLERY_SEED=" + std::to_string(seed_) + ", tree " + std::to_string(round));
+      check(maker.root());
+    }
+  }
+
+  VirtualMachine machine_;
+  PropertyListCodec codec_;
+
+ private:
+  unsigned seed_ = 0;
+};
+
+TEST_F(RandomTrees, areSortedByTheRuleAsItIsWrittenDown) {
+  int moved = 0;
+  forEachTree([&](const PlistValue& tree) {
+    for (const bool root : {true, false}) {
+      const PlistValue result = sorted(tree, root);
+      const PlistValue wanted = sortedByRule(tree, root);
+      EXPECT_EQ(result, wanted);
+      // Byte for byte, so that not even the order of keys differs.
+      EXPECT_EQ(codec_.serialize(result, PropertyListFormat::xml), codec_.serialize(wanted, PropertyListFormat::xml));
+      moved += wanted == tree ? 0 : 1;
+    }
+  });
+  EXPECT_GT(moved, 5'000) << "trees that are in order already show little";
+}
+
+TEST_F(RandomTrees, readFromAFileAreSortedLikeThoseThatWereBuilt) {
+  forEachTree([&](const PlistValue& tree) {
+    const Bytes wanted = codec_.serialize(sortedByRule(tree, true), PropertyListFormat::xml);
+    for (const PropertyListFormat format : {PropertyListFormat::binary, PropertyListFormat::xml}) {
+      const PlistValue stored = codec_.parse(codec_.serialize(tree, format)).value;
+      const PlistValue result = sorted(stored, true);
+      const Bytes written = codec_.serialize(result, format);
+      EXPECT_EQ(codec_.serialize(codec_.parse(written).value, PropertyListFormat::xml), wanted);
+      EXPECT_EQ(result == stored, sortedByRule(tree, true) == tree);
+    }
+  });
+}
+
+TEST_F(RandomTrees, areSortedOnceAndForAll) {
+  forEachTree([&](const PlistValue& tree) {
+    const PlistValue once = sorted(tree, true);
+    EXPECT_EQ(sorted(once, true), once);
+    EXPECT_EQ(sorted(once, true).identity(), once.identity());
+  });
+}
+
+TEST_F(RandomTrees, changeInNothingButTheOrderOfChildren) {
+  forEachTree([&](const PlistValue& tree) { EXPECT_EQ(withoutOrder(sorted(tree, true)), withoutOrder(tree)); });
+}
+
+TEST_F(RandomTrees, haveFoldersFirstAndFixedEntriesInTheirPlaces) {
+  forEachTree([&](const PlistValue& tree) {
+    expectPlaces(tree, sorted(tree, true), true);
+    expectPlaces(tree, sorted(tree, false), false);
+  });
+}
+
+}  // namespace

@@ -1,0 +1,35 @@
+#include "platform/linux/console_user_interface.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+TEST(ConsoleUserInterface, saysTheTitleAndTheText) {
+  std::ostringstream output;
+  ConsoleUserInterface userInterface(output);
+  userInterface.becomeAccessory();
+  userInterface.activateIgnoringOthers();
+  EXPECT_EQ(output.str(), "");
+  EXPECT_EQ(userInterface.runModal({"Already sorted", "Your Safari bookmarks are already in order.", {}}), 0U);
+  EXPECT_EQ(output.str(), "Already sorted\nYour Safari bookmarks are already in order.\n");
+}
+
+TEST(ConsoleUserInterface, saysItOnStandardError) {
+  testing::internal::CaptureStderr();
+  testing::internal::CaptureStdout();
+  ConsoleUserInterface().runModal({"Title", "Text", {"Retry", "Cancel"}});
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Title\nText\n");
+}
+
+TEST(ConsoleUserInterface, answersTheLastButton) {
+  std::ostringstream output;
+  ConsoleUserInterface userInterface(output);
+  EXPECT_EQ(userInterface.runModal({"Title", "Text", {"OK"}}), 0U);
+  EXPECT_EQ(userInterface.runModal({"Title", "Text", {"Retry", "Cancel"}}), 1U);
+  EXPECT_EQ(userInterface.runModal({"Title", "Text", {"One", "Two", "Three"}}), 2U);
+}
+
+}  // namespace

@@ -1,0 +1,95 @@
+#include "platform/linux/plist/large_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t hugePage = std::size_t{2} << 20;
+
+bool isOnHugePage(const void* block) { return reinterpret_cast<std::uintptr_t>(block) % hugePage == 0; }
+
+std::byte patternAt(std::size_t index) { return static_cast<std::byte>(index * 31 + index / 4093); }
+
+TEST(LargeMemory, givesLargeBlocksThatBeginOnAHugePage) {
+  for (const std::size_t size : {2 * hugePage, 2 * hugePage + 1, 9 * hugePage - 1}) {
+    auto* block = static_cast<std::byte*>(largeMemory()->allocate(size));
+    EXPECT_TRUE(isOnHugePage(block));
+    std::memset(block, 0xA5, size);
+    largeMemory()->deallocate(block, size);
+  }
+}
+
+TEST(LargeMemory, givesSmallBlocksWithTheirAlignment) {
+  for (const std::size_t alignment : {std::size_t{1}, std::size_t{16}, std::size_t{64}, std::size_t{4096}}) {
+    void* block = largeMemory()->allocate(100, alignment);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignment, 0U);
+    std::memset(block, 0xA5, 100);
+    largeMemory()->deallocate(block, 100, alignment);
+  }
+}
+
+TEST(LargeMemory, saysWhenThereIsNotSoMuch) {
+  EXPECT_THROW(static_cast<void>(largeMemory()->allocate(std::size_t{1} << 60)), std::bad_alloc);
+  EXPECT_THROW(static_cast<void>(largeMemory()->allocate(static_cast<std::size_t>(-1))), std::bad_alloc);
+  EXPECT_THROW(LargeBuffer(static_cast<std::size_t>(-1) - hugePage), std::bad_alloc);
+}
+
+TEST(LargeMemory, servesAVectorThatGrows) {
+  std::pmr::vector<std::uint64_t> numbers(largeMemory());
+  for (std::uint64_t number = 0; number < 3'000'000; ++number) numbers.push_back(number * number);
+  for (std::uint64_t number = 0; number < 3'000'000; number += 997) EXPECT_EQ(numbers[number], number * number);
+}
+
+TEST(LargeBuffer, keepsItsContentWhenItGrows) {
+  LargeBuffer buffer(10);
+  for (const std::size_t capacity : {std::size_t{1000}, hugePage, 2 * hugePage, 2 * hugePage + 5, 9 * hugePage}) {
+    const std::size_t before = buffer.size();
+    buffer.reserve(capacity);
+    EXPECT_GE(buffer.capacity(), capacity);
+    for (std::size_t index = 0; index < before; ++index)
+      ASSERT_EQ(buffer.data()[index], patternAt(index)) << capacity << ' ' << index;
+    buffer.resize(capacity);
+    for (std::size_t index = 0; index < capacity; ++index) buffer.data()[index] = patternAt(index);
+  }
+  EXPECT_TRUE(isOnHugePage(buffer.data()));
+}
+
+TEST(LargeBuffer, doesNotShrink) {
+  LargeBuffer buffer(3 * hugePage);
+  const std::byte* start = buffer.data();
+  buffer.reserve(10);
+  EXPECT_EQ(buffer.capacity(), 3 * hugePage);
+  EXPECT_EQ(buffer.data(), start);
+}
+
+TEST(LargeBuffer, handsItsMemoryOver) {
+  for (const std::size_t size : {std::size_t{5}, 3 * hugePage + 5}) {
+    Bytes bytes;
+    const std::byte* start = nullptr;
+    {
+      LargeBuffer buffer(size + 100);
+      buffer.resize(size);
+      for (std::size_t index = 0; index < size; ++index) buffer.data()[index] = patternAt(index);
+      start = buffer.data();
+      bytes = std::move(buffer).take();
+    }
+    EXPECT_EQ(bytes.data(), start);
+    ASSERT_EQ(bytes.size(), size);
+    const Bytes slice = bytes.slice(size - 2, 2);
+    bytes = Bytes();
+    EXPECT_EQ(slice.data()[1], patternAt(size - 1));
+  }
+}
+
+TEST(LargeBuffer, handsOverNothingIfItHoldsNothing) {
+  LargeBuffer buffer(0);
+  EXPECT_EQ(std::move(buffer).take().size(), 0U);
+}
+
+}  // namespace

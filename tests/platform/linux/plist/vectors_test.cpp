@@ -1,0 +1,137 @@
+// What the platform's own property-list reader and writer did with a few hundred small files.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "platform/error.h"
+#include "platform/linux/plist/property_list_codec.h"
+#include "tests/support/plist_json.h"
+
+namespace {
+
+const std::filesystem::path folder = std::filesystem::path(QUILLERY_TEST_DATA) / "property_lists";
+
+// Files that we take otherwise than the platform does, each with the reason.
+const std::map<std::string, std::string> differences = {};
+
+Bytes contentOf(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return Bytes(std::string(std::istreambuf_iterator<char>(file), {}));
+}
+
+const nlohmann::json& expected() {
+  static const nlohmann::json json = nlohmann::json::parse(std::ifstream(folder / "expected.json"));
+  return json;
+}
+
+std::string nameOf(PropertyListFormat format) {
+  switch (format) {
+    case PropertyListFormat::binary: return "binary";
+    case PropertyListFormat::xml: return "xml";
+    case PropertyListFormat::oldStyle: return "openstep";
+  }
+  return "";
+}
+
+class PropertyListVector : public testing::TestWithParam<std::string> {
+ protected:
+  PropertyListCodec codec_;
+};
+
+TEST_P(PropertyListVector, isReadOrRefusedAsByThePlatform) {
+  const std::string& name = GetParam();
+  const nlohmann::json& wanted = expected().at(name);
+  const Bytes bytes = contentOf(folder / (name + ".plist"));
+  if (const auto difference = differences.find(name); difference != differences.end())
+    GTEST_SKIP() << name << " differs on purpose: " << difference->second;
+  if (wanted.contains("refused")) {
+    EXPECT_THROW(codec_.parse(bytes), Error);
+    return;
+  }
+  const PropertyLists::Parsed parsed = codec_.parse(bytes);
+  EXPECT_EQ(nameOf(parsed.format), wanted.at("format"));
+  if (wanted.contains("nested_arrays"))
+    EXPECT_EQ(nestedArrays(parsed.value), wanted.at("nested_arrays"));
+  else
+    EXPECT_EQ(toJson(parsed.value), wanted.at("value"));
+}
+
+using AcceptedPropertyList = PropertyListVector;
+
+TEST_P(AcceptedPropertyList, comesBackAsItWasThroughBothFormats) {
+  const PlistValue value = codec_.parse(contentOf(folder / (GetParam() + ".plist"))).value;
+  EXPECT_EQ(codec_.parse(codec_.serialize(value, PropertyListFormat::binary)).value, value);
+  EXPECT_EQ(codec_.parse(codec_.serialize(deepCopy(value), PropertyListFormat::binary)).value, value);
+  try {
+    const Bytes xml = codec_.serialize(value, PropertyListFormat::xml);
+    // XML cuts dates to whole seconds, so what it holds is compared with itself.
+    EXPECT_EQ(codec_.serialize(codec_.parse(xml).value, PropertyListFormat::xml), xml);
+  } catch (const Error& error) {
+    EXPECT_EQ(error.code(), 3852) << error.description();
+  }
+}
+
+std::string testName(const testing::TestParamInfo<std::string>& info) {
+  std::string name;
+  for (const char character : info.param)
+    if (std::isalnum(static_cast<unsigned char>(character)) != 0)
+      name += character;
+    else
+      name += "_" + std::to_string(static_cast<unsigned char>(character)) + "_";
+  return name;
+}
+
+// Files that the platform wrote: some values in both formats, some in one.
+class WrittenByThePlatform : public testing::TestWithParam<std::string> {
+ protected:
+  static Bytes file(const std::string& name, const std::string& format) {
+    return contentOf(folder / (name + "." + format + ".plist"));
+  }
+  PropertyListCodec codec_;
+};
+
+using XmlWrittenByThePlatform = WrittenByThePlatform;
+TEST_P(XmlWrittenByThePlatform, comesBackByteForByte) {
+  const Bytes xml = file(GetParam(), "xml");
+  EXPECT_EQ(codec_.serialize(codec_.parse(xml).value, PropertyListFormat::xml).text(), xml.text());
+}
+INSTANTIATE_TEST_SUITE_P(Files, XmlWrittenByThePlatform,
+                         testing::Values("w-nested_data", "w-reals", "w-repeats", "w-scalars", "w-titles"), testName);
+
+using BinaryWrittenByThePlatform = WrittenByThePlatform;
+TEST_P(BinaryWrittenByThePlatform, isNotLargerWhenWrittenAnew) {
+  const Bytes binary = file(GetParam(), "binary");
+  const PlistValue value = codec_.parse(binary).value;
+  const Bytes anew = codec_.serialize(deepCopy(value), PropertyListFormat::binary);
+  EXPECT_LE(anew.size(), binary.size());
+  EXPECT_EQ(codec_.parse(anew).value, value);
+}
+INSTANTIATE_TEST_SUITE_P(Files, BinaryWrittenByThePlatform,
+                         testing::Values("w-fractional_dates", "w-repeats", "w-scalars", "w-titles"), testName);
+
+using BothWrittenByThePlatform = WrittenByThePlatform;
+TEST_P(BothWrittenByThePlatform, holdTheSameValue) {
+  const PlistValue fromXml = codec_.parse(file(GetParam(), "xml")).value;
+  const Bytes binary = file(GetParam(), "binary");
+  EXPECT_EQ(fromXml, codec_.parse(binary).value);
+  EXPECT_LE(codec_.serialize(fromXml, PropertyListFormat::binary).size(), binary.size());
+}
+INSTANTIATE_TEST_SUITE_P(Files, BothWrittenByThePlatform, testing::Values("w-repeats", "w-scalars", "w-titles"),
+                         testName);
+
+std::vector<std::string> names(bool refusedToo) {
+  std::vector<std::string> all;
+  for (const auto& [name, wanted] : expected().items())
+    if (refusedToo || !wanted.contains("refused")) all.push_back(name);
+  return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, PropertyListVector, testing::ValuesIn(names(true)), testName);
+INSTANTIATE_TEST_SUITE_P(Files, AcceptedPropertyList, testing::ValuesIn(names(false)), testName);
+
+}  // namespace

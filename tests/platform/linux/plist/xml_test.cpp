@@ -1,0 +1,264 @@
+// The XML dialect: what is read, what is refused and on which line, and how it is written.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "engine/sort_order.h"
+#include "platform/error.h"
+#include "platform/linux/plist/property_list_codec.h"
+#include "tests/support/plist_json.h"
+#include "tests/support/virtual_machine.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+const std::string head =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+    "<plist version=\"1.0\">\n";
+
+PlistValue read(const std::string& text) {
+  const PropertyLists::Parsed parsed = PropertyListCodec().parse(Bytes(text));
+  EXPECT_EQ(parsed.format, PropertyListFormat::xml);
+  return parsed.value;
+}
+
+std::string write(const PlistValue& value) {
+  return std::string(PropertyListCodec().serialize(value, PropertyListFormat::xml).text());
+}
+
+std::string problemOf(const std::string& text) {
+  try {
+    PropertyListCodec().parse(Bytes(text));
+  } catch (const Error& error) {
+    EXPECT_EQ(error.domain(), "PropertyList");
+    EXPECT_EQ(error.code(), 3840);
+    return error.description();
+  }
+  return "no error";
+}
+
+TEST(XmlReader, namesTheLine) {
+  EXPECT_THAT(problemOf(head + "<array>\n<true/>\n<what/>\n</array>\n</plist>"),
+              HasSubstr("unknown element <what> on line 6"));
+  EXPECT_THAT(problemOf("<array>\r<true/>\r\n<integer>x</integer></array>"), HasSubstr("on line 3"));
+  EXPECT_THAT(problemOf("<array>\n\n<string>a\xFF</string></array>"), HasSubstr("not valid UTF-8 on line 3"));
+}
+
+TEST(XmlReader, refusesEveryTruncation) {
+  const std::string text =
+      "<plist><dict><key>a</key><array><integer>1</integer><string>b&amp;c</string><data>AAAA</data>"
+      "<date>2024-01-02T03:04:05Z</date><real>1.5</real><true/><!-- c --></array></dict></plist>";
+  ASSERT_NO_THROW(read(text));
+  for (std::size_t size = 1; size < text.size(); ++size)
+    EXPECT_NE(problemOf(text.substr(0, size)), "no error") << text.substr(0, size);
+}
+
+TEST(XmlReader, reads512LevelsAndRefuses513AndFarMore) {
+  const auto nested = [](std::size_t levels) {
+    std::string text;
+    for (std::size_t level = 0; level < levels; ++level) text += "<array>";
+    text += "<true/>";
+    for (std::size_t level = 0; level < levels; ++level) text += "</array>";
+    return text;
+  };
+  EXPECT_EQ(nestedArrays(read(nested(512))), 512U);
+  EXPECT_THAT(problemOf(nested(513)), HasSubstr("more than 512"));
+  EXPECT_THAT(problemOf(nested(1'000'000)), HasSubstr("more than 512"));
+  std::string plists;
+  for (int level = 0; level < 1'000'000; ++level) plists += "<plist>";
+  EXPECT_THAT(problemOf(plists), HasSubstr("more than 512"));
+}
+
+TEST(XmlReader, takesControlCharactersAndCarriageReturnsAsTheyAre) {
+  const std::u16string title(u"a\r\nb\rc\u0001\u0000d", 9);
+  const PlistValue value = PlistValue::array({title});
+  EXPECT_EQ(read(write(value)), value);
+  EXPECT_THAT(write(value), HasSubstr("a\r\nb\rc\x01"));
+}
+
+TEST(XmlReader, knowsFiveEntitiesAndNumbersInBothBases) {
+  EXPECT_EQ(read("<string>&lt;&gt;&amp;&apos;&quot;&#65;&#x42;&#x1F600;&#0;</string>"),
+            PlistValue(std::u16string(u"<>&'\"AB\U0001F600\0", 10)));
+  EXPECT_THAT(problemOf("<string>&nbsp;</string>"), HasSubstr("unknown entity"));
+  EXPECT_THAT(problemOf("<string>&#xDFFF;</string>"), HasSubstr("no Unicode character"));
+  EXPECT_THAT(problemOf("<string>&#x110000;</string>"), HasSubstr("no Unicode character"));
+  EXPECT_THAT(problemOf("<string>&#123456789;</string>"), HasSubstr("malformed character reference"));
+}
+
+TEST(XmlReader, ofEqualKeysTheLastCountsAlsoAmongMany) {
+  EXPECT_EQ(read("<dict><key>a</key><true/><key>b</key><true/><key>a</key><false/></dict>"),
+            PlistValue::dictionary({{u"a", false}, {u"b", true}}));
+  std::string text = "<dict>";
+  for (int key = 0; key < 100; ++key)
+    text += "<key>" + std::to_string(key % 50) + "</key><integer>" + std::to_string(key) + "</integer>";
+  const PlistValue value = read(text + "</dict>");
+  ASSERT_EQ(value.size(), 50U);
+  for (std::size_t index = 0; index < 50; ++index) EXPECT_EQ(value.valueAt(index), PlistValue(index + 50));
+}
+
+TEST(XmlReader, refusesAnInternalSubsetAndWhatFollowsTheFirstObject) {
+  EXPECT_THAT(problemOf("<!DOCTYPE plist [ <!ENTITY a \"b\"> ]><plist><true/></plist>"), HasSubstr("internal subset"));
+  EXPECT_THAT(problemOf("<plist><true/><true/></plist>"), HasSubstr("second object"));
+}
+
+TEST(XmlReader, readsTheEncodingThatAMarkOrTheDeclarationNames) {
+  EXPECT_EQ(read("\xEF\xBB\xBF<string>\xC3\xA9</string>"), PlistValue(u"é"));
+  EXPECT_EQ(read("<?xml version='1.0' encoding='iso-8859-1'?><string>\xE9</string>"), PlistValue(u"é"));
+  EXPECT_EQ(read("<?xml version='1.0' encoding='utf-8'?><string>\xC3\xA9</string>"), PlistValue(u"é"));
+  EXPECT_EQ(read("<?xml version='1.0' encoding='Shift_JIS'?><string>\x93\xFA</string>"), PlistValue(u"日"));
+  EXPECT_THAT(problemOf("<?xml version='1.0' encoding='martian'?><string>a</string>"),
+              HasSubstr("unknown encoding “martian”"));
+  EXPECT_THAT(problemOf("<?xml version='1.0' encoding='us-ascii'?><string>\xE9</string>"),
+              HasSubstr("not valid us-ascii"));
+}
+
+TEST(XmlReader, readsBase64AsThePlatformDoes) {
+  const auto dataOf = [](const std::string& text) {
+    return std::string(read("<data>" + text + "</data>").data()->text());
+  };
+  EXPECT_EQ(dataOf(""), "");
+  EXPECT_EQ(dataOf("\n\tYWJj\n\tZGVm\n\t"), "abcdef");
+  EXPECT_EQ(dataOf("YWI="), "ab");
+  EXPECT_EQ(dataOf("YQ=="), "a");
+  EXPECT_EQ(dataOf("YW!Jj"), "abc");
+  EXPECT_EQ(dataOf("YWJjZ"), "abc");
+  EXPECT_EQ(dataOf("YR=="), "a");
+  EXPECT_THAT(problemOf("<data>YW\xC3\xA9Jj</data>"), HasSubstr("not base64"));
+}
+
+TEST(XmlFormat, integersComeBackExact) {
+  for (const PlistInteger integer :
+       {PlistInteger(0), PlistInteger(-1), PlistInteger(std::numeric_limits<std::int64_t>::min()),
+        PlistInteger(std::numeric_limits<std::int64_t>::max()),
+        PlistInteger(std::numeric_limits<std::uint64_t>::max())})
+    EXPECT_EQ(read(write(integer)), PlistValue(integer)) << integer.decimal();
+  EXPECT_THAT(problemOf("<integer>18446744073709551616</integer>"), HasSubstr("out of range"));
+  EXPECT_THAT(problemOf("<integer>-9223372036854775809</integer>"), HasSubstr("out of range"));
+}
+
+TEST(XmlFormat, realsComeBackToTheBit) {
+  for (const double real : {0.0, -0.0, 0.1, -1e-300, 5e-324, std::numeric_limits<double>::max(), 1e17, 123456789.125,
+                            std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+                            std::numeric_limits<double>::quiet_NaN()})
+    EXPECT_EQ(read(write(real)), PlistValue(real)) << real;
+  EXPECT_THAT(write(-0.0), HasSubstr("<real>-0.0</real>"));
+}
+
+TEST(XmlFormat, datesComeBackCutToWholeSeconds) {
+  EXPECT_EQ(read(write(PlistDate{725846400.75})), PlistValue(PlistDate{725846400}));
+  EXPECT_EQ(read(write(PlistDate{-0.25})), PlistValue(PlistDate{-1}));
+  for (const double seconds : {-63113904000.0, -1e12, 1e12, 978307200.0, 951868800.0 - 978307200.0})
+    EXPECT_EQ(read(write(PlistDate{seconds})), PlistValue(PlistDate{seconds})) << seconds;
+}
+
+TEST(XmlFormat, daysAndMonthsGoRoundTheCalendar) {
+  // Every day of 800 years, against the day before.
+  std::string previous = write(PlistDate{-32000000000.0});
+  for (double day = -146097; day < 146097; day += 1) {
+    const double seconds = day * 86400;
+    const std::string text = write(PlistDate{seconds});
+    ASSERT_EQ(read(text), PlistValue(PlistDate{seconds})) << text;
+    ASSERT_NE(text, previous);
+    previous = text;
+  }
+}
+
+TEST(XmlWriter, refusesWhatXmlCannotHold) {
+  EXPECT_THROW(write(std::u16string(1, char16_t{0xD800})), Error);
+  EXPECT_THROW(write(PlistDate{1e300}), Error);
+  EXPECT_THROW(write(PlistDate{std::numeric_limits<double>::quiet_NaN()}), Error);
+}
+
+// The text of a value, inside an array, so that the file it is from cannot simply be rewritten.
+std::string writtenAnew(const PlistValue& value) { return write(PlistValue::array({value})); }
+
+TEST(XmlWriter, breaksBase64AsThePlatformDoesHoweverItWasBroken) {
+  const PlistValue broken =
+      read("<data>\n  AAECAwQF BgcICQoLDA0ODxAREhMUFRYXGBka\r\n GxwdHh8gISIjJCUmJygpKissLS4vMDEyMzQ1Njc4\tOTo=</data>");
+  EXPECT_EQ(writtenAnew(broken),
+            head +
+                "<array>\n\t<data>\n\tAAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8gISIjJCUmJygpKissLS4vMDEy\n\t"
+                "MzQ1Njc4OTo=\n\t</data>\n</array>\n</plist>\n");
+  EXPECT_EQ(writtenAnew(broken), writtenAnew(deepCopy(broken)));
+}
+
+TEST(XmlWriter, writesWhatIsNotCanonicalCanonically) {
+  EXPECT_EQ(writtenAnew(read("<dict><key>a&quot;></key>\n\n<array  ></array><key>b</key><string/></dict>")),
+            head +
+                "<array>\n\t<dict>\n\t\t<key>a\"&gt;</key>\n\t\t<array/>\n\t\t<key>b</key>\n\t\t<string></string>\n\t</"
+                "dict>\n"
+                "</array>\n</plist>\n");
+}
+
+const std::string handWritten =
+    "<plist><!-- mine --><dict><key>Children</key>\n<array>\n"
+    "  <dict><key>Title</key><string>bar</string><key>WebBookmarkType</key><string>WebBookmarkTypeList</string>\n"
+    "  <key>Children</key><array>\n"
+    "    <dict ><key>Title</key><string>b "
+    "&amp;#</string><key>WebBookmarkType</key><string>WebBookmarkTypeLeaf</string></dict><!-- first -->\n"
+    "    <dict><key>Title</key><string>a</string><key>WebBookmarkType</key><string>WebBookmarkTypeLeaf</string><!-- "
+    "a's --></dict>\n"
+    "  </array></dict>\n"
+    "</array></dict></plist> and more";
+
+TEST(XmlRewriter, movesElementsAsTheyAreAndLeavesEverythingElse) {
+  const VirtualMachine machine;
+  EXPECT_EQ(
+      write(sorted(read(handWritten), true)),
+      "<plist><!-- mine --><dict><key>Children</key>\n<array>\n"
+      "  <dict><key>Title</key><string>bar</string><key>WebBookmarkType</key><string>WebBookmarkTypeList</string>\n"
+      "  <key>Children</key><array>\n"
+      "    <dict><key>Title</key><string>a</string><key>WebBookmarkType</key><string>WebBookmarkTypeLeaf</string><!-- "
+      "a's "
+      "--></dict><!-- first -->\n"
+      "    <dict ><key>Title</key><string>b "
+      "&amp;#</string><key>WebBookmarkType</key><string>WebBookmarkTypeLeaf</string></dict>\n"
+      "  </array></dict>\n"
+      "</array></dict></plist> and more");
+}
+
+TEST(XmlRewriter, writesWhatWasReadInAnotherEncodingAnew) {
+  const std::string text = "<?xml version='1.0' encoding='ISO-8859-1'?><string>\xE9</string>";
+  EXPECT_EQ(write(read(text)), head + "<string>é</string>\n</plist>\n");
+}
+
+TEST(XmlRewriter, givesTheSameValueAsWritingAnewOnRandomTrees) {
+  const VirtualMachine machine;
+  constexpr unsigned seed = 20261121;
+  std::mt19937 random(seed);
+  const std::function<PlistValue(unsigned)> folder = [&](unsigned depth) {
+    std::vector<PlistValue> children;
+    for (unsigned count = static_cast<unsigned>(random() % 7); count > 0; --count)
+      children.push_back(
+          depth > 0 && random() % 2 == 0
+              ? folder(depth - 1)
+              : PlistValue::dictionary({{u"WebBookmarkType", u"WebBookmarkTypeLeaf"},
+                                        {u"Title", utf16("<" + std::to_string(random() % 20) + " & more")},
+                                        {u"Data", Bytes(std::string(random() % 90, 'x'))}}));
+    return PlistValue::dictionary({{u"WebBookmarkType", u"WebBookmarkTypeList"},
+                                   {u"Children", PlistValue::array(std::move(children))},
+                                   {u"Title", utf16(std::to_string(random() % 20))}});
+  };
+  for (int round = 0; round < 1000; ++round) {
+    const std::string text = write(folder(4));
+    const PlistValue inOrder = sorted(read(text), false);
+    const std::string rewritten = write(inOrder);
+    ASSERT_EQ(read(rewritten), inOrder) << "seed " << seed << ", round " << round;
+    ASSERT_EQ(rewritten, write(deepCopy(inOrder))) << "seed " << seed << ", round " << round;
+    const Bytes binary = PropertyListCodec().serialize(folder(4), PropertyListFormat::binary);
+    const PlistValue binaryInOrder = sorted(PropertyListCodec().parse(binary).value, false);
+    ASSERT_EQ(PropertyListCodec().parse(PropertyListCodec().serialize(binaryInOrder, PropertyListFormat::binary)).value,
+              binaryInOrder)
+        << "seed " << seed << ", round " << round;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,676 @@
+// Real files on a real file system.
+#include "platform/linux/posix_file_system.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/error.h"
+#include "tests/platform/linux/child_process.h"
+#include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/scratch_folder.h"
+
+namespace {
+
+// Called with the path of everything that is flushed to disk; its answer is the error number to fail with, 0 for none.
+std::function<int(const std::string&)> onFlush;
+
+}  // namespace
+
+// In place of the C library's, for this whole test program: nothing else tells when something is flushed.
+extern "C" int fsync(int descriptor) {
+  if (onFlush) {
+    const std::string path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).string();
+    if (const int problem = onFlush(path); problem != 0) {
+      errno = problem;
+      return -1;
+    }
+  }
+  return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class FlushScope {
+ public:
+  explicit FlushScope(std::function<int(const std::string&)> watcher) { onFlush = std::move(watcher); }
+  ~FlushScope() { onFlush = nullptr; }
+  FlushScope(const FlushScope&) = delete;
+  FlushScope& operator=(const FlushScope&) = delete;
+};
+
+class UmaskScope {
+ public:
+  explicit UmaskScope(mode_t mask) : old_(umask(mask)) {}
+  ~UmaskScope() { umask(old_); }
+  UmaskScope(const UmaskScope&) = delete;
+  UmaskScope& operator=(const UmaskScope&) = delete;
+
+ private:
+  mode_t old_;
+};
+
+// What comes of an operation: "done", or the error's domain, code and description.
+std::string outcomeOf(const std::function<void()>& operation) {
+  try {
+    operation();
+    return "done";
+  } catch (const Error& error) {
+    return error.domain() + " " + std::to_string(error.code()) + ": " + error.description();
+  }
+}
+
+std::string sentence(int code, const std::string& failed, const std::string& words, const std::string& path) {
+  return "POSIX " + std::to_string(code) + ": " + failed + " because the system answered “" + words + "” (" + path +
+         ").";
+}
+
+std::size_t openDescriptors() { return namesIn("/proc/self/fd").size(); }
+
+Bytes bytes(std::string text) { return Bytes(std::move(text)); }
+
+std::string patterned(std::size_t size) {
+  std::string text(size, '\0');
+  for (std::size_t index = 0; index < size; ++index) text[index] = static_cast<char>(index * 7 + index / 251);
+  return text;
+}
+
+constexpr std::size_t block = std::size_t{256} << 10;
+
+class PosixFileSystemTest : public testing::Test {
+ protected:
+  ScratchFolder scratch_;
+  PosixFileSystem files_;
+  std::string file_ = scratch_.path("Bookmarks.plist");
+
+  std::string readOutcome(const std::string& path) {
+    return outcomeOf([&] { files_.read(path); });
+  }
+  std::string writeOutcome(const std::string& path, const std::string& content) {
+    return outcomeOf([&] { files_.writeAtomically(path, bytes(content)); });
+  }
+};
+
+// Reading
+
+using PosixRead = PosixFileSystemTest;
+
+TEST_F(PosixRead, answersEveryByte) {
+  for (const std::size_t size :
+       {std::size_t{1}, std::size_t{4095}, std::size_t{4096}, block, (std::size_t{9} << 20) + block}) {
+    makeFile(file_, patterned(size));
+    EXPECT_TRUE(files_.read(file_).text() == patterned(size)) << size;
+  }
+}
+
+TEST_F(PosixRead, takesAnEmptyFile) {
+  makeFile(file_, "");
+  EXPECT_EQ(files_.read(file_).size(), 0U);
+}
+
+TEST_F(PosixRead, contentOutlivesTheFile) {
+  makeFile(file_, "old");
+  const Bytes old = files_.read(file_);
+  std::filesystem::resize_file(file_, 0);
+  std::filesystem::remove(file_);
+  EXPECT_EQ(old.text(), "old");
+}
+
+TEST_F(PosixRead, readsOnWhereTheFileIsLongerThanItsSizeSays) {
+  const std::string path = "/proc/self/status";  // says that it is empty
+  ASSERT_EQ(std::filesystem::file_size(path), 0U);
+  EXPECT_THAT(std::string(files_.read(path).text()), StartsWith("Name:\t"));
+  EXPECT_THAT(std::string(files_.read(path).text()), HasSubstr("\nThreads:\t"));
+}
+
+TEST_F(PosixRead, stopsWhereTheFileIsShorterThanItsSizeSays) {
+  const std::string path = "/sys/kernel/mm/transparent_hugepage/enabled";  // says that it is a page long
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << path << " is not there";
+  ASSERT_GT(std::filesystem::file_size(path), contentOf(path).size());
+  EXPECT_EQ(files_.read(path).text(), contentOf(path));
+}
+
+TEST_F(PosixRead, saysThatAFileIsMissingWithItsNameAndPath) {
+  EXPECT_EQ(readOutcome(file_),
+            sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be opened", "No such file or directory", file_));
+}
+
+TEST_F(PosixRead, refusesAFolder) {
+  EXPECT_THAT(readOutcome(scratch_.path()), StartsWith("POSIX " + std::to_string(EISDIR) + ": The file “"));
+}
+
+TEST_F(PosixRead, refusesAPipeWithoutWaitingForIt) {
+  ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+  EXPECT_EQ(readOutcome(file_),
+            "POSIX " + std::to_string(EINVAL) +
+                ": The file “Bookmarks.plist” couldn’t be opened because it is not a regular file (" + file_ + ").");
+  EXPECT_THAT(readOutcome("/dev/null"), HasSubstr("it is not a regular file"));
+}
+
+TEST_F(PosixRead, saysThatPermissionIsDenied) {
+  makeFile(file_, "secret");
+  chmod(file_.c_str(), 0000);
+  EXPECT_EQ(inUnprivilegedProcess([&] { return readOutcome(file_); }),
+            sentence(EACCES, "The file “Bookmarks.plist” couldn’t be opened", "Permission denied", file_));
+}
+
+TEST_F(PosixRead, leavesNothingOpen) {
+  makeFile(file_, "text");
+  const std::size_t before = openDescriptors();
+  files_.read(file_);
+  files_.holds(file_, bytes("other"));
+  readOutcome(scratch_.path());
+  writeOutcome(file_, "new");
+  writeOutcome(scratch_.path(), "new");
+  outcomeOf([&] { files_.writeNew(scratch_.path("new"), bytes("new")); });
+  outcomeOf([&] { files_.writeNew(scratch_.path("new"), bytes("new")); });
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+// Comparing
+
+using PosixHolds = PosixFileSystemTest;
+
+TEST_F(PosixHolds, trueForTheSameBytes) {
+  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, block - 1, block, block + 1, 3 * block}) {
+    makeFile(file_, patterned(size));
+    EXPECT_TRUE(files_.holds(file_, bytes(patterned(size)))) << size;
+  }
+}
+
+TEST_F(PosixHolds, noticesOneByteWhereverWithTheSameLengthAndDate) {
+  const std::string old = patterned(2 * block + 100);
+  for (const std::size_t place : {std::size_t{0}, block - 1, block, old.size() - 1}) {
+    makeFile(file_, old);
+    struct stat before {};
+    ASSERT_EQ(stat(file_.c_str(), &before), 0);
+    std::string changed = old;
+    changed[place] = static_cast<char>(changed[place] ^ 1);
+    makeFile(file_, changed);
+    const std::array<timespec, 2> times{before.st_atim, before.st_mtim};
+    ASSERT_EQ(utimensat(AT_FDCWD, file_.c_str(), times.data(), 0), 0);
+    EXPECT_FALSE(files_.holds(file_, bytes(old))) << place;
+  }
+}
+
+TEST_F(PosixHolds, noticesAByteMoreOrLess) {
+  for (const std::size_t size : {std::size_t{1}, block, 2 * block}) {
+    makeFile(file_, patterned(size));
+    EXPECT_FALSE(files_.holds(file_, bytes(patterned(size + 1)))) << size;
+    EXPECT_FALSE(files_.holds(file_, bytes(patterned(size - 1)))) << size;
+    EXPECT_FALSE(files_.holds(file_, Bytes())) << size;
+  }
+}
+
+TEST_F(PosixHolds, isAnErrorForAFileThatIsGone) {
+  EXPECT_EQ(outcomeOf([&] { files_.holds(file_, Bytes()); }),
+            sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be opened", "No such file or directory", file_));
+}
+
+// Creating folders
+
+using PosixCreateFolder = PosixFileSystemTest;
+
+TEST_F(PosixCreateFolder, givesExactlyTheModeToEveryFolderItCreatesWhateverTheUmask) {
+  for (const mode_t mask : {0000U, 0022U, 0077U, 0777U}) {
+    const UmaskScope scope(mask);
+    const std::string first = scratch_.path("mask " + std::to_string(mask));
+    files_.createFolder(first + "/two/three", 0750);
+    EXPECT_EQ(modeOf(first), 0750U);
+    EXPECT_EQ(modeOf(first + "/two"), 0750U);
+    EXPECT_EQ(modeOf(first + "/two/three"), 0750U);
+  }
+}
+
+TEST_F(PosixCreateFolder, leavesTheModeOfThoseThatExist) {
+  std::filesystem::create_directory(scratch_.path("one"));
+  chmod(scratch_.path("one").c_str(), 0755);
+  files_.createFolder(scratch_.path("one/two"), 0700);
+  files_.createFolder(scratch_.path("one"), 0700);
+  EXPECT_EQ(modeOf(scratch_.path("one")), 0755U);
+  EXPECT_EQ(modeOf(scratch_.path("one/two")), 0700U);
+  files_.createFolder(scratch_.path("one/two"), 0711);
+  EXPECT_EQ(modeOf(scratch_.path("one/two")), 0700U);
+}
+
+TEST_F(PosixCreateFolder, takesASlashAtTheEndAndALinkToAFolder) {
+  files_.createFolder(scratch_.path("one/two//"), 0700);
+  EXPECT_EQ(modeOf(scratch_.path("one/two")), 0700U);
+  std::filesystem::create_symlink("one/two", scratch_.path("link"));
+  files_.createFolder(scratch_.path("link"), 0700);
+  files_.createFolder(scratch_.path("link/three"), 0700);
+  EXPECT_TRUE(std::filesystem::is_directory(scratch_.path("one/two/three")));
+}
+
+TEST_F(PosixCreateFolder, saysThatAFileIsInTheWay) {
+  makeFile(scratch_.path("one"), "");
+  EXPECT_EQ(outcomeOf([&] { files_.createFolder(scratch_.path("one"), 0700); }),
+            sentence(EEXIST, "The folder “one” couldn’t be created", "File exists", scratch_.path("one")));
+  EXPECT_EQ(outcomeOf([&] { files_.createFolder(scratch_.path("one/two"), 0700); }),
+            sentence(ENOTDIR, "The folder “two” couldn’t be created", "Not a directory", scratch_.path("one/two")));
+}
+
+TEST_F(PosixCreateFolder, saysThatALinkLeadsNowhere) {
+  std::filesystem::create_symlink("nowhere", scratch_.path("link"));
+  EXPECT_THAT(outcomeOf([&] { files_.createFolder(scratch_.path("link/two"), 0700); }),
+              StartsWith("POSIX " + std::to_string(EEXIST) + ": The folder “link” couldn’t be created"));
+}
+
+TEST_F(PosixCreateFolder, saysThatPermissionIsDeniedAndCreatesNothing) {
+  chmod(scratch_.path().c_str(), 0555);
+  EXPECT_EQ(
+      inUnprivilegedProcess([&] { return outcomeOf([&] { files_.createFolder(scratch_.path("one/two"), 0700); }); }),
+      sentence(EACCES, "The folder “one” couldn’t be created", "Permission denied", scratch_.path("one")));
+  EXPECT_THAT(namesIn(scratch_.path()), IsEmpty());
+}
+
+TEST_F(PosixCreateFolder, doesNotMindSomebodyElseCreatingTheSameFolders) {
+  std::atomic<int> failures = 0;
+  for (int round = 0; round < 50; ++round) {
+    const std::string path = scratch_.path(std::to_string(round) + "/two/three/four");
+    std::vector<std::jthread> threads;
+    threads.reserve(4);
+    for (int thread = 0; thread < 4; ++thread)
+      threads.emplace_back([&] {
+        if (outcomeOf([&] { PosixFileSystem(Flush::never).createFolder(path, 0700); }) != "done") ++failures;
+      });
+  }
+  EXPECT_EQ(failures, 0);
+}
+
+// Writing a new file
+
+class PosixWriteNew : public PosixFileSystemTest {
+ protected:
+  std::string outcome(const std::string& path, const std::string& content = "old bytes") {
+    return outcomeOf([&] { files_.writeNew(path, bytes(content)); });
+  }
+  std::string backup_ = scratch_.path("Bookmarks-1.plist");
+};
+
+TEST_F(PosixWriteNew, writesEveryByte) {
+  const std::string content = patterned((9 << 20) + 1);
+  EXPECT_EQ(outcome(backup_, content), "done");
+  EXPECT_TRUE(contentOf(backup_) == content);
+  EXPECT_EQ(outcome(scratch_.path("empty"), ""), "done");
+  EXPECT_EQ(contentOf(scratch_.path("empty")), "");
+}
+
+TEST_F(PosixWriteNew, isNobodyElsesToReadFromTheStart) {
+  const UmaskScope scope(0);
+  std::vector<unsigned> modes;
+  const FlushScope watch([&](const std::string& path) {
+    modes.push_back(modeOf(path));
+    return 0;
+  });
+  files_.writeNew(backup_, bytes("private"));
+  EXPECT_EQ(modes.front(), 0600U);
+  EXPECT_EQ(modeOf(backup_), 0600U);
+}
+
+TEST_F(PosixWriteNew, failsIfTheNameExists) {
+  makeFile(backup_, "there before");
+  EXPECT_EQ(outcome(backup_),
+            sentence(EEXIST, "The file “Bookmarks-1.plist” couldn’t be saved", "File exists", backup_));
+  EXPECT_EQ(contentOf(backup_), "there before");
+}
+
+TEST_F(PosixWriteNew, failsOnALinkEvenIfItLeadsNowhere) {
+  std::filesystem::create_symlink("elsewhere", backup_);
+  EXPECT_THAT(outcome(backup_), StartsWith("POSIX " + std::to_string(EEXIST)));
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks-1.plist"));
+}
+
+TEST_F(PosixWriteNew, saysThatTheFolderIsMissing) {
+  const std::string path = scratch_.path("missing/Bookmarks-1.plist");
+  EXPECT_EQ(outcome(path),
+            sentence(ENOENT, "The file “Bookmarks-1.plist” couldn’t be saved", "No such file or directory", path));
+}
+
+TEST_F(PosixWriteNew, flushesTheFileAndThenItsFolder) {
+  std::vector<std::string> flushed;
+  const FlushScope watch([&](const std::string& path) {
+    if (path == backup_) {
+      EXPECT_EQ(contentOf(path), "old bytes");
+    }
+    flushed.push_back(path);
+    return 0;
+  });
+  files_.writeNew(backup_, bytes("old bytes"));
+  EXPECT_THAT(flushed, ElementsAre(backup_, scratch_.path()));
+}
+
+TEST_F(PosixWriteNew, leavesNothingIfFlushingFails) {
+  for (const std::string& failing : {backup_, scratch_.path()}) {
+    const FlushScope watch([&](const std::string& path) { return path == failing ? EIO : 0; });
+    EXPECT_EQ(outcome(backup_),
+              sentence(EIO, "The file “Bookmarks-1.plist” couldn’t be saved", "Input/output error", backup_));
+    EXPECT_THAT(namesIn(scratch_.path()), IsEmpty());
+  }
+}
+
+TEST_F(PosixWriteNew, doesNotMindAFileSystemThatFlushesNoFolders) {
+  const FlushScope watch([&](const std::string& path) { return path == scratch_.path() ? EINVAL : 0; });
+  EXPECT_EQ(outcome(backup_), "done");
+}
+
+// Makes every write beyond `size` bytes fail with EFBIG, after a short one up to there.
+void limitFileSize(std::size_t size) {
+  const rlimit limit{size, size};
+  EXPECT_NE(std::signal(SIGXFSZ, SIG_IGN), SIG_ERR);
+  EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+}
+
+TEST_F(PosixWriteNew, leavesNothingIfTheSystemStopsHalfWay) {
+  EXPECT_EQ(inChildProcess([&] {
+              limitFileSize(5000);
+              return outcome(backup_, patterned(10000));
+            }),
+            sentence(EFBIG, "The file “Bookmarks-1.plist” couldn’t be saved", "File too large", backup_));
+  EXPECT_THAT(namesIn(scratch_.path()), IsEmpty());
+}
+
+// Runs `work` with a file system of one megabyte mounted on `folder`; answers "no: ..." where that cannot be done.
+std::string onSmallDisk(const std::string& folder, const std::function<std::string()>& work) {
+  return inChildProcess([&]() -> std::string {
+    if (const std::string problem = separateMounts(); !problem.empty()) return "no: " + problem;
+    if (mount("none", folder.c_str(), "tmpfs", 0, "size=1m") != 0) return "no: the disk cannot be mounted";
+    return work();
+  });
+}
+
+std::string joined(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text += "[" + name + "]";
+  return text;
+}
+
+TEST_F(PosixWriteNew, leavesNothingOnAFullDisk) {
+  const std::string result = onSmallDisk(
+      scratch_.path(), [&] { return outcome(backup_, patterned(2 << 20)) + joined(namesIn(scratch_.path())); });
+  if (result.starts_with("no: ")) GTEST_SKIP() << result;
+  EXPECT_EQ(result,
+            sentence(ENOSPC, "The file “Bookmarks-1.plist” couldn’t be saved", "No space left on device", backup_));
+}
+
+// Permission bits
+
+using PosixSetMode = PosixFileSystemTest;
+
+TEST_F(PosixSetMode, setsExactlyTheMode) {
+  makeFile(file_, "");
+  files_.setMode(file_, 0600);
+  EXPECT_EQ(modeOf(file_), 0600U);
+  files_.setMode(file_, 0644);
+  EXPECT_EQ(modeOf(file_), 0644U);
+}
+
+TEST_F(PosixSetMode, saysThatTheFileIsMissing) {
+  EXPECT_EQ(outcomeOf([&] { files_.setMode(file_, 0600); }),
+            sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be given its permissions",
+                     "No such file or directory", file_));
+}
+
+// Replacing a file
+
+using PosixWriteAtomically = PosixFileSystemTest;
+
+TEST_F(PosixWriteAtomically, replacesTheWholeContent) {
+  makeFile(file_, patterned(5000));
+  EXPECT_EQ(writeOutcome(file_, "short"), "done");
+  EXPECT_EQ(contentOf(file_), "short");
+  EXPECT_EQ(writeOutcome(file_, patterned(9 << 20)), "done");
+  EXPECT_TRUE(contentOf(file_) == patterned(9 << 20));
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixWriteAtomically, keepsThePermissionBitsWhateverTheUmask) {
+  for (const mode_t mask : {0000U, 0077U, 0777U}) {
+    const UmaskScope scope(mask);
+    for (const unsigned mode : {0600U, 0644U, 0666U, 0640U, 0400U, 0755U}) {
+      makeFile(scratch_.path("new"), "old");
+      std::filesystem::rename(scratch_.path("new"), file_);
+      chmod(file_.c_str(), mode);
+      EXPECT_EQ(writeOutcome(file_, "new"), "done");
+      EXPECT_EQ(modeOf(file_), mode) << "umask " << mask;
+    }
+  }
+}
+
+TEST_F(PosixWriteAtomically, givesANewFileTheModeOfAnyNewFile) {
+  for (const mode_t mask : {0022U, 0077U, 0002U}) {
+    const UmaskScope scope(mask);
+    std::filesystem::remove(file_);
+    EXPECT_EQ(writeOutcome(file_, "new"), "done");
+    EXPECT_EQ(contentOf(file_), "new");
+    EXPECT_EQ(modeOf(file_), 0666U & ~mask);
+    EXPECT_EQ(umask(mask), mask) << "the umask is as it was";
+  }
+}
+
+TEST_F(PosixWriteAtomically, keepsOwnerAndGroup) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser may give files away";
+  makeFile(file_, "old");
+  ASSERT_EQ(chown(file_.c_str(), 65534, 12345), 0);
+  chmod(file_.c_str(), 06750);
+  EXPECT_EQ(writeOutcome(file_, "new"), "done");
+  struct stat status {};
+  ASSERT_EQ(stat(file_.c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, 65534U);
+  EXPECT_EQ(status.st_gid, 12345U);
+  EXPECT_EQ(modeOf(file_), 06750U);
+}
+
+TEST_F(PosixWriteAtomically, followsALinkAndLeavesItALink) {
+  std::filesystem::create_directory(scratch_.path("real"));
+  std::filesystem::create_directory(scratch_.path("links"));
+  const std::string real = scratch_.path("real/file");
+  makeFile(real, "old");
+  chmod(real.c_str(), 0640);
+  std::filesystem::create_symlink("../real/file", scratch_.path("links/relative"));
+  std::filesystem::create_symlink(scratch_.path("links/relative"), file_);
+  EXPECT_EQ(writeOutcome(file_, "new"), "done");
+  EXPECT_TRUE(std::filesystem::is_symlink(file_));
+  EXPECT_TRUE(std::filesystem::is_symlink(scratch_.path("links/relative")));
+  EXPECT_EQ(contentOf(real), "new");
+  EXPECT_EQ(modeOf(real), 0640U);
+  EXPECT_THAT(namesIn(scratch_.path("real")), ElementsAre("file"));
+  EXPECT_THAT(namesIn(scratch_.path("links")), ElementsAre("relative"));
+}
+
+TEST_F(PosixWriteAtomically, writesWhereALinkPointsThoughNothingIsThereYet) {
+  std::filesystem::create_symlink("not there yet", file_);
+  EXPECT_EQ(writeOutcome(file_, "new"), "done");
+  EXPECT_TRUE(std::filesystem::is_symlink(file_));
+  EXPECT_EQ(contentOf(scratch_.path("not there yet")), "new");
+}
+
+TEST_F(PosixWriteAtomically, saysThatLinksGoInCircles) {
+  std::filesystem::create_symlink("other", file_);
+  std::filesystem::create_symlink("Bookmarks.plist", scratch_.path("other"));
+  EXPECT_EQ(writeOutcome(file_, "new"), sentence(ELOOP, "The file “Bookmarks.plist” couldn’t be saved",
+                                                 "Too many levels of symbolic links", file_));
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist", "other"));
+}
+
+TEST_F(PosixWriteAtomically, refusesAFolderAndAPipe) {
+  std::filesystem::create_directory(file_);
+  EXPECT_EQ(writeOutcome(file_, "new"),
+            sentence(EISDIR, "The file “Bookmarks.plist” couldn’t be saved", "Is a directory", file_));
+  const std::string pipe = scratch_.path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_THAT(writeOutcome(pipe, "new"), HasSubstr("couldn’t be saved because it is not a regular file"));
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist", "pipe"));
+}
+
+TEST_F(PosixWriteAtomically, takesTheLongestName) {
+  const std::string path = scratch_.path(std::string(255, 'n'));
+  makeFile(path, "old");
+  EXPECT_EQ(writeOutcome(path, "new"), "done");
+  EXPECT_EQ(contentOf(path), "new");
+}
+
+TEST_F(PosixWriteAtomically, neverShowsHalfAFile) {
+  const std::string old = patterned(3 << 20);
+  makeFile(file_, old);
+  const Bytes before = files_.read(file_);
+  const int open = ::open(file_.c_str(), O_RDONLY | O_CLOEXEC);
+  const FlushScope watch([&](const std::string& path) {
+    if (path != scratch_.path()) {
+      EXPECT_TRUE(files_.holds(file_, before)) << "the old file stays until the new one is whole on disk";
+    }
+    return 0;
+  });
+  EXPECT_EQ(writeOutcome(file_, "new"), "done");
+  std::string still(old.size(), '\0');
+  EXPECT_EQ(::read(open, still.data(), still.size()), static_cast<ssize_t>(old.size()));
+  EXPECT_TRUE(still == old) << "whoever has the old file open keeps it whole";
+  close(open);
+}
+
+TEST_F(PosixWriteAtomically, flushesAHiddenFileBesideTheTargetAndThenTheFolder) {
+  makeFile(file_, "old");
+  std::vector<std::string> flushed;
+  std::vector<std::string> contents;
+  const FlushScope watch([&](const std::string& path) {
+    flushed.push_back(path);
+    contents.push_back(contentOf(file_) + "," + (path == scratch_.path() ? "" : contentOf(path)));
+    return 0;
+  });
+  EXPECT_EQ(writeOutcome(file_, "new"), "done");
+  ASSERT_EQ(flushed.size(), 2U);
+  EXPECT_THAT(flushed[0], StartsWith(scratch_.path("."))) << "in the same folder, under a hidden name";
+  EXPECT_EQ(flushed[1], scratch_.path());
+  EXPECT_THAT(contents, ElementsAre("old,new", "new,")) << "renamed between the two";
+}
+
+TEST_F(PosixWriteAtomically, withoutFlushingWritesTheSame) {
+  makeFile(file_, "old");
+  int flushes = 0;
+  const FlushScope watch([&](const std::string&) {
+    ++flushes;
+    return 0;
+  });
+  PosixFileSystem(Flush::never).writeAtomically(file_, bytes("new"));
+  EXPECT_EQ(contentOf(file_), "new");
+  EXPECT_EQ(flushes, 0);
+}
+
+TEST_F(PosixWriteAtomically, keepsTheOldFileIfFlushingFails) {
+  makeFile(file_, "old");
+  const FlushScope watch([&](const std::string& path) { return path == scratch_.path() ? 0 : EIO; });
+  EXPECT_EQ(writeOutcome(file_, "new"),
+            sentence(EIO, "The file “Bookmarks.plist” couldn’t be saved", "Input/output error", file_));
+  EXPECT_EQ(contentOf(file_), "old");
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixWriteAtomically, hasSucceededOnceTheNewFileIsInPlace) {
+  makeFile(file_, "old");
+  const FlushScope watch([&](const std::string& path) { return path == scratch_.path() ? EIO : 0; });
+  EXPECT_EQ(writeOutcome(file_, "new"), "done");
+  EXPECT_EQ(contentOf(file_), "new");
+}
+
+TEST_F(PosixWriteAtomically, keepsTheOldFileIfTheSystemStopsHalfWay) {
+  makeFile(file_, "old");
+  EXPECT_EQ(inChildProcess([&] {
+              limitFileSize(5000);
+              return writeOutcome(file_, patterned(10000));
+            }),
+            sentence(EFBIG, "The file “Bookmarks.plist” couldn’t be saved", "File too large", file_));
+  EXPECT_EQ(contentOf(file_), "old");
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixWriteAtomically, keepsTheOldFileOnAFullDisk) {
+  const std::string result = onSmallDisk(scratch_.path(), [&] {
+    makeFile(file_, "old");
+    return writeOutcome(file_, patterned(2 << 20)) + contentOf(file_) + joined(namesIn(scratch_.path()));
+  });
+  if (result.starts_with("no: ")) GTEST_SKIP() << result;
+  EXPECT_EQ(result, sentence(ENOSPC, "The file “Bookmarks.plist” couldn’t be saved", "No space left on device", file_) +
+                        "old[Bookmarks.plist]");
+}
+
+TEST_F(PosixWriteAtomically, keepsTheOldFileIfTheFolderIsNotOurs) {
+  makeFile(file_, "old");
+  chmod(file_.c_str(), 0666);
+  chmod(scratch_.path().c_str(), 0555);
+  EXPECT_EQ(inUnprivilegedProcess([&] { return writeOutcome(file_, "new"); }),
+            sentence(EACCES, "The file “Bookmarks.plist” couldn’t be saved", "Permission denied", file_));
+  EXPECT_EQ(contentOf(file_), "old");
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixWriteAtomically, keepsTheOldFileIfItMayNotBeReplaced) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs a file of another user, which only the superuser can make";
+  makeFile(file_, "old");
+  chmod(scratch_.path().c_str(), 01777);  // anyone may make files here, but remove only their own
+  EXPECT_EQ(inUnprivilegedProcess([&] { return writeOutcome(file_, "new"); }),
+            sentence(EPERM, "The file “Bookmarks.plist” couldn’t be saved", "Operation not permitted", file_));
+  EXPECT_EQ(contentOf(file_), "old");
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixWriteAtomically, saysThatTheFolderIsMissing) {
+  const std::string path = scratch_.path("missing/Bookmarks.plist");
+  EXPECT_EQ(writeOutcome(path, "new"),
+            sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be saved", "No such file or directory", path));
+}
+
+// The home folder
+
+using PosixHomeFolder = PosixFileSystemTest;
+
+TEST_F(PosixHomeFolder, isWhatHomeSaysWithoutASlashAtTheEnd) {
+  EnvironmentScope home("HOME", "/home/ann");
+  EXPECT_EQ(files_.homeFolder(), "/home/ann");
+  home.set("/home/ann//");
+  EXPECT_EQ(files_.homeFolder(), "/home/ann");
+  home.set("/");
+  EXPECT_EQ(files_.homeFolder(), "");
+}
+
+TEST_F(PosixHomeFolder, isElseWhatTheUserDatabaseSays) {
+  const std::string wanted = getpwuid(geteuid())->pw_dir;
+  EnvironmentScope home("HOME", std::nullopt);
+  EXPECT_EQ(files_.homeFolder(), wanted);
+  home.set("");
+  EXPECT_EQ(files_.homeFolder(), wanted);
+  home.set("relative/folder");
+  EXPECT_EQ(files_.homeFolder(), wanted);
+}
+
+TEST_F(PosixHomeFolder, isAnErrorForAUserWhoIsNotInTheDatabase) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can become such a user";
+  const EnvironmentScope home("HOME", std::nullopt);
+  EXPECT_EQ(inChildProcess([&] {
+              if (setuid(3456789) != 0) return std::string("cannot become another user");
+              return outcomeOf([&] { files_.homeFolder(); });
+            }),
+            "POSIX 2: The home folder couldn’t be found because the user database has none for user 3456789.");
+}
+
+}  // namespace

@@ -1,0 +1,161 @@
+// A real session bus, and real processes that own names on it.
+#include "platform/linux/session_bus_applications.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/session_bus.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+using namespace std::chrono_literals;
+
+constexpr const char* safari = "com.apple.Safari";
+constexpr auto soon = 100ms;
+
+std::vector<int> identifiers(SessionBusApplications& applications, const std::string& identifier = safari) {
+  std::vector<int> found;
+  for (const auto& application : applications.withBundleIdentifier(identifier))
+    found.push_back(application->processIdentifier());
+  return found;
+}
+
+class SessionBusApplicationsTest : public testing::Test {
+ protected:
+  ScratchFolder scratch_;
+  SessionBus bus_{scratch_};
+  EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
+  SessionBusApplications applications_;
+};
+
+TEST_F(SessionBusApplicationsTest, noneRunWhoseNameNobodyOwns) {
+  EXPECT_THAT(identifiers(applications_), IsEmpty());
+  EXPECT_THAT(identifiers(applications_, "com.apple.Other"), IsEmpty());
+}
+
+TEST_F(SessionBusApplicationsTest, theOwnerOfTheNameRunsUntilItLeaves) {
+  NameOwner owner(safari);
+  EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
+  EXPECT_THAT(identifiers(applications_, "com.apple"), IsEmpty());
+  EXPECT_THAT(identifiers(applications_, "com.apple.Safari.Extra"), IsEmpty());
+  owner.leave();
+  // The bus hears of the end by itself; it is sure to have heard once it has served a connection made after it.
+  const NameOwner other("com.example.Other");
+  EXPECT_THAT(identifiers(applications_), IsEmpty());
+}
+
+TEST_F(SessionBusApplicationsTest, whoWaitsForTheNameRunsToo) {
+  const NameOwner first(safari);
+  const NameOwner second(safari);
+  EXPECT_THAT(identifiers(applications_), ElementsAre(first.process(), second.process()));
+}
+
+TEST_F(SessionBusApplicationsTest, aProcessIsOneInstanceWithHoweverManyConnections) {
+  const NameOwner first(safari, 3);
+  const NameOwner second(safari, 2);
+  EXPECT_THAT(identifiers(applications_), UnorderedElementsAre(first.process(), second.process()));
+}
+
+TEST_F(SessionBusApplicationsTest, aNameThatNoBusCanHaveIsNobodys) {
+  for (const char* name : {"", "no dots", "..", "com.apple.Sa fari", "1.2"})
+    EXPECT_THAT(identifiers(applications_, name), IsEmpty()) << name;
+  const NameOwner owner(safari);
+  EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process())) << "the connection is none the worse";
+}
+
+TEST_F(SessionBusApplicationsTest, askingStartsNothing) {
+  if (!bus_.hasStartedSomething()) GTEST_SKIP() << "this kernel does not list a process's children";
+  EXPECT_THAT(identifiers(applications_), IsEmpty());
+  EXPECT_EQ(bus_.hasStartedSomething(), false);
+}
+
+TEST_F(SessionBusApplicationsTest, theBusCanStartWhatTheTestAboveWatchesFor) {
+  sd_bus* bus = nullptr;
+  ASSERT_GE(sd_bus_open_user(&bus), 0);
+  // Answered once the started process has ended without taking the name.
+  EXPECT_LT(sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                               "StartServiceByName", nullptr, nullptr, "su", safari, 0U),
+            0);
+  sd_bus_close_unref(bus);
+  if (!bus_.hasStartedSomething()) GTEST_SKIP() << "this kernel does not list a process's children";
+  EXPECT_EQ(bus_.hasStartedSomething(), true);
+}
+
+TEST_F(SessionBusApplicationsTest, aBusThatWentAndCameBackIsAskedAnew) {
+  {
+    const NameOwner owner(safari);
+    EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
+  }
+  bus_.stop();
+  EXPECT_THAT(identifiers(applications_), IsEmpty());
+  const SessionBus again(scratch_);
+  const NameOwner owner(safari);
+  EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
+}
+
+TEST_F(SessionBusApplicationsTest, aBusThatWasReplacedBetweenTwoQuestionsIsAskedAnew) {
+  EXPECT_THAT(identifiers(applications_), IsEmpty());
+  bus_.stop();
+  const SessionBus again(scratch_);
+  const NameOwner owner(safari);
+  EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
+}
+
+TEST_F(SessionBusApplicationsTest, aBusThatHangsHoldsNobodyUpForLong) {
+  SessionBusApplications connected(soon);
+  const NameOwner owner(safari);
+  EXPECT_THAT(identifiers(connected), ElementsAre(owner.process()));
+  kill(bus_.process(), SIGSTOP);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_THAT(identifiers(connected), IsEmpty());
+  SessionBusApplications unconnected(soon);
+  EXPECT_THAT(identifiers(unconnected), IsEmpty());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 10s) << "the library's own patience is longer";
+  kill(bus_.process(), SIGCONT);
+  EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
+}
+
+TEST(SessionBusApplicationsWithoutABus, noneRun) {
+  const EnvironmentScope runtime("XDG_RUNTIME_DIR", std::nullopt);
+  EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
+  SessionBusApplications applications;
+  EXPECT_THAT(identifiers(applications), IsEmpty());
+  for (const char* value : {"unix:path=/nonexistent/bus", "nonsense", "autolaunch:", ""}) {
+    address.set(value);
+    EXPECT_THAT(identifiers(applications), IsEmpty()) << value;
+  }
+}
+
+TEST(SessionBusApplicationsWithoutABus, noneRunWhereSomethingElseListens) {
+  const ScratchFolder scratch;
+  const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_un place{};
+  place.sun_family = AF_UNIX;
+  std::strncpy(place.sun_path, scratch.path("bus").c_str(), sizeof place.sun_path - 1);
+  ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&place), sizeof place), 0);
+  ASSERT_EQ(listen(listener, 4), 0);  // and never answers
+  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + scratch.path("bus"));
+  SessionBusApplications applications(soon);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_THAT(identifiers(applications), IsEmpty());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+  close(listener);
+}
+
+}  // namespace

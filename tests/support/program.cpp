@@ -1,0 +1,79 @@
+#include "tests/support/program.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstring>
+#include <string_view>
+
+namespace {
+
+// A file without a name, which takes any amount of output without anyone reading along.
+class Sink {
+ public:
+  Sink() : descriptor_(memfd_create("output", MFD_CLOEXEC)) { EXPECT_GE(descriptor_, 0) << std::strerror(errno); }
+  ~Sink() { close(descriptor_); }
+  Sink(const Sink&) = delete;
+  Sink& operator=(const Sink&) = delete;
+
+  int descriptor() const { return descriptor_; }
+  std::string content() const {
+    std::string text;
+    std::array<char, 4096> part{};
+    for (ssize_t count = 0;
+         (count = pread(descriptor_, part.data(), part.size(), static_cast<off_t>(text.size()))) > 0;)
+      text.append(part.data(), static_cast<std::size_t>(count));
+    return text;
+  }
+
+ private:
+  int descriptor_;
+};
+
+std::vector<std::string> variables(const Environment& changes) {
+  std::vector<std::string> list;
+  for (char** variable = environ; *variable != nullptr; ++variable) {
+    const std::string_view text(*variable);
+    if (!changes.contains(std::string(text.substr(0, text.find('='))))) list.emplace_back(text);
+  }
+  for (const auto& [name, value] : changes)
+    if (value) list.push_back(name + '=' + *value);
+  return list;
+}
+
+// As the system takes lists of strings: pointers to them, and a null one.
+std::vector<char*> pointers(std::vector<std::string>& strings) {
+  std::vector<char*> list;
+  for (std::string& text : strings) list.push_back(text.data());
+  list.push_back(nullptr);
+  return list;
+}
+
+}  // namespace
+
+Ending run(const std::string& path, const std::vector<std::string>& arguments, const Environment& environment) {
+  const Sink output;
+  const Sink error;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, output.descriptor(), STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, error.descriptor(), STDERR_FILENO);
+  std::vector<std::string> words = {path};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  std::vector<std::string> settings = variables(environment);
+  pid_t process = 0;
+  const int problem =
+      posix_spawn(&process, path.c_str(), &actions, nullptr, pointers(words).data(), pointers(settings).data());
+  posix_spawn_file_actions_destroy(&actions);
+  EXPECT_EQ(problem, 0) << path << ": " << std::strerror(problem);
+  if (problem != 0) return {};
+  int status = 0;
+  EXPECT_EQ(waitpid(process, &status, 0), process);
+  return {WIFEXITED(status) ? std::optional(WEXITSTATUS(status)) : std::nullopt, output.content(), error.content()};
+}

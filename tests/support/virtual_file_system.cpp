@@ -1,0 +1,116 @@
+#include "tests/support/virtual_file_system.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+#include <utility>
+
+#include "platform/error.h"
+
+namespace {
+
+constexpr unsigned newFileMode = 0644;
+constexpr unsigned newFolderMode = 0755;
+
+std::string octal(unsigned mode) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%04o", mode);
+  return text;
+}
+
+std::string parentOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
+
+std::string participle(const std::string& operation) {
+  if (operation == "read" || operation == "holds") return "opened";
+  return operation == "create folder" ? "created" : "saved";
+}
+
+// In the words of a real system.
+Error failure(const std::string& operation, const std::string& path, int errorNumber) {
+  const std::string kind = operation == "create folder" ? "folder" : "file";
+  return {"POSIX", errorNumber,
+          "The " + kind + " “" + path.substr(path.rfind('/') + 1) + "” couldn’t be " + participle(operation) +
+              " because the system answered “" + std::generic_category().message(errorNumber) + "” (" + path + ")."};
+}
+
+}  // namespace
+
+VirtualFileSystem::VirtualFileSystem(Journal& journal) : journal_(journal) {
+  folders_ = {{"", newFolderMode}, {"/home", newFolderMode}, {home_, 0700}, {home_ + "/Library", 0700}};
+}
+
+Bytes VirtualFileSystem::read(const std::string& path) {
+  return journal_.perform("read", path, [&] {
+    const auto file = files_.find(path);
+    if (file == files_.end()) throw failure("read", path, folders_.contains(path) ? EISDIR : ENOENT);
+    return Bytes(file->second.content);
+  });
+}
+
+bool VirtualFileSystem::holds(const std::string& path, const Bytes& expected) {
+  return journal_.perform("holds", path, [&] {
+    const auto file = files_.find(path);
+    if (file == files_.end()) throw failure("holds", path, ENOENT);
+    return file->second.content == expected.text();
+  });
+}
+
+void VirtualFileSystem::createFolder(const std::string& path, unsigned mode) {
+  journal_.perform("create folder", path + " " + octal(mode), [&] {
+    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+      const std::string folder = path.substr(0, end);
+      if (files_.contains(folder)) throw failure("create folder", folder, ENOTDIR);
+      folders_.try_emplace(folder, mode);
+      if (end == std::string::npos) return;
+    }
+  });
+}
+
+void VirtualFileSystem::writeNew(const std::string& path, const Bytes& bytes) {
+  journal_.perform("write new", path, [&] {
+    requireParent("write new", path);
+    if (files_.contains(path) || folders_.contains(path)) throw failure("write new", path, EEXIST);
+    files_[path] = {std::string(bytes.text()), newFileMode};
+  });
+}
+
+void VirtualFileSystem::setMode(const std::string& path, unsigned mode) {
+  journal_.perform("set mode", path + " " + octal(mode), [&] {
+    const auto file = files_.find(path);
+    if (file == files_.end()) throw failure("set mode", path, ENOENT);
+    file->second.mode = mode;
+  });
+}
+
+void VirtualFileSystem::writeAtomically(const std::string& path, const Bytes& bytes) {
+  journal_.perform("write atomically", path, [&] {
+    requireParent("write atomically", path);
+    files_.try_emplace(path, File{{}, newFileMode}).first->second.content = bytes.text();
+  });
+}
+
+void VirtualFileSystem::failOn(const std::string& operation, int errorNumber, int occurrence) {
+  const auto fail = [operation, errorNumber](const std::string& object) {
+    // Where a mode is noted too, it stands behind the path.
+    const bool hasMode = operation == "create folder" || operation == "set mode";
+    throw failure(operation, hasMode ? object.substr(0, object.rfind(' ')) : object, errorNumber);
+  };
+  journal_.before(operation, fail, occurrence);
+}
+
+void VirtualFileSystem::put(const std::string& path, std::string content, unsigned mode) {
+  for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
+    folders_.try_emplace(path.substr(0, end), newFolderMode);
+  files_[path] = {std::move(content), mode};
+}
+
+void VirtualFileSystem::remove(const std::string& path) { files_.erase(path); }
+
+unsigned VirtualFileSystem::mode(const std::string& path) const {
+  const auto file = files_.find(path);
+  return file == files_.end() ? folders_.at(path) : file->second.mode;
+}
+
+void VirtualFileSystem::requireParent(const std::string& operation, const std::string& path) const {
+  if (!folders_.contains(parentOf(path))) throw failure(operation, path, ENOENT);
+}
