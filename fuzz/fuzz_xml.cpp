@@ -1,0 +1,8 @@
+// Fuzzes the reader of XML property lists, with the conversion of other encodings in front of it.
+#include "fuzz/harness.h"
+#include "fuzz/round_trips.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  checkRoundTrips(copyOf(data, size), PropertyListFormat::xml);
+  return 0;
+}

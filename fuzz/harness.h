@@ -1,0 +1,8 @@
+// The entry point of a fuzz harness, as libFuzzer calls it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// Tries one input and answers 0; aborts if a property does not hold.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);  // NOLINT: libFuzzer's name
