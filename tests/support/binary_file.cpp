@@ -19,7 +19,7 @@ std::uint32_t BinaryFile::add(std::string object) {
 }
 
 std::string BinaryFile::counted(unsigned marker, std::size_t count) const {
-  if (count < 15) return std::string(1, static_cast<char>(marker | count));
+  if (count < 15) return {static_cast<char>(marker | count)};
   return std::string(1, static_cast<char>(marker | 15)) + '\x12' + bigEndian(count, 4);
 }
 

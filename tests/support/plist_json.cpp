@@ -2,16 +2,17 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstdio>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
 std::string hexadecimal(std::uint64_t number, int digits) {
-  char text[17];
-  std::snprintf(text, sizeof text, "%0*llx", digits, static_cast<unsigned long long>(number));
-  return text;
+  std::ostringstream text;
+  text << std::hex << std::setfill('0') << std::setw(digits) << number;
+  return text.str();
 }
 
 std::string hexadecimal(const Bytes& bytes) {

@@ -18,6 +18,15 @@ namespace {
 
 constexpr uid_t nobody = 65534;
 
+bool writeLine(const char* path, const std::string& line) {
+  std::ofstream file(path);
+  file << line + '\n' << std::flush;
+  return static_cast<bool>(file);
+}
+
+// The map of a namespace in which a user or group has the number that it has outside.
+std::string onlyItself(unsigned number) { return std::to_string(number) + " " + std::to_string(number) + " 1"; }
+
 [[noreturn]] void reportAndExit(int pipe, const std::function<std::string()>& work) {
   std::string report;
   try {
@@ -63,13 +72,16 @@ std::string inUnprivilegedProcess(const std::function<std::string()>& work) {
 }
 
 std::string separateMounts() {
-  // A user without privileges may mount in a namespace of users that has but that user.
   const uid_t user = geteuid();
+  const gid_t group = getegid();
   const bool privileged = user == 0;
   if (unshare(privileged ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) != 0)
     return std::string("no mounts of our own: ") + std::strerror(errno);
-  const std::string same = std::to_string(user) + " " + std::to_string(user) + " 1";
-  if (!privileged && !(std::ofstream("/proc/self/uid_map") << same << std::flush)) return "no user of our own: " + same;
+  // A user without privileges may mount things in a world that has no other user.
+  const bool isSomebody =
+      privileged || (writeLine("/proc/self/setgroups", "deny") && writeLine("/proc/self/uid_map", onlyItself(user)) &&
+                     writeLine("/proc/self/gid_map", onlyItself(group)));
+  if (!isSomebody) return "no user of our own for user " + std::to_string(user);
   if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
     return std::string("mounts cannot be made private: ") + std::strerror(errno);
   return {};

@@ -70,7 +70,7 @@ TEST(BinaryReader, refusesAReferenceOutOfRangeAndNamesItsPlace) {
 
 TEST(BinaryReader, refusesAnOffsetOutOfRange) {
   const Bytes bytes = small();
-  const std::size_t table = bytes.size() - 32 - 3 * 4;
+  const std::size_t table = bytes.size() - 32 - std::size_t{3} * 4;
   EXPECT_THAT(problemOf(withByte(bytes, table + 4, '\x7F')), HasSubstr("offset out of range in the offset table"));
   EXPECT_THAT(problemOf(withByte(bytes, table + 7, '\x02')), HasSubstr("offset into the header"));
 }

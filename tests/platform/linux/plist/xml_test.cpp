@@ -162,8 +162,8 @@ TEST(XmlFormat, datesComeBackCutToWholeSeconds) {
 TEST(XmlFormat, daysAndMonthsGoRoundTheCalendar) {
   // Every day of 800 years, against the day before.
   std::string previous = write(PlistDate{-32000000000.0});
-  for (double day = -146097; day < 146097; day += 1) {
-    const double seconds = day * 86400;
+  for (int day = -146097; day < 146097; ++day) {
+    const double seconds = 86400.0 * day;
     const std::string text = write(PlistDate{seconds});
     ASSERT_EQ(read(text), PlistValue(PlistDate{seconds})) << text;
     ASSERT_NE(text, previous);
@@ -236,7 +236,7 @@ TEST(XmlRewriter, givesTheSameValueAsWritingAnewOnRandomTrees) {
   std::mt19937 random(seed);
   const std::function<PlistValue(unsigned)> folder = [&](unsigned depth) {
     std::vector<PlistValue> children;
-    for (unsigned count = static_cast<unsigned>(random() % 7); count > 0; --count)
+    for (auto count = random() % 7; count > 0; --count)
       children.push_back(
           depth > 0 && random() % 2 == 0
               ? folder(depth - 1)
