@@ -26,8 +26,8 @@ class NextSortDateTest : public testing::Test {
     if (!instant) return "none";
     const DateComponents date = calendar_->components(*instant);
     char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", date.year, date.month, date.day, date.hour,
-                  date.minute, date.second);
+    (void)std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", date.year, date.month, date.day, date.hour,
+                        date.minute, date.second);
     return text;
   }
 

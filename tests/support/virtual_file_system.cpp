@@ -14,7 +14,7 @@ constexpr unsigned newFolderMode = 0755;
 
 std::string octal(unsigned mode) {
   char text[16];
-  std::snprintf(text, sizeof text, "%04o", mode);
+  (void)std::snprintf(text, sizeof text, "%04o", mode);
   return text;
 }
 

@@ -12,6 +12,6 @@ std::string VirtualProcesses::randomUuid() {
 
 std::string VirtualProcesses::uuid(int number) {
   char text[37];
-  std::snprintf(text, sizeof text, "5D2A9C1E-0B7F-4E63-9A48-%012X", static_cast<unsigned>(number));
+  (void)std::snprintf(text, sizeof text, "5D2A9C1E-0B7F-4E63-9A48-%012X", static_cast<unsigned>(number));
   return text;
 }
