@@ -134,15 +134,13 @@ TEST(Utf8, isWellFormedOrNot) {
                            "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"})
     EXPECT_TRUE(isWellFormedUtf8(text)) << text;
   EXPECT_TRUE(isWellFormedUtf8(std::string_view("\0", 1)));
-  const char* overlong[] = {"\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF"};
-  const char* surrogates[] = {"\xED\xA0\x80", "\xED\xBF\xBF"};
-  const char* outside[] = {"\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "\xFE"};
-  const char* broken[] = {"\x80",         "a\xBF",    "\xC2",         "\xE2\x82",
-                          "\xF0\x9F\x98", "\xC2\x41", "\xE2\x82\x41", "\xE2\x41\x82"};
-  for (const char* text : overlong) EXPECT_FALSE(isWellFormedUtf8(text));
-  for (const char* text : surrogates) EXPECT_FALSE(isWellFormedUtf8(text));
-  for (const char* text : outside) EXPECT_FALSE(isWellFormedUtf8(text));
-  for (const char* text : broken) EXPECT_FALSE(isWellFormedUtf8(text));
+  const std::vector<std::string> overlong = {"\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF"};
+  const std::vector<std::string> surrogates = {"\xED\xA0\x80", "\xED\xBF\xBF"};
+  const std::vector<std::string> outside = {"\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "\xFE"};
+  const std::vector<std::string> broken = {"\x80",         "a\xBF",    "\xC2",         "\xE2\x82",
+                                           "\xF0\x9F\x98", "\xC2\x41", "\xE2\x82\x41", "\xE2\x41\x82"};
+  for (const auto& texts : {overlong, surrogates, outside, broken})
+    for (const std::string& text : texts) EXPECT_FALSE(isWellFormedUtf8(text)) << testing::PrintToString(text);
 }
 
 TEST(Utf8, comesBackForEveryScalar) {

@@ -25,7 +25,6 @@ using testing::ElementsAreArray;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* safari = "com.apple.Safari";
@@ -65,13 +64,13 @@ const Entries upToWriting = upToComparing + Entries{"write atomically " + bookma
 
 PlistValue unsortedTree() {
   return rootNode(
-      {proxyNode(u"History"),
+      {proxyNode(u"History"), folderNode(u"Menu", {leafNode(u"b")}),
        folderNode(u"BookmarksBar", {leafNode(u"Item 10"), leafNode(u"apple"),
                                     folderNode(u"Z folder", {leafNode(u"z"), leafNode(u"a")}), leafNode(u"Item 2")}),
        folderNode(u"com.apple.ReadingList", {leafNode(u"z"), leafNode(u"a")})});
 }
 constexpr const char* sortedOutline =
-    "<History> BookmarksBar[Z folder[a z] apple Item 2 Item 10] com.apple.ReadingList[z a]";
+    "<History> Menu[b] BookmarksBar[Z folder[a z] apple Item 2 Item 10] com.apple.ReadingList[z a]";
 
 PlistValue sortedTree() { return rootNode({folderNode(u"BookmarksBar", {leafNode(u"a"), leafNode(u"b")})}); }
 
@@ -214,7 +213,7 @@ TEST_P(SortJobTest, keepsEveryOtherKeyAndValue) {
   const PlistValue before = PropertyListCodec().parse(Bytes(filesAtFirst_.at(bookmarks).content)).value;
   const PlistValue after = PropertyListCodec().parse(Bytes(machine_.files.content(bookmarks))).value;
   EXPECT_EQ(after.value(u"WebBookmarkFileVersion"), PlistValue(1));
-  EXPECT_EQ(after.value(u"Children")->at(2), before.value(u"Children")->at(2)) << "the Reading List";
+  EXPECT_EQ(after.value(u"Children")->at(3), before.value(u"Children")->at(3)) << "the Reading List";
 }
 
 // Already in order

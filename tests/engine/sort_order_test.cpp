@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <compare>
 #include <cstdlib>
 #include <random>
 #include <string>
@@ -218,7 +219,7 @@ bool isSortableByRule(const PlistValue& child) {
 
 bool goesBeforeByRule(const PlistValue& a, const PlistValue& b) {
   if (isFolderByRule(a) != isFolderByRule(b)) return isFolderByRule(a);
-  return platform().collation.localizedStandardCompare(titleByRule(a), titleByRule(b)) < 0;
+  return platform().collation.localizedStandardCompare(titleByRule(a), titleByRule(b)) == std::strong_ordering::less;
 }
 
 std::optional<std::vector<PlistValue>> childrenByRule(const PlistValue& node) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <compare>
 #include <csignal>
 #include <iostream>
 #include <vector>
@@ -48,7 +49,7 @@ struct Variant {
   bool keepsRootInOrder = true;
   bool (*before)(const std::u16string& a, const std::u16string& b) = [](const std::u16string& a,
                                                                         const std::u16string& b) {
-    return platform().collation.localizedStandardCompare(a, b) < 0;
+    return platform().collation.localizedStandardCompare(a, b) == std::strong_ordering::less;
   };
 
   PlistValue operator()(const PlistValue& node, bool root) const {

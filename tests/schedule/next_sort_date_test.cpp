@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <memory>
@@ -25,10 +26,10 @@ class NextSortDateTest : public testing::Test {
   std::string shown(std::optional<Instant> instant) const {
     if (!instant) return "none";
     const DateComponents date = calendar_->components(*instant);
-    char text[64];
-    (void)std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", date.year, date.month, date.day, date.hour,
-                        date.minute, date.second);
-    return text;
+    std::array<char, 64> text{};
+    (void)std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d", date.year, date.month, date.day,
+                        date.hour, date.minute, date.second);
+    return text.data();
   }
 
   Instant at(int month, int day, int hour) const {

@@ -76,9 +76,18 @@ TEST_F(SchedulingSuiteDeathTest, endsTheProcessIfNothingIsFoundAtAll) {
 TEST_F(SchedulingSuiteDeathTest, endsTheProcessIfARuleTakesWeekdaysFromZero) {
   SchedulingFunctions wrong = right();
   wrong.rule = [](Instant after, int hour, int minute, const std::vector<int>& days, const Calendar& calendar) {
-    std::vector<int> shifted;
-    for (const int day : days) shifted.push_back(day % 7 + 1);
+    std::vector<int> shifted(days);
+    for (int& day : shifted) day = day % 7 + 1;
     return nextSortDate(after, hour, minute, shifted, calendar);
+  };
+  EXPECT_EXIT(runShowingOutput(wrong), KilledBySignal(SIGABRT), IsEmpty());
+}
+
+TEST_F(SchedulingSuiteDeathTest, endsTheProcessIfARulePassesOverMondays) {
+  SchedulingFunctions wrong = right();
+  wrong.rule = [](Instant after, int hour, int minute, std::vector<int> days, const Calendar& calendar) {
+    std::erase(days, 2);
+    return nextSortDate(after, hour, minute, days, calendar);
   };
   EXPECT_EXIT(runShowingOutput(wrong), KilledBySignal(SIGABRT), IsEmpty());
 }

@@ -49,6 +49,7 @@ std::vector<std::string> variables(const Environment& changes) {
 // As the system takes lists of strings: pointers to them, and a null one.
 std::vector<char*> pointers(std::vector<std::string>& strings) {
   std::vector<char*> list;
+  list.reserve(strings.size() + 1);
   for (std::string& text : strings) list.push_back(text.data());
   list.push_back(nullptr);
   return list;

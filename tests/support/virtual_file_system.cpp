@@ -1,5 +1,6 @@
 #include "tests/support/virtual_file_system.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -13,9 +14,9 @@ constexpr unsigned newFileMode = 0644;
 constexpr unsigned newFolderMode = 0755;
 
 std::string octal(unsigned mode) {
-  char text[16];
-  (void)std::snprintf(text, sizeof text, "%04o", mode);
-  return text;
+  std::array<char, 16> text{};
+  (void)std::snprintf(text.data(), text.size(), "%04o", mode);
+  return text.data();
 }
 
 std::string parentOf(const std::string& path) { return path.substr(0, path.rfind('/')); }

@@ -1,5 +1,6 @@
 #include "tests/support/virtual_installation.h"
 
+#include <array>
 #include <cstdio>
 
 std::string VirtualBundle::path() {
@@ -11,7 +12,7 @@ std::string VirtualProcesses::randomUuid() {
 }
 
 std::string VirtualProcesses::uuid(int number) {
-  char text[37];
-  (void)std::snprintf(text, sizeof text, "5D2A9C1E-0B7F-4E63-9A48-%012X", static_cast<unsigned>(number));
-  return text;
+  std::array<char, 37> text{};
+  (void)std::snprintf(text.data(), text.size(), "5D2A9C1E-0B7F-4E63-9A48-%012X", static_cast<unsigned>(number));
+  return text.data();
 }
