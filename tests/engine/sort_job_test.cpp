@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <new>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -81,6 +82,9 @@ std::string fileOf(const PlistValue& tree, PropertyListFormat format = PropertyL
 std::string outlineOf(const std::string& file) { return outline(PropertyListCodec().parse(Bytes(file)).value); }
 
 enum class Mode { interactive, automatic };
+
+std::string nameOf(Mode mode) { return mode == Mode::automatic ? "automatic" : "interactive"; }
+void PrintTo(Mode mode, std::ostream* stream) { *stream << nameOf(mode); }  // NOLINT: found by this name
 
 class SortJobTest : public testing::TestWithParam<Mode> {
  protected:
@@ -158,11 +162,11 @@ class UnattendedSortJobTest : public SortJobTest {};
 class WatchedSortJobTest : public SortJobTest {};
 
 INSTANTIATE_TEST_SUITE_P(Mode, SortJobTest, testing::Values(Mode::interactive, Mode::automatic),
-                         [](const auto& mode) { return mode.param == Mode::automatic ? "automatic" : "interactive"; });
+                         [](const auto& mode) { return nameOf(mode.param); });
 INSTANTIATE_TEST_SUITE_P(Mode, UnattendedSortJobTest, testing::Values(Mode::automatic),
-                         [](const auto&) { return "automatic"; });
+                         [](const auto& mode) { return nameOf(mode.param); });
 INSTANTIATE_TEST_SUITE_P(Mode, WatchedSortJobTest, testing::Values(Mode::interactive),
-                         [](const auto&) { return "interactive"; });
+                         [](const auto& mode) { return nameOf(mode.param); });
 
 // Sorted
 

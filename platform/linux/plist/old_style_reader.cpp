@@ -8,8 +8,7 @@
 #include <string_view>
 
 #include "platform/linux/plist/document_builder.h"
-#include "platform/linux/plist/plist_error.h"
-#include "platform/linux/plist/text_place.h"
+#include "platform/linux/plist/text_scanner.h"
 
 namespace {
 
@@ -36,10 +35,9 @@ bool isWordCharacter(char character) {
          (character != '\0' && std::string_view("_$/:.-").find(character) != std::string_view::npos);
 }
 
-class OldStyleReader {
+class OldStyleReader : private TextScanner {
  public:
-  explicit OldStyleReader(const Bytes& text)
-      : builder_(text), begin_(text.text().data()), next_(begin_), end_(begin_ + text.size()) {
+  explicit OldStyleReader(const Bytes& text) : TextScanner(text), builder_(text) {
     if (!isWellFormedUtf8(text.text())) throw unreadable("a text that is not valid UTF-8");
   }
 
@@ -251,34 +249,15 @@ class OldStyleReader {
       ++next_;
   }
 
-  bool startsWith(std::string_view text) const {
-    return static_cast<std::size_t>(end_ - next_) >= text.size() && std::memcmp(next_, text.data(), text.size()) == 0;
-  }
-
   void expect(char wanted, const char* problem) {
     skipSpace();
     if (next_ == end_ || *next_ != wanted) throw here(problem);
     ++next_;
   }
 
-  void requireLevel(unsigned level, const char* place) const {
-    if (level > plistMaximumDepth)
-      throw at(place, "more than " + std::to_string(plistMaximumDepth) + " arrays or dictionaries one in another,");
-  }
-
-  std::size_t offset(const char* place) const { return static_cast<std::size_t>(place - begin_); }
-
   Error here(const std::string& problem) const { return at(next_, problem); }
 
-  Error at(const char* place, const std::string& problem) const {
-    return unreadable(problem + " on line " +
-                      std::to_string(lineOf({begin_, static_cast<std::size_t>(place - begin_)})));
-  }
-
   DocumentBuilder builder_;
-  const char* begin_;
-  const char* next_;
-  const char* end_;
 };
 
 }  // namespace

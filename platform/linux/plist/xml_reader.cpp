@@ -14,8 +14,7 @@
 #include "engine/base64.h"
 #include "platform/linux/plist/date_text.h"
 #include "platform/linux/plist/document_builder.h"
-#include "platform/linux/plist/plist_error.h"
-#include "platform/linux/plist/text_place.h"
+#include "platform/linux/plist/text_scanner.h"
 
 namespace {
 
@@ -85,10 +84,9 @@ Element elementOf(std::string_view name) {
   }
 }
 
-class XmlReader {
+class XmlReader : private TextScanner {
  public:
-  explicit XmlReader(const Bytes& text)
-      : builder_(text), begin_(text.text().data()), next_(begin_), end_(begin_ + text.size()) {}
+  explicit XmlReader(const Bytes& text) : TextScanner(text), builder_(text) {}
 
   PlistValue read(bool isWholeFile) {
     skipProlog();
@@ -207,7 +205,7 @@ class XmlReader {
 
   // One `plist` in another is odd, but it is read, so it has to end somewhere.
   std::uint32_t readPlist(const Tag& tag, unsigned level) {
-    requireLevel(++plists_, tag);
+    requireLevel(++plists_, tag.name.data());
     if (tag.isEmpty || !findElement()) throw at(tag.name.data(), "an empty <plist>");
     const std::uint32_t root = readElement(openTag(), level);
     if (findElement()) throw at(next_, "a second object, where only one may be");
@@ -217,7 +215,7 @@ class XmlReader {
   }
 
   std::uint32_t readArray(const Tag& tag, unsigned level) {
-    requireLevel(level, tag);
+    requireLevel(level, tag.name.data());
     builder_.open(offset(tag.name.data() - 1));
     if (!tag.isEmpty) {
       while (findElement()) builder_.element(readElement(openTag(), level + 1));
@@ -227,7 +225,7 @@ class XmlReader {
   }
 
   std::uint32_t readDictionary(const Tag& tag, unsigned level) {
-    requireLevel(level, tag);
+    requireLevel(level, tag.name.data());
     builder_.open(offset(tag.name.data() - 1));
     if (!tag.isEmpty) {
       while (findElement()) {
@@ -454,10 +452,6 @@ class XmlReader {
     while (next_ != end_ && isSpace(*next_)) ++next_;
   }
 
-  bool startsWith(std::string_view text) const {
-    return static_cast<std::size_t>(end_ - next_) >= text.size() && std::memcmp(next_, text.data(), text.size()) == 0;
-  }
-
   void skipPast(std::string_view closing, const char* problem) {
     const std::string_view rest(next_, static_cast<std::size_t>(end_ - next_));
     const std::size_t found = rest.find(closing);
@@ -469,29 +463,13 @@ class XmlReader {
     if (!isWellFormedUtf8(text)) throw at(place, "a text that is not valid UTF-8");
   }
 
-  void requireLevel(unsigned level, const Tag& tag) const {
-    if (level > plistMaximumDepth)
-      throw at(tag.name.data(),
-               "more than " + std::to_string(plistMaximumDepth) + " arrays or dictionaries one in another,");
-  }
-
   static std::string quoted(char character) {
     const auto byte = static_cast<unsigned char>(character);
     if (byte >= 0x21 && byte <= 0x7E) return std::string("‘") + character + "’";
     return "number " + std::to_string(byte);
   }
 
-  std::size_t offset(const char* place) const { return static_cast<std::size_t>(place - begin_); }
-
-  Error at(const char* place, const std::string& problem) const {
-    return unreadable(problem + " on line " +
-                      std::to_string(lineOf({begin_, static_cast<std::size_t>(place - begin_)})));
-  }
-
   DocumentBuilder builder_;
-  const char* begin_;
-  const char* next_;
-  const char* end_;
   unsigned plists_ = 0;  // how many are open
 };
 
