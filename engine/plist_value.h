@@ -179,6 +179,8 @@ class PlistValue {
   // The place of the container that this one was made from by `replacing` or `rearranged`, if that was in a
   // document: what a writer needs to leave alone what did not change.
   const Place* origin() const;
+  // Where in a document this value comes from: its own place, else its origin.
+  const Place* placeOrOrigin() const { return place() != nullptr ? place() : origin(); }
 
   // Structural equality: the same kind and the same content; the order of keys does not count. Reals and dates
   // are the same when their bits are, so that a value always equals itself.

@@ -8,7 +8,7 @@
 #include "platform/linux/plist/rearrangement.h"
 
 std::optional<Bytes> rewriteBinary(const PlistValue& value) {
-  const PlistValue::Place* place = value.place() != nullptr ? value.place() : value.origin();
+  const PlistValue::Place* place = value.placeOrOrigin();
   if (place == nullptr || place->document->layout.referenceSize == 0) return std::nullopt;
   const PlistDocument& document = *place->document;
   const auto arrays = rearrangedArrays(value, document.layout.root);

@@ -5,10 +5,6 @@
 
 namespace {
 
-const PlistValue::Place* placeOrOrigin(const PlistValue& value) {
-  return value.place() != nullptr ? value.place() : value.origin();
-}
-
 class Comparison {
  public:
   explicit Comparison(const PlistDocument& document) : document_(document) {}
@@ -58,7 +54,7 @@ class Comparison {
 
   // The record of the document that a value is, or was made from.
   std::optional<std::uint32_t> recordOf(const PlistValue& value) const {
-    const PlistValue::Place* place = placeOrOrigin(value);
+    const PlistValue::Place* place = value.placeOrOrigin();
     return place != nullptr && place->document.get() == &document_ ? std::optional(place->record) : std::nullopt;
   }
 
@@ -69,7 +65,7 @@ class Comparison {
 }  // namespace
 
 std::optional<std::vector<RearrangedArray>> rearrangedArrays(const PlistValue& value, std::uint32_t root) {
-  const PlistValue::Place* place = placeOrOrigin(value);
+  const PlistValue::Place* place = value.placeOrOrigin();
   if (place == nullptr) return std::nullopt;
   Comparison comparison(*place->document);
   if (!comparison.holds(value, root)) return std::nullopt;

@@ -76,7 +76,7 @@ class XmlRewriter {
 }  // namespace
 
 std::optional<Bytes> rewriteXml(const PlistValue& value) {
-  const PlistValue::Place* place = value.place() != nullptr ? value.place() : value.origin();
+  const PlistValue::Place* place = value.placeOrOrigin();
   if (place == nullptr || !place->document->layout.isXml) return std::nullopt;
   const auto arrays = rearrangedArrays(value, place->document->layout.root);
   if (!arrays) return std::nullopt;

@@ -239,7 +239,7 @@ class XmlWriter {
 // How long the text may get: as long as the file that the value is from, and a little more.
 std::size_t expectedSize(const PlistValue& value) {
   constexpr std::size_t least = std::size_t{64} * 1024;
-  const PlistValue::Place* place = value.place() != nullptr ? value.place() : value.origin();
+  const PlistValue::Place* place = value.placeOrOrigin();
   const std::size_t source = place != nullptr ? place->document->source.size() : 0;
   return source + source / 64 + least;
 }

@@ -3,13 +3,13 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 
 #include "platform/error.h"
 #include "platform/linux/plist/property_list_codec.h"
+#include "tests/platform/linux/scratch_folder.h"
 #include "tests/support/plist_json.h"
 
 namespace {
@@ -19,10 +19,7 @@ const std::filesystem::path folder = std::filesystem::path(QUILLERY_TEST_DATA) /
 // Files that we take otherwise than the platform does, each with the reason.
 const std::map<std::string, std::string> differences = {};
 
-Bytes contentOf(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return Bytes(std::string(std::istreambuf_iterator<char>(file), {}));
-}
+Bytes bytesOf(const std::filesystem::path& path) { return Bytes(contentOf(path)); }
 
 const nlohmann::json& expected() {
   static const nlohmann::json json = nlohmann::json::parse(std::ifstream(folder / "expected.json"));
@@ -46,7 +43,7 @@ class PropertyListVector : public testing::TestWithParam<std::string> {
 TEST_P(PropertyListVector, isReadOrRefusedAsByThePlatform) {
   const std::string& name = GetParam();
   const nlohmann::json& wanted = expected().at(name);
-  const Bytes bytes = contentOf(folder / (name + ".plist"));
+  const Bytes bytes = bytesOf(folder / (name + ".plist"));
   if (const auto difference = differences.find(name); difference != differences.end())
     GTEST_SKIP() << name << " differs on purpose: " << difference->second;
   if (wanted.contains("refused")) {
@@ -64,7 +61,7 @@ TEST_P(PropertyListVector, isReadOrRefusedAsByThePlatform) {
 using AcceptedPropertyList = PropertyListVector;
 
 TEST_P(AcceptedPropertyList, comesBackAsItWasThroughBothFormats) {
-  const PlistValue value = codec_.parse(contentOf(folder / (GetParam() + ".plist"))).value;
+  const PlistValue value = codec_.parse(bytesOf(folder / (GetParam() + ".plist"))).value;
   EXPECT_EQ(codec_.parse(codec_.serialize(value, PropertyListFormat::binary)).value, value);
   EXPECT_EQ(codec_.parse(codec_.serialize(deepCopy(value), PropertyListFormat::binary)).value, value);
   try {
@@ -90,7 +87,7 @@ std::string testName(const testing::TestParamInfo<std::string>& info) {
 class WrittenByThePlatform : public testing::TestWithParam<std::string> {
  protected:
   static Bytes file(const std::string& name, const std::string& format) {
-    return contentOf(folder / (name + "." + format + ".plist"));
+    return bytesOf(folder / (name + "." + format + ".plist"));
   }
   PropertyListCodec codec_;
 };
