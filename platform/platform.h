@@ -1,4 +1,4 @@
-// The platform that the program runs on: one of each interface, and the installed one.
+// The platform that a program runs on: one of each interface, and the installed one.
 #pragma once
 
 #include <cassert>
@@ -9,10 +9,20 @@
 #include "platform/collation.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
+#include "platform/main_loop.h"
 #include "platform/processes.h"
 #include "platform/property_lists.h"
 #include "platform/running_applications.h"
+#include "platform/user_defaults.h"
 #include "platform/user_interface.h"
+#include "platform/workspace.h"
+
+// What only a program with a main loop has.
+struct Desktop {
+  MainLoop& mainLoop;
+  Workspace& workspace;
+  UserDefaults& userDefaults;
+};
 
 struct Platform {
   PropertyLists& propertyLists;
@@ -23,6 +33,7 @@ struct Platform {
   UserInterface& userInterface;
   Bundle& bundle;
   Processes& processes;
+  const Desktop* desktop = nullptr;  // null in a program that has none, the command-line companion
 };
 
 // Installs a platform for as long as it lives, then the one before.
@@ -43,6 +54,12 @@ class PlatformScope {
 inline const Platform& platform() {
   assert(PlatformScope::installed != nullptr);
   return *PlatformScope::installed;
+}
+
+// The installed platform's desktop; there must be one.
+inline const Desktop& desktop() {
+  assert(platform().desktop != nullptr);
+  return *platform().desktop;
 }
 
 // The platform of this system, made by its native layer; lives as long as the process.

@@ -1,10 +1,12 @@
 #include "platform/linux/session_bus_applications.h"
 
+#include <signal.h>
 #include <systemd/sd-bus.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -33,11 +35,14 @@ using Message = std::unique_ptr<sd_bus_message, MessageRelease>;
 
 class RunningProcess : public RunningApplication {
  public:
-  explicit RunningProcess(std::uint32_t identifier) : identifier_(identifier) {}
+  RunningProcess(std::uint32_t identifier, std::string name) : identifier_(identifier), name_(std::move(name)) {}
   int processIdentifier() const override { return static_cast<int>(identifier_); }
+  std::optional<std::string> bundleIdentifier() const override { return name_; }
+  bool terminate() override { return kill(static_cast<pid_t>(identifier_), SIGTERM) == 0; }
 
  private:
   std::uint32_t identifier_;
+  std::string name_;
 };
 
 // Greets the bus. Left to itself the library would do so during the first call, and without a time limit.
@@ -90,7 +95,7 @@ std::vector<std::shared_ptr<RunningApplication>> processesOwning(sd_bus* bus, co
   }
   std::vector<std::shared_ptr<RunningApplication>> applications;
   applications.reserve(processes.size());
-  for (const std::uint32_t process : processes) applications.push_back(std::make_shared<RunningProcess>(process));
+  for (const std::uint32_t process : processes) applications.push_back(std::make_shared<RunningProcess>(process, name));
   return applications;
 }
 

@@ -6,6 +6,8 @@ class VirtualProcess : public RunningApplication {
  public:
   explicit VirtualProcess(int identifier) : identifier_(identifier) {}
   int processIdentifier() const override { return identifier_; }
+  std::optional<std::string> bundleIdentifier() const override { return {}; }
+  bool terminate() override { return false; }
 
  private:
   int identifier_;
