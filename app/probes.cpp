@@ -2,7 +2,11 @@
 
 #include "platform/platform.h"
 
-bool safariRunning() { return !platform().runningApplications.withBundleIdentifier(safariIdentifier).empty(); }
+std::vector<std::shared_ptr<RunningApplication>> runningSafaris() {
+  return platform().runningApplications.withBundleIdentifier(safariIdentifier);
+}
+
+bool safariRunning() { return !runningSafaris().empty(); }
 
 std::string bookmarkFile() { return platform().fileSystem.homeFolder() + "/Library/Safari/Bookmarks.plist"; }
 

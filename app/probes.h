@@ -1,10 +1,17 @@
 // What the program finds out before it sorts.
 #pragma once
 
+#include <memory>
 #include <string>
+#include <vector>
+
+#include "platform/running_applications.h"
 
 // The bundle identifier by which Safari is known.
 inline constexpr const char* safariIdentifier = "com.apple.Safari";
+
+// Every Safari process that is running.
+std::vector<std::shared_ptr<RunningApplication>> runningSafaris();
 
 // Whether at least one Safari process is running.
 bool safariRunning();

@@ -3,11 +3,13 @@
 // storage is shared: with other values, or with the document that the value was parsed from.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +46,13 @@ class PlistInteger {
   constexpr std::optional<std::int64_t> signedValue() const {
     const auto value = static_cast<std::int64_t>(bits_);
     return (value < 0) == negative_ ? std::optional(value) : std::nullopt;
+  }
+  // The number, or the nearest one that an int can hold.
+  constexpr int nearestInt() const {
+    constexpr std::numeric_limits<int> limits;
+    const std::optional<std::int64_t> value = signedValue();
+    if (!value) return limits.max();
+    return static_cast<int>(std::clamp<std::int64_t>(*value, limits.min(), limits.max()));
   }
   std::string decimal() const;
   friend constexpr bool operator==(PlistInteger, PlistInteger) = default;

@@ -38,7 +38,7 @@ class Calendar {
 
   // The earliest match strictly after `after`, absent if there is none. Where the time does not exist on a
   // matching day (a gap), the first instant after the gap on that same day; where it occurs twice, the first
-  // of the two, and only that one.
+  // of the two, and only that one. Absent too for an hour or a minute that no day has.
   virtual std::optional<Instant> nextDate(Instant after, const MatchingTime& matching) const = 0;
 };
 

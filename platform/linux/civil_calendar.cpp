@@ -64,10 +64,11 @@ class CivilCalendar : public Calendar {
 
   // The instant of a time of day; absent if the day has no such time and none later.
   std::optional<absl::Time> onDay(absl::CivilDay day, int hour, int minute) const {
+    if (hour < 0 || hour > 23 || minute < 0 || minute > 59) return std::nullopt;
     const absl::CivilSecond local = absl::CivilMinute(absl::CivilHour(day) + hour) + minute;
     const absl::Time found = firstInstant(local);
-    const bool sameDay = absl::CivilDay(local) == day && absl::CivilDay(zone_.At(found).cs) == day;
-    return sameDay ? std::optional(found) : std::nullopt;
+    const bool isSameDay = absl::CivilDay(zone_.At(found).cs) == day;
+    return isSameDay ? std::optional(found) : std::nullopt;
   }
 
   absl::TimeZone zone_;

@@ -16,6 +16,7 @@ int Journal::count(const std::string& name) const {
 int Journal::begin(const std::string& name, const std::string& object) {
   entries_.push_back(object.empty() ? name : name + " " + object);
   const int occurrence = ++counts_[name];
+  if (const auto found = beforeEach_.find(name); found != beforeEach_.end()) found->second(object);
   run(before_, name, occurrence, object);
   return occurrence;
 }

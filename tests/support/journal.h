@@ -18,6 +18,8 @@ class Journal {
   // time, counted from 1 since this journal began. What `before` throws keeps the operation from being carried out.
   void before(const std::string& name, Action action, int occurrence = 1);
   void after(const std::string& name, Action action, int occurrence = 1);
+  // The same each time.
+  void beforeEach(const std::string& name, Action action) { beforeEach_[name] = std::move(action); }
 
   // Notes an operation as "name object", or as the name alone where there is no object, and carries it out.
   template <class Work>
@@ -50,4 +52,5 @@ class Journal {
   std::map<std::string, int> counts_;
   Actions before_;
   Actions after_;
+  std::map<std::string, Action> beforeEach_;
 };

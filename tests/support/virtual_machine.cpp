@@ -5,3 +5,8 @@
 VirtualMachine::VirtualMachine() { automatic = false; }
 
 VirtualMachine::~VirtualMachine() { automatic = false; }
+
+void VirtualMachine::sleep(VirtualMainLoop::Duration duration, VirtualMainLoop::Place wakeIsTold) {
+  loop.sleep(duration);
+  workspace.wake(wakeIsTold);
+}

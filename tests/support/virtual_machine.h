@@ -9,9 +9,12 @@
 #include "tests/support/printed_output.h"
 #include "tests/support/virtual_file_system.h"
 #include "tests/support/virtual_installation.h"
+#include "tests/support/virtual_main_loop.h"
 #include "tests/support/virtual_property_lists.h"
 #include "tests/support/virtual_running_applications.h"
+#include "tests/support/virtual_user_defaults.h"
 #include "tests/support/virtual_user_interface.h"
+#include "tests/support/virtual_workspace.h"
 
 class VirtualMachine {
  public:
@@ -23,16 +26,25 @@ class VirtualMachine {
   Journal journal;
   VirtualPropertyLists propertyLists{journal};
   VirtualFileSystem files{journal};
-  VirtualRunningApplications applications{journal};
+  VirtualMainLoop loop{journal};
+  VirtualRunningApplications applications{journal, loop};
   VirtualCalendars calendars;
   IcuCollation collation{"en"};
   VirtualUserInterface userInterface{journal};
   VirtualBundle bundle{journal};
   VirtualProcesses processes{journal};
+  VirtualWorkspace workspace{journal, loop, applications};
+  VirtualUserDefaults defaults{journal};
   PrintedOutput output{journal};
 
   // All of it, for a test that replaces one part.
-  const Platform parts{propertyLists, files, applications, calendars, collation, userInterface, bundle, processes};
+  const Desktop desktopParts{loop, workspace, defaults};
+  const Platform parts{propertyLists, files,  applications, calendars,    collation,
+                       userInterface, bundle, processes,    &desktopParts};
+
+  // Asleep for this long, then awake: nothing has run meanwhile. Observers are told of the wake before all that is
+  // overdue, or after it; both happen.
+  void sleep(VirtualMainLoop::Duration duration, VirtualMainLoop::Place wakeIsTold = VirtualMainLoop::Place::back);
 
  private:
   PlatformScope scope_{parts};

@@ -19,6 +19,7 @@ void VirtualUserInterface::activateIgnoringOthers() {
 std::size_t VirtualUserInterface::runModal(const Alert& alert) {
   return journal_.perform("alert", alert.messageText, [&]() -> std::size_t {
     alerts_.push_back(alert);
+    if (answers_.empty() && person_) return person_(alert);
     if (answers_.empty()) {
       ADD_FAILURE() << "an alert that nobody expected: " << alert.messageText << ": " << alert.informativeText;
       return alert.buttons.empty() ? 0 : alert.buttons.size() - 1;  // what cancels, so that nothing asks for ever

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/user_interface.h"
@@ -25,6 +26,10 @@ class VirtualUserInterface : public UserInterface {
   // has changed the machine while the alert was open.
   void willAnswer(std::size_t button, std::function<void()> meanwhile = {});
 
+  // Answers every alert that no answer was prepared for, from now on.
+  using Person = std::function<std::size_t(const Alert& alert)>;
+  void willAnswerAll(Person person) { person_ = std::move(person); }
+
   // Every alert so far, whole.
   const std::vector<Alert>& alerts() const { return alerts_; }
 
@@ -37,4 +42,5 @@ class VirtualUserInterface : public UserInterface {
   Journal& journal_;
   std::vector<Alert> alerts_;
   std::deque<Answer> answers_;
+  Person person_;
 };

@@ -137,6 +137,11 @@ TEST(CivilCalendar, hasNoMatchForATimeThatNoDayHas) {
   EXPECT_EQ(next(*calendar("UTC"), sys_days(2026y / 9 / 26), {8, 9, 30}), "none");
 }
 
+TEST(CivilCalendar, hasNoMatchForAMinuteThatNoHourHas) {
+  for (const int minute : {-1, 60, 75})
+    EXPECT_EQ(next(*calendar("UTC"), seconds(0), {std::nullopt, 9, minute}), "none") << minute;
+}
+
 TEST(CivilCalendars, refuseAZoneThatNobodyKnows) {
   for (const char* name : {"Mars/Olympus_Mons", "", "../../../etc/hostname"}) {
     try {

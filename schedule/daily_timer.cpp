@@ -1,0 +1,38 @@
+// The one timer of the scheduled sort. Each firing arms the next; one that comes too late is not made up for.
+#include "app/sorter_delegate.h"
+#include "app/typed_defaults.h"
+#include "platform/platform.h"
+#include "schedule/next_sort_date.h"
+
+void SorterDelegate::scheduleDaily() {
+  if (dailyTimer) dailyTimer->invalidate();
+  dailyTimer = nullptr;
+  if (!enabled || !booleanForKey(schedule_keys::dailyEnabled)) return;
+  MainLoop& loop = desktop().mainLoop;
+  const std::optional<Instant> fireDate = nextSortDate(loop.now(), integerForKey(schedule_keys::dailyHour),
+                                                       integerForKey(schedule_keys::dailyMinute), selectedDays());
+  if (!fireDate) return;
+  dailyTimer = loop.timerAt(*fireDate, [weak = weak_from_this(), date = *fireDate](Timer&) {
+    if (const auto self = weak.lock()) self->dailyTimerFired(date);
+  });
+}
+
+void SorterDelegate::schedule() { scheduleDaily(); }
+
+void SorterDelegate::dailyTimerFired(Instant fireDate) {
+  if (enabled && desktop().mainLoop.now() - fireDate < latenessLimit) closeSortReopen(true);
+  scheduleDaily();
+}
+
+bool SorterDelegate::saveSchedule(const ScheduleChoice& choice) {
+  if (!storeSchedule(choice)) return false;
+  scheduleDaily();
+  refresh();
+  return true;
+}
+
+void SorterDelegate::observeWake() {
+  observers.push_back(desktop().workspace.observeWake([weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->scheduleDaily();
+  }));
+}

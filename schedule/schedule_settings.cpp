@@ -1,0 +1,65 @@
+#include "schedule/schedule_settings.h"
+
+#include <set>
+
+#include "app/alert.h"
+#include "app/sorter_delegate.h"
+#include "platform/platform.h"
+#include "schedule/next_sort_date.h"
+
+namespace {
+
+const std::vector<int> everyDay = {1, 2, 3, 4, 5, 6, 7};
+
+PlistValue listOf(const std::vector<int>& numbers) {
+  return PlistValue::array(std::vector<PlistValue>(numbers.begin(), numbers.end()));
+}
+
+}  // namespace
+
+const std::array<DayPreset, 4>& dayPresets() {
+  static const std::array<DayPreset, 4> presets = {
+      {{"Daily", everyDay}, {"Weekdays", {2, 3, 4, 5, 6}}, {"Weekends", {1, 7}}, {"Selected days", {}}}};
+  return presets;
+}
+
+std::size_t presetOf(const std::vector<int>& days) {
+  const std::set<int> chosen(days.begin(), days.end());
+  for (std::size_t index = 0; index < selectedDaysPreset; ++index) {
+    const std::vector<int>& preset = dayPresets().at(index).days;
+    if (chosen == std::set<int>(preset.begin(), preset.end())) return index;
+  }
+  return selectedDaysPreset;
+}
+
+bool storeSchedule(const ScheduleChoice& choice) {
+  if (choice.isScheduled && choice.checkedDays.empty()) {
+    alert("Choose a day", "Select at least one day for scheduled sorting.");
+    return false;
+  }
+  const DateComponents time = currentCalendar()->components(choice.time);
+  UserDefaults& defaults = desktop().userDefaults;
+  defaults.set(schedule_keys::sortOnSafariQuit, choice.sortOnQuit);
+  defaults.set(schedule_keys::scheduleDays, listOf(choice.checkedDays));
+  defaults.set(schedule_keys::dailyEnabled, choice.isScheduled);
+  defaults.set(schedule_keys::dailyHour, time.hour);
+  defaults.set(schedule_keys::dailyMinute, time.minute);
+  return true;
+}
+
+std::vector<int> SorterDelegate::selectedDays() const {
+  const std::optional<PlistValue> stored = desktop().userDefaults.object(schedule_keys::scheduleDays);
+  if (!stored || !stored->is(PlistKind::array)) return everyDay;
+  std::vector<int> days;
+  for (std::size_t index = 0; index < stored->size(); ++index) {
+    const std::optional<PlistInteger> day = stored->at(index).integer();
+    if (!day) return everyDay;
+    days.push_back(day->nearestInt());
+  }
+  return days;
+}
+
+bool SorterDelegate::sortOnQuit() const {
+  const std::optional<PlistValue> stored = desktop().userDefaults.object(schedule_keys::sortOnSafariQuit);
+  return stored ? stored->boolean().value_or(true) : true;
+}

@@ -1,0 +1,97 @@
+#include "tests/support/controller_test.h"
+
+#include "tests/support/bookmark_trees.h"
+
+namespace {
+
+const std::string backups = "/home/user/Library/Application Support/Quillery/Backups";
+
+std::string backup(int number) { return backups + "/Bookmarks-" + VirtualProcesses::uuid(number) + ".plist"; }
+
+PlistValue treeOf(const std::string& content) { return PropertyListCodec().parse(Bytes(content)).value; }
+
+}  // namespace
+
+Entries operator+(Entries entries, const Entries& more) {
+  entries.insert(entries.end(), more.begin(), more.end());
+  return entries;
+}
+
+ControllerTest::ControllerTest() { putUnsortedBookmarks(); }
+
+void ControllerTest::putUnsortedBookmarks() {
+  const PlistValue tree = rootNode({folderNode(u"BookmarksBar", {leafNode(u"b"), leafNode(u"a")})});
+  machine_.files.put(bookmarks, std::string(PropertyListCodec().serialize(tree, PropertyListFormat::binary).text()));
+}
+
+bool ControllerTest::isSorted() const {
+  return outline(treeOf(machine_.files.content(bookmarks))) == "BookmarksBar[a b]";
+}
+
+void ControllerTest::launch() {
+  controller_ = std::make_shared<SorterDelegate>();
+  menu_ = std::make_shared<VirtualMenu>(machine_.journal);
+  status_ = std::make_shared<VirtualMenuItem>(machine_.journal);
+  controller_->item = std::make_shared<VirtualStatusItem>(menu_);
+  controller_->status = status_;
+  controller_->observeTerminations();
+  controller_->observeWake();
+  controller_->refresh();
+  noted();
+}
+
+void ControllerTest::launchStopped() {
+  machine_.defaults.put("sortingPaused", true);
+  launch();
+}
+
+void ControllerTest::launchWithoutAccess() {
+  removeBookmarks();
+  launch();
+  controller_->pauseForAccess();
+  noted();
+}
+
+void ControllerTest::storeDaily(int hour, int minute, const std::vector<int>& days) {
+  machine_.defaults.put("dailyEnabled", true);
+  machine_.defaults.put("dailyHour", hour);
+  machine_.defaults.put("dailyMinute", minute);
+  machine_.defaults.put("scheduleDays", numberList(days));
+}
+
+Entries ControllerTest::noted() {
+  const Entries& all = machine_.journal.entries();
+  Entries fresh;
+  for (; notedSoFar_ < all.size(); ++notedSoFar_)
+    if (!all[notedSoFar_].starts_with("running? ")) fresh.push_back(all[notedSoFar_]);
+  return fresh;
+}
+
+std::string ControllerTest::nextSort() const {
+  const auto& timer = controller_->dailyTimer;
+  if (!timer || !timer->isValid()) return "none";
+  return machine_.loop.nextTimer();
+}
+
+Entries sortEntries(int number) {
+  return {"read " + bookmarks,
+          "parse",
+          "create folder " + backups + " 0700",
+          "uuid",
+          "write new " + backup(number),
+          "set mode " + backup(number) + " 0600",
+          "serialize binary",
+          "holds " + bookmarks,
+          "write atomically " + bookmarks};
+}
+
+std::string sortedMessage(int number) {
+  return "Folders come first, followed by bookmarks in alphabetical order. You can reopen Safari.\n\nBackup: " +
+         backup(number);
+}
+
+Entries unattendedSort(int number) {
+  return sortEntries(number) + Entries{"printed Bookmarks sorted: " + sortedMessage(number) + "\n"};
+}
+
+Entries refreshed(const std::string& title) { return {"title " + title, "enable " + title, "autoenable off"}; }

@@ -1,0 +1,162 @@
+#include "tests/support/virtual_main_loop.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <stdexcept>
+#include <utility>
+
+std::string utcText(Instant instant) {
+  const auto days = std::chrono::floor<std::chrono::days>(instant);
+  const std::chrono::year_month_day date(days);
+  const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::seconds>(instant - days));
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                static_cast<int>(time.seconds().count()));
+  return text.data();
+}
+
+Instant utc(const std::string& text) {
+  int year = 0;
+  unsigned month = 0;
+  unsigned day = 0;
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  if (std::sscanf(text.c_str(), "%d-%u-%u %d:%d:%d", &year, &month, &day, &hour, &minute, &second) != 6)
+    throw std::invalid_argument("not a date and time: " + text);
+  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
+  return std::chrono::sys_days(date) + std::chrono::hours(hour) + std::chrono::minutes(minute) +
+         std::chrono::seconds(second);
+}
+
+class VirtualMainLoop::VirtualTimer : public Timer {
+ public:
+  VirtualTimer(Journal& journal, TimerHandler handler, std::string description, std::optional<Duration> interval)
+      : journal_(journal), handler_(std::move(handler)), description_(std::move(description)), interval_(interval) {}
+
+  void invalidate() override {
+    if (isValid_) journal_.perform("invalidate", description_, [&] { isValid_ = false; });
+  }
+  bool isValid() const override { return isValid_; }
+
+  bool isFiring() const { return isFiring_; }
+  std::optional<Duration> interval() const { return interval_; }
+  void fire() {
+    isFiring_ = true;
+    if (!interval_) isValid_ = false;
+    handler_(*this);
+    isFiring_ = false;
+  }
+
+ private:
+  Journal& journal_;
+  TimerHandler handler_;
+  std::string description_;
+  std::optional<Duration> interval_;  // absent: fires once
+  bool isValid_ = true;
+  bool isFiring_ = false;
+};
+
+void VirtualMainLoop::post(Work work) {
+  journal_.perform("post", {}, [&] { deliver(std::move(work)); });
+}
+
+void VirtualMainLoop::after(std::chrono::milliseconds delay, Work work) {
+  journal_.perform("after", std::to_string(delay.count()) + " ms", [&] {
+    entries_.push_back({false, std::nullopt, steady_ + delay, std::move(work), nullptr});
+  });
+}
+
+std::shared_ptr<Timer> VirtualMainLoop::timerAt(Instant fireDate, TimerHandler handler) {
+  return add({false, fireDate, {}, {}, nullptr}, std::move(handler), "at " + utcText(fireDate));
+}
+
+std::shared_ptr<Timer> VirtualMainLoop::repeatingTimer(std::chrono::milliseconds interval, TimerHandler handler) {
+  return add({false, std::nullopt, interval, {}, nullptr}, std::move(handler),
+             "every " + std::to_string(interval.count()) + " ms");
+}
+
+std::shared_ptr<Timer> VirtualMainLoop::add(Entry entry, TimerHandler handler, const std::string& description) {
+  return journal_.perform("timer", description, [&] {
+    const std::optional<Duration> interval = entry.fireDate ? std::nullopt : std::optional(entry.due);
+    entry.due += steady_;
+    entry.timer = std::make_shared<VirtualTimer>(journal_, std::move(handler), description, interval);
+    entries_.push_back(entry);
+    return entry.timer;
+  });
+}
+
+void VirtualMainLoop::elsewhere(Duration delay, Work event) {
+  entries_.push_back({true, std::nullopt, steady_ + delay, std::move(event), nullptr});
+}
+
+void VirtualMainLoop::deliver(Work work, Place place) {
+  const Duration due = place == Place::front ? Duration::min() / 2 : steady_;
+  entries_.push_back({false, std::nullopt, due, std::move(work), nullptr});
+}
+
+void VirtualMainLoop::advance(Duration duration) { runUntil(steady_ + duration, false); }
+
+void VirtualMainLoop::occupy(Duration duration) { runUntil(steady_ + duration, true); }
+
+int VirtualMainLoop::armedTimers() const {
+  return static_cast<int>(
+      std::ranges::count_if(entries_, [](const Entry& entry) { return entry.timer && entry.timer->isValid(); }));
+}
+
+std::string VirtualMainLoop::nextTimer() const {
+  std::optional<Instant> next;
+  for (const Entry& entry : entries_)
+    if (entry.fireDate && entry.timer->isValid() && (!next || *entry.fireDate < *next)) next = entry.fireDate;
+  return next ? utcText(*next) : "none";
+}
+
+VirtualMainLoop::Duration VirtualMainLoop::remaining(const Entry& entry) const {
+  return entry.fireDate ? *entry.fireDate - clock_ : entry.due - steady_;
+}
+
+// What falls due first, and of such as do so together what came first.
+VirtualMainLoop::Entries::iterator VirtualMainLoop::earliest(bool elsewhereOnly) {
+  std::erase_if(entries_, [](const Entry& entry) { return entry.timer && !entry.timer->isValid(); });
+  auto best = entries_.end();
+  for (auto entry = entries_.begin(); entry != entries_.end(); ++entry) {
+    if (elsewhereOnly && !entry->isElsewhere) continue;
+    if (entry->timer && entry->timer->isFiring()) continue;
+    if (best == entries_.end() || remaining(*entry) < remaining(*best)) best = entry;
+  }
+  return best;
+}
+
+void VirtualMainLoop::runUntil(Duration target, bool elsewhereOnly) {
+  for (auto next = earliest(elsewhereOnly); next != entries_.end(); next = earliest(elsewhereOnly)) {
+    const Duration wait = std::max(Duration::zero(), remaining(*next));
+    if (wait > std::max(Duration::zero(), target - steady_)) break;
+    pass(wait);
+    run(next);
+  }
+  pass(std::max(Duration::zero(), target - steady_));
+}
+
+void VirtualMainLoop::run(Entries::iterator entry) {
+  if (entry->timer && entry->timer->interval()) {
+    while (entry->due <= steady_) entry->due += *entry->timer->interval();
+    const std::shared_ptr<VirtualTimer> timer = entry->timer;  // its handler may be the end of the entry
+    timer->fire();
+    return;
+  }
+  const Entry once = std::move(*entry);
+  entries_.erase(entry);
+  if (once.timer) {
+    once.timer->fire();
+  } else {
+    once.work();
+  }
+}
+
+void VirtualMainLoop::pass(Duration duration) {
+  steady_ += duration;
+  clock_ += duration;
+}

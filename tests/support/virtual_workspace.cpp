@@ -1,0 +1,56 @@
+#include "tests/support/virtual_workspace.h"
+
+#include <utility>
+
+namespace {
+
+// Calls those of the handlers that somebody still wants to be called.
+template <class Handler, class... Arguments>
+void call(const std::vector<std::weak_ptr<Handler>>& handlers, const Arguments&... arguments) {
+  const auto all = handlers;
+  for (const auto& handler : all)
+    if (const auto wanted = handler.lock()) (*wanted)(arguments...);
+}
+
+}  // namespace
+
+VirtualWorkspace::VirtualWorkspace(Journal& journal, VirtualMainLoop& loop, VirtualRunningApplications& applications)
+    : journal_(journal), loop_(loop), applications_(applications) {
+  applications_.whenTerminated([this](const auto& application) { notifyTermination(application); });
+}
+
+std::optional<std::string> VirtualWorkspace::locateApplication(const std::string& bundleIdentifier) {
+  return journal_.perform("locate", bundleIdentifier, [&] {
+    const auto found = installed_.find(bundleIdentifier);
+    return found == installed_.end() ? std::nullopt : std::optional(found->second);
+  });
+}
+
+void VirtualWorkspace::openApplication(const std::string& location) {
+  journal_.perform("open", location, [&] {
+    for (const auto& [identifier, place] : installed_)
+      if (place == location && opens_) applications_.start(identifier, behavior_);
+  });
+}
+
+Observation VirtualWorkspace::observeTerminations(TerminationHandler handler) {
+  const auto kept = std::make_shared<TerminationHandler>(std::move(handler));
+  terminationHandlers_.emplace_back(kept);
+  return kept;
+}
+
+Observation VirtualWorkspace::observeWake(std::function<void()> handler) {
+  const auto kept = std::make_shared<std::function<void()>>(std::move(handler));
+  wakeHandlers_.emplace_back(kept);
+  return kept;
+}
+
+void VirtualWorkspace::notifyTermination(const std::shared_ptr<RunningApplication>& application) {
+  loop_.elsewhere(notificationDelay_, [this, application] {
+    loop_.deliver([this, application] { call(terminationHandlers_, application); });
+  });
+}
+
+void VirtualWorkspace::wake(VirtualMainLoop::Place place) {
+  loop_.deliver([this] { call(wakeHandlers_); }, place);
+}
