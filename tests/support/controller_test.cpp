@@ -90,6 +90,10 @@ std::string sortedMessage(int number) {
          backup(number);
 }
 
+Entries attendedSort(int number) {
+  return Entries{"bundle path"} + sortEntries(number) + Entries{"accessory", "activate", "alert Bookmarks sorted"};
+}
+
 Entries unattendedSort(int number) {
   return sortEntries(number) + Entries{"printed Bookmarks sorted: " + sortedMessage(number) + "\n"};
 }

@@ -65,6 +65,8 @@ class ControllerTest : public testing::Test {
 Entries sortEntries(int number = 1);
 // What is reported of it.
 std::string sortedMessage(int number = 1);
+// One with a person in front of it, with the dialog that shows the report.
+Entries attendedSort(int number = 1);
 // An unattended one with the line that it prints.
 Entries unattendedSort(int number = 1);
 // What refresh() notes.

@@ -1,0 +1,138 @@
+// Whatever waits holds the controller weakly: it may go at any moment, and what comes later finds it gone.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "app/alert.h"
+#include "tests/support/controller_test.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::IsEmpty;
+
+class ControllerLifetime : public ControllerTest {
+ protected:
+  ControllerLifetime() { launch(); }
+
+  // Gives up the last reference; nothing that waits may keep it alive.
+  void destroyController() {
+    const std::weak_ptr<SorterDelegate> controller = controller_;
+    controller_.reset();
+    EXPECT_TRUE(controller.expired());
+    noted();
+  }
+};
+
+TEST_F(ControllerLifetime, endsWhileTheDailyTimerIsArmed) {
+  storeDaily(9, 30);
+  controller_->scheduleDaily();
+  destroyController();
+  machine_.loop.advance(24h);
+  EXPECT_THAT(noted(), IsEmpty());
+  EXPECT_EQ(machine_.loop.armedTimers(), 0);
+}
+
+TEST_F(ControllerLifetime, endsWhileItWaitsForSafariToQuit) {
+  startSafari({.quitsAfter = 2s});
+  controller_->closeSortReopen(true);
+  machine_.loop.advance(1s);
+  destroyController();
+  machine_.loop.advance(60s);
+  EXPECT_EQ(noted(), Entries{"invalidate every 250 ms"}) << "nothing is sorted and nothing is opened";
+  EXPECT_EQ(safaris(), 0);
+}
+
+TEST_F(ControllerLifetime, endsInTheSecondAfterAQuitOfSafari) {
+  startSafari();
+  machine_.applications.end(safari);
+  machine_.loop.advance(500ms);
+  destroyController();
+  machine_.loop.advance(60s);
+  EXPECT_THAT(noted(), IsEmpty());
+}
+
+TEST_F(ControllerLifetime, endsBeforeItIsToldOfAQuitOfSafari) {
+  const auto observers = controller_->observers;  // held on to, as by a system that is just calling them
+  destroyController();
+  startSafari();
+  machine_.applications.end(safari);
+  machine_.loop.advance(60s);
+  EXPECT_THAT(noted(), IsEmpty());
+}
+
+TEST_F(ControllerLifetime, endsBeforeItIsToldOfAWake) {
+  const auto observers = controller_->observers;
+  destroyController();
+  machine_.sleep(1h);
+  machine_.loop.run();
+  EXPECT_THAT(noted(), IsEmpty());
+}
+
+TEST_F(ControllerLifetime, endsItsObservations) {
+  destroyController();
+  startSafari();
+  machine_.applications.end(safari);
+  machine_.sleep(1h);
+  machine_.loop.advance(60s);
+  EXPECT_THAT(noted(), IsEmpty());
+}
+
+TEST_F(ControllerLifetime, endsWhileAnUpdateWaits) {
+  startSafari({.quitsAfter = 2s});
+  controller_->closeSortReopen(true);
+  controller_->shouldPostponeRelaunch([] { FAIL(); });
+  destroyController();
+  machine_.loop.advance(60s);
+  EXPECT_EQ(machine_.loop.armedTimers(), 0);
+}
+
+// A dialog is open in the middle of one of its own functions: that one runs to its end first.
+class ControllerLifetimeInADialog : public ControllerLifetime {
+ protected:
+  std::function<void()> lettingGo() {
+    return [this] {
+      controller_.reset();
+      machine_.loop.advance(60s);
+    };
+  }
+};
+
+TEST_F(ControllerLifetimeInADialog, endsWhileItIsAskedAboutSafari) {
+  startSafari();
+  const std::weak_ptr<SorterDelegate> controller = controller_;
+  machine_.userInterface.willAnswer(0, lettingGo());
+  controller_->sortNow();
+  EXPECT_TRUE(controller.expired());
+  machine_.loop.advance(60s);
+  EXPECT_EQ(sorts(), 0) << "the wait for Safari finds it gone";
+  EXPECT_EQ(machine_.loop.armedTimers(), 0);
+}
+
+TEST_F(ControllerLifetimeInADialog, endsWhileTheResultIsShown) {
+  const std::weak_ptr<SorterDelegate> controller = controller_;
+  machine_.userInterface.willAnswer(0, lettingGo());
+  controller_->sortNow();
+  EXPECT_TRUE(controller.expired());
+  EXPECT_TRUE(isSorted());
+}
+
+TEST_F(ControllerLifetimeInADialog, endsWhileTheFailureIsShown) {
+  startSafari({.quitsAfter = std::nullopt});
+  controller_->closeSortReopen(false);
+  const std::weak_ptr<SorterDelegate> controller = controller_;
+  machine_.userInterface.willAnswer(0, lettingGo());
+  machine_.loop.advance(45s);
+  EXPECT_TRUE(controller.expired());
+  EXPECT_EQ(machine_.loop.armedTimers(), 0);
+}
+
+TEST_F(ControllerLifetimeInADialog, endsWhileItIsToldToChooseADay) {
+  machine_.userInterface.willAnswer(0, lettingGo());
+  EXPECT_FALSE(controller_->saveSchedule({true, {}, true, machine_.loop.now()}));
+}
+
+}  // namespace
