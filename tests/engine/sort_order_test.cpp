@@ -5,13 +5,13 @@
 
 #include <algorithm>
 #include <compare>
-#include <cstdlib>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "engine/bookmark_node.h"
 #include "tests/support/bookmark_trees.h"
+#include "tests/support/random_seed.h"
 #include "tests/support/virtual_machine.h"
 
 namespace {
@@ -381,12 +381,6 @@ void expectPlaces(const PlistValue& before, const PlistValue& after, bool root) 
 
 class RandomTrees : public testing::Test {
  protected:
-  void SetUp() override {
-    const char* chosen = std::getenv("QUILLERY_SEED");
-    seed_ = chosen != nullptr ? static_cast<unsigned>(std::strtoul(chosen, nullptr, 10)) : std::random_device()();
-    std::printf("seed: QUILLERY_SEED=%u\n", seed_);
-  }
-
   // Calls `check` with each of ten thousand trees until one fails.
   template <class Check>
   void forEachTree(Check check) {
@@ -401,7 +395,7 @@ class RandomTrees : public testing::Test {
   PropertyListCodec codec_;
 
  private:
-  unsigned seed_ = 0;
+  unsigned seed_ = randomSeed();
 };
 
 TEST_F(RandomTrees, areSortedByTheRuleAsItIsWrittenDown) {

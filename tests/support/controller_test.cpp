@@ -17,18 +17,18 @@ Entries operator+(Entries entries, const Entries& more) {
   return entries;
 }
 
-ControllerTest::ControllerTest() { putUnsortedBookmarks(); }
+ControllerMachine::ControllerMachine() { putUnsortedBookmarks(); }
 
-void ControllerTest::putUnsortedBookmarks() {
+void ControllerMachine::putUnsortedBookmarks() {
   const PlistValue tree = rootNode({folderNode(u"BookmarksBar", {leafNode(u"b"), leafNode(u"a")})});
   machine_.files.put(bookmarks, std::string(PropertyListCodec().serialize(tree, PropertyListFormat::binary).text()));
 }
 
-bool ControllerTest::isSorted() const {
+bool ControllerMachine::isSorted() const {
   return outline(treeOf(machine_.files.content(bookmarks))) == "BookmarksBar[a b]";
 }
 
-void ControllerTest::launch() {
+void ControllerMachine::launch() {
   controller_ = std::make_shared<SorterDelegate>();
   menu_ = std::make_shared<VirtualMenu>(machine_.journal);
   status_ = std::make_shared<VirtualMenuItem>(machine_.journal);
@@ -40,26 +40,26 @@ void ControllerTest::launch() {
   noted();
 }
 
-void ControllerTest::launchStopped() {
+void ControllerMachine::launchStopped() {
   machine_.defaults.put("sortingPaused", true);
   launch();
 }
 
-void ControllerTest::launchWithoutAccess() {
+void ControllerMachine::launchWithoutAccess() {
   removeBookmarks();
   launch();
   controller_->pauseForAccess();
   noted();
 }
 
-void ControllerTest::storeDaily(int hour, int minute, const std::vector<int>& days) {
+void ControllerMachine::storeDaily(int hour, int minute, const std::vector<int>& days) {
   machine_.defaults.put("dailyEnabled", true);
   machine_.defaults.put("dailyHour", hour);
   machine_.defaults.put("dailyMinute", minute);
   machine_.defaults.put("scheduleDays", numberList(days));
 }
 
-Entries ControllerTest::noted() {
+Entries ControllerMachine::noted() {
   const Entries& all = machine_.journal.entries();
   Entries fresh;
   for (; notedSoFar_ < all.size(); ++notedSoFar_)
@@ -67,7 +67,7 @@ Entries ControllerTest::noted() {
   return fresh;
 }
 
-std::string ControllerTest::nextSort() const {
+std::string ControllerMachine::nextSort() const {
   const auto& timer = controller_->dailyTimer;
   if (!timer || !timer->isValid()) return "none";
   return machine_.loop.nextTimer();

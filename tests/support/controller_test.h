@@ -1,4 +1,5 @@
-// A controller on a virtual machine, with its place in the menu bar and its observers, as after launch.
+// A controller on a virtual machine, with its place in the menu bar and its observers, as after launch; and what its
+// tests say about it.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -22,10 +23,10 @@ inline constexpr const char* accessTitle = "Full Disk Access Required — Start"
 using Entries = std::vector<std::string>;
 Entries operator+(Entries entries, const Entries& more);
 
-class ControllerTest : public testing::Test {
+class ControllerMachine {
  protected:
   // A bookmark file that is not in order, and no Safari.
-  ControllerTest();
+  ControllerMachine();
 
   // Makes the controller, with everything around it, and forgets what that noted.
   void launch();
@@ -59,6 +60,8 @@ class ControllerTest : public testing::Test {
  private:
   std::size_t notedSoFar_ = 0;
 };
+
+class ControllerTest : public testing::Test, protected ControllerMachine {};
 
 // What a sort notes that finds something to do, from its first reading on and up to the report: without the questions
 // about Safari. `number` counts the backups.
