@@ -6,14 +6,18 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "app/alert.h"
 
 namespace {
 
+using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -153,6 +157,199 @@ TEST(VirtualRunningApplications, listsEachProcessByIdentifier) {
   EXPECT_THAT(machine.applications.withBundleIdentifier("com.example"), IsEmpty());
   machine.applications.end("com.example.App");
   EXPECT_THAT(machine.applications.withBundleIdentifier("com.example.App"), IsEmpty());
+}
+
+TEST(VirtualRunningApplications, quitWhenAskedInTheirOwnTime) {
+  VirtualMachine machine;
+  const int quick = machine.applications.start("App", {.quitsAfter = 1s});
+  machine.applications.start("App", {.isRefused = true});
+  machine.applications.start("App", {.quitsAfter = std::nullopt});
+  machine.applications.start("App", {.quitsAfter = 2s, .returnsAfter = 1s});
+  std::vector<bool> answers;
+  for (const auto& application : machine.applications.withBundleIdentifier("App"))
+    answers.push_back(application->terminate());
+  EXPECT_THAT(answers, ElementsAre(true, false, true, true));
+  EXPECT_EQ(machine.journal.entries().at(1), "quit " + std::to_string(quick));
+  EXPECT_EQ(machine.applications.count("App"), 4);
+  machine.loop.advance(1s);
+  EXPECT_EQ(machine.applications.count("App"), 3);
+  machine.loop.advance(1s);
+  EXPECT_EQ(machine.applications.count("App"), 2);
+  machine.loop.advance(1s);
+  EXPECT_EQ(machine.applications.count("App"), 3) << "one came back";
+  machine.loop.advance(1h);
+  EXPECT_EQ(machine.applications.count("App"), 3) << "the others stay";
+}
+
+TEST(VirtualRunningApplications, thatAreGoneCannotBeAsked) {
+  VirtualMachine machine;
+  machine.applications.start("App");
+  const auto running = machine.applications.withBundleIdentifier("App");
+  machine.applications.end("App");
+  EXPECT_FALSE(running[0]->terminate());
+}
+
+TEST(VirtualWorkspace, tellsItsObserversThroughTheLoopAndAsLongAsTheyWant) {
+  VirtualMachine machine;
+  std::vector<int> told;
+  auto observation =
+      machine.workspace.observeTerminations([&](const auto& gone) { told.push_back(gone->processIdentifier()); });
+  const int first = machine.applications.start("App");
+  machine.applications.start("App");
+  machine.applications.endProcess(first);
+  EXPECT_THAT(told, IsEmpty());
+  machine.loop.run();
+  EXPECT_THAT(told, ElementsAre(first));
+  machine.applications.end("App");
+  observation.reset();
+  machine.loop.run();
+  EXPECT_THAT(told, ElementsAre(first));
+}
+
+TEST(VirtualWorkspace, startsWhatItOpens) {
+  VirtualMachine machine;
+  const auto location = machine.workspace.locateApplication("com.apple.Safari");
+  ASSERT_TRUE(location);
+  machine.workspace.openApplication(*location);
+  EXPECT_EQ(machine.applications.count("com.apple.Safari"), 1);
+  EXPECT_EQ(machine.workspace.locateApplication("com.example.None"), std::nullopt);
+}
+
+class VirtualTime : public testing::Test {
+ protected:
+  // Notes `name` when it is called.
+  Work notes(const std::string& name) {
+    return [this, name] { seen_.push_back(name); };
+  }
+  TimerHandler timerNotes(const std::string& name) {
+    return [this, name](Timer&) { seen_.push_back(name); };
+  }
+
+  VirtualMachine machine_;
+  VirtualMainLoop& loop_ = machine_.loop;
+  std::vector<std::string> seen_;
+};
+
+TEST_F(VirtualTime, passesOnlyWhenATestLetsIt) {
+  const Instant start = loop_.now();
+  loop_.after(0ms, notes("at once"));
+  EXPECT_EQ(loop_.now(), start);
+  EXPECT_THAT(seen_, IsEmpty());
+  loop_.advance(90s);
+  EXPECT_EQ(loop_.now(), start + 90s);
+  EXPECT_THAT(seen_, ElementsAre("at once"));
+}
+
+TEST_F(VirtualTime, runsWhatFallsDueInItsOrderEachAtItsMoment) {
+  const Instant start = loop_.now();
+  loop_.after(2s, notes("second"));
+  loop_.timerAt(start + 1s, [&](Timer&) {
+    seen_.push_back("first");
+    EXPECT_EQ(loop_.now(), start + 1s);
+  });
+  loop_.post(notes("posted"));
+  loop_.post(notes("posted later"));
+  loop_.advance(10s);
+  EXPECT_THAT(seen_, ElementsAre("posted", "posted later", "first", "second"));
+}
+
+TEST_F(VirtualTime, repeatsATimerUntilItIsInvalidatedEvenByItself) {
+  const auto timer = loop_.repeatingTimer(250ms, [&](Timer& self) {
+    seen_.push_back("tick");
+    if (seen_.size() == 3) self.invalidate();
+  });
+  loop_.advance(749ms);
+  EXPECT_EQ(seen_.size(), 2U);
+  loop_.advance(10s);
+  EXPECT_EQ(seen_.size(), 3U);
+  EXPECT_FALSE(timer->isValid());
+  EXPECT_EQ(loop_.armedTimers(), 0);
+}
+
+TEST_F(VirtualTime, firesAOneShotTimerOnceAndHoldsItUntilThen) {
+  loop_.timerAt(loop_.now() + 1s, [&](Timer& self) {
+    seen_.push_back("fired");
+    EXPECT_FALSE(self.isValid());
+  });
+  EXPECT_EQ(loop_.armedTimers(), 1);
+  loop_.advance(1h);
+  EXPECT_THAT(seen_, ElementsAre("fired"));
+}
+
+TEST_F(VirtualTime, makesMissedFiringsOnce) {
+  loop_.repeatingTimer(1s, timerNotes("tick"));
+  loop_.occupy(10s + 500ms);
+  EXPECT_THAT(seen_, IsEmpty());
+  loop_.run();
+  EXPECT_EQ(seen_.size(), 1U);
+  loop_.advance(500ms);
+  EXPECT_EQ(seen_.size(), 2U);
+}
+
+TEST_F(VirtualTime, goesOnInANestedLoopButNotForTheTimerThatIsInItsHandler) {
+  loop_.repeatingTimer(1s, [&](Timer& self) {
+    seen_.push_back("begins");
+    loop_.advance(5s);
+    seen_.push_back("ends");
+    self.invalidate();
+  });
+  loop_.after(3s, notes("nested"));
+  loop_.advance(1s);
+  EXPECT_THAT(seen_, ElementsAre("begins", "nested", "ends"));
+}
+
+TEST_F(VirtualTime, letsTheWorldGoOnWhileTheThreadIsOccupied) {
+  loop_.elsewhere(1s, notes("outside"));
+  loop_.after(1s, notes("inside"));
+  loop_.occupy(2s);
+  EXPECT_THAT(seen_, ElementsAre("outside"));
+}
+
+TEST_F(VirtualTime, standsStillInSleepButForTheClockOnTheWall) {
+  const Instant start = loop_.now();
+  loop_.after(10s, notes("delayed"));
+  loop_.timerAt(start + 10s, timerNotes("timer"));
+  machine_.sleep(1h);
+  EXPECT_EQ(loop_.now(), start + 1h);
+  loop_.run();
+  EXPECT_THAT(seen_, ElementsAre("timer"));
+  loop_.advance(10s);
+  EXPECT_THAT(seen_, ElementsAre("timer", "delayed"));
+}
+
+TEST_F(VirtualTime, tellsOfAWakeBehindWhatIsOverdueOrInFrontOfIt) {
+  const auto observation = machine_.workspace.observeWake(notes("woke"));
+  for (const auto place : {VirtualMainLoop::Place::back, VirtualMainLoop::Place::front}) {
+    loop_.timerAt(loop_.now() + 1s, timerNotes("timer"));
+    machine_.sleep(1h, place);
+    loop_.run();
+  }
+  EXPECT_THAT(seen_, ElementsAre("timer", "woke", "woke", "timer"));
+}
+
+TEST_F(VirtualTime, obeysWhoeverSetsTheClock) {
+  loop_.timerAt(loop_.now() + 1h, timerNotes("timer"));
+  loop_.setClock(loop_.now() + 59min);
+  loop_.advance(59s);
+  EXPECT_THAT(seen_, IsEmpty());
+  loop_.advance(1s);
+  EXPECT_THAT(seen_, ElementsAre("timer"));
+}
+
+TEST(VirtualTimeText, isReadAndWritten) {
+  EXPECT_EQ(utcText(utc("2026-02-28 23:59:59") + 1s), "2026-03-01 00:00:00");
+  EXPECT_THROW(utc("tomorrow"), std::invalid_argument);
+}
+
+TEST(VirtualUserDefaults, holdValuesOfAnyTypeAndNoteWhatTheProgramStores) {
+  VirtualMachine machine;
+  machine.defaults.put("a", u"text");
+  EXPECT_EQ(machine.defaults.object("a"), PlistValue(u"text"));
+  EXPECT_EQ(machine.defaults.object("b"), std::nullopt);
+  machine.defaults.set("b", numberList({1, 7}));
+  machine.defaults.set("c", true);
+  machine.defaults.set("d", 9);
+  EXPECT_THAT(machine.journal.entries(), ElementsAre("set b [1, 7]", "set c true", "set d 9"));
 }
 
 TEST(VirtualProcesses, givesAnotherUuidEachTime) {
