@@ -2,12 +2,23 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <random>
 
-unsigned randomSeed() {
-  const char* chosen = std::getenv("QUILLERY_SEED");
-  const unsigned seed =
-      chosen != nullptr ? static_cast<unsigned>(std::strtoul(chosen, nullptr, 10)) : std::random_device()();
-  std::printf("seed: QUILLERY_SEED=%u\n", seed);
-  return seed;
+namespace {
+
+std::optional<unsigned> chosen(const char* variable) {
+  const char* text = std::getenv(variable);
+  return text != nullptr ? std::optional(static_cast<unsigned>(std::strtoul(text, nullptr, 10))) : std::nullopt;
 }
+
+}  // namespace
+
+unsigned randomSeed() {
+  const std::optional<unsigned> seed = chosen("QUILLERY_SEED");
+  const unsigned taken = seed ? *seed : std::random_device()();
+  std::printf("seed: QUILLERY_SEED=%u\n", taken);
+  return taken;
+}
+
+unsigned randomRounds() { return chosen("QUILLERY_ROUNDS").value_or(10'000); }

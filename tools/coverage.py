@@ -1,0 +1,139 @@
+#!/usr/bin/env python3
+"""Says how much of the core the tests ran, and why the rest was not.
+
+usage: coverage.py REPORT [FOLDER]
+
+REPORT is gcovr's JSON, with names relative to the root of the tree; FOLDER is that root unless given. Prints the lines
+of every file of the core that were run, then each line that was not with its reason, and exits with status 1 if
+
+- one of the folders engine/, schedule/ and app/ has less than 95 % of its lines run,
+- a line that was not run has no reason in tools/uncovered.txt, or
+- a reason there is for a line that was run or is not there any more.
+
+A line counts if the compiler made code of it, whether or not the linker kept that; what holds nothing but brackets and
+punctuation or a bare "else" does not count, run or not. A file of which the compiler made no code is in the table without a figure.
+It makes none of a function in a header that nothing calls, so such a function is not seen here.
+
+tools/uncovered.txt holds a paragraph for each reason: unindented the lines it is for, as PATH: SOURCE TEXT, and then
+the reason, indented. Each of these stands for one line of that text, so two alike take two. Paragraphs that begin with
+"#" are remarks.
+"""
+import collections
+import json
+import pathlib
+import re
+import sys
+
+FOLDERS = ["engine", "schedule", "app", "access"]
+MUST_BE_COVERED = ["engine", "schedule", "app"]
+ENOUGH = 95  # percent
+REASONS = "tools/uncovered.txt"
+
+COMMENT = re.compile(r"//.*|/\*.*?\*/")
+BARE = re.compile(r"[\s{}()\[\];,]*|else")
+
+# A line of our sources: its text, without the space around it, and how often it was run.
+Line = collections.namedtuple("Line", "number text count")
+
+
+class Mistake(Exception):
+    """What keeps the report from being read, as a sentence."""
+
+
+def files_of(root):
+    return sorted(path.relative_to(root).as_posix() for folder in FOLDERS for path in (root / folder).rglob("*")
+                  if path.suffix in {".h", ".cpp"})
+
+
+def counted_lines(root, report):
+    """The lines that count of every file of the core."""
+    counted = {name: [] for name in files_of(root)}
+    for file in report["files"]:
+        name = file["file"]
+        if name not in counted:
+            continue
+        source = (root / name).read_text(encoding="utf-8").splitlines()
+        for line in sorted(file["lines"], key=lambda line: line["line_number"]):
+            number = line["line_number"]
+            if not 1 <= number <= len(source):
+                raise Mistake(f"{name} has changed since it was built: there is no line {number}")
+            text = source[number - 1].strip()
+            if not BARE.fullmatch(COMMENT.sub("", text)):
+                counted[name].append(Line(number, text, line["count"]))
+    return counted
+
+
+def read_reasons(text):
+    """The reasons of each (path, source text), one for each time that it stands there."""
+    reasons = collections.defaultdict(list)
+    for paragraph in re.split(r"\n\s*\n", text.strip("\n")):
+        lines = paragraph.splitlines()
+        if not lines or lines[0].startswith("#"):
+            continue
+        places = [line for line in lines if not line[0].isspace()]
+        reason = " ".join(line.strip() for line in lines[len(places):])
+        if lines[:len(places)] != places or not places or not reason:
+            raise Mistake(f"{REASONS}: lines and then, indented, their reason are wanted here:\n{paragraph}")
+        for place in places:
+            path, separator, source = place.partition(": ")
+            if not separator:
+                raise Mistake(f"{REASONS}: this is not PATH: SOURCE TEXT: {place}")
+            reasons[path, source.strip()].append(reason)
+    return reasons
+
+
+def row(name, lines):
+    covered = sum(line.count > 0 for line in lines)
+    share = f"{100 * covered / len(lines):.1f} %" if lines else "-"
+    return f"{name:<36}{covered:>8}{len(lines):>8}{share:>10}"
+
+
+def print_table(counted):
+    print(f"{'file':<36}{'run':>8}{'lines':>8}{'share':>10}")
+    for folder in FOLDERS:
+        names = [name for name in counted if name.startswith(folder + "/")]
+        if not names:
+            continue
+        for name in names:
+            print(row(name, counted[name]))
+        print(row(f"{folder}/", [line for name in names for line in counted[name]]) + "\n")
+
+
+def complaints(counted, reasons):
+    """Prints every line that was not run, and answers what is wrong."""
+    for folder in MUST_BE_COVERED:
+        lines = [line for name in counted if name.startswith(folder + "/") for line in counted[name]]
+        covered = sum(line.count > 0 for line in lines)
+        if not lines or 100 * covered < ENOUGH * len(lines):
+            yield f"{folder}/: {covered} of {len(lines)} lines were run; {ENOUGH} % of them should be"
+    unused = {place: list(known) for place, known in reasons.items()}
+    print("Not run:")
+    for name, lines in counted.items():
+        for line in (line for line in lines if line.count == 0):
+            known = unused.get((name, line.text))
+            reason = known.pop(0) if known else "NO REASON"
+            print(f"{name}:{line.number}: {line.text}\n    {reason}")
+            if reason == "NO REASON":
+                yield f"{name}:{line.number}: was not run, and {REASONS} says not why"
+    for (name, text), left in unused.items():
+        for _ in left:
+            yield f"{REASONS}: stale, as no such line is left that was not run: {name}: {text}"
+
+
+def main():
+    if len(sys.argv) not in {2, 3}:
+        sys.exit("usage: coverage.py REPORT [FOLDER]")
+    root = pathlib.Path(sys.argv[2]) if len(sys.argv) == 3 else pathlib.Path(__file__).resolve().parent.parent
+    try:
+        counted = counted_lines(root, json.loads(pathlib.Path(sys.argv[1]).read_text(encoding="utf-8")))
+        reasons = read_reasons((root / REASONS).read_text(encoding="utf-8"))
+        print_table(counted)
+        found = list(complaints(counted, reasons))
+    except Mistake as mistake:
+        sys.exit(f"coverage.py: {mistake}")
+    print("\n" + "\n".join(found) if found else "\nThe core is covered, and every line that is not has its reason.")
+    sys.exit(1 if found else 0)
+
+
+if __name__ == "__main__":
+    main()
