@@ -11,8 +11,8 @@ of every file of the core that were run, then each line that was not with its re
 - a reason there is for a line that was run or is not there any more.
 
 A line counts if the compiler made code of it, whether or not the linker kept that; what holds nothing but brackets and
-punctuation or a bare "else" does not count, run or not. A file of which the compiler made no code is in the table without a figure.
-It makes none of a function in a header that nothing calls, so such a function is not seen here.
+punctuation or a bare "else" does not count, run or not. A file of which the compiler made no code is in the table
+without a figure. It makes none of a function in a header that nothing calls, so such a function is not seen here.
 
 tools/uncovered.txt holds a paragraph for each reason: unindented the lines it is for, as PATH: SOURCE TEXT, and then
 the reason, indented. Each of these stands for one line of that text, so two alike take two. Paragraphs that begin with

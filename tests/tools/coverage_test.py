@@ -52,7 +52,8 @@ class Coverage(unittest.TestCase):
 
     def test_passes_at_95_percent_when_the_rest_has_reasons(self):
         self.add("engine/part.cpp", ["work();"] * 19 + ["fail();"], [7] * 18 + [0, 0])
-        self.give_reasons("# A remark.\n\nengine/part.cpp: work();\nengine/part.cpp: fail();\n  It cannot\n  be reached.\n")
+        self.give_reasons("# A remark.\n\n"
+                          "engine/part.cpp: work();\nengine/part.cpp: fail();\n  It cannot\n  be reached.\n")
         output = self.check(0)
         self.assertEqual(self.columns(output, "engine/part.cpp"), ["18", "20", "90.0", "%"])
         self.assertEqual(self.columns(output, "engine/"), ["38", "40", "95.0", "%"])
