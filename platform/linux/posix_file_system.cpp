@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "platform/error.h"
+#include "platform/linux/file_descriptor.h"
 #include "platform/linux/plist/large_memory.h"
 
 namespace {
@@ -49,39 +50,6 @@ struct Attempt {
 Attempt opening(const std::string& path) { return {"file", path, "opened"}; }
 Attempt saving(const std::string& path) { return {"file", path, "saved"}; }
 Attempt creatingFolder(const std::string& path) { return {"folder", path, "created"}; }
-
-// Repeats a call for as long as a signal interrupts it.
-template <class Call>
-auto uninterrupted(Call call) {
-  decltype(call()) result;
-  do {
-    result = call();
-  } while (result < 0 && errno == EINTR);
-  return result;
-}
-
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-  ~FileDescriptor() { close(); }
-  FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-  FileDescriptor& operator=(FileDescriptor&&) = delete;
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-  bool isOpen() const { return descriptor_ >= 0; }
-  int get() const { return descriptor_; }
-
-  // Whether the file closed without a word; some systems report a failed write only here. A signal is no failure,
-  // and the descriptor is closed whatever comes of it.
-  bool close() {
-    const int descriptor = std::exchange(descriptor_, -1);
-    return descriptor < 0 || ::close(descriptor) == 0 || errno == EINTR;
-  }
-
- private:
-  int descriptor_;
-};
 
 // A name that is taken off its file again unless it is kept.
 class TentativeName {
@@ -184,8 +152,10 @@ mode_t modeOfNewFiles() {
   return newFileMode & ~mask;
 }
 
-// Gives a file that is about to replace another the other's owner, group and permission bits.
-void takeOver(const FileDescriptor& file, const std::optional<struct stat>& replaced, const Attempt& attempt) {
+// Gives a file that is about to replace another the other's owner, group and permission bits; `modeIfNew` if there is
+// no other.
+void takeOver(const FileDescriptor& file, const std::optional<struct stat>& replaced, mode_t modeIfNew,
+              const Attempt& attempt) {
   if (replaced) {
     struct stat own {};
     if (fstat(file.get(), &own) != 0) throw attempt.failure(errno);
@@ -193,7 +163,7 @@ void takeOver(const FileDescriptor& file, const std::optional<struct stat>& repl
     // Only the superuser may give files away, so this may fail and then stays as it is.
     if (differs && fchown(file.get(), replaced->st_uid, replaced->st_gid) != 0) errno = 0;
   }
-  const mode_t mode = replaced ? replaced->st_mode & permissionBits : modeOfNewFiles();
+  const mode_t mode = replaced ? replaced->st_mode & permissionBits : modeIfNew;
   if (fchmod(file.get(), mode) != 0) throw attempt.failure(errno);
 }
 
@@ -295,6 +265,10 @@ void PosixFileSystem::setMode(const std::string& path, unsigned mode) {
 }
 
 void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& bytes) {
+  writeAtomically(path, bytes, modeOfNewFiles());
+}
+
+void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew) {
   const Attempt attempt = saving(path);
   const std::string target = followLinks(path);
   const std::string folder = parentOf(target);
@@ -305,7 +279,7 @@ void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& byte
   FileDescriptor file(uninterrupted([&] { return mkostemp(pattern.data(), O_CLOEXEC); }));
   if (!file.isOpen()) throw attempt.failure(errno);
   TentativeName temporary(pattern);
-  takeOver(file, replaced, attempt);
+  takeOver(file, replaced, static_cast<mode_t>(modeIfNew) & permissionBits, attempt);
   fill(std::move(file), bytes, flush_, attempt);
   if (std::rename(temporary.path().c_str(), target.c_str()) != 0) throw attempt.failure(errno);
   temporary.keep();

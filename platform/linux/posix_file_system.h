@@ -39,6 +39,9 @@ class PosixFileSystem : public FileSystem {
   // saying that nothing was replaced would be wrong.
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
 
+  // The same, but a file that did not exist gets exactly `modeIfNew`, from the moment on that it has its name.
+  void writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew);
+
  private:
   Flush flush_;
 };

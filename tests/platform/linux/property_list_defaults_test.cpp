@@ -1,0 +1,557 @@
+// Real files, and real processes that write them at the same time.
+#include "platform/linux/property_list_defaults.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <limits>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "app/product.h"
+#include "tests/platform/linux/child_process.h"
+#include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/scratch_folder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+const std::string identifier(product::bundleIdentifier);
+const std::string fileName = identifier + ".plist";
+const std::string lockName = fileName + ".lock";
+
+// An XML property list with this between <dict> and </dict>.
+std::string xmlFile(const std::string& entries) {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+         "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+         "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+         "<plist version=\"1.0\">\n<dict>\n" +
+         entries + "</dict>\n</plist>\n";
+}
+
+std::string integerEntry(const std::string& key, int number) {
+  return "\t<key>" + key + "</key>\n\t<integer>" + std::to_string(number) + "</integer>\n";
+}
+
+std::string damagedName(int number) { return identifier + ".damaged-" + std::to_string(number) + ".plist"; }
+
+class PropertyListDefaultsTest : public testing::Test {
+ protected:
+  ScratchFolder scratch_;
+  std::string folder_ = scratch_.path();
+  std::string file_ = scratch_.path(fileName);
+  PropertyListDefaults defaults_{folder_};
+
+  // What `set` says on standard error.
+  static std::string wordsOfSetting(PropertyListDefaults& defaults, const std::string& key, const PlistValue& value) {
+    testing::internal::CaptureStderr();
+    defaults.set(key, value);
+    return testing::internal::GetCapturedStderr();
+  }
+  std::string wordsOfSetting(const std::string& key, const PlistValue& value) {
+    return wordsOfSetting(defaults_, key, value);
+  }
+};
+
+// The folder
+
+class ConfigurationFolderTest : public testing::Test {
+ protected:
+  EnvironmentScope home_{"HOME", "/home/someone"};
+  EnvironmentScope configured_{"XDG_CONFIG_HOME", std::nullopt};
+};
+
+TEST_F(ConfigurationFolderTest, isInTheHomeFolder) {
+  EXPECT_EQ(configurationFolder(), "/home/someone/.config");
+  home_.set("/");
+  EXPECT_EQ(configurationFolder(), "/.config");
+}
+
+TEST_F(ConfigurationFolderTest, isWhatTheEnvironmentSaysIfThatIsAbsolute) {
+  configured_.set("/elsewhere/settings");
+  EXPECT_EQ(configurationFolder(), "/elsewhere/settings");
+  for (const char* notAbsolute : {"", "settings", "./settings", "~/settings"}) {
+    configured_.set(notAbsolute);
+    EXPECT_EQ(configurationFolder(), "/home/someone/.config") << notAbsolute;
+  }
+}
+
+TEST_F(ConfigurationFolderTest, isWhereSettingsGoIfNothingElseIsSaid) {
+  const ScratchFolder scratch;
+  home_.set(scratch.path());
+  PropertyListDefaults().set("number", 1);
+  EXPECT_EQ(contentOf(scratch.path(".config/" + fileName)), xmlFile(integerEntry("number", 1)));
+  configured_.set(scratch.path("other"));
+  EXPECT_EQ(PropertyListDefaults().object("number"), std::nullopt);
+  PropertyListDefaults().set("number", 2);
+  EXPECT_EQ(contentOf(scratch.path("other/" + fileName)), xmlFile(integerEntry("number", 2)));
+  EXPECT_EQ(contentOf(scratch.path(".config/" + fileName)), xmlFile(integerEntry("number", 1)));
+}
+
+TEST_F(PropertyListDefaultsTest, withoutAFolderNothingIsStoredAnywhere) {
+  PropertyListDefaults nowhere("");
+  EXPECT_THAT(wordsOfSetting(nowhere, "key", 1), HasSubstr("no home folder"));
+  EXPECT_EQ(nowhere.object("key"), std::nullopt);
+  EXPECT_FALSE(std::filesystem::exists("/" + fileName));
+}
+
+// Values
+
+TEST_F(PropertyListDefaultsTest, whatWasNeverSetIsAbsentAndAskingMakesNoFile) {
+  EXPECT_EQ(defaults_.object("key"), std::nullopt);
+  EXPECT_EQ(PropertyListDefaults(scratch_.path("missing")).object("key"), std::nullopt);
+  EXPECT_THAT(namesIn(folder_), IsEmpty());
+}
+
+TEST_F(PropertyListDefaultsTest, everyKindOfValueComesBack) {
+  const std::vector<std::pair<std::string, PlistValue>> values = {
+      {"string", u"Lesezeichen & <Ordner> \u00FC \U0001F4D6"},
+      {"empty string", u""},
+      {"integer", -3},
+      {"largest integer", std::numeric_limits<std::uint64_t>::max()},
+      {"smallest integer", std::numeric_limits<std::int64_t>::min()},
+      {"real", 0.1},
+      {"infinity", -std::numeric_limits<double>::infinity()},
+      {"true", true},
+      {"false", false},
+      {"date", PlistDate{700000000}},
+      {"data", Bytes(std::string("\0\1\xFF data", 8))},
+      {"array", PlistValue::array({1, u"two", PlistValue::array({})})},
+      {"dictionary", PlistValue::dictionary({{u"inner", PlistValue::array({true, 2.5})}})},
+      {"", u"an empty key is one, too"},
+      {"\xC3\xA9t\xC3\xA9 <&>", u"and so is any text"},
+  };
+  for (const auto& [key, value] : values) EXPECT_EQ(wordsOfSetting(key, value), "") << key;
+  PropertyListDefaults other(folder_);
+  for (const auto& [key, value] : values) EXPECT_EQ(other.object(key), value) << key;
+}
+
+TEST_F(PropertyListDefaultsTest, aValueReplacesOneOfAnotherKind) {
+  defaults_.set("key", u"text");
+  defaults_.set("key", PlistValue::array({1}));
+  EXPECT_EQ(defaults_.object("key"), PlistValue::array({1}));
+  defaults_.set("key", false);
+  EXPECT_EQ(defaults_.object("key"), PlistValue(false));
+}
+
+TEST_F(PropertyListDefaultsTest, anArrayThatOnlyChangedItsOrderIsStoredInTheNewOne) {
+  defaults_.set("key", PlistValue::array({1, 2, 3}));
+  const PlistValue stored = *defaults_.object("key");
+  defaults_.set("key", stored.rearranged({stored.at(2), stored.at(0), stored.at(1)}));
+  EXPECT_EQ(defaults_.object("key"), PlistValue::array({3, 1, 2}));
+}
+
+TEST_F(PropertyListDefaultsTest, aValueOutlivesTheFileThatItCameFrom) {
+  defaults_.set("key", u"text that is longer than what a string holds in itself");
+  const std::optional<PlistValue> value = defaults_.object("key");
+  std::filesystem::resize_file(file_, 0);
+  std::filesystem::remove(file_);
+  EXPECT_EQ(value, PlistValue(u"text that is longer than what a string holds in itself"));
+}
+
+TEST_F(PropertyListDefaultsTest, whatXmlCannotHoldIsNotStoredAndHarmsNothing) {
+  defaults_.set("key", 1);
+  EXPECT_THAT(wordsOfSetting("key", std::u16string(1, u'\xD800')), HasSubstr("unpaired surrogate"));
+  EXPECT_THAT(wordsOfSetting("other", PlistDate{std::nan("")}), HasSubstr("date"));
+  PlistValue deep = 1;
+  for (unsigned level = 0; level < plistMaximumDepth; ++level) deep = PlistValue::array({deep});
+  EXPECT_THAT(wordsOfSetting("deep", deep), HasSubstr("nested too deeply"));
+  EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 1)));
+}
+
+// The file
+
+TEST_F(PropertyListDefaultsTest, theFileIsXmlInWhichEntriesKeepTheirOrder) {
+  defaults_.set("zebra", 1);
+  defaults_.set("apple", 2);
+  defaults_.set("mango", 3);
+  defaults_.set("zebra", 4);
+  EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("zebra", 4) + integerEntry("apple", 2) + integerEntry("mango", 3)));
+}
+
+TEST_F(PropertyListDefaultsTest, entriesThatNobodyHereKnowsStay) {
+  makeFile(file_, xmlFile("<key>a</key><array><date>2001-01-01T00:00:00Z</date></array><key>key</key><true/>"
+                          "<key>z</key><data>AAEC</data>"));
+  defaults_.set("key", false);
+  EXPECT_EQ(defaults_.object("a"), PlistValue::array({PlistDate{0}}));
+  EXPECT_EQ(defaults_.object("key"), PlistValue(false));
+  EXPECT_EQ(defaults_.object("z"), PlistValue(Bytes(std::string("\0\1\2", 3))));
+}
+
+TEST_F(PropertyListDefaultsTest, aFileInAnotherFormatIsReadAndWrittenAsXml) {
+  makeFile(file_, "{ key = text; other = more; }");
+  EXPECT_EQ(defaults_.object("key"), PlistValue(u"text"));
+  defaults_.set("key", u"new");
+  EXPECT_EQ(contentOf(file_), xmlFile("\t<key>key</key>\n\t<string>new</string>\n"
+                                      "\t<key>other</key>\n\t<string>more</string>\n"));
+}
+
+TEST_F(PropertyListDefaultsTest, filesAndFoldersThatItMakesAreTheOwnersAlone) {
+  const std::string folder = scratch_.path("one/two");
+  const mode_t old = umask(0);
+  PropertyListDefaults(folder).set("key", 1);
+  umask(old);
+  EXPECT_EQ(modeOf(scratch_.path("one")), 0700U);
+  EXPECT_EQ(modeOf(folder), 0700U);
+  EXPECT_EQ(modeOf(folder + "/" + fileName), 0600U);
+  EXPECT_EQ(modeOf(folder + "/" + lockName), 0600U);
+}
+
+TEST_F(PropertyListDefaultsTest, aFolderOrFileThatWasThereKeepsItsMode) {
+  makeFile(file_, xmlFile(integerEntry("key", 1)));
+  chmod(file_.c_str(), 0640);
+  defaults_.set("key", 2);
+  EXPECT_EQ(defaults_.object("key"), PlistValue(2));
+  EXPECT_EQ(modeOf(file_), 0640U);
+  EXPECT_EQ(modeOf(folder_), 0755U);
+}
+
+TEST_F(PropertyListDefaultsTest, nothingIsLeftBesideTheFileButTheLock) {
+  for (int number = 0; number < 20; ++number) defaults_.set("key", number);
+  EXPECT_THAT(namesIn(folder_), ElementsAre(fileName, lockName));
+}
+
+TEST_F(PropertyListDefaultsTest, theFileIsReplacedWholeAndNeverChangedInPlace) {
+  defaults_.set("key", 1);
+  std::filesystem::create_hard_link(file_, scratch_.path("old"));
+  defaults_.set("key", 2);
+  EXPECT_EQ(contentOf(scratch_.path("old")), xmlFile(integerEntry("key", 1)));
+  EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 2)));
+}
+
+TEST_F(PropertyListDefaultsTest, aValueThatIsStoredAlreadyIsNotWrittenAgain) {
+  // Not as this program would lay it out, so that any writing would show.
+  const std::string content = xmlFile("<key>key</key><array><integer>1</integer></array>");
+  makeFile(file_, content);
+  defaults_.set("key", PlistValue::array({1}));
+  EXPECT_EQ(contentOf(file_), content);
+  EXPECT_THAT(namesIn(folder_), ElementsAre(fileName));
+}
+
+TEST_F(PropertyListDefaultsTest, aDateIsKeptToTheSecondAndThatIsNoReasonToWriteItAgain) {
+  defaults_.set("date", PlistDate{700000000.25});
+  std::filesystem::create_hard_link(file_, scratch_.path("same"));
+  defaults_.set("date", PlistDate{700000000.25});
+  EXPECT_TRUE(std::filesystem::equivalent(file_, scratch_.path("same")));
+  EXPECT_EQ(defaults_.object("date"), PlistValue(PlistDate{700000000}));
+}
+
+TEST_F(PropertyListDefaultsTest, aSymbolicLinkIsFollowed) {
+  const ScratchFolder elsewhere;
+  makeFile(elsewhere.path("settings"), xmlFile(integerEntry("key", 1)));
+  std::filesystem::create_symlink(elsewhere.path("settings"), file_);
+  EXPECT_EQ(defaults_.object("key"), PlistValue(1));
+  defaults_.set("key", 2);
+  EXPECT_TRUE(std::filesystem::is_symlink(file_));
+  EXPECT_EQ(contentOf(elsewhere.path("settings")), xmlFile(integerEntry("key", 2)));
+  EXPECT_THAT(namesIn(elsewhere.path()), ElementsAre("settings"));
+}
+
+TEST_F(PropertyListDefaultsTest, aSymbolicLinkToNoFileYetIsFollowedToo) {
+  const ScratchFolder elsewhere;
+  std::filesystem::create_symlink(elsewhere.path("settings"), file_);
+  EXPECT_EQ(defaults_.object("key"), std::nullopt);
+  defaults_.set("key", 1);
+  EXPECT_TRUE(std::filesystem::is_symlink(file_));
+  EXPECT_EQ(contentOf(elsewhere.path("settings")), xmlFile(integerEntry("key", 1)));
+  EXPECT_EQ(modeOf(elsewhere.path("settings")), 0600U);
+}
+
+// Other processes
+
+TEST_F(PropertyListDefaultsTest, whatAnotherProcessSetsIsSeenAtOnce) {
+  defaults_.set("key", 1);
+  EXPECT_EQ(defaults_.object("key"), PlistValue(1));
+  inChildProcess([&] {
+    PropertyListDefaults(folder_).set("key", 2);
+    return std::string();
+  });
+  EXPECT_EQ(defaults_.object("key"), PlistValue(2));
+  std::filesystem::remove(file_);
+  EXPECT_EQ(defaults_.object("key"), std::nullopt);
+}
+
+// Sets `count` keys of its own, and one that all processes set.
+void setMany(const std::string& folder, const std::string& name, int count) {
+  PropertyListDefaults defaults(folder);
+  for (int number = 0; number < count; ++number) {
+    defaults.set(name + std::to_string(number), number);
+    defaults.set("shared", utf16(name + std::to_string(number)));
+  }
+}
+
+pid_t inBackground(const std::function<void()>& work) {
+  const pid_t process = fork();
+  if (process == 0) {
+    work();
+    _exit(0);
+  }
+  return process;
+}
+
+void expectSuccess(pid_t process) {
+  int status = -1;
+  EXPECT_EQ(waitpid(process, &status, 0), process);
+  EXPECT_EQ(status, 0);
+}
+
+TEST_F(PropertyListDefaultsTest, processesThatSetDifferentKeysAtOnceLoseNone) {
+  constexpr int count = 150;
+  const std::vector<std::string> names = {"first", "second", "third"};
+  std::vector<pid_t> processes;
+  for (const std::string& name : names)
+    processes.push_back(inBackground([&] { setMany(scratch_.path("new"), name, count); }));
+  for (const pid_t process : processes) expectSuccess(process);
+  PropertyListDefaults defaults(scratch_.path("new"));
+  for (const std::string& name : names)
+    for (int number = 0; number < count; ++number)
+      EXPECT_EQ(defaults.object(name + std::to_string(number)), PlistValue(number)) << name << number;
+  EXPECT_THAT(namesIn(scratch_.path("new")), ElementsAre(fileName, lockName));
+}
+
+TEST_F(PropertyListDefaultsTest, threadsThatSetDifferentKeysAtOnceLoseNone) {
+  constexpr int count = 100;
+  std::thread first([&] { setMany(folder_, "first", count); });
+  std::thread second([&] { setMany(folder_, "second", count); });
+  first.join();
+  second.join();
+  for (const char* name : {"first", "second"})
+    for (int number = 0; number < count; ++number)
+      EXPECT_EQ(defaults_.object(name + std::to_string(number)), PlistValue(number)) << name << number;
+}
+
+TEST_F(PropertyListDefaultsTest, whoReadsWhileAnotherWritesSeesTheOldValueOrTheNew) {
+  constexpr int last = 300;
+  defaults_.set("number", 0);
+  const pid_t writer = inBackground([&] {
+    PropertyListDefaults defaults(folder_);
+    for (int number = 1; number <= last; ++number) defaults.set("number", number);
+  });
+  std::int64_t seen = 0;
+  int status = 0;
+  while (waitpid(writer, &status, WNOHANG) == 0) {
+    const std::optional<PlistValue> value = defaults_.object("number");
+    ASSERT_TRUE(value && value->integer());
+    const std::int64_t number = value->integer()->signedValue().value_or(-1);
+    ASSERT_GE(number, seen);
+    seen = number;
+  }
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(defaults_.object("number"), PlistValue(last));
+}
+
+// Whether somebody waits at a lock of this file. The kernel lists who waits with an arrow.
+bool isWaitedFor(const std::string& path) {
+  struct stat status {};
+  EXPECT_EQ(stat(path.c_str(), &status), 0);
+  const std::string inode = ":" + std::to_string(status.st_ino) + " ";
+  const std::string locks = contentOf("/proc/locks");
+  for (std::size_t start = 0, end = 0; (end = locks.find('\n', start)) != std::string::npos; start = end + 1) {
+    const std::string line = locks.substr(start, end - start);
+    if (line.find("->") != std::string::npos && line.find(inode) != std::string::npos) return true;
+  }
+  return false;
+}
+
+TEST_F(PropertyListDefaultsTest, whoSetsWaitsForWhoeverHasTheLockAndWhoReadsDoesNot) {
+  defaults_.set("key", 1);
+  const int lock = open(scratch_.path(lockName).c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(lock, 0);
+  ASSERT_EQ(flock(lock, LOCK_EX), 0);
+  std::thread setter([&] { PropertyListDefaults(folder_).set("key", 3); });
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!isWaitedFor(scratch_.path(lockName)) && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+  EXPECT_TRUE(isWaitedFor(scratch_.path(lockName)));
+  EXPECT_EQ(defaults_.object("key"), PlistValue(1));
+  makeFile(file_, xmlFile(integerEntry("key", 2) + integerEntry("other", 2)));  // by who has the lock
+  close(lock);
+  setter.join();
+  EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 3) + integerEntry("other", 2)));
+}
+
+// Damage
+
+const std::vector<std::string>& damagedContents() {
+  static const std::vector<std::string> contents = {
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n\t<key>key</key>\n\t<inte",
+      "bplist00 and then nothing that makes sense",
+      std::string("\0\0\0\0", 4),
+      "<plist version=\"1.0\"><array><string>key</string></array></plist>",  // a property list, but no dictionary
+      "just text",
+  };
+  return contents;
+}
+
+TEST_F(PropertyListDefaultsTest, aDamagedFileReadsAsEmptyAndReadingChangesNothing) {
+  for (const std::string& content : damagedContents()) {
+    makeFile(file_, content);
+    EXPECT_EQ(defaults_.object("key"), std::nullopt) << content;
+    EXPECT_EQ(contentOf(file_), content);
+    EXPECT_THAT(namesIn(folder_), ElementsAre(fileName));
+  }
+}
+
+TEST_F(PropertyListDefaultsTest, everyDamagedFileIsKeptBesideTheNewOne) {
+  int number = 0;
+  for (const std::string& content : damagedContents()) {
+    makeFile(file_, content);
+    const std::string kept = scratch_.path(damagedName(++number));
+    EXPECT_THAT(wordsOfSetting("key", number), HasSubstr(kept));
+    EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", number)));
+    EXPECT_EQ(contentOf(kept), content);
+    EXPECT_EQ(modeOf(kept), 0600U);
+  }
+  for (int earlier = 1; earlier <= number; ++earlier)
+    EXPECT_EQ(contentOf(scratch_.path(damagedName(earlier))), damagedContents()[static_cast<std::size_t>(earlier - 1)]);
+}
+
+TEST_F(PropertyListDefaultsTest, whatIsKeptTakesNoNameThatIsInUse) {
+  makeFile(scratch_.path(damagedName(1)), "kept last year");
+  std::filesystem::create_directory(scratch_.path(damagedName(2)));
+  std::filesystem::create_symlink("nowhere", scratch_.path(damagedName(3)));
+  makeFile(file_, "damaged");
+  EXPECT_THAT(wordsOfSetting("key", 1), HasSubstr(damagedName(4)));
+  EXPECT_EQ(contentOf(scratch_.path(damagedName(1))), "kept last year");
+  EXPECT_EQ(contentOf(scratch_.path(damagedName(4))), "damaged");
+  EXPECT_FALSE(std::filesystem::exists(scratch_.path("nowhere")));
+}
+
+TEST_F(PropertyListDefaultsTest, whatIsKeptAlreadyIsNotKeptAgain) {
+  // As a `set` leaves it that had no more room for the new file.
+  makeFile(scratch_.path(damagedName(1)), "damaged");
+  makeFile(file_, "damaged");
+  EXPECT_EQ(wordsOfSetting("key", 1), "");
+  EXPECT_EQ(defaults_.object("key"), PlistValue(1));
+  EXPECT_THAT(namesIn(folder_), ElementsAre(damagedName(1), fileName, lockName));
+}
+
+TEST_F(PropertyListDefaultsTest, anEmptyFileHoldsNothingToKeep) {
+  makeFile(file_, "");
+  EXPECT_EQ(defaults_.object("key"), std::nullopt);
+  EXPECT_EQ(wordsOfSetting("key", 1), "");
+  EXPECT_THAT(namesIn(folder_), ElementsAre(fileName, lockName));
+}
+
+// Failures
+
+std::string namesAndContent(const std::string& folder) {
+  std::string text;
+  for (const std::string& name : namesIn(folder)) text += name + "\n";
+  return text + contentOf(folder + "/" + fileName);
+}
+
+// Sets a key and answers what was said; then makes sure that everything is as it was.
+std::string wordsOfFailing(const std::string& folder, const std::string& key, const PlistValue& value) {
+  const std::string before = namesAndContent(folder);
+  testing::internal::CaptureStderr();
+  PropertyListDefaults(folder).set(key, value);
+  const std::string words = testing::internal::GetCapturedStderr();
+  return namesAndContent(folder) == before ? words : "changed: " + namesAndContent(folder);
+}
+
+TEST_F(PropertyListDefaultsTest, inAFolderThatIsNotOursNothingChanges) {
+  defaults_.set("key", 1);
+  chmod(file_.c_str(), 0666);
+  chmod(scratch_.path(lockName).c_str(), 0666);
+  chmod(folder_.c_str(), 0555);
+  EXPECT_THAT(inUnprivilegedProcess([&] { return wordsOfFailing(folder_, "key", 2); }),
+              StartsWith(std::string(product::name) + ": The file “" + fileName + "” couldn’t be saved because"));
+  chmod(folder_.c_str(), 0755);
+  std::filesystem::remove(scratch_.path(lockName));
+  chmod(folder_.c_str(), 0555);
+  EXPECT_THAT(inUnprivilegedProcess([&] { return wordsOfFailing(folder_, "key", 2); }),
+              HasSubstr("The settings couldn’t be locked because the system answered “Permission denied”"));
+  EXPECT_EQ(inUnprivilegedProcess([&] { return wordsOfFailing(folder_, "key", 1); }), "") << "nothing is to be stored";
+  EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 1)));
+}
+
+TEST_F(PropertyListDefaultsTest, aFileThatMayNotBeReadIsAbsentAndNotReplaced) {
+  makeFile(file_, xmlFile(integerEntry("key", 1)));
+  chmod(file_.c_str(), 0000);
+  chmod(folder_.c_str(), 0777);
+  EXPECT_EQ(inUnprivilegedProcess([&] {
+              PropertyListDefaults defaults(folder_);
+              const bool absent = !defaults.object("key");
+              testing::internal::CaptureStderr();
+              defaults.set("key", 2);
+              return (absent ? "absent; " : "present; ") + testing::internal::GetCapturedStderr();
+            }),
+            "absent; " + std::string(product::name) + ": The file “" + fileName +
+                "” couldn’t be opened because the system answered “Permission denied” (" + file_ + ").\n");
+  EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 1)));
+}
+
+TEST_F(PropertyListDefaultsTest, aFolderInTheFilesPlaceIsAbsentAndStays) {
+  std::filesystem::create_directory(file_);
+  EXPECT_EQ(defaults_.object("key"), std::nullopt);
+  EXPECT_THAT(wordsOfSetting("key", 1), HasSubstr("couldn’t be opened"));
+  EXPECT_TRUE(std::filesystem::is_directory(file_));
+}
+
+TEST_F(PropertyListDefaultsTest, aFolderThatCannotBeMadeIsNoEndOfTheProgram) {
+  makeFile(scratch_.path("file"), "");
+  PropertyListDefaults defaults(scratch_.path("file/folder"));
+  EXPECT_EQ(defaults.object("key"), std::nullopt);
+  EXPECT_NE(wordsOfSetting(defaults, "key", 1), "");
+  EXPECT_THAT(namesIn(folder_), ElementsAre("file"));
+}
+
+TEST_F(PropertyListDefaultsTest, aWriteThatStopsHalfWayHarmsNothing) {
+  defaults_.set("key", 1);
+  const PlistValue large(std::u16string(100000, u'x'));
+  EXPECT_THAT(inChildProcess([&] {
+                const rlimit limit{5000, 5000};
+                if (std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR || setrlimit(RLIMIT_FSIZE, &limit) != 0)
+                  return std::string("no limit");
+                return wordsOfFailing(folder_, "key", large);
+              }),
+              HasSubstr("File too large"));
+  EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 1)));
+}
+
+TEST_F(PropertyListDefaultsTest, aFullDiskHarmsNothing) {
+  const std::string result = inChildProcess([&]() -> std::string {
+    if (const std::string problem = separateMounts(); !problem.empty()) return "no: " + problem;
+    if (mount("none", folder_.c_str(), "tmpfs", 0, "size=1m") != 0) return "no: the disk cannot be mounted";
+    defaults_.set("key", 1);
+    const std::string words = wordsOfFailing(folder_, "key", std::u16string(2 << 20, u'x'));
+    return defaults_.object("key") == PlistValue(1) ? words : "the value is gone";
+  });
+  if (result.starts_with("no: ")) GTEST_SKIP() << result;
+  EXPECT_THAT(result, HasSubstr("No space left on device"));
+}
+
+TEST_F(PropertyListDefaultsTest, aDamagedFileStaysWhereThereIsNoRoomToKeepIt) {
+  const std::string damaged(100000, 'x');
+  makeFile(file_, damaged);
+  EXPECT_THAT(inChildProcess([&]() -> std::string {
+                const rlimit limit{5000, 5000};
+                if (std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR || setrlimit(RLIMIT_FSIZE, &limit) != 0) return "no limit";
+                testing::internal::CaptureStderr();
+                defaults_.set("key", 1);
+                return testing::internal::GetCapturedStderr();
+              }),
+              HasSubstr("File too large"));
+  EXPECT_EQ(contentOf(file_), damaged);
+  EXPECT_THAT(namesIn(folder_), ElementsAre(fileName, lockName));
+}
+
+}  // namespace
