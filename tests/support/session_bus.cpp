@@ -39,7 +39,7 @@ SessionBus::SessionBus(const ScratchFolder& scratch)
            "<busconfig><type>session</type><listen>unix:path=" +
                scratch.path("bus") + "</listen><auth>EXTERNAL</auth><servicedir>" + scratch.path() +
                "</servicedir><policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-               "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>\n");
+               "<allow eavesdrop=\"true\"/><allow own=\"*\"/><allow user=\"*\"/></policy></busconfig>\n");
   const std::string configuration = "--config-file=" + scratch.path("bus.conf");
   const std::string log = scratch.path("bus.log");
   Pipe ready;
