@@ -22,9 +22,9 @@ void SorterDelegate::start() {
     return;
   }
   needsAccess = false;
-  desktop().userDefaults.set(accessGrantedKey, true);
+  platform().userDefaults.set(accessGrantedKey, true);
   enabled = true;
-  desktop().userDefaults.set(sortingPausedKey, false);
+  platform().userDefaults.set(sortingPausedKey, false);
   refresh();
   scheduleDaily();
 }
@@ -32,7 +32,7 @@ void SorterDelegate::start() {
 void SorterDelegate::stop() {
   enabled = false;
   if (dailyTimer) dailyTimer->invalidate();
-  desktop().userDefaults.set(sortingPausedKey, true);
+  platform().userDefaults.set(sortingPausedKey, true);
   refresh();
 }
 

@@ -41,7 +41,7 @@ int truncated(double real) {
 }  // namespace
 
 bool booleanForKey(const std::string& key) {
-  const std::optional<PlistValue> stored = desktop().userDefaults.object(key);
+  const std::optional<PlistValue> stored = platform().userDefaults.object(key);
   if (!stored) return false;
   if (const auto boolean = stored->boolean()) return *boolean;
   if (const auto integer = stored->integer()) return integer->bits() != 0;
@@ -51,7 +51,7 @@ bool booleanForKey(const std::string& key) {
 }
 
 int integerForKey(const std::string& key) {
-  const std::optional<PlistValue> stored = desktop().userDefaults.object(key);
+  const std::optional<PlistValue> stored = platform().userDefaults.object(key);
   if (!stored) return 0;
   if (const auto boolean = stored->boolean()) return *boolean ? 1 : 0;
   if (const auto integer = stored->integer()) return integer->nearestInt();

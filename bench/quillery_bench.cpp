@@ -175,7 +175,8 @@ int run(const std::string& file, int rounds, bool flush) {
                           native.collation,
                           native.userInterface,
                           native.bundle,
-                          native.processes};
+                          native.processes,
+                          native.userDefaults};
   const PlatformScope scope(measured);
   automatic = true;
 

@@ -21,7 +21,6 @@
 struct Desktop {
   MainLoop& mainLoop;
   Workspace& workspace;
-  UserDefaults& userDefaults;
 };
 
 struct Platform {
@@ -33,6 +32,7 @@ struct Platform {
   UserInterface& userInterface;
   Bundle& bundle;
   Processes& processes;
+  UserDefaults& userDefaults;
   const Desktop* desktop = nullptr;  // null in a program that has none, the command-line companion
 };
 

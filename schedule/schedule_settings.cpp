@@ -38,7 +38,7 @@ bool storeSchedule(const ScheduleChoice& choice) {
     return false;
   }
   const DateComponents time = currentCalendar()->components(choice.time);
-  UserDefaults& defaults = desktop().userDefaults;
+  UserDefaults& defaults = platform().userDefaults;
   defaults.set(schedule_keys::sortOnSafariQuit, choice.sortOnQuit);
   defaults.set(schedule_keys::scheduleDays, listOf(choice.checkedDays));
   defaults.set(schedule_keys::dailyEnabled, choice.isScheduled);
@@ -48,7 +48,7 @@ bool storeSchedule(const ScheduleChoice& choice) {
 }
 
 std::vector<int> SorterDelegate::selectedDays() const {
-  const std::optional<PlistValue> stored = desktop().userDefaults.object(schedule_keys::scheduleDays);
+  const std::optional<PlistValue> stored = platform().userDefaults.object(schedule_keys::scheduleDays);
   if (!stored || !stored->is(PlistKind::array)) return everyDay;
   std::vector<int> days;
   for (std::size_t index = 0; index < stored->size(); ++index) {
@@ -60,6 +60,6 @@ std::vector<int> SorterDelegate::selectedDays() const {
 }
 
 bool SorterDelegate::sortOnQuit() const {
-  const std::optional<PlistValue> stored = desktop().userDefaults.object(schedule_keys::sortOnSafariQuit);
+  const std::optional<PlistValue> stored = platform().userDefaults.object(schedule_keys::sortOnSafariQuit);
   return stored ? stored->boolean().value_or(true) : true;
 }

@@ -6,6 +6,7 @@
 #include "platform/linux/linux_processes.h"
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/linux/posix_file_system.h"
+#include "platform/linux/property_list_defaults.h"
 #include "platform/linux/session_bus_applications.h"
 #include "platform/platform.h"
 
@@ -18,7 +19,8 @@ const Platform& nativePlatform() {
   static ConsoleUserInterface userInterface;
   static InstalledBundle bundle;
   static LinuxProcesses processes;
-  static const Platform platform{propertyLists, fileSystem, runningApplications, calendars, collation, userInterface,
-                                 bundle,        processes};
+  static PropertyListDefaults userDefaults;
+  static const Platform platform{propertyLists, fileSystem, runningApplications, calendars,   collation,
+                                 userInterface, bundle,     processes,           userDefaults};
   return platform;
 }

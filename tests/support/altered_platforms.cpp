@@ -54,12 +54,12 @@ std::optional<Instant> findingNothing(const Calendar& /*calendar*/, Instant /*af
 
 Platform with(Calendars& calendars) {
   const Platform& now = platform();
-  return {now.propertyLists, now.fileSystem, now.runningApplications, calendars,  now.collation,
-          now.userInterface, now.bundle,     now.processes,           now.desktop};
+  return {now.propertyLists, now.fileSystem, now.runningApplications, calendars,        now.collation,
+          now.userInterface, now.bundle,     now.processes,           now.userDefaults, now.desktop};
 }
 
 Platform with(Collation& collation) {
   const Platform& now = platform();
-  return {now.propertyLists, now.fileSystem, now.runningApplications, now.calendars, collation,
-          now.userInterface, now.bundle,     now.processes,           now.desktop};
+  return {now.propertyLists, now.fileSystem, now.runningApplications, now.calendars,    collation,
+          now.userInterface, now.bundle,     now.processes,           now.userDefaults, now.desktop};
 }

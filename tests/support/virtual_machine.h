@@ -38,9 +38,9 @@ class VirtualMachine {
   PrintedOutput output{journal};
 
   // All of it, for a test that replaces one part.
-  const Desktop desktopParts{loop, workspace, defaults};
-  const Platform parts{propertyLists, files,  applications, calendars,    collation,
-                       userInterface, bundle, processes,    &desktopParts};
+  const Desktop desktopParts{loop, workspace};
+  const Platform parts{propertyLists, files,  applications, calendars, collation,
+                       userInterface, bundle, processes,    defaults,  &desktopParts};
 
   // Asleep for this long, then awake: nothing has run meanwhile. Observers are told of the wake before all that is
   // overdue, or after it; both happen.
