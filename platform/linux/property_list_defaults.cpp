@@ -36,8 +36,13 @@ class SettingsLock {
     if (uninterrupted([&] { return flock(file_.get(), LOCK_EX); }) != 0) throw lockFailure(path);
   }
 
+  // Closing the file would not do while a process that was forked meanwhile has it open, too.
+  ~SettingsLock() { flock(file_.get(), LOCK_UN); }
+  SettingsLock(const SettingsLock&) = delete;
+  SettingsLock& operator=(const SettingsLock&) = delete;
+
  private:
-  FileDescriptor file_;  // closing it gives the lock up
+  FileDescriptor file_;
 };
 
 std::optional<PlistValue> entry(const std::optional<PlistValue>& root, const std::string& key) {

@@ -1,12 +1,13 @@
 #include "platform/linux/quit_request.h"
 
-#include <signal.h>
 #include <sys/syscall.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
+#include <initializer_list>
 #include <limits>
 #include <optional>
 #include <string_view>
@@ -37,6 +38,13 @@ enum class Outcome {
 struct Answer {
   Outcome outcome = Outcome::undelivered;
   Message message;  // if it answered
+};
+
+// What a connection makes of the request.
+enum class Reaction {
+  takesRequest,  // or will find it
+  knowsNoSuchRequest,
+  outOfReach,  // gone, or not to be spoken to
 };
 
 Outcome outcomeOfError(int problem, const sd_bus_error& error) {
@@ -71,7 +79,7 @@ Message makeActivation(sd_bus* bus, const Addressee& to) {
 
 Answer send(sd_bus* bus, const Message& call, std::uint64_t patience) {
   if (!call || patience == 0) return {};
-  sd_bus_error error = SD_BUS_ERROR_NULL;
+  sd_bus_error error{};
   sd_bus_message* message = nullptr;
   const int result = sd_bus_call(bus, call.get(), patience, &error, &message);
   Answer answer;
@@ -118,9 +126,14 @@ class QuitRequest {
         bus_(openSessionBus(deadline_)) {}
 
   bool deliver() {
-    const auto& connections = addressee_.connections;
-    return bus_ && (std::any_of(connections.begin(), connections.end(), [&](auto& each) { return activate(each); }) ||
-                    std::any_of(connections.begin(), connections.end(), [&](auto& each) { return signal(each); }));
+    if (!bus_) return false;
+    const std::string* withoutAction = nullptr;
+    for (const std::string& connection : addressee_.connections) {
+      const Reaction reaction = activate(connection);
+      if (reaction == Reaction::takesRequest) return true;
+      if (reaction == Reaction::knowsNoSuchRequest) withoutAction = &connection;
+    }
+    return withoutAction != nullptr && signal(*withoutAction);
   }
 
  private:
@@ -131,29 +144,30 @@ class QuitRequest {
 
   std::uint64_t answerTime() const { return std::min(answerPatience_, deadline_.left()); }
 
-  // Whether the application took the request to activate its action, or will find it.
-  bool activate(const std::string& connection) {
+  Reaction activate(const std::string& connection) {
     const Addressee to{connection, path_};
-    if (!isThere(connection)) return false;
+    if (!isThere(connection)) return Reaction::outOfReach;
     // GLib answers a request to activate an action that it does not have as if it had one.
     const Answer list = send(bus_.get(), makeCall(bus_.get(), to, "org.gtk.Actions", "List"), answerTime());
     if (list.outcome == Outcome::unanswered) return leave(to);
-    if (list.outcome == Outcome::answered && namesQuit(list.message.get()) == false) return false;
+    if (list.outcome == Outcome::answered && namesQuit(list.message.get()) == false)
+      return Reaction::knowsNoSuchRequest;
     switch (send(bus_.get(), makeActivation(bus_.get(), to), answerTime()).outcome) {
       case Outcome::answered:
       case Outcome::declined:
-      case Outcome::unanswered: return true;
-      case Outcome::notUnderstood:
-      case Outcome::undelivered: return false;
+      case Outcome::unanswered: return Reaction::takesRequest;
+      case Outcome::notUnderstood: return Reaction::knowsNoSuchRequest;
+      case Outcome::undelivered: break;
     }
-    return false;
+    return Reaction::outOfReach;
   }
 
   // Leaves the request with an application that does not answer now. The question after it tells that the bus has
   // taken the request, and that there is still somebody to find it.
-  bool leave(const Addressee& to) {
+  Reaction leave(const Addressee& to) {
     const Message call = makeActivation(bus_.get(), to);
-    return call && sd_bus_send(bus_.get(), call.get(), nullptr) >= 0 && isThere(to.connection);
+    const bool sent = call && sd_bus_send(bus_.get(), call.get(), nullptr) >= 0;
+    return sent && isThere(to.connection) ? Reaction::takesRequest : Reaction::outOfReach;
   }
 
   bool signal(const std::string& connection) {

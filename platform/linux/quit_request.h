@@ -19,8 +19,8 @@ struct QuitAddressee {
 // org.gtk.Actions that it has no such action, the process gets SIGTERM instead, and never anything stronger. Starts no
 // application.
 //
-// Answers whether the request was delivered: false if the process has left, if it may not be signalled, or if the bus
-// does not answer. All of it takes no longer than `patience`. The application has a quarter of that for each answer;
-// one that does not answer is not signalled, because it may be busy with work that a signal would lose. The request to
-// activate the action waits for it, and so counts as delivered.
+// Answers whether the request was delivered: false if the process has left, if it may not be spoken to or not be
+// signalled, or if the bus does not answer. All of it takes no longer than `patience`. The application has a quarter of
+// that for each answer; one that does not answer is not signalled, because it may be busy with work that a signal would
+// lose. The request to activate the action waits for it, and so counts as delivered.
 bool requestQuit(const QuitAddressee& addressee, std::chrono::microseconds patience);

@@ -78,6 +78,7 @@ int answerActivation(sd_bus_message* call, const Served& served) {
     case OnActivation::quitsWithoutAnswer: _exit(0);
     case OnActivation::stopsAnswering: return 1;
     case OnActivation::declines: return sd_bus_reply_method_errorf(call, "org.example.Error.Busy", "not now");
+    case OnActivation::forbids: return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED, "not you");
     case OnActivation::stays: return sd_bus_reply_method_return(call, nullptr);
     case OnActivation::quits: break;
   }

@@ -10,7 +10,7 @@
 #include "tests/support/session_bus.h"
 
 // What an application does when its action is to be activated.
-enum class OnActivation { quits, quitsWithoutAnswer, stays, stopsAnswering, declines };
+enum class OnActivation { quits, quitsWithoutAnswer, stays, stopsAnswering, declines, forbids };
 
 struct Manners {
   // What it lists through org.gtk.Actions; absent if it does not have that interface.

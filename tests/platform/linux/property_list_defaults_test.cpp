@@ -318,6 +318,7 @@ TEST_F(PropertyListDefaultsTest, processesThatSetDifferentKeysAtOnceLoseNone) {
   constexpr int count = 150;
   const std::vector<std::string> names = {"first", "second", "third"};
   std::vector<pid_t> processes;
+  processes.reserve(names.size());
   for (const std::string& name : names)
     processes.push_back(inBackground([&] { setMany(scratch_.path("new"), name, count); }));
   for (const pid_t process : processes) expectSuccess(process);
@@ -387,6 +388,14 @@ TEST_F(PropertyListDefaultsTest, whoSetsWaitsForWhoeverHasTheLockAndWhoReadsDoes
   close(lock);
   setter.join();
   EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 3) + integerEntry("other", 2)));
+}
+
+TEST_F(PropertyListDefaultsTest, theLockIsGivenUpAfterEverySet) {
+  defaults_.set("key", 1);
+  const int lock = open(scratch_.path(lockName).c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(lock, 0);
+  EXPECT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);
+  close(lock);
 }
 
 // Damage

@@ -98,6 +98,13 @@ TEST_F(QuitRequestTest, isDeliveredToAnApplicationThatStaysAndNothingStrongerFol
   }
 }
 
+TEST_F(QuitRequestTest, isNotDeliveredWhereItIsForbiddenAndNoSignalTakesItsPlace) {
+  BusApplication application(
+      safari, safariPath, {.actions = Actions{"quit"}, .onActivation = OnActivation::forbids, .ignoresSignals = true});
+  EXPECT_FALSE(terminate());
+  EXPECT_EQ(application.notes(), "List, activate quit");
+}
+
 // Without it
 
 TEST_F(QuitRequestTest, signalsAnApplicationWithoutTheInterface) {
