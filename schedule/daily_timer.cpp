@@ -25,6 +25,7 @@ void SorterDelegate::dailyTimerFired(Instant fireDate) {
 }
 
 bool SorterDelegate::saveSchedule(const ScheduleChoice& choice) {
+  const auto self = shared_from_this();  // while a dialog is open, the last other owner may let go
   if (!storeSchedule(choice)) return false;
   scheduleDaily();
   refresh();

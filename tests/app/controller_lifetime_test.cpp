@@ -95,8 +95,10 @@ class ControllerLifetimeInADialog : public ControllerLifetime {
  protected:
   std::function<void()> lettingGo() {
     return [this] {
+      const std::weak_ptr<SorterDelegate> controller = controller_;
       controller_.reset();
       machine_.loop.advance(60s);
+      EXPECT_FALSE(controller.expired()) << "its function has not come to its end";
     };
   }
 };
@@ -131,8 +133,10 @@ TEST_F(ControllerLifetimeInADialog, endsWhileTheFailureIsShown) {
 }
 
 TEST_F(ControllerLifetimeInADialog, endsWhileItIsToldToChooseADay) {
+  const std::weak_ptr<SorterDelegate> controller = controller_;
   machine_.userInterface.willAnswer(0, lettingGo());
   EXPECT_FALSE(controller_->saveSchedule({true, {}, true, machine_.loop.now()}));
+  EXPECT_TRUE(controller.expired());
 }
 
 }  // namespace
