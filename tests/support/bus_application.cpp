@@ -51,8 +51,8 @@ struct Served {
 }
 
 [[noreturn]] void leaveTheBus(const Served& served) {
+  note("left the bus");  // before anybody can see it
   for (sd_bus* bus : served.connections) sd_bus_close(bus);
-  note("left the bus");
   runOnWithoutBus();
 }
 
