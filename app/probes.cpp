@@ -18,3 +18,7 @@ bool canReadBookmarks() {
     return false;
   }
 }
+
+bool runsFromDiskImage() { return platform().bundle.path().starts_with("/Volumes/"); }
+
+void noteAccessGranted() { platform().userDefaults.set("bookmarkAccessPreviouslyGranted", true); }

@@ -22,3 +22,9 @@ std::string bookmarkFile();
 // Whether the bookmark file can be read. It is read, whole: what governs access to Safari's data shows only when
 // someone reads them. Every failure counts alike, and nothing is reported.
 bool canReadBookmarks();
+
+// Whether the program runs from a disk image, which is no place for it to stay.
+bool runsFromDiskImage();
+
+// Notes for good that the bookmark file could once be read.
+void noteAccessGranted();

@@ -10,7 +10,6 @@ namespace {
 
 // What the user wished last; a missing access does not change it.
 constexpr const char* sortingPausedKey = "sortingPaused";
-constexpr const char* accessGrantedKey = "bookmarkAccessPreviouslyGranted";
 
 }  // namespace
 
@@ -22,7 +21,7 @@ void SorterDelegate::start() {
     return;
   }
   needsAccess = false;
-  platform().userDefaults.set(accessGrantedKey, true);
+  noteAccessGranted();
   enabled = true;
   platform().userDefaults.set(sortingPausedKey, false);
   refresh();

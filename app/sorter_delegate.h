@@ -5,17 +5,14 @@
 #include <set>
 #include <vector>
 
+#include "platform/application.h"
 #include "platform/main_loop.h"
 #include "platform/menu.h"
 #include "platform/running_applications.h"
+#include "platform/updater.h"
+#include "platform/window.h"
 #include "platform/workspace.h"
 #include "schedule/schedule_settings.h"
-
-class Button;
-class DatePicker;
-class PopUpButton;
-class UpdaterController;
-class Window;
 
 // How long Safari may take to quit, from the request on.
 inline constexpr std::chrono::seconds quitDeadline{45};
@@ -30,10 +27,17 @@ inline constexpr std::chrono::milliseconds updatePollInterval{250};
 
 // One for the life of the process, owned by a shared pointer. All of it runs on the main thread. Whatever waits
 // (timers, observers, posted work) holds it weakly, so that it may go at any moment.
-class SorterDelegate : public std::enable_shared_from_this<SorterDelegate> {
+class SorterDelegate : public ApplicationDelegate,
+                       public UpdaterDelegate,
+                       public std::enable_shared_from_this<SorterDelegate> {
  public:
   // Starts Running, or Stopped if the user had stopped sorting.
   SorterDelegate();
+
+  // --- Launch (app/launch.cpp) ---
+
+  // Sets everything up: the status item and its menu, updates, observers, and the first-run setup.
+  void applicationDidFinishLaunching() override;
 
   // --- Run state (app/run_state.cpp) ---
 
@@ -67,8 +71,6 @@ class SorterDelegate : public std::enable_shared_from_this<SorterDelegate> {
   std::vector<int> selectedDays() const;
   // Whether the end of Safari is followed by a sort.
   bool sortOnQuit() const;
-  // Validates and stores what the user chose, and arms the timer anew. False, after an alert, if it was not accepted.
-  bool saveSchedule(const ScheduleChoice& choice);
   // Arms the timer for the next scheduled sort by the settings as they are now, in the place of any earlier one.
   void scheduleDaily();
   // The same.
@@ -76,13 +78,51 @@ class SorterDelegate : public std::enable_shared_from_this<SorterDelegate> {
   // From now on arms the timer anew whenever the machine wakes.
   void observeWake();
 
-  // --- Updates (app/update_installation.cpp) ---
+  // --- The schedule window (schedule/schedule_window.cpp) ---
 
-  // An update asks whether to wait with its relaunch. Blocks new sorts until the update session ends. If a sort is in
-  // progress answers true and calls `install` once when it has ended; else answers false, and never calls it.
-  bool shouldPostponeRelaunch(Work install);
-  // The update session is over, whether or not something was installed.
-  void standardUserDriverWillFinishUpdateSession();
+  // Opens the window with what is stored, or brings the open one forward with what its user has changed.
+  void showSchedule();
+  // Enables what the schedule's check box and the chosen preset leave to be edited.
+  void scheduleControlsChanged();
+  // Checks the days of the chosen preset; "Selected days" leaves them as they are.
+  void presetChanged();
+  // Validates and stores what the controls say, closes the window and arms the timer anew. If it is not accepted, the
+  // user is told and the window stays.
+  void saveSchedule();
+  // Closes the window; nothing is stored.
+  void cancelSchedule();
+
+  // --- The menu's other commands (app/menu_commands.cpp) ---
+
+  void showAbout();
+  void openWebsite();
+  void support();
+  // Shows the folder of the backups, which is made first if there is none yet.
+  void openBackups();
+  // Ends the program at once; a sequence that waits for Safari is given up.
+  void quit();
+  bool applicationShouldTerminate() override;
+  // Checks the access to the bookmarks, for whoever wonders why nothing happens.
+  bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
+
+  // --- First-run setup (access/first_run_setup.cpp) ---
+
+  // Refuses to run from a disk image, makes sure of access to the bookmarks, registers the login agent and arms the
+  // timer. Returns before that if access has to be waited for.
+  void setUp();
+
+  // --- Updates (app/updates.cpp) ---
+
+  void checkForUpdates();
+  void toggleAutomaticUpdates();
+  bool supportsGentleScheduledUpdateReminders() const override;
+  // Puts a reminder of an update that a scheduled check has found into the menu and the tool tip.
+  void standardUserDriverWillHandleShowingUpdate(bool isUserInitiated) override;
+  void standardUserDriverDidReceiveUserAttention() override;
+  void standardUserDriverWillFinishUpdateSession() override;
+  // Blocks new sorts until the update session ends. If a sort is in progress answers true and calls `install` once when
+  // it has ended; else answers false, and never calls it.
+  bool shouldPostponeRelaunch(Work install) override;
 
   // --- State ---
 
@@ -118,4 +158,12 @@ class SorterDelegate : public std::enable_shared_from_this<SorterDelegate> {
   void applicationTerminated(const RunningApplication& application);
   void sortAfterQuit();
   void dailyTimerFired(Instant fireDate);
+  void addScheduleControls();
+  void closeSchedule();
+  void buildMenu();
+  void observeUpdates();
+  void clearUpdateReminder();
+  void accessWasChecked(bool isGranted);
+  // What calls one of the commands for as long as this lives.
+  Action calling(void (SorterDelegate::*command)());
 };

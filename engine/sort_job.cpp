@@ -93,7 +93,7 @@ std::string backupsFolder() {
 }
 
 SortResult performSort() {
-  if (!automatic && platform().bundle.path().starts_with("/Volumes/")) {
+  if (!automatic && runsFromDiskImage()) {
     alert("Install the app first",
           "Drag Quillery into Applications, then open the installed copy. Automatic sorting cannot run from a disk "
           "image.");

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <memory>
 
+#include "platform/application.h"
 #include "platform/bundle.h"
 #include "platform/calendar.h"
 #include "platform/collation.h"
@@ -13,14 +14,19 @@
 #include "platform/processes.h"
 #include "platform/property_lists.h"
 #include "platform/running_applications.h"
+#include "platform/screen.h"
+#include "platform/updater.h"
 #include "platform/user_defaults.h"
 #include "platform/user_interface.h"
 #include "platform/workspace.h"
 
 // What only a program with a main loop has.
 struct Desktop {
+  Application& application;
   MainLoop& mainLoop;
   Workspace& workspace;
+  Screen& screen;
+  Updater& updater;
 };
 
 struct Platform {
@@ -62,5 +68,8 @@ inline const Desktop& desktop() {
   return *platform().desktop;
 }
 
-// The platform of this system, made by its native layer; lives as long as the process.
+// The platform of this system without a desktop, made by its native layer; lives as long as the process.
 const Platform& nativePlatform();
+
+// The same with the desktop of the user's session, made at the first call. Throws Error if there is no screen.
+const Platform& nativeDesktopPlatform();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 class Processes {
  public:
@@ -9,4 +10,12 @@ class Processes {
 
   // A fresh random UUID in canonical form: 36 characters, upper-case digits, 8-4-4-4-12.
   virtual std::string randomUuid() = 0;
+
+  // This process, and the user whose it is.
+  virtual int processIdentifier() = 0;
+  virtual unsigned userIdentifier() = 0;
+
+  // Runs a program, with no shell, nothing to read and its output discarded, and waits for its end. Answers its exit
+  // status; of one that a signal ended, that signal's number. Throws Error if it cannot be started.
+  virtual int run(const std::string& path, const std::vector<std::string>& arguments) = 0;
 };

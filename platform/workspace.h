@@ -25,6 +25,14 @@ class Workspace {
   // Nothing tells of a failure.
   virtual void openApplication(const std::string& location) = 0;
 
+  // Opens an address in the program that the user has for it, and a folder in the file manager. Nothing tells of a
+  // failure.
+  virtual void openAddress(const std::string& address) = 0;
+  virtual void openFolder(const std::string& path) = 0;
+
+  // Shows a file or folder in the file manager, selected. Nothing tells of a failure.
+  virtual void revealFile(const std::string& path) = 0;
+
   // Calls `handler` on the main thread whenever an application, any one, has terminated.
   virtual Observation observeTerminations(TerminationHandler handler) = 0;
 

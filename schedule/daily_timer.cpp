@@ -24,14 +24,6 @@ void SorterDelegate::dailyTimerFired(Instant fireDate) {
   scheduleDaily();
 }
 
-bool SorterDelegate::saveSchedule(const ScheduleChoice& choice) {
-  const auto self = shared_from_this();  // while a dialog is open, the last other owner may let go
-  if (!storeSchedule(choice)) return false;
-  scheduleDaily();
-  refresh();
-  return true;
-}
-
 void SorterDelegate::observeWake() {
   observers.push_back(desktop().workspace.observeWake([weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->scheduleDaily();

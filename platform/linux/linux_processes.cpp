@@ -1,6 +1,11 @@
 #include "platform/linux/linux_processes.h"
 
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
 #include <sys/random.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -9,6 +14,8 @@
 #include <system_error>
 
 #include "platform/error.h"
+#include "platform/linux/file_descriptor.h"
+#include "platform/linux/installed_bundle.h"
 
 namespace {
 
@@ -38,6 +45,56 @@ std::string canonicalText(const Uuid& uuid) {
   return text;
 }
 
+// How a program is started: nothing to read, nowhere to write, no signal blocked or ignored.
+class Surroundings {
+ public:
+  Surroundings() {
+    posix_spawn_file_actions_init(&streams_);
+    posix_spawn_file_actions_addopen(&streams_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
+      posix_spawn_file_actions_addopen(&streams_, stream, "/dev/null", O_WRONLY, 0);
+    sigset_t signals;
+    posix_spawnattr_init(&signals_);
+    posix_spawnattr_setflags(&signals_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    sigemptyset(&signals);
+    posix_spawnattr_setsigmask(&signals_, &signals);
+    sigfillset(&signals);
+    posix_spawnattr_setsigdefault(&signals_, &signals);
+  }
+  ~Surroundings() {
+    posix_spawnattr_destroy(&signals_);
+    posix_spawn_file_actions_destroy(&streams_);
+  }
+  Surroundings(const Surroundings&) = delete;
+  Surroundings& operator=(const Surroundings&) = delete;
+
+  const posix_spawn_file_actions_t* streams() const { return &streams_; }
+  const posix_spawnattr_t* signals() const { return &signals_; }
+
+ private:
+  posix_spawn_file_actions_t streams_{};
+  posix_spawnattr_t signals_{};
+};
+
+Error cannotRun(const std::string& path, int problem) {
+  return {"POSIX", problem,
+          "The program “" + path + "” couldn’t be run because the system answered “" +
+              std::generic_category().message(problem) + "”."};
+}
+
+pid_t start(const std::string& path, std::vector<std::string> words) {
+  words.insert(words.begin(), path);
+  std::vector<char*> pointers;
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  const Surroundings surroundings;
+  pid_t process = 0;
+  const int problem =
+      posix_spawn(&process, path.c_str(), surroundings.streams(), surroundings.signals(), pointers.data(), environ);
+  if (problem != 0) throw cannotRun(path, problem);
+  return process;
+}
+
 }  // namespace
 
 std::string LinuxProcesses::randomUuid() {
@@ -45,4 +102,17 @@ std::string LinuxProcesses::randomUuid() {
   uuid[6] = static_cast<std::uint8_t>((uuid[6] & 0x0F) | 0x40);  // version 4: random
   uuid[8] = static_cast<std::uint8_t>((uuid[8] & 0x3F) | 0x80);  // the variant that has versions
   return canonicalText(uuid);
+}
+
+int LinuxProcesses::processIdentifier() { return getpid(); }
+
+unsigned LinuxProcesses::userIdentifier() { return getuid(); }
+
+int LinuxProcesses::run(const std::string& path, const std::vector<std::string>& arguments) {
+  const std::string program =
+      path == "/bin/launchctl" ? helperProgram(runningExecutable(), "quillery-launchctl") : path;
+  const pid_t process = start(program, arguments);
+  int status = 0;
+  if (uninterrupted([&] { return waitpid(process, &status, 0); }) < 0) throw cannotRun(program, errno);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
 }

@@ -107,7 +107,7 @@ class Course : private ControllerMachine {
   }
   void userSortsNow() { controller_->sortNow(); }
   void userSavesSchedule() {
-    controller_->saveSchedule({!chance(4), someDays(), !chance(4), machine_.loop.now() + milliseconds(86'400'000)});
+    saveSchedule({!chance(4), someDays(), !chance(4), machine_.loop.now() + milliseconds(86'400'000)});
   }
   void accessIsLost() { removeBookmarks(); }
   void accessComesBack() { putUnsortedBookmarks(); }

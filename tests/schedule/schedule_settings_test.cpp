@@ -138,15 +138,16 @@ TEST(DayPresets, areSelectedDaysForAnyOtherSet) {
 
 TEST(DayPresets, areSelectedDaysForNoDayAtAll) { EXPECT_EQ(presetOf({}), 3U); }
 
-TEST_F(ScheduleSettings, areStoredInOrderThenTheTimerIsArmedAndTheStatusRefreshed) {
-  EXPECT_TRUE(controller_->saveSchedule(weekdays()));
-  EXPECT_EQ(noted(), (Entries{"set sortOnSafariQuit true", "set scheduleDays [2, 3, 4, 5, 6]", "set dailyEnabled true",
-                              "set dailyHour 9", "set dailyMinute 30", "timer at 2026-09-21 09:30:00"} +
-                      refreshed(runningTitle)));
+TEST_F(ScheduleSettings, areStoredInOrderThenTheWindowClosesTheTimerIsArmedAndTheStatusRefreshed) {
+  saveSchedule(weekdays());
+  EXPECT_EQ(noted(),
+            (Entries{"set sortOnSafariQuit true", "set scheduleDays [2, 3, 4, 5, 6]", "set dailyEnabled true",
+                     "set dailyHour 9", "set dailyMinute 30", "hide Schedule", "timer at 2026-09-21 09:30:00"} +
+             refreshed(runningTitle)));
 }
 
 TEST_F(ScheduleSettings, areStoredWithTheirTypes) {
-  controller_->saveSchedule(weekdays());
+  saveSchedule(weekdays());
   const auto& stored = machine_.defaults.values();
   EXPECT_EQ(stored.at("sortOnSafariQuit"), PlistValue(true));
   EXPECT_EQ(stored.at("scheduleDays"), numberList({2, 3, 4, 5, 6}));
@@ -158,7 +159,7 @@ TEST_F(ScheduleSettings, areStoredWithTheirTypes) {
 
 TEST_F(ScheduleSettings, takeTheTimeInTheUsersCalendar) {
   machine_.calendars.moveTo("America/New_York");
-  controller_->saveSchedule(weekdays());
+  saveSchedule(weekdays());
   EXPECT_EQ(integerForKey("dailyHour"), 5) << "09:30 in Greenwich";
   EXPECT_EQ(integerForKey("dailyMinute"), 30);
 }
@@ -169,7 +170,7 @@ TEST_F(ScheduleSettings, withAScheduleOnNoDayAreRefusedAndChangeNothing) {
   const auto before = machine_.defaults.values();
   noted();
   machine_.userInterface.willAnswer(0);
-  EXPECT_FALSE(controller_->saveSchedule({false, {}, true, utc("2026-09-21 09:30:00")}));
+  saveSchedule({false, {}, true, utc("2026-09-21 09:30:00")});
   EXPECT_THAT(noted(), ElementsAre("accessory", "activate", "alert Choose a day"));
   EXPECT_EQ(machine_.userInterface.alerts().at(0).informativeText, "Select at least one day for scheduled sorting.");
   EXPECT_EQ(machine_.defaults.values(), before);
@@ -177,14 +178,14 @@ TEST_F(ScheduleSettings, withAScheduleOnNoDayAreRefusedAndChangeNothing) {
 }
 
 TEST_F(ScheduleSettings, withoutAScheduleMayHaveNoDayAndReadBackAsNone) {
-  EXPECT_TRUE(controller_->saveSchedule({true, {}, false, utc("2026-09-21 09:30:00")}));
+  saveSchedule({true, {}, false, utc("2026-09-21 09:30:00")});
   EXPECT_EQ(machine_.defaults.values().at("scheduleDays"), PlistValue::array({}));
   EXPECT_THAT(controller_->selectedDays(), IsEmpty());
   EXPECT_EQ(nextSort(), "none");
 }
 
 TEST_F(ScheduleSettings, keepTimeAndDaysWhileTheScheduleIsOff) {
-  controller_->saveSchedule({false, {3, 5}, false, utc("2026-09-21 22:45:00")});
+  saveSchedule({false, {3, 5}, false, utc("2026-09-21 22:45:00")});
   EXPECT_FALSE(booleanForKey("dailyEnabled"));
   EXPECT_FALSE(controller_->sortOnQuit());
   EXPECT_EQ(integerForKey("dailyHour"), 22);
@@ -194,17 +195,17 @@ TEST_F(ScheduleSettings, keepTimeAndDaysWhileTheScheduleIsOff) {
 
 TEST_F(ScheduleSettings, storedWhileSortingIsStoppedArmNothing) {
   controller_->stop();
-  EXPECT_TRUE(controller_->saveSchedule(weekdays()));
+  saveSchedule(weekdays());
   EXPECT_EQ(nextSort(), "none");
   EXPECT_EQ(status_->title(), stoppedTitle);
 }
 
 TEST_F(ScheduleSettings, switchedOffTakeTheArmedTimerAway) {
-  controller_->saveSchedule(weekdays());
+  saveSchedule(weekdays());
   EXPECT_EQ(nextSort(), "2026-09-21 09:30:00");
   ScheduleChoice off = weekdays();
   off.isScheduled = false;
-  controller_->saveSchedule(off);
+  saveSchedule(off);
   EXPECT_EQ(controller_->dailyTimer, nullptr);
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
 }

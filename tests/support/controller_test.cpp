@@ -1,5 +1,8 @@
 #include "tests/support/controller_test.h"
 
+#include <algorithm>
+
+#include "access/bookmark_permission_controller.h"
 #include "tests/support/bookmark_trees.h"
 
 namespace {
@@ -28,15 +31,20 @@ bool ControllerMachine::isSorted() const {
   return outline(treeOf(machine_.files.content(bookmarks))) == "BookmarksBar[a b]";
 }
 
+ControllerMachine::~ControllerMachine() {
+  // The one access controller of the process is the next machine's, too.
+  controller_.reset();
+  BookmarkPermissionController::shared()->completion = nullptr;
+  BookmarkPermissionController::shared()->finish(false);
+}
+
 void ControllerMachine::launch() {
   controller_ = std::make_shared<SorterDelegate>();
-  menu_ = std::make_shared<VirtualMenu>(machine_.journal);
-  status_ = std::make_shared<VirtualMenuItem>(machine_.journal);
-  controller_->item = std::make_shared<VirtualStatusItem>(menu_);
-  controller_->status = status_;
-  controller_->observeTerminations();
-  controller_->observeWake();
-  controller_->refresh();
+  machine_.application.setDelegate(controller_);
+  controller_->applicationDidFinishLaunching();
+  machine_.loop.dropPosted();  // the setup, which has tests of its own
+  status_ = std::dynamic_pointer_cast<VirtualMenuItem>(controller_->status);
+  menu_ = std::dynamic_pointer_cast<VirtualMenu>(controller_->item->menu());
   noted();
 }
 
@@ -57,6 +65,18 @@ void ControllerMachine::storeDaily(int hour, int minute, const std::vector<int>&
   machine_.defaults.put("dailyHour", hour);
   machine_.defaults.put("dailyMinute", minute);
   machine_.defaults.put("scheduleDays", numberList(days));
+}
+
+void ControllerMachine::saveSchedule(const ScheduleChoice& choice) {
+  controller_->showSchedule();
+  VirtualWindow& window = machine_.screen.window("Schedule");
+  controller_->quitToggle->setOn(choice.sortOnQuit);
+  controller_->dailyToggle->setOn(choice.isScheduled);
+  controller_->timePicker->setDateValue(choice.time);
+  for (const auto& button : controller_->dayButtons)
+    button->setOn(std::ranges::find(choice.checkedDays, button->tag()) != choice.checkedDays.end());
+  noted();
+  window.press("Save");
 }
 
 Entries ControllerMachine::noted() {

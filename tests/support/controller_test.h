@@ -11,7 +11,6 @@
 
 #include "app/sorter_delegate.h"
 #include "tests/support/virtual_machine.h"
-#include "tests/support/virtual_menu.h"
 
 inline constexpr const char* safari = "com.apple.Safari";
 inline const std::string bookmarks = "/home/user/Library/Safari/Bookmarks.plist";
@@ -28,7 +27,11 @@ class ControllerMachine {
   // A bookmark file that is not in order, and no Safari.
   ControllerMachine();
 
-  // Makes the controller, with everything around it, and forgets what that noted.
+  ~ControllerMachine();
+  ControllerMachine(const ControllerMachine&) = delete;
+  ControllerMachine& operator=(const ControllerMachine&) = delete;
+
+  // Makes the controller and launches it, up to the setup that follows, and forgets what that noted.
   void launch();
   // The same for a controller that is to be Stopped, or to be in Access required with a file that is missing.
   void launchStopped();
@@ -41,6 +44,9 @@ class ControllerMachine {
 
   // Stores a daily schedule.
   void storeDaily(int hour, int minute, const std::vector<int>& days = {1, 2, 3, 4, 5, 6, 7});
+
+  // Makes a choice in the schedule window, which is opened if it is not, and presses Save.
+  void saveSchedule(const ScheduleChoice& choice);
 
   int startSafari(const QuitBehavior& behavior = {}) { return machine_.applications.start(safari, behavior); }
   int safaris() const { return machine_.applications.count(safari); }

@@ -7,6 +7,17 @@ std::string VirtualBundle::path() {
   return journal_.perform("bundle path", {}, [&] { return path_; });
 }
 
+std::optional<std::string> VirtualBundle::information(const std::string& key) {
+  const auto found = information_.find(key);
+  return found == information_.end() ? std::nullopt : std::optional(found->second);
+}
+
+int VirtualProcesses::run(const std::string& path, const std::vector<std::string>& arguments) {
+  std::string line = path;
+  for (const std::string& argument : arguments) line += " " + argument;
+  return journal_.perform("run", line, [&] { return arguments.empty() ? 0 : statuses_[arguments.front()]; });
+}
+
 std::string VirtualProcesses::randomUuid() {
   return journal_.perform("uuid", {}, [&] { return uuid(++given_); });
 }

@@ -2,39 +2,57 @@
 // random numbers.
 #pragma once
 
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/bundle.h"
 #include "platform/linux/civil_calendar.h"
 #include "platform/processes.h"
 #include "tests/support/journal.h"
 
-// Noted as "bundle path".
+// The path is noted as "bundle path".
 class VirtualBundle : public Bundle {
  public:
   explicit VirtualBundle(Journal& journal) : journal_(journal) {}
 
   std::string path() override;
+  std::string executablePath() override { return path_ + "/Contents/MacOS/quillery"; }
+  std::string iconPath() override { return path_ + "/Contents/Resources/AppIcon.icns"; }
+  std::optional<std::string> information(const std::string& key) override;
+
   void moveTo(const std::string& path) { path_ = path; }
+  void forgetInformation() { information_.clear(); }
 
  private:
   Journal& journal_;
   std::string path_ = "/Applications/Quillery.app";
+  std::map<std::string, std::string> information_ = {{"CFBundleShortVersionString", "1.2.3"},
+                                                     {"CFBundleVersion", "45"}};
 };
 
-// Noted as "uuid". They are the same ones on every machine, counted up.
+// Noted as "uuid", the same ones on every machine, counted up, and "run" with the path and the arguments.
 class VirtualProcesses : public Processes {
  public:
   explicit VirtualProcesses(Journal& journal) : journal_(journal) {}
 
   std::string randomUuid() override;
-  // The `number`-th of them, from 1.
+  int processIdentifier() override { return 500; }
+  unsigned userIdentifier() override { return 501; }
+  int run(const std::string& path, const std::vector<std::string>& arguments) override;
+
+  // What programs answer from now on whose first argument is `subcommand`; 0 where nothing was said.
+  void willAnswer(const std::string& subcommand, int status) { statuses_[subcommand] = status; }
+
+  // The `number`-th UUID, from 1.
   static std::string uuid(int number);
 
  private:
   Journal& journal_;
   int given_ = 0;
+  std::map<std::string, int> statuses_;
 };
 
 // Every calendar there is, with a current time zone of its own, whatever the system's.

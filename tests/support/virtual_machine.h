@@ -7,11 +7,13 @@
 #include "platform/platform.h"
 #include "tests/support/journal.h"
 #include "tests/support/printed_output.h"
+#include "tests/support/virtual_application.h"
 #include "tests/support/virtual_file_system.h"
 #include "tests/support/virtual_installation.h"
 #include "tests/support/virtual_main_loop.h"
 #include "tests/support/virtual_property_lists.h"
 #include "tests/support/virtual_running_applications.h"
+#include "tests/support/virtual_screen.h"
 #include "tests/support/virtual_user_defaults.h"
 #include "tests/support/virtual_user_interface.h"
 #include "tests/support/virtual_workspace.h"
@@ -35,10 +37,13 @@ class VirtualMachine {
   VirtualProcesses processes{journal};
   VirtualWorkspace workspace{journal, loop, applications};
   VirtualUserDefaults defaults{journal};
+  VirtualApplication application{journal};
+  VirtualScreen screen{journal};
+  VirtualUpdater updater{journal};
   PrintedOutput output{journal};
 
   // All of it, for a test that replaces one part.
-  const Desktop desktopParts{loop, workspace};
+  const Desktop desktopParts{application, loop, workspace, screen, updater};
   const Platform parts{propertyLists, files,  applications, calendars, collation,
                        userInterface, bundle, processes,    defaults,  &desktopParts};
 

@@ -102,6 +102,10 @@ void VirtualMainLoop::advance(Duration duration) { runUntil(steady_ + duration, 
 
 void VirtualMainLoop::occupy(Duration duration) { runUntil(steady_ + duration, true); }
 
+void VirtualMainLoop::dropPosted() {
+  std::erase_if(entries_, [](const Entry& entry) { return !entry.timer && !entry.isElsewhere; });
+}
+
 int VirtualMainLoop::armedTimers() const {
   return static_cast<int>(
       std::ranges::count_if(entries_, [](const Entry& entry) { return entry.timer && entry.timer->isValid(); }));

@@ -48,6 +48,9 @@ class VirtualMainLoop : public MainLoop {
   enum class Place { back, front };
   void deliver(Work work, Place place = Place::back);
 
+  // Forgets the work that was posted or delayed and has not been done.
+  void dropPosted();
+
   // How many timers may still fire.
   int armedTimers() const;
   // When the first of those at an instant fires, as "2026-09-25 09:30:00"; "none" if there is none.

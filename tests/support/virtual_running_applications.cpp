@@ -33,8 +33,12 @@ std::vector<std::shared_ptr<RunningApplication>> VirtualRunningApplications::wit
 }
 
 int VirtualRunningApplications::start(const std::string& identifier, const QuitBehavior& behavior) {
-  processes_.push_back(std::make_shared<VirtualProcess>(*this, nextProcess_, identifier, behavior));
+  startAs(nextProcess_, identifier, behavior);
   return nextProcess_++;
+}
+
+void VirtualRunningApplications::startAs(int process, const std::string& identifier, const QuitBehavior& behavior) {
+  processes_.push_back(std::make_shared<VirtualProcess>(*this, process, identifier, behavior));
 }
 
 void VirtualRunningApplications::end(const std::string& identifier) {

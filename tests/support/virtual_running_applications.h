@@ -32,6 +32,8 @@ class VirtualRunningApplications : public RunningApplications {
 
   // Starts one more process of an application; answers its process identifier.
   int start(const std::string& identifier, const QuitBehavior& behavior = {});
+  // The same for a process whose identifier is known.
+  void startAs(int process, const std::string& identifier, const QuitBehavior& behavior = {});
   // Ends all of an application's processes, as their user would; and one process.
   void end(const std::string& identifier);
   void endProcess(int process);

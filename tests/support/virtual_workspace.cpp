@@ -33,16 +33,32 @@ void VirtualWorkspace::openApplication(const std::string& location) {
   });
 }
 
+void VirtualWorkspace::openAddress(const std::string& address) {
+  journal_.perform("address", address, [] {});
+}
+
+void VirtualWorkspace::openFolder(const std::string& path) {
+  journal_.perform("folder", path, [] {});
+}
+
+void VirtualWorkspace::revealFile(const std::string& path) {
+  journal_.perform("reveal", path, [] {});
+}
+
 Observation VirtualWorkspace::observeTerminations(TerminationHandler handler) {
-  const auto kept = std::make_shared<TerminationHandler>(std::move(handler));
-  terminationHandlers_.emplace_back(kept);
-  return kept;
+  return journal_.perform("observe terminations", {}, [&]() -> Observation {
+    const auto kept = std::make_shared<TerminationHandler>(std::move(handler));
+    terminationHandlers_.emplace_back(kept);
+    return kept;
+  });
 }
 
 Observation VirtualWorkspace::observeWake(std::function<void()> handler) {
-  const auto kept = std::make_shared<std::function<void()>>(std::move(handler));
-  wakeHandlers_.emplace_back(kept);
-  return kept;
+  return journal_.perform("observe wake", {}, [&]() -> Observation {
+    const auto kept = std::make_shared<std::function<void()>>(std::move(handler));
+    wakeHandlers_.emplace_back(kept);
+    return kept;
+  });
 }
 
 void VirtualWorkspace::notifyTermination(const std::shared_ptr<RunningApplication>& application) {

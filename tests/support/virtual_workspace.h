@@ -13,14 +13,18 @@
 #include "tests/support/virtual_main_loop.h"
 #include "tests/support/virtual_running_applications.h"
 
-// Noted as "locate" with the identifier and "open" with the location. An application that is opened runs at once.
-// Safari is installed. Ends of applications and wakes are told through the loop.
+// Noted are "locate" with the identifier, "open" with the location, "address", "folder", "reveal",
+// "observe terminations" and "observe wake". An application
+// that is opened runs at once. Safari is installed. Ends of applications and wakes are told through the loop.
 class VirtualWorkspace : public Workspace {
  public:
   VirtualWorkspace(Journal& journal, VirtualMainLoop& loop, VirtualRunningApplications& applications);
 
   std::optional<std::string> locateApplication(const std::string& bundleIdentifier) override;
   void openApplication(const std::string& location) override;
+  void openAddress(const std::string& address) override;
+  void openFolder(const std::string& path) override;
+  void revealFile(const std::string& path) override;
   Observation observeTerminations(TerminationHandler handler) override;
   Observation observeWake(std::function<void()> handler) override;
 

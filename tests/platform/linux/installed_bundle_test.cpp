@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
+
+#include "app/product.h"
 
 namespace {
 
@@ -20,6 +23,28 @@ TEST(InstalledBundle, isElseTheExecutablesOwnFolder) {
 
 TEST(InstalledBundle, isThatOfTheRunningExecutable) {
   EXPECT_EQ(InstalledBundle().path(), installationFolder(std::filesystem::canonical("/proc/self/exe").string()));
+}
+
+TEST(InstalledBundle, executableIsTheRunningOne) {
+  EXPECT_EQ(InstalledBundle().executablePath(), std::filesystem::canonical("/proc/self/exe").string());
+}
+
+TEST(InstalledBundle, iconIsInTheIconThemeOfItsFolder) {
+  EXPECT_EQ(InstalledBundle().iconPath(),
+            InstalledBundle().path() + "/share/icons/hicolor/scalable/apps/com.fenwarde.quillery.svg");
+}
+
+TEST(InstalledBundle, versionIsTheProductsAndNothingElseIsKnown) {
+  InstalledBundle bundle;
+  EXPECT_EQ(bundle.information("CFBundleShortVersionString"), std::string(product::version));
+  EXPECT_EQ(bundle.information("CFBundleVersion"), std::string(product::version));
+  for (const char* key : {"CFBundleName", "CFBundleIdentifier", "cfbundleversion", ""})
+    EXPECT_EQ(bundle.information(key), std::nullopt) << key;
+}
+
+TEST(InstalledBundle, helperProgramsOfAnInstalledOneAreOutOfTheWay) {
+  EXPECT_EQ(helperProgram("/usr/bin/quillery", "helper"), "/usr/libexec/quillery/helper");
+  EXPECT_EQ(helperProgram("/home/ann/build/quillery", "helper"), "/home/ann/build/helper");
 }
 
 }  // namespace

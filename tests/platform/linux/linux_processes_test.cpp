@@ -2,9 +2,18 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <csignal>
+#include <filesystem>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/error.h"
+#include "platform/linux/installed_bundle.h"
+#include "tests/platform/linux/scratch_folder.h"
 
 namespace {
 
@@ -29,6 +38,90 @@ TEST(LinuxProcesses, uuidIsAnotherEachTimeInEveryDigit) {
     const bool fixed = place == 8 || place == 13 || place == 18 || place == 23 || place == 14;
     EXPECT_EQ(digits[place].size(), fixed ? 1U : place == 19 ? 4U : 16U) << "place " << place;
   }
+}
+
+// An executable script of the shell.
+std::string makeScript(const std::string& path, const std::string& commands) {
+  makeFile(path, "#!/bin/sh\n" + commands + "\n");
+  std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+  return path;
+}
+
+TEST(LinuxProcesses, identifiersAreThoseOfThisProcess) {
+  LinuxProcesses processes;
+  EXPECT_EQ(processes.processIdentifier(), getpid());
+  EXPECT_EQ(processes.userIdentifier(), getuid());
+}
+
+TEST(LinuxProcesses, runAnswersTheExitStatus) {
+  LinuxProcesses processes;
+  EXPECT_EQ(processes.run("/bin/true", {}), 0);
+  EXPECT_EQ(processes.run("/bin/false", {}), 1);
+  EXPECT_EQ(processes.run("/bin/sh", {"-c", "exit 113"}), 113);
+}
+
+TEST(LinuxProcesses, runAnswersTheSignalThatEndedTheProgram) {
+  LinuxProcesses processes;
+  EXPECT_EQ(processes.run("/bin/sh", {"-c", "kill -KILL $$"}), SIGKILL);
+  EXPECT_EQ(processes.run("/bin/sh", {"-c", "kill -TERM $$"}), SIGTERM);
+}
+
+TEST(LinuxProcesses, runWaitsForTheEndAndPassesArgumentsAsTheyAre) {
+  const ScratchFolder scratch;
+  const std::string script = makeScript(scratch.path("note"), "printf '%s|' \"$@\" > \"$0.txt\"");
+  EXPECT_EQ(LinuxProcesses().run(script, {"two words", "$HOME; exit 3", "", "*"}), 0);
+  EXPECT_EQ(contentOf(scratch.path("note.txt")), "two words|$HOME; exit 3||*|");
+}
+
+TEST(LinuxProcesses, runGivesTheProgramNothingToReadAndNowhereToWrite) {
+  const ScratchFolder scratch;
+  const std::string script = makeScript(
+      scratch.path("streams"), "out=$(readlink /proc/$$/fd/1); in=$(readlink /proc/$$/fd/0); "
+                               "error=$(readlink /proc/$$/fd/2); echo \"$in $out $error\" > \"$0.txt\"");
+  EXPECT_EQ(LinuxProcesses().run(script, {}), 0);
+  EXPECT_EQ(contentOf(scratch.path("streams.txt")), "/dev/null /dev/null /dev/null\n");
+}
+
+TEST(LinuxProcesses, runLetsTheProgramHandleSignalsAsUsual) {
+  const auto before = std::signal(SIGTERM, SIG_IGN);
+  sigset_t blocked;
+  sigset_t old;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &blocked, &old);
+  EXPECT_EQ(LinuxProcesses().run("/bin/sh", {"-c", "kill -TERM $$"}), SIGTERM);
+  pthread_sigmask(SIG_SETMASK, &old, nullptr);
+  std::signal(SIGTERM, before);
+}
+
+TEST(LinuxProcesses, whatCannotBeStartedIsAnErrorInTheSystemsWords) {
+  const ScratchFolder scratch;
+  makeFile(scratch.path("plain"), "no program");
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {scratch.path("none"), "No such file or directory"},
+      {scratch.path("plain"), "Permission denied"},
+      {scratch.path(), "Permission denied"},
+      {"true", "No such file or directory"},  // not looked for
+  };
+  for (const auto& [path, words] : cases) {
+    try {
+      LinuxProcesses().run(path, {});
+      ADD_FAILURE() << path << " was started";
+    } catch (const Error& error) {
+      EXPECT_EQ(error.description(),
+                "The program “" + path + "” couldn’t be run because the system answered “" + words + "”.");
+    }
+  }
+}
+
+TEST(LinuxProcesses, launchctlIsAProgramOfOurOwn) {
+  const std::string standIn = helperProgram(runningExecutable(), "quillery-launchctl");
+  if (std::filesystem::exists(standIn)) GTEST_SKIP() << "there is a " << standIn << ", which the test would replace";
+  makeScript(standIn, "[ \"$1 $2\" = \"print gui/501\" ] && exit 41");
+  const int status = LinuxProcesses().run("/bin/launchctl", {"print", "gui/501"});
+  std::filesystem::remove(standIn);
+  EXPECT_EQ(status, 41);
+  EXPECT_THROW(LinuxProcesses().run("/bin/launchctl", {}), Error) << "it is gone, and nothing else is run";
 }
 
 }  // namespace

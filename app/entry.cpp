@@ -1,0 +1,39 @@
+#include "app/entry.h"
+
+#include <algorithm>
+#include <string>
+
+#include "app/alert.h"
+#include "app/product.h"
+#include "app/self_test.h"
+
+Application* app = nullptr;
+std::shared_ptr<SorterDelegate> delegate;
+
+namespace {
+
+bool anotherInstanceRuns() {
+  const int own = platform().processes.processIdentifier();
+  const auto instances = platform().runningApplications.withBundleIdentifier(std::string(product::bundleIdentifier));
+  return std::ranges::any_of(instances, [&](const auto& instance) { return instance->processIdentifier() != own; });
+}
+
+}  // namespace
+
+int runQuillery(const Arguments& arguments, const Platform& (*withDesktop)()) {
+  automatic = false;
+  if (contains(arguments, "--self-test")) {
+    runSelfTest();
+    return 0;
+  }
+  if (contains(arguments, "--login") && anotherInstanceRuns()) return 0;
+  const PlatformScope scope(withDesktop());
+  app = &desktop().application;
+  delegate = std::make_shared<SorterDelegate>();
+  app->setDelegate(delegate);
+  platform().userInterface.becomeAccessory();
+  app->run();
+  delegate = nullptr;
+  app = nullptr;
+  return 0;
+}

@@ -1,0 +1,46 @@
+// What is set up once the application has started: its place in the menu bar, updates, what it observes, and at last
+// the setup, which may need its user.
+#include "app/sorter_delegate.h"
+#include "platform/platform.h"
+
+namespace {
+
+constexpr const char* normalToolTip = "Quillery";
+
+}  // namespace
+
+void SorterDelegate::applicationDidFinishLaunching() {
+  item = desktop().screen.makeStatusItem();
+  item->setImage({.name = "bookmark", .accessibilityDescription = "Quillery", .isTemplate = true});
+  item->setToolTip(normalToolTip);
+  buildMenu();
+  observeTerminations();
+  observeWake();
+  refresh();
+  desktop().mainLoop.post([self = shared_from_this()] { self->setUp(); });
+}
+
+void SorterDelegate::buildMenu() {
+  const auto menu = desktop().screen.makeMenu();
+  menu->addItem("About Quillery…", calling(&SorterDelegate::showAbout));
+  menu->addSeparator();
+  status = menu->addItem("", calling(&SorterDelegate::toggleRunning));
+  menu->addItem("Sort Now…", calling(&SorterDelegate::sortNow));
+  menu->addItem("Schedule…", calling(&SorterDelegate::showSchedule));
+  menu->addSeparator();
+  updaterController = desktop().updater.start(weak_from_this());
+  updateMenuItem = menu->addItem("Check for Updates…", calling(&SorterDelegate::checkForUpdates));
+  automaticUpdateMenuItem =
+      menu->addItem("Check for Updates Automatically", calling(&SorterDelegate::toggleAutomaticUpdates));
+  observeUpdates();
+  menu->addItem("Website", calling(&SorterDelegate::openWebsite));
+  menu->addSeparator();
+  menu->addItem("Quit", calling(&SorterDelegate::quit));
+  item->setMenu(menu);
+}
+
+Action SorterDelegate::calling(void (SorterDelegate::*command)()) {
+  return [weak = weak_from_this(), command] {
+    if (const auto self = weak.lock()) (self.get()->*command)();
+  };
+}

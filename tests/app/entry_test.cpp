@@ -1,0 +1,108 @@
+// The arguments, the single instance at login, and what is set up before the loop runs.
+#include "app/entry.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "app/alert.h"
+#include "tests/support/controller_test.h"
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr const char* ownIdentifier = "com.fenwarde.quillery";
+
+class Entry : public ControllerTest {
+ protected:
+  static int run(const Arguments& arguments) {
+    return runQuillery(arguments, []() -> const Platform& { return platform(); });
+  }
+  void expectStarted(const Arguments& arguments) {
+    bool hasRun = false;
+    machine_.application.whileRunning([&] { hasRun = true; });
+    EXPECT_EQ(run(arguments), 0);
+    EXPECT_TRUE(hasRun);
+  }
+  void expectNotStarted() const {
+    EXPECT_EQ(machine_.journal.count("run"), 0);
+    EXPECT_EQ(machine_.journal.count("status item"), 0);
+    EXPECT_EQ(machine_.journal.count("accessory"), 0);
+  }
+};
+
+TEST_F(Entry, becomesAnAccessoryThenRunsTheLoopWithItsController) {
+  machine_.application.whileRunning([&] {
+    EXPECT_EQ(app, &machine_.application);
+    ASSERT_NE(delegate, nullptr);
+    EXPECT_EQ(delegate->item, machine_.screen.statusItem()) << "launched";
+    EXPECT_FALSE(automatic);
+  });
+  automatic = true;
+  EXPECT_EQ(run({}), 0);
+  const Entries all = machine_.journal.entries();
+  EXPECT_EQ(all.at(0), "accessory");
+  EXPECT_EQ(all.at(1), "run");
+  EXPECT_EQ(all.at(2), "status item");
+  EXPECT_EQ(delegate, nullptr);
+  EXPECT_EQ(app, nullptr);
+}
+
+TEST_F(Entry, readsTheStoredWishBeforeTheLoopRuns) {
+  machine_.defaults.put("sortingPaused", true);
+  machine_.application.whileRunning([&] { EXPECT_FALSE(delegate->enabled); });
+  EXPECT_EQ(run({}), 0);
+}
+
+TEST_F(Entry, selfTestRunsNothingElse) {
+  EXPECT_EQ(run({"--self-test"}), 0);
+  EXPECT_THAT(machine_.output.text(), StartsWith("PASS: "));
+  expectNotStarted();
+}
+
+TEST_F(Entry, selfTestWinsOverLogin) {
+  machine_.applications.start(ownIdentifier);
+  EXPECT_EQ(run({"--login", "--self-test"}), 0);
+  EXPECT_THAT(machine_.output.text(), HasSubstr("PASS: "));
+  EXPECT_EQ(machine_.journal.count("running?"), 0);
+}
+
+TEST_F(Entry, loginBesideAnotherInstanceEndsBeforeThereIsAnythingToSee) {
+  machine_.applications.start(ownIdentifier);
+  EXPECT_EQ(run({"--login"}), 0);
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("running? com.fenwarde.quillery"));
+}
+
+TEST_F(Entry, loginWithoutAnotherInstanceStarts) { expectStarted({"--login"}); }
+
+TEST_F(Entry, loginDoesNotTakeItselfForAnotherInstance) {
+  machine_.applications.startAs(machine_.processes.processIdentifier(), ownIdentifier);
+  expectStarted({"--login"});
+}
+
+TEST_F(Entry, loginBesideItselfAndAnotherInstanceEnds) {
+  machine_.applications.startAs(machine_.processes.processIdentifier(), ownIdentifier);
+  machine_.applications.start(ownIdentifier);
+  EXPECT_EQ(run({"--login"}), 0);
+  expectNotStarted();
+}
+
+TEST_F(Entry, startedByHandBesideAnotherInstanceStarts) {
+  machine_.applications.start(ownIdentifier);
+  expectStarted({});
+  EXPECT_THAT(machine_.journal.entries(), Not(Contains("running? com.fenwarde.quillery"))) << "it does not even ask";
+}
+
+TEST_F(Entry, takesNoPartOfAnArgumentForTheWhole) {
+  machine_.applications.start(ownIdentifier);
+  expectStarted({"--login2", "--self-tests", "login"});
+}
+
+}  // namespace
