@@ -1,0 +1,164 @@
+#include "platform/linux/login_agents.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "engine/plist_value.h"
+#include "platform/error.h"
+#include "platform/linux/detached_process.h"
+#include "platform/linux/plist/property_list_codec.h"
+#include "platform/linux/posix_file_system.h"
+
+namespace {
+
+constexpr unsigned folderMode = 0755;
+constexpr int logMode = 0644;
+
+struct Agent {
+  std::string label;
+  std::vector<std::string> arguments;  // the program's path first
+  std::optional<std::string> output;
+  std::optional<std::string> errors;
+  bool runsAtLoad = false;
+};
+
+std::optional<std::string> textAt(const PlistValue& agent, const PlistKey& key) {
+  const std::optional<PlistValue> value = agent.value(key);
+  if (!value || !value->is(PlistKind::string)) return std::nullopt;
+  return utf8(value->string()->utf16());
+}
+
+std::vector<std::string> argumentsOf(const PlistValue& agent) {
+  std::vector<std::string> arguments;
+  const std::optional<PlistValue> list = agent.value(u"ProgramArguments");
+  for (std::size_t index = 0; list && index < list->size(); ++index) {
+    const std::optional<PlistText> text = list->is(PlistKind::array) ? list->stringAt(index) : std::nullopt;
+    if (!text) throw std::runtime_error("its ProgramArguments are not strings");
+    arguments.push_back(utf8(text->utf16()));
+  }
+  if (arguments.empty()) throw std::runtime_error("it has no ProgramArguments");
+  return arguments;
+}
+
+// A name that is a file's name, too, and nothing but that.
+bool isLabel(std::string_view label) {
+  return !label.empty() && label.front() != '.' && label.find('/') == std::string_view::npos;
+}
+
+Agent read(const std::string& propertyList) {
+  const PlistValue stored = PropertyListCodec().parse(PosixFileSystem().read(propertyList)).value;
+  Agent agent;
+  agent.label = textAt(stored, u"Label").value_or("");
+  if (!isLabel(agent.label)) throw std::runtime_error("it has no Label");
+  agent.arguments = argumentsOf(stored);
+  agent.output = textAt(stored, u"StandardOutPath");
+  agent.errors = textAt(stored, u"StandardErrorPath");
+  const std::optional<PlistValue> runsAtLoad = stored.value(u"RunAtLoad");
+  agent.runsAtLoad = runsAtLoad && runsAtLoad->boolean().value_or(false);
+  return agent;
+}
+
+AgentStatus complain(const std::string& propertyList, const std::string& reason) {
+  std::cerr << "quillery-launchctl: " << propertyList << ": " << reason << '\n';
+  return AgentStatus::failed;
+}
+
+std::string ownDomain() { return "gui/" + std::to_string(getuid()); }
+
+// The label in a service target of the user's own session.
+std::optional<std::string> labelIn(const std::string& serviceTarget) {
+  const std::string prefix = ownDomain() + "/";
+  if (!serviceTarget.starts_with(prefix)) return std::nullopt;
+  return serviceTarget.substr(prefix.size());
+}
+
+// An argument of an Exec line: quoted, with what is special in quotes escaped, field codes too, and all of that escaped
+// once more as in every string of a desktop entry.
+std::string quoted(const std::string& argument) {
+  std::string text = "\"";
+  for (const char character : argument) {
+    if (character == '%') text += '%';
+    if (character == '"' || character == '`' || character == '$') text += "\\\\";
+    if (character == '\\') text += "\\\\\\";
+    text += character;
+  }
+  return text + '"';
+}
+
+std::string autostartEntry(const std::string& label, const std::string& runner, const std::string& propertyList) {
+  return "[Desktop Entry]\nType=Application\nName=" + label + "\nExec=" + quoted(runner) + " run " +
+         quoted(propertyList) + "\nNoDisplay=true\nX-GNOME-Autostart-enabled=true\n";
+}
+
+// Has one of the standard streams written to the end of a file; where that cannot be opened, to nowhere.
+void appendTo(const std::optional<std::string>& path, int stream) {
+  int file = path ? open(path->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, logMode) : -1;
+  if (file < 0) file = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  dup2(file, stream);
+}
+
+}  // namespace
+
+LoginAgents::LoginAgents(std::string configurationFolder, std::string runner)
+    : configurationFolder_(std::move(configurationFolder)), runner_(std::move(runner)) {}
+
+std::string LoginAgents::entryOf(const std::string& label) const {
+  return configurationFolder_ + "/autostart/" + label + ".desktop";
+}
+
+AgentStatus LoginAgents::bootstrap(const std::string& domain, const std::string& propertyList) {
+  if (domain != ownDomain()) return AgentStatus::wrongDomain;
+  try {
+    const Agent agent = read(propertyList);
+    const std::string entry = entryOf(agent.label);
+    if (std::filesystem::exists(entry)) return complain(propertyList, "it is loaded already");
+    PosixFileSystem files;
+    files.createFolder(configurationFolder_ + "/autostart", folderMode);
+    files.writeAtomically(entry, Bytes(autostartEntry(agent.label, runner_, propertyList)));
+    if (agent.runsAtLoad) startDetached({runner_, "run", propertyList}, "");
+    return AgentStatus::done;
+  } catch (const Error& error) {
+    return complain(propertyList, error.description());
+  } catch (const std::exception& error) {
+    return complain(propertyList, error.what());
+  }
+}
+
+AgentStatus LoginAgents::print(const std::string& serviceTarget) const {
+  const auto label = labelIn(serviceTarget);
+  const bool isLoaded = label && isLabel(*label) && std::filesystem::exists(entryOf(*label));
+  return isLoaded ? AgentStatus::done : AgentStatus::notFound;
+}
+
+AgentStatus LoginAgents::bootout(const std::string& serviceTarget) {
+  const auto label = labelIn(serviceTarget);
+  std::error_code problem;
+  const bool wasLoaded = label && isLabel(*label) && std::filesystem::remove(entryOf(*label), problem);
+  return wasLoaded ? AgentStatus::done : AgentStatus::notLoaded;
+}
+
+AgentStatus LoginAgents::run(const std::string& propertyList) {
+  try {
+    Agent agent = read(propertyList);
+    std::vector<char*> arguments;
+    for (std::string& argument : agent.arguments) arguments.push_back(argument.data());
+    arguments.push_back(nullptr);
+    appendTo(agent.output, STDOUT_FILENO);
+    appendTo(agent.errors, STDERR_FILENO);
+    execv(arguments.front(), arguments.data());
+    return complain(propertyList, "its program cannot be run");
+  } catch (const Error& error) {
+    return complain(propertyList, error.description());
+  } catch (const std::exception& error) {
+    return complain(propertyList, error.what());
+  }
+}
