@@ -1,0 +1,66 @@
+// The platform of a Linux session with a screen.
+#include <QApplication>
+#include <array>
+#include <cstdlib>
+
+#include "platform/linux/desktop/package_updater.h"
+#include "platform/linux/desktop/qt_application.h"
+#include "platform/linux/desktop/qt_main_loop.h"
+#include "platform/linux/desktop/qt_screen.h"
+#include "platform/linux/desktop/qt_user_interface.h"
+#include "platform/linux/desktop/session_workspace.h"
+#include "platform/platform.h"
+
+namespace {
+
+// Qt would end the process by a signal.
+void requireScreen() {
+  for (const char* variable : {"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"})
+    if (std::getenv(variable) != nullptr) return;
+  throw Error("Desktop", 1, "There is no desktop to run on: neither DISPLAY nor WAYLAND_DISPLAY is set.");
+}
+
+class NativeDesktop {
+ public:
+  explicit NativeDesktop(const Platform& screenless)
+      : updater_(screenless.userDefaults),
+        platform_{screenless.propertyLists,
+                  screenless.fileSystem,
+                  screenless.runningApplications,
+                  screenless.calendars,
+                  screenless.collation,
+                  userInterface_,
+                  screenless.bundle,
+                  screenless.processes,
+                  screenless.userDefaults,
+                  &desktop_} {
+    // Where there is no tray, this is how its user comes to the menu.
+    application_.setReopened([this] {
+      if (screen_.isWithoutTray()) screen_.popUpMenu();
+    });
+  }
+
+  const Platform& platform() const { return platform_; }
+
+ private:
+  int argumentCount_ = 1;
+  std::array<char, 9> name_{"quillery"};
+  std::array<char*, 2> arguments_{name_.data(), nullptr};
+  QApplication qt_{argumentCount_, arguments_.data()};
+  QtApplication application_{qt_};
+  QtMainLoop mainLoop_;
+  SessionWorkspace workspace_{mainLoop_};
+  QtScreen screen_;
+  QtUserInterface userInterface_{application_};
+  PackageUpdater updater_;
+  const Desktop desktop_{application_, mainLoop_, workspace_, screen_, updater_};
+  const Platform platform_;
+};
+
+}  // namespace
+
+const Platform& nativeDesktopPlatform() {
+  requireScreen();
+  static const NativeDesktop desktop(nativePlatform());
+  return desktop.platform();
+}

@@ -1,0 +1,10 @@
+#include "platform/linux/desktop/object_path.h"
+
+std::string objectPath(const std::string& name) {
+  std::string path = "/" + name;
+  for (char& character : path) {
+    if (character == '.') character = '/';
+    if (character == '-') character = '_';
+  }
+  return path;
+}

@@ -1,0 +1,99 @@
+#include "platform/linux/desktop/qt_status_item.h"
+
+#include <QCursor>
+#include <QEvent>
+#include <QGuiApplication>
+#include <chrono>
+#include <cstdio>
+#include <utility>
+
+#include "app/product.h"
+#include "platform/linux/desktop/icon_files.h"
+#include "platform/linux/desktop/svg_icon.h"
+
+namespace {
+
+constexpr const char* trayServiceName = "org.kde.StatusNotifierWatcher";
+
+QString symbolName() { return QString::fromUtf8(product::bundleIdentifier.data()) + "-symbolic"; }
+
+}  // namespace
+
+QtStatusItem::PaletteWatch::PaletteWatch(std::function<void()> changed) : changed_(std::move(changed)) {
+  QCoreApplication::instance()->installEventFilter(this);
+}
+
+bool QtStatusItem::PaletteWatch::eventFilter(QObject* object, QEvent* event) {
+  if (object == QCoreApplication::instance() && event->type() == QEvent::ApplicationPaletteChange) changed_();
+  return false;
+}
+
+QtStatusItem::QtStatusItem() : trays_(trayServiceName, session_.bus(), QDBusServiceWatcher::WatchForRegistration) {
+  makeTrayIcon();
+  if (isInTray_) return;
+  std::fputs("quillery: no system tray; opening the program again shows its menu\n", stderr);
+  QObject::connect(&trays_, &QDBusServiceWatcher::serviceRegistered, &nextLook_, [this] { lookForTray(); });
+  QObject::connect(&nextLook_, &QTimer::timeout, &nextLook_, [this] { lookForTray(); });
+  nextLook_.start(std::chrono::minutes(1));
+}
+
+// Which kind of tray there is, Qt only looks at when an icon is made.
+void QtStatusItem::makeTrayIcon() {
+  trayIcon_ = std::make_unique<QSystemTrayIcon>();
+  QObject::connect(trayIcon_.get(), &QSystemTrayIcon::activated, trayIcon_.get(),
+                   [this](QSystemTrayIcon::ActivationReason reason) {
+                     if (reason == QSystemTrayIcon::Trigger) popUpMenu();
+                   });
+  if (menu_) trayIcon_->setContextMenu(&menu_->menu());
+  updateIcon();
+  updateToolTip();
+  trayIcon_->show();
+  isInTray_ = QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+void QtStatusItem::lookForTray() {
+  if (isInTray_ || !QSystemTrayIcon::isSystemTrayAvailable()) return;
+  makeTrayIcon();
+  if (isInTray_) nextLook_.stop();
+}
+
+void QtStatusItem::setImage(const SymbolImage& image) {
+  image_ = image;
+  updateIcon();
+  updateToolTip();
+}
+
+void QtStatusItem::setToolTip(const std::string& text) {
+  toolTip_ = text;
+  updateToolTip();
+}
+
+void QtStatusItem::setAppearsDisabled(bool appearsDisabled) {
+  appearsDisabled_ = appearsDisabled;
+  updateIcon();
+}
+
+void QtStatusItem::setMenu(std::shared_ptr<Menu> menu) {
+  const auto previous = std::exchange(menu_, std::dynamic_pointer_cast<QtMenu>(std::move(menu)));
+  trayIcon_->setContextMenu(menu_ ? &menu_->menu() : nullptr);
+}
+
+void QtStatusItem::popUpMenu() {
+  if (menu_) menu_->menu().popup(QCursor::pos());
+}
+
+QIcon QtStatusItem::icon() const {
+  const QIcon::Mode mode = appearsDisabled_ ? QIcon::Disabled : QIcon::Normal;
+  if (image_.name == "bookmark") {
+    return image_.isTemplate ? symbolicIcon(bookmarkSymbolFile, symbolName(), mode)
+                             : svgIcon(bookmarkSymbolFile, QString());
+  }
+  const QString name = QString::fromStdString(image_.name);
+  return image_.isTemplate ? QIcon::fromTheme(name + "-symbolic", QIcon::fromTheme(name)) : QIcon::fromTheme(name);
+}
+
+void QtStatusItem::updateIcon() { trayIcon_->setIcon(icon()); }
+
+void QtStatusItem::updateToolTip() {
+  trayIcon_->setToolTip(QString::fromStdString(toolTip_.empty() ? image_.accessibilityDescription : toolTip_));
+}
