@@ -1,9 +1,8 @@
 #include "platform/linux/desktop/qt_status_item.h"
 
+#include <QCoreApplication>
 #include <QCursor>
 #include <QEvent>
-#include <QGuiApplication>
-#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -12,8 +11,6 @@
 #include "platform/linux/desktop/svg_icon.h"
 
 namespace {
-
-constexpr const char* trayServiceName = "org.kde.StatusNotifierWatcher";
 
 QString symbolName() { return QString::fromUtf8(product::bundleIdentifier.data()) + "-symbolic"; }
 
@@ -28,16 +25,15 @@ bool QtStatusItem::PaletteWatch::eventFilter(QObject* object, QEvent* event) {
   return false;
 }
 
-QtStatusItem::QtStatusItem() : trays_(trayServiceName, session_.bus(), QDBusServiceWatcher::WatchForRegistration) {
-  makeTrayIcon();
-  if (isInTray_) return;
-  std::fputs("quillery: no system tray; opening the program again shows its menu\n", stderr);
-  QObject::connect(&trays_, &QDBusServiceWatcher::serviceRegistered, &nextLook_, [this] { lookForTray(); });
-  QObject::connect(&nextLook_, &QTimer::timeout, &nextLook_, [this] { lookForTray(); });
-  nextLook_.start(std::chrono::minutes(1));
+QtStatusItem::QtStatusItem() {
+  if (tray_.isThere()) {
+    makeTrayIcon();
+  } else {
+    std::fputs("quillery: no system tray; opening the program again shows its menu\n", stderr);
+    tray_.await([this] { makeTrayIcon(); });
+  }
 }
 
-// Which kind of tray there is, Qt only looks at when an icon is made.
 void QtStatusItem::makeTrayIcon() {
   trayIcon_ = std::make_unique<QSystemTrayIcon>();
   QObject::connect(trayIcon_.get(), &QSystemTrayIcon::activated, trayIcon_.get(),
@@ -45,16 +41,8 @@ void QtStatusItem::makeTrayIcon() {
                      if (reason == QSystemTrayIcon::Trigger) popUpMenu();
                    });
   if (menu_) trayIcon_->setContextMenu(&menu_->menu());
-  updateIcon();
   updateToolTip();
-  trayIcon_->show();
-  isInTray_ = QSystemTrayIcon::isSystemTrayAvailable();
-}
-
-void QtStatusItem::lookForTray() {
-  if (isInTray_ || !QSystemTrayIcon::isSystemTrayAvailable()) return;
-  makeTrayIcon();
-  if (isInTray_) nextLook_.stop();
+  updateIcon();
 }
 
 void QtStatusItem::setImage(const SymbolImage& image) {
@@ -75,7 +63,7 @@ void QtStatusItem::setAppearsDisabled(bool appearsDisabled) {
 
 void QtStatusItem::setMenu(std::shared_ptr<Menu> menu) {
   const auto previous = std::exchange(menu_, std::dynamic_pointer_cast<QtMenu>(std::move(menu)));
-  trayIcon_->setContextMenu(menu_ ? &menu_->menu() : nullptr);
+  if (trayIcon_) trayIcon_->setContextMenu(menu_ ? &menu_->menu() : nullptr);
 }
 
 void QtStatusItem::popUpMenu() {
@@ -92,8 +80,15 @@ QIcon QtStatusItem::icon() const {
   return image_.isTemplate ? QIcon::fromTheme(name + "-symbolic", QIcon::fromTheme(name)) : QIcon::fromTheme(name);
 }
 
-void QtStatusItem::updateIcon() { trayIcon_->setIcon(icon()); }
+// A tray is given no place without an image.
+void QtStatusItem::updateIcon() {
+  if (!trayIcon_) return;
+  const QIcon icon = this->icon();
+  trayIcon_->setIcon(icon);
+  trayIcon_->setVisible(!icon.isNull());
+}
 
 void QtStatusItem::updateToolTip() {
-  trayIcon_->setToolTip(QString::fromStdString(toolTip_.empty() ? image_.accessibilityDescription : toolTip_));
+  if (trayIcon_)
+    trayIcon_->setToolTip(QString::fromStdString(toolTip_.empty() ? image_.accessibilityDescription : toolTip_));
 }

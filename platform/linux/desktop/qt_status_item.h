@@ -1,21 +1,18 @@
 // The program's place in the desktop's tray of status icons.
 #pragma once
 
-#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QSystemTrayIcon>
-#include <QTimer>
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "platform/linux/desktop/qt_menu.h"
-#include "platform/linux/desktop/session_connection.h"
+#include "platform/linux/desktop/system_tray.h"
 #include "platform/menu.h"
 
 // Not every desktop has a tray. Where there is none, a line on standard error says so, and the icon appears as soon as
-// one does: when a service for it comes to the session bus, and at the latest a minute later. There must be a
-// QApplication.
+// one does. There must be a QApplication.
 class QtStatusItem : public StatusItem {
  public:
   QtStatusItem();
@@ -29,7 +26,7 @@ class QtStatusItem : public StatusItem {
   void setMenu(std::shared_ptr<Menu> menu) override;
   std::shared_ptr<Menu> menu() const override { return menu_; }
 
-  bool isInTray() const { return isInTray_; }
+  bool isInTray() const { return trayIcon_ != nullptr; }
   // Opens the menu at the pointer; nothing happens if there is none.
   void popUpMenu();
 
@@ -44,7 +41,6 @@ class QtStatusItem : public StatusItem {
     std::function<void()> changed_;
   };
 
-  void lookForTray();
   void makeTrayIcon();
   QIcon icon() const;
   void updateIcon();
@@ -54,10 +50,7 @@ class QtStatusItem : public StatusItem {
   SymbolImage image_;
   std::string toolTip_;
   bool appearsDisabled_ = false;
-  bool isInTray_ = false;
-  std::unique_ptr<QSystemTrayIcon> trayIcon_;
-  SessionConnection session_;
-  QDBusServiceWatcher trays_;
-  QTimer nextLook_;
+  std::unique_ptr<QSystemTrayIcon> trayIcon_;  // null while there is no tray
+  SystemTray tray_;
   PaletteWatch palette_{[this] { updateIcon(); }};
 };
