@@ -53,10 +53,12 @@ bool SystemTray::isThere() {
 void SystemTray::await(std::function<void()> arrived) {
   arrived_ = std::move(arrived);
   QObject::connect(&services_, &QDBusServiceWatcher::serviceRegistered, &receiver_, [this] { look(); });
-  signals_.hear(watcherName, watcherPath, watcherName, "StatusNotifierHostRegistered", [this](sd_bus_message*) {
+  const auto postLook = [this](sd_bus_message*) {
     QMetaObject::invokeMethod(
         &receiver_, [this] { look(); }, Qt::QueuedConnection);
-  });
+  };
+  signals_.hear(watcherName, watcherPath, watcherName, "StatusNotifierHostRegistered", postLook);
+  signals_.ask("GetId", nullptr, postLook);  // once it is answered, the above is heard; what came before that is there
   QObject::connect(&nextLook_, &QTimer::timeout, &receiver_, [this] { look(); });
   nextLook_.start(std::chrono::minutes(1));
 }
