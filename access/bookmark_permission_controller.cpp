@@ -27,8 +27,9 @@ constexpr std::array<DialogButton, 3> dialogButtons = {{
 }  // namespace
 
 const std::shared_ptr<BookmarkPermissionController>& BookmarkPermissionController::shared() {
-  static const auto controller = std::make_shared<BookmarkPermissionController>();
-  return controller;
+  // Never destroyed: at the end of the process its window would come after the screen that it is on.
+  static const auto* const controller = new auto(std::make_shared<BookmarkPermissionController>());
+  return *controller;
 }
 
 bool BookmarkPermissionController::canRead() const { return canReadBookmarks(); }

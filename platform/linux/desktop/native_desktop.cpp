@@ -61,6 +61,7 @@ class NativeDesktop {
 
 const Platform& nativeDesktopPlatform() {
   requireScreen();
-  static const NativeDesktop desktop(nativePlatform());
-  return desktop.platform();
+  // Never destroyed: at the end of the process Qt's own statics are gone before it would be its turn.
+  static const auto* const desktop = new NativeDesktop(nativePlatform());
+  return desktop->platform();
 }

@@ -27,8 +27,7 @@ QWidgetList visibleWindows() {
 }  // namespace
 
 QtApplication::QtApplication(QApplication& application) {
-  QApplication::setApplicationName(text(product::name));
-  QApplication::setApplicationDisplayName(text(product::name));
+  QApplication::setApplicationName(text(product::name));  // no display name: Qt would add that to every title
   QApplication::setApplicationVersion(text(product::version));
   QApplication::setDesktopFileName(text(product::bundleIdentifier));
   QApplication::setQuitOnLastWindowClosed(false);
