@@ -16,7 +16,7 @@ bool labelShows(const QString& text, const QFont& font, QSize size, bool wraps) 
   const int width = size.width() - spare;
   constexpr int farAway = 1 << 20;
   const QRect room(0, 0, wraps ? width : farAway, farAway);
-  const QRect needed =
-      QFontMetrics(font).boundingRect(room, Qt::AlignLeft | Qt::AlignTop | (wraps ? Qt::TextWordWrap : 0), text);
+  const int flags = static_cast<int>(Qt::AlignTop) | (wraps ? Qt::TextWordWrap : 0);
+  const QRect needed = QFontMetrics(font).boundingRect(room, flags, text);
   return needed.width() <= width && needed.height() <= size.height();
 }

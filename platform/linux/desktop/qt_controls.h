@@ -40,7 +40,7 @@ class QtPopUpButton : public PopUpButton {
 // instant that it was set to; otherwise it is on the same day, and the minute has just begun.
 class QtDatePicker : public DatePicker {
  public:
-  explicit QtDatePicker(QTimeEdit* timeEdit) : timeEdit_(timeEdit) { setDateValue({}); }
+  explicit QtDatePicker(QTimeEdit* timeEdit) : timeEdit_(timeEdit) { QtDatePicker::setDateValue({}); }
   Instant dateValue() const override;
   void setDateValue(Instant date) override;
   void setEnabled(bool enabled) override;

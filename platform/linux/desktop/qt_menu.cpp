@@ -4,7 +4,7 @@
 
 #include "platform/linux/desktop/interface_text.h"
 
-QtMenuItem::QtMenuItem(QAction* action, const std::string& title) : action_(action) { setTitle(title); }
+QtMenuItem::QtMenuItem(QAction* action, const std::string& title) : action_(action) { QtMenuItem::setTitle(title); }
 
 void QtMenuItem::setTitle(const std::string& title) {
   title_ = title;

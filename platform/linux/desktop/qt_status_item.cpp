@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 #include <QCursor>
 #include <QEvent>
-#include <cstdio>
+#include <iostream>
 #include <utility>
 
 #include "app/product.h"
@@ -29,7 +29,7 @@ QtStatusItem::QtStatusItem() {
   if (tray_.isThere()) {
     makeTrayIcon();
   } else {
-    std::fputs("quillery: no system tray; opening the program again shows its menu\n", stderr);
+    std::cerr << "quillery: no system tray; opening the program again shows its menu\n";
     tray_.await([this] { makeTrayIcon(); });
   }
 }

@@ -187,7 +187,7 @@ TEST_F(QtApplicationTest, signalsOfTheSystemTerminateIt) {
     application.setDelegate(delegate_);
     delegate_->told.clear();
     delegate_->launched = [&] {
-      std::raise(number);
+      EXPECT_EQ(std::raise(number), 0);
       EXPECT_THAT(delegate_->told, ElementsAre("launched")) << "nothing happens but by the loop";
     };
     run(application);
@@ -200,7 +200,7 @@ TEST_F(QtApplicationTest, signalsOfTheSystemTerminateIt) {
 
 TEST_F(QtApplicationTest, aSignalEndsDialogsAsWell) {
   delegate_->launched = [&] {
-    withNextDialog([](QDialog&) { std::raise(SIGTERM); });
+    withNextDialog([](QDialog&) { EXPECT_EQ(std::raise(SIGTERM), 0); });
     userInterface_.runModal({"Text", "", {"One", "Two"}});
   };
   run();
