@@ -2,10 +2,10 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QMetaObject>
 #include <utility>
 
 #include "platform/linux/desktop/object_path.h"
+#include "platform/linux/desktop/posted_work.h"
 
 namespace {
 
@@ -52,7 +52,7 @@ bool ApplicationService::handleMessage(const QDBusMessage& message, const QDBusC
   const std::function<void()> request = requestOf(message);
   if (!request) return false;
   if (message.isReplyRequired()) connection.send(message.createReply());
-  QMetaObject::invokeMethod(this, request, Qt::QueuedConnection);
+  post(*this, request);
   return true;
 }
 

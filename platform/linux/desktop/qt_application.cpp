@@ -8,6 +8,7 @@
 #include "app/product.h"
 #include "platform/linux/desktop/application_service.h"
 #include "platform/linux/desktop/icon_files.h"
+#include "platform/linux/desktop/posted_work.h"
 #include "platform/linux/desktop/svg_icon.h"
 #include "platform/linux/desktop/termination_signals.h"
 
@@ -41,10 +42,9 @@ void QtApplication::run() {
   const TerminationSignals termination([this] { terminate(); });
   const ApplicationService service(std::string(product::bundleIdentifier),
                                    {.reopen = [this] { reopen(); }, .quit = [this] { terminate(); }});
-  const auto begin = [this] {
+  post(receiver, [this] {
     if (const auto delegate = delegate_.lock()) delegate->applicationDidFinishLaunching();
-  };
-  QMetaObject::invokeMethod(&receiver, begin, Qt::QueuedConnection);
+  });
   QApplication::exec();
 }
 

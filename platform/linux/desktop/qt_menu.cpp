@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/linux/desktop/interface_text.h"
+#include "platform/linux/desktop/posted_work.h"
 
 QtMenuItem::QtMenuItem(QAction* action, const std::string& title) : action_(action) { QtMenuItem::setTitle(title); }
 
@@ -26,7 +27,7 @@ std::shared_ptr<MenuItem> QtMenu::addItem(const std::string& title, Action actio
   QAction* const item = menu_.addAction(QString());
   QObject::connect(item, &QAction::triggered, item, [item, action = std::move(action)] {
     if (item->isCheckable()) item->setChecked(item->data().toBool());  // Qt has changed it; the program decides that
-    if (action) QMetaObject::invokeMethod(item, action, Qt::QueuedConnection);
+    if (action) post(*item, action);
   });
   return std::make_shared<QtMenuItem>(item, title);
 }

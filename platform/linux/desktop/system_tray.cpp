@@ -11,6 +11,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/desktop/posted_work.h"
+
 namespace {
 
 constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
@@ -53,10 +55,7 @@ bool SystemTray::isThere() {
 void SystemTray::await(std::function<void()> arrived) {
   arrived_ = std::move(arrived);
   QObject::connect(&services_, &QDBusServiceWatcher::serviceRegistered, &receiver_, [this] { look(); });
-  const auto postLook = [this](sd_bus_message*) {
-    QMetaObject::invokeMethod(
-        &receiver_, [this] { look(); }, Qt::QueuedConnection);
-  };
+  const auto postLook = [this](sd_bus_message*) { post(receiver_, [this] { look(); }); };
   signals_.hear(watcherName, watcherPath, watcherName, "StatusNotifierHostRegistered", postLook);
   signals_.ask("GetId", nullptr, postLook);  // once it is answered, the above is heard; what came before that is there
   QObject::connect(&nextLook_, &QTimer::timeout, &receiver_, [this] { look(); });
