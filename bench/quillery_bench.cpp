@@ -168,15 +168,9 @@ int run(const std::string& file, int rounds, bool flush) {
 
   PosixFileSystem files(flush ? Flush::toDisk : Flush::never);
   const Platform& native = nativePlatform();
-  const Platform measured{native.propertyLists,
-                          files,
-                          native.runningApplications,
-                          native.calendars,
-                          native.collation,
-                          native.userInterface,
-                          native.bundle,
-                          native.processes,
-                          native.userDefaults};
+  const Platform measured{
+      native.propertyLists, files,         native.runningApplications, native.calendars,   native.collation,
+      native.userInterface, native.bundle, native.processes,           native.userDefaults};
   const PlatformScope scope(measured);
   automatic = true;
 

@@ -5,5 +5,6 @@
 
 #include "platform/main_loop.h"
 
-// Runs `work` after what is running now and what was posted here before, unless `owner` is gone by then. It must not throw.
+// Runs `work` after what is running now and what was posted here before, unless `owner` is gone by then. It must not
+// throw.
 void post(QObject& owner, Work work);

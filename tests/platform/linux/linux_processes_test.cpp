@@ -75,9 +75,9 @@ TEST(LinuxProcesses, runWaitsForTheEndAndPassesArgumentsAsTheyAre) {
 
 TEST(LinuxProcesses, runGivesTheProgramNothingToReadAndNowhereToWrite) {
   const ScratchFolder scratch;
-  const std::string script = makeScript(
-      scratch.path("streams"), "out=$(readlink /proc/$$/fd/1); in=$(readlink /proc/$$/fd/0); "
-                               "error=$(readlink /proc/$$/fd/2); echo \"$in $out $error\" > \"$0.txt\"");
+  const std::string script = makeScript(scratch.path("streams"),
+                                        "out=$(readlink /proc/$$/fd/1); in=$(readlink /proc/$$/fd/0); "
+                                        "error=$(readlink /proc/$$/fd/2); echo \"$in $out $error\" > \"$0.txt\"");
   EXPECT_EQ(LinuxProcesses().run(script, {}), 0);
   EXPECT_EQ(contentOf(scratch.path("streams.txt")), "/dev/null /dev/null /dev/null\n");
 }
