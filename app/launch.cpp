@@ -3,12 +3,6 @@
 #include "app/sorter_delegate.h"
 #include "platform/platform.h"
 
-namespace {
-
-constexpr const char* normalToolTip = "Quillery";
-
-}  // namespace
-
 void SorterDelegate::applicationDidFinishLaunching() {
   item = desktop().screen.makeStatusItem();
   item->setImage({.name = "bookmark", .accessibilityDescription = "Quillery", .isTemplate = true});
@@ -29,7 +23,7 @@ void SorterDelegate::buildMenu() {
   menu->addItem("Schedule…", calling(&SorterDelegate::showSchedule));
   menu->addSeparator();
   updaterController = desktop().updater.start(weak_from_this());
-  updateMenuItem = menu->addItem("Check for Updates…", calling(&SorterDelegate::checkForUpdates));
+  updateMenuItem = menu->addItem(normalUpdateTitle, calling(&SorterDelegate::checkForUpdates));
   automaticUpdateMenuItem =
       menu->addItem("Check for Updates Automatically", calling(&SorterDelegate::toggleAutomaticUpdates));
   observeUpdates();

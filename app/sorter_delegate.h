@@ -152,6 +152,10 @@ class SorterDelegate : public ApplicationDelegate,
  private:
   using Applications = std::vector<std::shared_ptr<RunningApplication>>;
 
+  // What is to be read while no reminder of an update stands.
+  static constexpr const char* normalToolTip = "Quillery";
+  static constexpr const char* normalUpdateTitle = "Check for Updates…";
+
   void pollForQuit(Timer& timer, Instant deadline, const Applications& asked, bool quiet);
   void giveUpQuitting(const Applications& asked, bool quiet);
   void finish(bool safariWasRunning);

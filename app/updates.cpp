@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr const char* normalToolTip = "Quillery";
-constexpr const char* normalTitle = "Check for Updates…";
 constexpr const char* reminderToolTip = "Quillery — update available";
 constexpr const char* reminderTitle = "Update Available…";
 
@@ -41,7 +39,7 @@ void SorterDelegate::standardUserDriverDidReceiveUserAttention() { clearUpdateRe
 
 void SorterDelegate::clearUpdateReminder() {
   item->setToolTip(normalToolTip);
-  updateMenuItem->setTitle(normalTitle);
+  updateMenuItem->setTitle(normalUpdateTitle);
 }
 
 void SorterDelegate::standardUserDriverWillFinishUpdateSession() {

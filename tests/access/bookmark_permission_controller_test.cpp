@@ -100,13 +100,7 @@ TEST_F(BookmarkPermission, hasAFixedWindowWithoutACloseBox) {
 
 TEST_F(BookmarkPermission, hasAWindowWithAllInItsFrames) {
   wait();
-  struct Row {
-    const char* kind;
-    const char* text;
-    Frame frame;
-    KeyEquivalent key;
-  };
-  const std::vector<Row> rows = {
+  const std::vector<WantedControl> wanted = {
       {"image", "/Applications/Quillery.app/Contents/Resources/AppIcon.icns", {208, 238, 64, 64}, KeyEquivalent::none},
       {"label", "Allow access to Safari bookmarks", {24, 197, 432, 29}, KeyEquivalent::none},
       {"label",
@@ -118,14 +112,7 @@ TEST_F(BookmarkPermission, hasAWindowWithAllInItsFrames) {
       {"push button", "Retry", {170, 24, 140, 34}, KeyEquivalent::none},
       {"push button", "Open Settings", {316, 24, 140, 34}, KeyEquivalent::returnKey},
   };
-  ASSERT_EQ(window().controls().size(), rows.size());
-  for (std::size_t index = 0; index < rows.size(); ++index) {
-    const VirtualControl& control = *window().controls()[index];
-    EXPECT_EQ(control.kind, rows[index].kind) << index;
-    EXPECT_EQ(control.text, rows[index].text) << index;
-    EXPECT_EQ(control.frame, rows[index].frame) << rows[index].text;
-    EXPECT_EQ(control.key, rows[index].key) << rows[index].text;
-  }
+  expectControls(window(), wanted);
 }
 
 TEST_F(BookmarkPermission, hasABoldHeadingAndAWrappedTextBothCentred) {

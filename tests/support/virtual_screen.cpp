@@ -1,5 +1,7 @@
 #include "tests/support/virtual_screen.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
@@ -101,6 +103,17 @@ void VirtualWindow::pressKey(KeyEquivalent key) {
 
 void VirtualWindow::close() {
   if (description_.isClosable) isVisible_ = false;
+}
+
+void expectControls(const VirtualWindow& window, const std::vector<WantedControl>& wanted) {
+  ASSERT_EQ(window.controls().size(), wanted.size());
+  for (std::size_t index = 0; index < wanted.size(); ++index) {
+    const VirtualControl& control = *window.controls()[index];
+    EXPECT_EQ(control.kind, wanted[index].kind) << index;
+    EXPECT_EQ(control.text, wanted[index].text) << index;
+    EXPECT_EQ(control.frame, wanted[index].frame) << wanted[index].text;
+    EXPECT_EQ(control.key, wanted[index].key) << wanted[index].text;
+  }
 }
 
 void VirtualMenuItem::setTitle(const std::string& title) {

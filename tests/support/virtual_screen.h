@@ -78,6 +78,17 @@ class VirtualWindow : public Window {
   bool isCentered_ = false;
 };
 
+// What a control is to be.
+struct WantedControl {
+  const char* kind;
+  const char* text;
+  Frame frame;
+  KeyEquivalent key = KeyEquivalent::none;
+};
+
+// Expects a window to hold just these, in this order.
+void expectControls(const VirtualWindow& window, const std::vector<WantedControl>& wanted);
+
 // Noted are "title", "enable" and "disable", "check" and "uncheck", the last four with the item's title.
 class VirtualMenuItem : public MenuItem {
  public:
