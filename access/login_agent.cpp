@@ -11,22 +11,23 @@ namespace {
 
 constexpr const char* launchctl = "/bin/launchctl";
 constexpr unsigned folderMode = 0755;
-const std::string identifier(product::bundleIdentifier);
+
+std::string identifier() { return std::string(product::bundleIdentifier); }
 
 std::string agentsFolder() { return platform().fileSystem.homeFolder() + "/Library/LaunchAgents"; }
 std::string logFolder() { return platform().fileSystem.homeFolder() + "/Library/Logs/Fenwarde"; }
-std::string agentFile() { return agentsFolder() + "/" + identifier + ".plist"; }
+std::string agentFile() { return agentsFolder() + "/" + identifier() + ".plist"; }
 
 // The login session of the user on the screen, and the job in it.
 std::string domain() { return "gui/" + std::to_string(platform().processes.userIdentifier()); }
-std::string serviceTarget() { return domain() + "/" + identifier; }
+std::string serviceTarget() { return domain() + "/" + identifier(); }
 
 PlistValue text(const std::string& utf8Text) { return utf16(utf8Text); }
 
 PlistValue wantedAgent() {
   return PlistValue::dictionary({
-      {u"AssociatedBundleIdentifiers", PlistValue::array({text(identifier)})},
-      {u"Label", text(identifier)},
+      {u"AssociatedBundleIdentifiers", PlistValue::array({text(identifier())})},
+      {u"Label", text(identifier())},
       {u"ProgramArguments", PlistValue::array({text(platform().bundle.executablePath()), u"--login"})},
       {u"RunAtLoad", true},
       {u"StandardErrorPath", text(logFolder() + "/quillery-errors.log")},

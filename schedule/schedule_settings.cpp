@@ -9,7 +9,7 @@
 
 namespace {
 
-const std::vector<int> everyDay = {1, 2, 3, 4, 5, 6, 7};
+std::vector<int> everyDay() { return {1, 2, 3, 4, 5, 6, 7}; }
 
 PlistValue listOf(const std::vector<int>& numbers) {
   return PlistValue::array(std::vector<PlistValue>(numbers.begin(), numbers.end()));
@@ -19,7 +19,7 @@ PlistValue listOf(const std::vector<int>& numbers) {
 
 const std::array<DayPreset, 4>& dayPresets() {
   static const std::array<DayPreset, 4> presets = {
-      {{"Daily", everyDay}, {"Weekdays", {2, 3, 4, 5, 6}}, {"Weekends", {1, 7}}, {"Selected days", {}}}};
+      {{"Daily", everyDay()}, {"Weekdays", {2, 3, 4, 5, 6}}, {"Weekends", {1, 7}}, {"Selected days", {}}}};
   return presets;
 }
 
@@ -49,11 +49,11 @@ bool storeSchedule(const ScheduleChoice& choice) {
 
 std::vector<int> SorterDelegate::selectedDays() const {
   const std::optional<PlistValue> stored = platform().userDefaults.object(schedule_keys::scheduleDays);
-  if (!stored || !stored->is(PlistKind::array)) return everyDay;
+  if (!stored || !stored->is(PlistKind::array)) return everyDay();
   std::vector<int> days;
   for (std::size_t index = 0; index < stored->size(); ++index) {
     const std::optional<PlistInteger> day = stored->at(index).integer();
-    if (!day) return everyDay;
+    if (!day) return everyDay();
     days.push_back(day->nearestInt());
   }
   return days;

@@ -1,7 +1,6 @@
 #include "platform/linux/linux_processes.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/random.h>
 #include <sys/wait.h>
@@ -9,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <system_error>
@@ -85,6 +85,7 @@ Error cannotRun(const std::string& path, int problem) {
 pid_t start(const std::string& path, std::vector<std::string> words) {
   words.insert(words.begin(), path);
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   const Surroundings surroundings;

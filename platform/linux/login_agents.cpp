@@ -87,8 +87,8 @@ std::string quoted(const std::string& argument) {
   std::string text = "\"";
   for (const char character : argument) {
     if (character == '%') text += '%';
-    if (character == '"' || character == '`' || character == '$') text += "\\\\";
-    if (character == '\\') text += "\\\\\\";
+    if (character == '"' || character == '`' || character == '$') text += R"(\\)";
+    if (character == '\\') text += R"(\\\)";
     text += character;
   }
   return text + '"';
@@ -150,6 +150,7 @@ AgentStatus LoginAgents::run(const std::string& propertyList) {
   try {
     Agent agent = read(propertyList);
     std::vector<char*> arguments;
+    arguments.reserve(agent.arguments.size() + 1);
     for (std::string& argument : agent.arguments) arguments.push_back(argument.data());
     arguments.push_back(nullptr);
     appendTo(agent.output, STDOUT_FILENO);

@@ -12,7 +12,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 

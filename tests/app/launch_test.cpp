@@ -12,7 +12,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 class Launch : public ControllerTest {};

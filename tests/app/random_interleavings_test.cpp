@@ -2,9 +2,9 @@
 // the middle of dialogs; after each event, what must always hold.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <random>
 #include <string>
@@ -48,6 +48,10 @@ class Course : private ControllerMachine {
   // --- Chance ---
 
   int below(int limit) { return std::uniform_int_distribution(0, limit - 1)(random_); }
+  template <class Choices>
+  const auto& oneOf(const Choices& choices) {
+    return choices.at(static_cast<std::size_t>(below(static_cast<int>(choices.size()))));
+  }
   bool chance(int oneIn) { return below(oneIn) == 0; }
   std::chrono::milliseconds milliseconds(int limit) { return std::chrono::milliseconds(below(limit)); }
   std::vector<int> someDays() {
@@ -71,7 +75,7 @@ class Course : private ControllerMachine {
 
   void something() {
     using Event = void (Course::*)();
-    static constexpr Event events[] = {
+    static constexpr std::array<Event, 26> events = {
         &Course::timePasses,        &Course::timePasses,         &Course::timePasses,
         &Course::aTimerIsDue,       &Course::threadIsOccupied,   &Course::machineSleeps,
         &Course::clockIsSet,        &Course::safariStarts,       &Course::safariStarts,
@@ -81,7 +85,7 @@ class Course : private ControllerMachine {
         &Course::aReadFails,        &Course::aWriteFails,        &Course::safariStartsDuringASort,
         &Course::updateAsks,        &Course::updateSessionEnds,  &Course::settingsAreDamaged,
         &Course::notificationIsOdd, &Course::programIsRelaunched};
-    (this->*events[below(static_cast<int>(std::size(events)))])();
+    (this->*oneOf(events))();
     expectWhatAlwaysHolds();
   }
 
@@ -118,8 +122,8 @@ class Course : private ControllerMachine {
   void aReadFails() { failNext("read"); }
   void aWriteFails() { failNext(chance(2) ? "write new" : "write atomically"); }
   void safariStartsDuringASort() {
-    static const std::string operations[] = {"bundle path", "parse", "serialize"};
-    onNext(operations[below(3)], [this] { startSafari(someBehavior()); });
+    static const std::array<std::string, 3> operations = {"bundle path", "parse", "serialize"};
+    onNext(oneOf(operations), [this] { startSafari(someBehavior()); });
   }
   void updateAsks() {
     const bool wasBusy = controller_->busy;
@@ -131,9 +135,11 @@ class Course : private ControllerMachine {
   }
   void updateSessionEnds() { controller_->standardUserDriverWillFinishUpdateSession(); }
   void settingsAreDamaged() {
-    static const PlistValue values[] = {u"YES", 7, 0.5, PlistValue::array({u"a"}), Bytes(), PlistDate{}, false};
-    static const std::string keys[] = {"sortOnSafariQuit", "scheduleDays", "dailyEnabled", "dailyHour", "dailyMinute"};
-    machine_.defaults.put(keys[below(5)], values[below(7)]);
+    static const std::array<PlistValue, 7> values = {u"YES",  7,           0.5,  PlistValue::array({u"a"}),
+                                                     Bytes(), PlistDate{}, false};
+    static const std::array<std::string, 5> keys = {"sortOnSafariQuit", "scheduleDays", "dailyEnabled", "dailyHour",
+                                                    "dailyMinute"};
+    machine_.defaults.put(oneOf(keys), oneOf(values));
   }
   void notificationIsOdd() { machine_.workspace.notifyTermination(nullptr); }
   void programIsRelaunched() {
@@ -166,7 +172,7 @@ class Course : private ControllerMachine {
     jobDialogs_ -= isOfTheJob ? 1 : 0;
     --dialogs_;
     // Whoever only ever retries never gets away.
-    if (alert.buttons.size() > 1 && alert.buttons.front() == "Retry") return static_cast<std::size_t>(below(3) / 2 + 1);
+    if (alert.buttons.size() > 1 && alert.buttons.front() == "Retry") return below(3) < 2 ? 1U : 2U;
     return static_cast<std::size_t>(below(4));
   }
 

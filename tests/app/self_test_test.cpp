@@ -15,10 +15,8 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::KilledBySignal;
-using testing::Not;
 
 const std::string bothLines =
     "PASS: daily, weekdays, weekends, selected days, empty selection and daylight-saving gap\n"

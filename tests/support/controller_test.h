@@ -23,13 +23,15 @@ using Entries = std::vector<std::string>;
 Entries operator+(Entries entries, const Entries& more);
 
 class ControllerMachine {
+ public:
+  ControllerMachine(const ControllerMachine&) = delete;
+  ControllerMachine& operator=(const ControllerMachine&) = delete;
+
  protected:
   // A bookmark file that is not in order, and no Safari.
   ControllerMachine();
 
   ~ControllerMachine();
-  ControllerMachine(const ControllerMachine&) = delete;
-  ControllerMachine& operator=(const ControllerMachine&) = delete;
 
   // Makes the controller and launches it, up to the setup that follows, and forgets what that noted.
   void launch();
