@@ -91,7 +91,7 @@ TEST(LinuxProcesses, runLetsTheProgramHandleSignalsAsUsual) {
   pthread_sigmask(SIG_BLOCK, &blocked, &old);
   EXPECT_EQ(LinuxProcesses().run("/bin/sh", {"-c", "kill -TERM $$"}), SIGTERM);
   pthread_sigmask(SIG_SETMASK, &old, nullptr);
-  std::signal(SIGTERM, before);
+  static_cast<void>(std::signal(SIGTERM, before));
 }
 
 TEST(LinuxProcesses, whatCannotBeStartedIsAnErrorInTheSystemsWords) {
@@ -108,8 +108,9 @@ TEST(LinuxProcesses, whatCannotBeStartedIsAnErrorInTheSystemsWords) {
       LinuxProcesses().run(path, {});
       ADD_FAILURE() << path << " was started";
     } catch (const Error& error) {
-      EXPECT_EQ(error.description(),
-                "The program “" + path + "” couldn’t be run because the system answered “" + words + "”.");
+      std::string wanted = "The program “";
+      wanted.append(path).append("” couldn’t be run because the system answered “").append(words).append("”.");
+      EXPECT_EQ(error.description(), wanted);
     }
   }
 }

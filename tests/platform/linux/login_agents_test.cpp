@@ -16,7 +16,6 @@
 namespace {
 
 using testing::AllOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr int done = 0;
