@@ -6,6 +6,7 @@
 
 #include "app/bring_to_front.h"
 #include "app/probes.h"
+#include "app/weak_action.h"
 #include "platform/platform.h"
 
 namespace {
@@ -67,12 +68,6 @@ void BookmarkPermissionController::retry() {
 
 void BookmarkPermissionController::cancel() { finish(false); }
 
-Action BookmarkPermissionController::calling(void (BookmarkPermissionController::*command)()) {
-  return [weak = weak_from_this(), command] {
-    if (const auto self = weak.lock()) (self.get()->*command)();
-  };
-}
-
 void BookmarkPermissionController::showDialog() {
   dialog = desktop().screen.makeWindow({.width = 480, .height = 330, .title = "Quillery"});
   dialog->add(Image{{208, 238, 64, 64}, platform().bundle.iconPath()});
@@ -90,7 +85,7 @@ void BookmarkPermissionController::showDialog() {
                     .isCentered = true});
   int x = 24;
   for (const DialogButton& button : dialogButtons) {
-    dialog->add(PushButton{{x, 24, 140, 34}, button.title, calling(button.command), button.key});
+    dialog->add(PushButton{{x, 24, 140, 34}, button.title, weakAction(weak_from_this(), button.command), button.key});
     x += 146;
   }
   dialog->center();

@@ -44,6 +44,5 @@ class BookmarkPermissionController : public std::enable_shared_from_this<Bookmar
   Completion completion;
 
  private:
-  Action calling(void (BookmarkPermissionController::*command)());
   void showDialog();
 };

@@ -10,12 +10,11 @@
 namespace {
 
 constexpr const char* launchctl = "/bin/launchctl";
-constexpr unsigned folderMode = 0755;
 
 std::string identifier() { return std::string(product::bundleIdentifier); }
 
 std::string agentsFolder() { return platform().fileSystem.homeFolder() + "/Library/LaunchAgents"; }
-std::string logFolder() { return platform().fileSystem.homeFolder() + "/Library/Logs/Fenwarde"; }
+std::string logFolder() { return platform().fileSystem.homeFolder() + "/Library/Logs/" + std::string(product::maker); }
 std::string agentFile() { return agentsFolder() + "/" + identifier() + ".plist"; }
 
 // The login session of the user on the screen, and the job in it.
@@ -52,8 +51,8 @@ Error loadingFailed() { return {"Sorter", 4, "Could not enable automatic sorting
 
 void registerBackgroundJob() {
   FileSystem& files = platform().fileSystem;
-  files.createFolder(agentsFolder(), folderMode);
-  files.createFolder(logFolder(), folderMode);
+  files.createFolder(agentsFolder(), defaultFolderMode);
+  files.createFolder(logFolder(), defaultFolderMode);
   const PlistValue wanted = wantedAgent();
   if (storedAgent() == wanted && launch({"print", serviceTarget()}) == 0) return;
   launch({"bootout", serviceTarget()});  // of no interest: it fails where nothing was loaded

@@ -1,6 +1,7 @@
 // What is set up once the application has started: its place in the menu bar, updates, what it observes, and at last
 // the setup, which may need its user.
 #include "app/sorter_delegate.h"
+#include "app/weak_action.h"
 #include "platform/platform.h"
 
 void SorterDelegate::applicationDidFinishLaunching() {
@@ -33,8 +34,4 @@ void SorterDelegate::buildMenu() {
   item->setMenu(menu);
 }
 
-Action SorterDelegate::calling(void (SorterDelegate::*command)()) {
-  return [weak = weak_from_this(), command] {
-    if (const auto self = weak.lock()) (self.get()->*command)();
-  };
-}
+Action SorterDelegate::calling(void (SorterDelegate::*command)()) { return weakAction(weak_from_this(), command); }

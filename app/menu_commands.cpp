@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr unsigned folderMode = 0755;
-
 struct AboutButton {
   const char* title;
   void (SorterDelegate::*command)();
@@ -59,7 +57,7 @@ void SorterDelegate::support() {
 
 void SorterDelegate::openBackups() {
   try {
-    platform().fileSystem.createFolder(backupsFolder(), folderMode);
+    platform().fileSystem.createFolder(backupsFolder(), defaultFolderMode);
   } catch (const Error& error) {
     alert("Cannot open backups", error.description());
     return;

@@ -5,6 +5,9 @@
 
 #include "engine/bytes.h"
 
+// The permission bits of folders for which nothing else is said.
+inline constexpr unsigned defaultFolderMode = 0755;
+
 class FileSystem {
  public:
   virtual ~FileSystem() = default;

@@ -47,6 +47,7 @@ void SorterDelegate::showSchedule() {
 
 void SorterDelegate::addScheduleControls() {
   Window& window = *settingsWindow;
+  const std::vector<int> days = selectedDays();
   quitToggle = window.add(CheckBox{{24, 320, 470, 26}, "Sort when Safari quits", {}});
   quitToggle->setOn(sortOnQuit());
   dailyToggle = window.add(
@@ -57,12 +58,12 @@ void SorterDelegate::addScheduleControls() {
   PopUp presets{{204, 238, 290, 30}, {}, calling(&SorterDelegate::presetChanged)};
   for (const DayPreset& preset : dayPresets()) presets.items.push_back(preset.title);
   dayPreset = window.add(presets);
-  dayPreset->select(presetOf(selectedDays()));
+  dayPreset->select(presetOf(days));
   dayButtons.clear();
   for (int day = 0; day < 7; ++day) {
     const CheckBox box{{24 + 69 * day, 190, 68, 26}, dayTitles.at(static_cast<std::size_t>(day)), {}, day + 1};
     dayButtons.push_back(window.add(box));
-    dayButtons.back()->setOn(isIn(day + 1, selectedDays()));
+    dayButtons.back()->setOn(isIn(day + 1, days));
   }
   window.add(Label{.frame = {24, 64, 482, 106}, .text = explanation});
   window.add(PushButton{{412, 16, 94, 32}, "Save", calling(&SorterDelegate::saveSchedule), KeyEquivalent::returnKey});

@@ -8,6 +8,8 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "platform/linux/word_pointers.h"
+
 namespace {
 
 void handleSignalsAsUsual() {
@@ -39,10 +41,7 @@ void giveUpDescriptors() {
 
 void startDetached(const std::vector<std::string>& command, const std::string& folder) {
   std::vector<std::string> copies = command;
-  std::vector<char*> words;
-  words.reserve(copies.size() + 1);
-  for (std::string& word : copies) words.push_back(word.data());
-  words.push_back(nullptr);
+  const std::vector<char*> words = pointersTo(copies);
   const pid_t child = fork();
   if (child == 0) becomeDetached(words.data(), folder.c_str());
   while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR) continue;

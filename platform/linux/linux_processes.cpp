@@ -16,6 +16,7 @@
 #include "platform/error.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/installed_bundle.h"
+#include "platform/linux/word_pointers.h"
 
 namespace {
 
@@ -84,14 +85,10 @@ Error cannotRun(const std::string& path, int problem) {
 
 pid_t start(const std::string& path, std::vector<std::string> words) {
   words.insert(words.begin(), path);
-  std::vector<char*> pointers;
-  pointers.reserve(words.size() + 1);
-  for (std::string& word : words) pointers.push_back(word.data());
-  pointers.push_back(nullptr);
   const Surroundings surroundings;
   pid_t process = 0;
-  const int problem =
-      posix_spawn(&process, path.c_str(), surroundings.streams(), surroundings.signals(), pointers.data(), environ);
+  const int problem = posix_spawn(&process, path.c_str(), surroundings.streams(), surroundings.signals(),
+                                  pointersTo(words).data(), environ);
   if (problem != 0) throw cannotRun(path, problem);
   return process;
 }

@@ -17,10 +17,10 @@
 #include "platform/linux/detached_process.h"
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/linux/posix_file_system.h"
+#include "platform/linux/word_pointers.h"
 
 namespace {
 
-constexpr unsigned folderMode = 0755;
 constexpr int logMode = 0644;
 
 struct Agent {
@@ -122,7 +122,7 @@ AgentStatus LoginAgents::bootstrap(const std::string& domain, const std::string&
     const std::string entry = entryOf(agent.label);
     if (std::filesystem::exists(entry)) return complain(propertyList, "it is loaded already");
     PosixFileSystem files;
-    files.createFolder(configurationFolder_ + "/autostart", folderMode);
+    files.createFolder(configurationFolder_ + "/autostart", defaultFolderMode);
     files.writeAtomically(entry, Bytes(autostartEntry(agent.label, runner_, propertyList)));
     if (agent.runsAtLoad) startDetached({runner_, "run", propertyList}, "");
     return AgentStatus::done;
@@ -149,10 +149,7 @@ AgentStatus LoginAgents::bootout(const std::string& serviceTarget) {
 AgentStatus LoginAgents::run(const std::string& propertyList) {
   try {
     Agent agent = read(propertyList);
-    std::vector<char*> arguments;
-    arguments.reserve(agent.arguments.size() + 1);
-    for (std::string& argument : agent.arguments) arguments.push_back(argument.data());
-    arguments.push_back(nullptr);
+    const std::vector<char*> arguments = pointersTo(agent.arguments);
     appendTo(agent.output, STDOUT_FILENO);
     appendTo(agent.errors, STDERR_FILENO);
     execv(arguments.front(), arguments.data());

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/linux/file_descriptor.h"
+#include "platform/linux/object_path.h"
 #include "platform/linux/session_bus.h"
 
 namespace {
@@ -109,13 +110,6 @@ bool signalProcess(const FileDescriptor& process, int number) {
   return syscall(SYS_pidfd_send_signal, process.get(), number, nullptr, 0) == 0;
 }
 
-std::string objectPath(const std::string& identifier) {
-  std::string path = "/" + identifier;
-  std::replace(path.begin(), path.end(), '.', '/');
-  std::replace(path.begin(), path.end(), '-', '_');
-  return path;
-}
-
 class QuitRequest {
  public:
   QuitRequest(const QuitAddressee& addressee, std::chrono::microseconds patience)
@@ -185,7 +179,7 @@ class QuitRequest {
   std::string path_;
   std::uint64_t answerPatience_;
   Deadline deadline_;
-  BusConnection bus_;
+  BusHandle bus_;
 };
 
 }  // namespace

@@ -6,9 +6,6 @@
 
 namespace {
 
-constexpr const char* busName = "org.freedesktop.DBus";
-constexpr const char* busPath = "/org/freedesktop/DBus";
-
 // Greets the bus. Left to itself the library would do so during the first call, and without a time limit.
 bool becomesReady(sd_bus* bus, const Deadline& deadline) {
   while (sd_bus_is_ready(bus) == 0) {
@@ -24,7 +21,8 @@ bool becomesReady(sd_bus* bus, const Deadline& deadline) {
 // Asks the bus itself something about a name; null if it has no answer.
 Message ask(sd_bus* bus, const char* question, const std::string& name, const Deadline& deadline) {
   sd_bus_message* call = nullptr;
-  if (sd_bus_message_new_method_call(bus, &call, busName, busPath, busName, question) < 0) return nullptr;
+  if (sd_bus_message_new_method_call(bus, &call, messageBusName, messageBusPath, messageBusName, question) < 0)
+    return nullptr;
   const Message owner(call);
   const std::uint64_t left = deadline.left();
   if (left == 0 || sd_bus_message_append(call, "s", name.c_str()) < 0) return nullptr;
@@ -43,14 +41,14 @@ void BusClose::operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
 
 void MessageRelease::operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
 
-BusConnection openSessionBus(const Deadline& deadline) {
+BusHandle openSessionBus(const Deadline& deadline) {
   sd_bus* bus = nullptr;
   if (sd_bus_open_user(&bus) < 0) return nullptr;
-  BusConnection connection(bus);
+  BusHandle connection(bus);
   return becomesReady(bus, deadline) ? std::move(connection) : nullptr;
 }
 
-bool isReady(const BusConnection& bus) { return sd_bus_is_ready(bus.get()) > 0; }
+bool isReady(const BusHandle& bus) { return sd_bus_is_ready(bus.get()) > 0; }
 
 std::vector<std::string> connectionsOwning(sd_bus* bus, const std::string& name, const Deadline& deadline) {
   std::vector<std::string> found;

@@ -11,6 +11,10 @@
 struct sd_bus;
 struct sd_bus_message;
 
+// What a bus itself answers to; its interface has the name, too.
+inline constexpr const char* messageBusName = "org.freedesktop.DBus";
+inline constexpr const char* messageBusPath = "/org/freedesktop/DBus";
+
 class Deadline {
  public:
   explicit Deadline(std::chrono::microseconds patience) : end_(std::chrono::steady_clock::now() + patience) {}
@@ -25,7 +29,7 @@ class Deadline {
 struct BusClose {
   void operator()(sd_bus* bus) const;
 };
-using BusConnection = std::unique_ptr<sd_bus, BusClose>;
+using BusHandle = std::unique_ptr<sd_bus, BusClose>;
 
 struct MessageRelease {
   void operator()(sd_bus_message* message) const;
@@ -33,10 +37,10 @@ struct MessageRelease {
 using Message = std::unique_ptr<sd_bus_message, MessageRelease>;
 
 // A new connection to the bus of the environment; null if there is none that answers in time. Starts no bus.
-BusConnection openSessionBus(const Deadline& deadline);
+BusHandle openSessionBus(const Deadline& deadline);
 
 // Whether a connection is there and still holds.
-bool isReady(const BusConnection& bus);
+bool isReady(const BusHandle& bus);
 
 // The unique names of the connections that own a name or wait for it, in the order of the line; none if the bus does
 // not answer in time.

@@ -25,5 +25,5 @@ class SessionBusApplications : public RunningApplications {
 
  private:
   std::chrono::microseconds patience_;
-  BusConnection bus_;  // opened by the first question, and again once it broke
+  BusHandle bus_;  // opened by the first question, and again once it broke
 };

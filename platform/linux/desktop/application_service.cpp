@@ -4,8 +4,8 @@
 #include <QDBusMessage>
 #include <utility>
 
-#include "platform/linux/desktop/object_path.h"
 #include "platform/linux/desktop/posted_work.h"
+#include "platform/linux/object_path.h"
 
 namespace {
 

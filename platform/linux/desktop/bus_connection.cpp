@@ -12,11 +12,6 @@ namespace {
 
 constexpr std::uint64_t noTimeLimit = UINT64_MAX;
 
-struct MessageRelease {
-  void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using Message = std::unique_ptr<sd_bus_message, MessageRelease>;
-
 Message methodCall(sd_bus* bus, const char* name, const char* path, const char* interface, const char* method) {
   sd_bus_message* call = nullptr;
   return Message(sd_bus_message_new_method_call(bus, &call, name, path, interface, method) < 0 ? nullptr : call);
@@ -47,8 +42,6 @@ bool send(sd_bus* bus, sd_bus_message* call, std::unique_ptr<BusConnection::Rece
 }
 
 }  // namespace
-
-void BusConnection::Closer::operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
 
 BusConnection::BusConnection(MessageBus bus) {
   sd_bus* opened = nullptr;

@@ -5,15 +5,9 @@
 #include <chrono>
 #include <functional>
 #include <list>
-#include <memory>
 #include <string>
 
-struct sd_bus;
-struct sd_bus_message;
-
-// What the bus itself answers to; its interface has the name, too.
-constexpr const char* messageBusName = "org.freedesktop.DBus";
-constexpr const char* messageBusPath = "/org/freedesktop/DBus";
+#include "platform/linux/session_bus.h"
 
 enum class MessageBus { session, system };
 
@@ -51,16 +45,12 @@ class BusConnection {
   void serveUntil(const std::function<bool()>& done, std::chrono::microseconds patience);
 
  private:
-  struct Closer {
-    void operator()(sd_bus* bus) const;
-  };
-
   void serve() noexcept;
   void watch();
   static void watch(QSocketNotifier& notifier, int descriptor, bool isWanted);
 
   std::list<Receiver> listeners_;
-  std::unique_ptr<sd_bus, Closer> bus_;  // null once it broke
+  BusHandle bus_;  // null once it broke
   QSocketNotifier reader_{QSocketNotifier::Read};
   QSocketNotifier writer_{QSocketNotifier::Write};
 };

@@ -8,9 +8,9 @@
 #include "platform/linux/desktop/desktop_entries.h"
 #include "platform/linux/desktop/desktop_entry.h"
 #include "platform/linux/desktop/exec_line.h"
-#include "platform/linux/desktop/object_path.h"
 #include "platform/linux/desktop/termination_watch.h"
 #include "platform/linux/detached_process.h"
+#include "platform/linux/object_path.h"
 
 namespace {
 

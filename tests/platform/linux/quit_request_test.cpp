@@ -243,7 +243,7 @@ TEST_F(QuitRequestTest, doesNotAskAConnectionOfAnotherProcess) {
   BusApplication application(safari, safariPath, wellBehaved());
   BusApplication other("com.example.Other", safariPath, {.ignoresSignals = true});
   // As a new bus may give a name again that an old one gave to another process.
-  const BusConnection bus = openSessionBus(Deadline(ample));
+  const BusHandle bus = openSessionBus(Deadline(ample));
   ASSERT_TRUE(bus);
   const auto connections = connectionsOwning(bus.get(), safari, Deadline(ample));
   EXPECT_FALSE(requestQuit({safari, static_cast<std::uint32_t>(other.process()), connections}, ample));

@@ -18,9 +18,9 @@
 
 #include "app/product.h"
 #include "platform/linux/desktop/application_service.h"
-#include "platform/linux/desktop/object_path.h"
 #include "platform/linux/desktop/qt_user_interface.h"
 #include "platform/linux/desktop/qt_window.h"
+#include "platform/linux/object_path.h"
 #include "tests/platform/linux/desktop/dialog_driver.h"
 #include "tests/platform/linux/desktop/event_loop.h"
 #include "tests/platform/linux/environment_scope.h"

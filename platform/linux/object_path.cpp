@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/object_path.h"
+#include "platform/linux/object_path.h"
 
 std::string objectPath(const std::string& name) {
   std::string path = "/" + name;
