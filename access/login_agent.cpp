@@ -24,9 +24,10 @@ std::string serviceTarget() { return domain() + "/" + identifier(); }
 PlistValue text(const std::string& utf8Text) { return utf16(utf8Text); }
 
 PlistValue wantedAgent() {
+  const PlistValue label = text(identifier());
   return PlistValue::dictionary({
-      {u"AssociatedBundleIdentifiers", PlistValue::array({text(identifier())})},
-      {u"Label", text(identifier())},
+      {u"AssociatedBundleIdentifiers", PlistValue::array({label})},
+      {u"Label", label},
       {u"ProgramArguments", PlistValue::array({text(platform().bundle.executablePath()), u"--login"})},
       {u"RunAtLoad", true},
       {u"StandardErrorPath", text(logFolder() + "/quillery-errors.log")},
