@@ -1,7 +1,5 @@
 #include "platform/linux/desktop/qt_window.h"
 
-#include <QAbstractSpinBox>
-#include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
@@ -9,11 +7,13 @@
 #include <QFontInfo>
 #include <QFontMetrics>
 #include <QGuiApplication>
+#include <QHash>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
 #include <QScreen>
-#include <QShortcut>
 #include <QStyle>
 #include <QStyleOptionButton>
 #include <QTimeEdit>
@@ -26,17 +26,6 @@
 #include "platform/linux/desktop/qt_controls.h"
 
 namespace {
-
-class WindowWidget : public QWidget {
- public:
-  WindowWidget(Qt::WindowFlags flags, bool isClosable) : QWidget(nullptr, flags), isClosable_(isClosable) {}
-
- protected:
-  void closeEvent(QCloseEvent* event) override { event->setAccepted(isClosable_); }
-
- private:
-  bool isClosable_;
-};
 
 Qt::WindowFlags flagsFor(const WindowDescription& description) {
   // A dialog's window: desktops give it no buttons to minimise it or to make it fill the screen.
@@ -101,15 +90,44 @@ QString timeFormat() {
   return format.contains('s') ? "HH:mm" : format;
 }
 
-// What its user has typed into a field for numbers counts, even if the key that ends the typing was meant for a button.
-void takeInWhatIsTyped() {
-  if (auto* const field = qobject_cast<QAbstractSpinBox*>(QApplication::focusWidget())) field->interpretText();
-}
+// Qt takes no digit where there are two already; on its own it selects them for the keyboard's user, not for the
+// mouse's.
+class TimeField : public QTimeEdit {
+ public:
+  explicit TimeField(QWidget* parent) : QTimeEdit(parent) { lineEdit()->installEventFilter(this); }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (object == lineEdit() && event->type() == QEvent::MouseButtonRelease) setSelectedSection(currentSection());
+    return QTimeEdit::eventFilter(object, event);
+  }
+};
 
 }  // namespace
 
+// Gets the keys that the control with the keyboard's focus has no use for; an open list keeps its own.
+class QtWindow::Widget : public QWidget {
+ public:
+  Widget(Qt::WindowFlags flags, bool isClosable) : QWidget(nullptr, flags), isClosable_(isClosable) {}
+  void setButton(Qt::Key key, QAbstractButton* button) { buttons_.insert(key, button); }
+
+ protected:
+  void closeEvent(QCloseEvent* event) override { event->setAccepted(isClosable_); }
+
+  void keyPressEvent(QKeyEvent* event) override {
+    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    const QPointer<QAbstractButton> button = isPlain ? buttons_.value(event->key()) : nullptr;
+    if (!button) return QWidget::keyPressEvent(event);
+    if (!event->isAutoRepeat()) button->click();
+  }
+
+ private:
+  bool isClosable_;
+  QHash<int, QPointer<QAbstractButton>> buttons_;
+};
+
 QtWindow::QtWindow(const WindowDescription& description)
-    : widget_(new WindowWidget(flagsFor(description), description.isClosable)) {
+    : widget_(new Widget(flagsFor(description), description.isClosable)) {
   widget_->setWindowTitle(QString::fromStdString(description.title));
   widget_->setFixedSize(description.width, description.height);
 }
@@ -147,7 +165,7 @@ std::shared_ptr<PopUpButton> QtWindow::add(const PopUp& popUp) {
 }
 
 std::shared_ptr<DatePicker> QtWindow::addTimePicker(const Frame& frame) {
-  auto* const timeEdit = new QTimeEdit(widget_);
+  auto* const timeEdit = new TimeField(widget_);
   timeEdit->setDisplayFormat(timeFormat());
   timeEdit->setWrapping(true);
   placeControl(timeEdit, frame);
@@ -183,6 +201,8 @@ void QtWindow::makeKeyAndOrderFront() {
   widget_->activateWindow();
 }
 
+QWidget& QtWindow::widget() { return *widget_; }
+
 void QtWindow::orderOut() { widget_->hide(); }
 
 // The origin of a frame is at the bottom here and at the top there.
@@ -198,16 +218,7 @@ void QtWindow::placeControl(QWidget* control, const Frame& frame) {
 }
 
 void QtWindow::press(QAbstractButton* button, KeyEquivalent key) {
-  const auto listen = [&](Qt::Key code) {
-    auto* const shortcut = new QShortcut(QKeySequence(code), widget_);
-    shortcut->setAutoRepeat(false);
-    QObject::connect(shortcut, &QShortcut::activated, button, [button] {
-      takeInWhatIsTyped();
-      button->click();
-    });
-  };
-  if (key == KeyEquivalent::escape) listen(Qt::Key_Escape);
+  if (key == KeyEquivalent::escape) widget_->setButton(Qt::Key_Escape, button);
   if (key != KeyEquivalent::returnKey) return;
-  listen(Qt::Key_Return);
-  listen(Qt::Key_Enter);
+  for (const Qt::Key code : {Qt::Key_Return, Qt::Key_Enter}) widget_->setButton(code, button);
 }

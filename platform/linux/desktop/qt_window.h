@@ -30,13 +30,15 @@ class QtWindow : public Window {
   void makeKeyAndOrderFront() override;
   void orderOut() override;
 
-  QWidget& widget() { return *widget_; }
+  QWidget& widget();
 
  private:
+  class Widget;
+
   void place(QWidget* control, const Frame& frame);
   void placeControl(QWidget* control, const Frame& frame);
   void press(QAbstractButton* button, KeyEquivalent key);
 
-  QWidget* widget_;
+  Widget* widget_;
   QPointer<QWidget> lastControl_;  // in the order of Tab
 };

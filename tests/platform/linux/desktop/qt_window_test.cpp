@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QDateTime>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QTest>
@@ -45,7 +46,8 @@ class QtWindowTest : public testing::Test {
   }
   // To whatever has the keyboard's focus.
   void press(Qt::Key key) {
-    QWidget* const focus = QApplication::focusWidget();
+    const QWidget* const popUp = QApplication::activePopupWidget();
+    QWidget* const focus = popUp != nullptr ? popUp->focusWidget() : QApplication::focusWidget();
     QTest::keyClick(focus != nullptr ? focus : &window_->widget(), key);
   }
 
@@ -168,6 +170,22 @@ TEST_F(QtWindowTest, returnAndEscapePressTheirButtonsWhateverHasTheFocus) {
   EXPECT_TRUE(window_->widget().isVisible());
 }
 
+TEST_F(QtWindowTest, returnAndEscapeInAnOpenPopUpAreItsOwn) {
+  const auto popUp = window_->add(PopUp{{0, 100, 100, 26}, {"One", "Two", "Three"}, note("chosen")});
+  window_->add(PushButton{{0, 0, 90, 32}, "Save", note("saved"), KeyEquivalent::returnKey});
+  window_->add(PushButton{{100, 0, 90, 32}, "Cancel", note("cancelled"), KeyEquivalent::escape});
+  show();
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+    only<QComboBox>().showPopup();
+    ASSERT_TRUE(runUntil([] { return QApplication::activePopupWidget() != nullptr; }));
+    press(Qt::Key_Down);
+    press(key);
+    EXPECT_TRUE(runUntil([] { return QApplication::activePopupWidget() == nullptr; }));
+  }
+  EXPECT_THAT(done_, ElementsAre("chosen"));
+  EXPECT_EQ(popUp->selectedIndex(), 1U);
+}
+
 TEST_F(QtWindowTest, theButtonOfReturnIsDrawnAsTheDefault) {
   window_->add(PushButton{{0, 0, 90, 32}, "Save", nullptr, KeyEquivalent::returnKey});
   EXPECT_TRUE(only<QPushButton>().isDefault());
@@ -199,6 +217,23 @@ TEST_F(QtWindowTest, aTimeThatIsTypedCountsWhenReturnSavesIt) {
   QTest::keyClicks(&field, "17");
   press(Qt::Key_Return);
   EXPECT_EQ(saved, at(17, 30));
+}
+
+TEST_F(QtWindowTest, aClickInATimeSelectsTheHourOrTheMinuteToBeTypedAnew) {
+  window_->addTimePicker({0, 150, 100, 26});
+  show();
+  auto& field = only<QTimeEdit>();
+  field.setTime({9, 30});
+  auto& text = *field.findChild<QLineEdit*>();
+  for (const auto& [place, selected] :
+       {std::pair(QPoint(2, 13), QString("09")),
+        std::pair(QPoint(text.fontMetrics().horizontalAdvance("09:3"), 13), QString("30"))}) {
+    QTest::mouseClick(&text, Qt::LeftButton, Qt::NoModifier, place);
+    EXPECT_EQ(text.selectedText(), selected);
+  }
+  QTest::mouseClick(&text, Qt::LeftButton, Qt::NoModifier, {2, 13});
+  QTest::keyClicks(&field, "1745");
+  EXPECT_EQ(field.time(), QTime(17, 45));
 }
 
 TEST_F(QtWindowTest, tabGoesThroughTheControlsInTheOrderInWhichTheyWereAdded) {

@@ -1,0 +1,168 @@
+"""A desktop of its own for one run of the program: a display, a session bus, a panel and a home folder in a scratch
+folder, all gone at the end."""
+import contextlib
+import os
+import pathlib
+import plistlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+from bookmarks import serialized, titles, unsorted_tree
+from screen import Screen
+from session_bus import Bus
+from status_notifier_host import NAME as WATCHER
+from waiting import wait_for
+
+HERE = pathlib.Path(__file__).resolve().parent
+PYTHON = sys.executable
+SAFARI = "com.apple.Safari"
+
+# Stands in for the program that opens addresses and folders, and writes down which.
+OPENER = """#!/bin/sh
+printf '%s\\n' "$1" >> "$HOME/opened"
+"""
+
+SAFARI_ENTRY = """[Desktop Entry]
+Type=Application
+Name=Safari
+Exec={command}
+"""
+
+
+class Desktop(contextlib.ExitStack):
+    """`installation` is the folder in which the program is installed. The panel is one for status notifiers, or one
+    that has only the older tray of X."""
+
+    def __init__(self, installation, has_older_tray=False, environment=()):
+        super().__init__()
+        self.installation = pathlib.Path(installation)
+        self.scratch = pathlib.Path(tempfile.mkdtemp(prefix="quillery-"))
+        self.callback(shutil.rmtree, self.scratch, ignore_errors=True)
+        self.home = self.scratch / "home"
+        self.bookmarks = self.home / "Library/Safari/Bookmarks.plist"
+        self.backups = self.home / "Library/Application Support/Quillery/Backups"
+        self.journal = self.scratch / "safari"
+        self.safari_options = []
+        self._furnish()
+        self.environment = {
+            "PATH": f"{self.installation}/bin:{self.scratch}/bin:/usr/bin:/bin",
+            "HOME": str(self.home),
+            "LANG": "C.UTF-8",
+            "XDG_RUNTIME_DIR": str(self.scratch / "run"),
+            "XDG_DATA_DIRS": f"{self.installation}/share:/usr/share",
+            "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.scratch}/no-system-bus",
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+            **{name: os.environ[name] for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS") if name in os.environ},
+            **dict(environment),
+        }
+        self._start_display()
+        self._start_bus()
+        self._start_panel(has_older_tray)
+
+    def _furnish(self):
+        for folder in (self.bookmarks.parent, self.scratch / "bin", self.home / ".local/share/applications"):
+            folder.mkdir(parents=True)
+        (self.scratch / "run").mkdir(mode=0o700)
+        opener = self.scratch / "bin/xdg-open"
+        opener.write_text(OPENER, encoding="utf-8")
+        opener.chmod(0o755)
+        self.journal.touch()
+        self.write_bookmarks(unsorted_tree())
+
+    def _start_display(self):
+        reader, writer = os.pipe()
+        self.start("Xvfb", "-displayfd", str(writer), "-screen", "0", "1024x768x24", "-nolisten", "tcp",
+                   pass_fds=[writer])
+        os.close(writer)
+        with os.fdopen(reader) as answer:
+            self.environment["DISPLAY"] = ":" + answer.readline().strip()
+
+    def _start_bus(self):
+        address = f"unix:path={self.scratch}/run/bus"
+        self.start("dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}")
+        wait_for((self.scratch / "run/bus").exists, "a session bus")
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
+        self.bus = Bus(address)
+        self.screen = Screen(self.environment["DISPLAY"], self.bus)
+        self.callback(self.screen.display.close)
+        self.screen.paint(0x4F, 0x6D, 0x8A)
+
+    def _start_panel(self, has_older_tray):
+        self.start("openbox")
+        if has_older_tray:
+            self.start("trayer", "--edge", "top", "--align", "right", "--width", "20", "--height", "24")
+            wait_for(self.screen.has_older_tray, "a tray")
+        else:
+            self.start(PYTHON, str(HERE / "status_notifier_host.py"))
+            wait_for(lambda: self.bus.has_owner(WATCHER), "a host for status notifiers")
+
+    def start(self, *command, **more):
+        """Starts a program that is stopped at the end at the latest; what it says goes to a file in the scratch
+        folder."""
+        with open(self.scratch / f"{pathlib.Path(command[0]).name}.log", "ab") as log:
+            process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL,
+                                       **{"stdout": log, "stderr": log, **more})
+        self.callback(self._stop, process)
+        return process
+
+    @staticmethod
+    def _stop(process):
+        process.terminate()
+        try:
+            process.wait(5)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
+
+    # --- Bookmarks ---
+
+    def write_bookmarks(self, tree, is_binary=True):
+        self.bookmarks.write_bytes(serialized(tree, is_binary))
+
+    def titles(self):
+        return titles(plistlib.loads(self.bookmarks.read_bytes()))
+
+    def backup_files(self):
+        return sorted(self.backups.glob("*")) if self.backups.is_dir() else []
+
+    # --- Safari ---
+
+    def safari_command(self):
+        return [PYTHON, str(HERE / "stand_in_safari.py"), str(self.journal), str(self.bookmarks), *self.safari_options]
+
+    def install_safari(self, *options):
+        """Makes Safari known to the desktop; `options` are those of the stand-in. Answers its entry."""
+        self.safari_options = list(options)
+        entry = self.home / ".local/share/applications" / f"{SAFARI}.desktop"
+        command = " ".join(f'"{word}"' for word in self.safari_command())
+        entry.write_text(SAFARI_ENTRY.format(command=command), encoding="utf-8")
+        return entry
+
+    def start_safari(self, *options):
+        """Starts Safari as its user would, and waits until it runs."""
+        self.install_safari(*options)
+        process = self.start(*self.safari_command())
+        wait_for(lambda: self.safari_events()[-1:] == ["started"], "a running Safari")
+        return process
+
+    def is_safari_running(self):
+        return self.bus.has_owner(SAFARI)
+
+    def safari_events(self):
+        """What happened to Safari so far, in order."""
+        return self.journal.read_text(encoding="utf-8").splitlines()
+
+    # --- What the program leaves ---
+
+    def opened(self):
+        """The addresses and folders that the desktop was asked to open."""
+        record = self.home / "opened"
+        return record.read_text(encoding="utf-8").splitlines() if record.exists() else []
+
+    def screenshot(self, path, frame=None):
+        """Takes a picture of the screen, or of a part of it: x, y, width and height."""
+        path.parent.mkdir(parents=True, exist_ok=True)
+        part = ["--geometry", "{2}x{3}+{0}+{1}".format(*frame)] if frame else []
+        subprocess.run(["maim", "--hidecursor", *part, str(path)], env=self.environment, check=True)

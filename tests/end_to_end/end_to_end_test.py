@@ -1,0 +1,571 @@
+#!/usr/bin/python3
+"""Runs the installed program on a desktop of its own, as its user does, beside a stand-in for Safari.
+
+usage: end_to_end_test.py INSTALLATION SCREENSHOTS [EndToEndTest.NAME ...]
+
+INSTALLATION is the folder in which the program is installed; pictures of its windows and menus go to SCREENSHOTS.
+"""
+import os
+import pathlib
+import plistlib
+import signal
+import stat
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from bookmarks import SORTED_TITLES, bookmarks_bar, leaf, serialized, titles, unsorted_tree
+from desktop import Desktop
+from quillery import IDENTIFIER, Quillery
+from waiting import stays, wait_for
+
+INSTALLATION = pathlib.Path(sys.argv[1]).resolve() if len(sys.argv) > 1 else None
+SCREENSHOTS = pathlib.Path(sys.argv[2]).resolve() if len(sys.argv) > 2 else None
+
+SORTED = ("Bookmarks sorted: Folders come first, followed by bookmarks in alphabetical order. You can reopen Safari."
+          "\n\nBackup: {}\n")
+SORTED_ALERT = ("Folders come first, followed by bookmarks in alphabetical order. You can reopen Safari."
+                "\n\nBackup: {}")
+ACCESS_HEADING = "Allow access to Safari bookmarks"
+ACCESS_REQUIRED = "Full Disk Access Required — Start"
+SAFARI_IS_OPEN = "Safari is open"
+
+
+def tidy(text):
+    """A text as it was given, without what was put in so that long words wrap."""
+    return text.replace("\u200b", "").replace("\n", " ")
+
+
+class EndToEndTest(unittest.TestCase):
+    maxDiff = None
+
+    def arrange(self, **options):
+        self.desktop = self.enterContext(Desktop(INSTALLATION, **options))
+        self.before = self.desktop.bookmarks.read_bytes()
+
+    def launch(self, *arguments):
+        """Starts the program and waits for its item in the panel and for its setup."""
+        quillery = Quillery(self.desktop, *arguments)
+        quillery.item
+        return quillery
+
+    def launch_with_agent(self, *arguments):
+        quillery = self.launch(*arguments)
+        self.wait_for_agent()
+        return quillery
+
+    # --- What is looked at ---
+
+    @property
+    def agent_file(self):
+        return self.desktop.home / f"Library/LaunchAgents/{IDENTIFIER}.plist"
+
+    @property
+    def autostart_entry(self):
+        return self.desktop.home / f".config/autostart/{IDENTIFIER}.desktop"
+
+    def wait_for_agent(self):
+        wait_for(self.autostart_entry.exists, "a registered login agent")
+
+    def wait_for_sorted(self, expected=None):
+        wait_for(lambda: self.desktop.titles() == (expected or SORTED_TITLES), "a sorted bookmark file")
+
+    def expect_untouched(self):
+        self.assertEqual(self.desktop.bookmarks.read_bytes(), self.before)
+        self.assertEqual(self.desktop.backup_files(), [])
+
+    def expect_one_backup(self, content=None):
+        """That there is one backup, of these bytes, which only its owner can read. Answers its path."""
+        backups = self.desktop.backup_files()
+        self.assertEqual(len(backups), 1)
+        self.assertEqual(backups[0].read_bytes(), content or self.before)
+        self.assertEqual(stat.S_IMODE(backups[0].stat().st_mode), 0o600)
+        self.assertEqual(stat.S_IMODE(backups[0].parent.stat().st_mode), 0o700)
+        return backups[0]
+
+    def wait_for_lines(self, quillery, lines):
+        wait_for(lambda: quillery.lines() == lines, f"the printed lines {lines!r}")
+
+    def picture(self, name, window):
+        """Takes a picture of a window and of a little of what is around it."""
+        x, y, width, height = window.frame()
+        left, top = max(x - 24, 0), max(y - 44, 0)
+        self.desktop.screenshot(SCREENSHOTS / f"{name}.png", (left, top, x + width + 24 - left, y + height + 24 - top))
+
+    def expect_alert(self, quillery, title, message, buttons, picture):
+        """That an alert says this and offers these buttons. Answers it."""
+        alert = quillery.alert(title)
+        self.assertEqual([tidy(text) for text in alert.texts()], [title, tidy(message)])
+        self.assertEqual(alert.buttons(), buttons)
+        self.picture(picture, alert)
+        return alert
+
+    # --- Sorting now ---
+
+    def test_sort_now_sorts_at_once_while_safari_is_closed(self):
+        self.arrange()
+        self.desktop.install_safari()
+        quillery = self.launch_with_agent()
+        quillery.choose("Sort Now…")
+        quillery.alert("Bookmarks sorted")
+        self.assertEqual(self.desktop.titles(), SORTED_TITLES)
+        backup = self.expect_one_backup()
+        alert = self.expect_alert(quillery, "Bookmarks sorted", SORTED_ALERT.format(backup), ["OK"], "alert-sorted")
+        quillery.press(alert, "OK")
+        wait_for(quillery.has_no_windows, "a closed alert")
+
+        quillery.choose("Sort Now…")
+        self.expect_alert(quillery, "Already sorted", "Your Safari bookmarks are already in order.", ["OK"],
+                          "alert-already-sorted")
+        self.desktop.screen.type("Return")
+        wait_for(quillery.has_no_windows, "an alert that Return closes")
+        self.expect_one_backup()
+        self.assertEqual(self.desktop.safari_events(), [])
+        self.assertEqual(quillery.quit(), 0)
+        self.assertEqual(quillery.lines(), "")
+
+    def test_sort_now_keeps_the_format_of_an_xml_file(self):
+        self.arrange()
+        self.desktop.write_bookmarks(unsorted_tree(), is_binary=False)
+        before = self.desktop.bookmarks.read_bytes()
+        quillery = self.launch()
+        quillery.choose("Sort Now…")
+        quillery.alert("Bookmarks sorted")
+        self.assertTrue(self.desktop.bookmarks.read_bytes().startswith(b"<?xml"))
+        self.assertEqual(self.desktop.titles(), SORTED_TITLES)
+        self.expect_one_backup(before)
+
+    def test_sort_now_quits_safari_sorts_what_it_left_and_reopens_it(self):
+        self.arrange()
+        self.desktop.start_safari("--adds", "Left by Safari")
+        quillery = self.launch_with_agent()
+        quillery.choose("Sort Now…")
+        self.expect_alert(
+            quillery, SAFARI_IS_OPEN,
+            "Quit Safari normally, sort your bookmarks, then reopen Safari. Any Safari save prompt must be resolved before "
+            "sorting can continue.", ["Quit Safari, Sort & Reopen", "Retry", "Cancel"], "alert-safari-is-open")
+        self.desktop.screen.type("Return")
+        wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit", "quit", "started"],
+                 "a Safari that quit and came back")
+        left = unsorted_tree()
+        bookmarks_bar(left)["Children"].append(leaf("Left by Safari"))
+        self.assertEqual(titles(plistlib.loads(self.desktop.bookmarks.read_bytes()))[1],
+                         ["BookmarksBar", ["Articles"], ["Recipes", ["Cakes"], "Bread", "Soup"], "Chapter 9",
+                          "Chapter 10", "éclairs", "Eggs", "Left by Safari", "zebra"])
+        backup = self.expect_one_backup(serialized(left))
+        self.wait_for_lines(quillery, SORTED.format(backup))
+        wait_for(self.desktop.is_safari_running, "a running Safari")
+        self.assertTrue(quillery.has_no_windows())
+
+    def test_cancel_leaves_an_open_safari_and_the_file_alone(self):
+        self.arrange()
+        self.desktop.start_safari()
+        quillery = self.launch_with_agent()
+        quillery.choose("Sort Now…")
+        quillery.alert(SAFARI_IS_OPEN)
+        self.desktop.screen.type("Escape")
+        wait_for(quillery.has_no_windows, "an alert that Escape closes")
+        self.assertEqual(self.desktop.safari_events(), ["started"])
+        self.expect_untouched()
+
+    def test_retry_sorts_at_once_when_safari_has_been_quit_meanwhile(self):
+        self.arrange()
+        safari = self.desktop.start_safari()
+        quillery = self.launch_with_agent()
+        quillery.choose("Running — Stop")  # else the quit itself would be followed by a sort
+        wait_for(lambda: quillery.status() == "Stopped — Start", "a stopped program")
+        quillery.choose("Sort Now…")
+        alert = quillery.alert(SAFARI_IS_OPEN)
+        quillery.press(alert, "Retry")
+        wait_for(lambda: quillery.windows() and quillery.windows()[0].path != alert.path, "the question once more")
+        alert = quillery.alert(SAFARI_IS_OPEN)
+        safari.send_signal(signal.SIGUSR1)
+        wait_for(lambda: not self.desktop.is_safari_running(), "a closed Safari")
+        quillery.press(alert, "Retry")
+        quillery.alert("Bookmarks sorted")
+        self.assertEqual(self.desktop.titles(), SORTED_TITLES)
+        self.assertEqual(self.desktop.safari_events(), ["started", "quit"])
+
+    def test_a_file_that_is_no_bookmark_tree_is_left_alone(self):
+        self.arrange()
+        self.desktop.bookmarks.write_bytes(plistlib.dumps({"Title": "Not bookmarks"}))
+        self.before = self.desktop.bookmarks.read_bytes()
+        quillery = self.launch_with_agent()
+        quillery.choose("Sort Now…")
+        self.expect_alert(
+            quillery, "Bookmarks could not be sorted",
+            "Unrecognised Safari bookmark format. No changes made.\n\nIf access is denied, macOS may require Full Disk "
+            "Access for the workflow runner in System Settings → Privacy & Security. No permissions are changed "
+            "automatically.", ["OK"], "alert-could-not-be-sorted")
+        self.expect_untouched()
+
+    # --- Sorting when Safari quits ---
+
+    def test_safari_quit_by_its_user_is_followed_by_a_sort_one_second_later(self):
+        self.arrange()
+        safari = self.desktop.start_safari()
+        quillery = self.launch_with_agent()
+        safari.send_signal(signal.SIGUSR1)
+        wait_for(lambda: not self.desktop.is_safari_running(), "a closed Safari")
+        quit_at = time.monotonic()
+        self.wait_for_sorted()
+        self.assertGreater(time.monotonic() - quit_at, 0.9)
+        backup = self.expect_one_backup()
+        self.wait_for_lines(quillery, SORTED.format(backup))
+        self.assertEqual(self.desktop.safari_events(), ["started", "quit"])
+        self.assertTrue(quillery.has_no_windows())
+
+    def test_stop_persists_over_a_restart_and_safari_quitting_changes_nothing(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
+        self.assertNotIn("sortingPaused", quillery.defaults())
+        quillery.choose("Running — Stop")
+        wait_for(lambda: quillery.status() == "Stopped — Start", "a stopped program")
+        self.assertIs(quillery.defaults()["sortingPaused"], True)
+        self.assertEqual(quillery.quit(), 0)
+
+        quillery = self.launch()
+        self.assertEqual(quillery.status(), "Stopped — Start")
+        safari = self.desktop.start_safari()
+        safari.send_signal(signal.SIGUSR1)
+        wait_for(lambda: not self.desktop.is_safari_running(), "a closed Safari")
+        stays(lambda: self.desktop.bookmarks.read_bytes() == self.before, "an untouched file", seconds=2)
+        self.expect_untouched()
+        quillery.choose("Stopped — Start")
+        wait_for(lambda: quillery.status() == "Running — Stop", "a running program")
+        self.assertIs(quillery.defaults()["sortingPaused"], False)
+
+    # --- The schedule ---
+
+    def arrange_before_the_minute(self, seconds):
+        """Arranges a desktop in whose time zone it is so many seconds before a full minute. Answers the hour and minute
+        that comes then."""
+        now = int(time.time())
+        offset = (60 - seconds - now) % 60
+        rules = self.enterContext(tempfile.NamedTemporaryFile("w"))
+        rules.write(f"Zone Shifted 0:00:{offset:02} - TST\n")
+        rules.flush()
+        zones = self.enterContext(tempfile.TemporaryDirectory())
+        subprocess.run(["/usr/sbin/zic", "-d", zones, rules.name], check=True)
+        self.arrange(environment={"TZ": f":{zones}/Shifted"})
+        local = time.gmtime(now + offset + seconds)
+        return local.tm_hour, local.tm_min
+
+    def test_a_schedule_set_in_its_window_sorts_around_an_open_safari_when_its_time_comes(self):
+        hour, minute = self.arrange_before_the_minute(seconds=8)
+        self.desktop.start_safari()
+        quillery = self.launch_with_agent()
+        quillery.choose("Schedule…")
+        window = quillery.window("Schedule")
+        self.picture("schedule-off", window)
+        self.desktop.screen.press(window.find("check box", "Enable scheduled sorting"))
+        picker = window.find("spin box")
+        wait_for(picker.is_enabled, "a time that can be set")
+        self.desktop.screen.press(picker)
+        wait_for(picker.has_selected_text, "an hour to be typed anew")
+        self.desktop.screen.type(*f"{hour:02}{minute:02}")
+        self.picture("schedule", window)
+        self.desktop.screen.type("Return")
+        wait_for(quillery.has_no_windows, "a window that Return closes")
+        self.assertEqual(
+            {key: value for key, value in quillery.defaults().items() if key != "bookmarkAccessPreviouslyGranted"},
+            {"sortOnSafariQuit": True, "scheduleDays": [1, 2, 3, 4, 5, 6, 7], "dailyEnabled": True, "dailyHour": hour,
+             "dailyMinute": minute})
+        self.expect_untouched()
+
+        wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit", "quit", "started"],
+                 "a Safari that quit and came back", patience=40)
+        self.assertEqual(self.desktop.titles(), SORTED_TITLES)
+        self.wait_for_lines(quillery, SORTED.format(self.expect_one_backup()))
+        self.assertTrue(quillery.has_no_windows())
+
+    def test_the_schedule_window_wants_a_day_and_escape_discards_its_edits(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
+        before = quillery.defaults()
+        quillery.choose("Schedule…")
+        window = quillery.window("Schedule")
+        self.desktop.screen.press(window.find("check box", "Enable scheduled sorting"))
+        presets = window.find("combo box")
+        wait_for(presets.is_enabled, "presets that can be chosen")
+        self.desktop.screen.press(presets)
+        wait_for(presets.is_expanded, "an open list")
+        self.desktop.screen.type("End", "Return")
+        days = [window.find("check box", day) for day in ("Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat")]
+        wait_for(days[0].is_enabled, "days that can be ticked")
+        for day in days:
+            self.desktop.screen.press(day)
+            wait_for(lambda: not day.is_checked(), "a day that is not ticked")
+        quillery.press(window, "Save")
+        alert = self.expect_alert(quillery, "Choose a day", "Select at least one day for scheduled sorting.", ["OK"],
+                                  "alert-choose-a-day")
+        quillery.press(alert, "OK")
+        quillery.window("Schedule")
+        self.desktop.screen.type("Escape")
+        wait_for(quillery.has_no_windows, "a window that Escape closes")
+        self.assertEqual(quillery.defaults(), before)
+
+    # --- Safari that does not quit ---
+
+    def test_a_safari_that_does_not_close_within_45_seconds_is_given_up_once_and_left_alone(self):
+        self.arrange()
+        self.desktop.start_safari("--refuses")
+        quillery = self.launch_with_agent()
+        quillery.choose("Sort Now…")
+        quillery.alert(SAFARI_IS_OPEN)
+        self.desktop.screen.type("Return")
+        wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit"], "a Safari that was asked to quit")
+        asked_at = time.monotonic()
+        wait_for(quillery.windows, "an alert", patience=60)
+        waited = time.monotonic() - asked_at
+        self.assertTrue(44.5 < waited < 49, f"it waited {waited:.2f} s")
+        alert = self.expect_alert(
+            quillery, "Safari did not close",
+            "Sorting was skipped. Resolve any Safari save prompts and try again. Safari was not force-quit.", ["OK"],
+            "alert-safari-did-not-close")
+        quillery.press(alert, "OK")
+        wait_for(quillery.has_no_windows, "a closed alert")
+        stays(quillery.has_no_windows, "said once", seconds=1)
+        self.assertEqual(self.desktop.safari_events(), ["started", "asked to quit"])
+        self.assertTrue(self.desktop.is_safari_running())
+        self.expect_untouched()
+        self.assertEqual(quillery.lines(), "")
+        quillery.choose("Sort Now…")
+        quillery.alert(SAFARI_IS_OPEN)
+
+    def test_sigterm_in_the_middle_of_a_wait_ends_it_in_order(self):
+        self.arrange()
+        safari = self.desktop.start_safari("--refuses")
+        quillery = self.launch_with_agent()
+        quillery.choose("Sort Now…")
+        quillery.alert(SAFARI_IS_OPEN)
+        self.desktop.screen.type("Return")
+        wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit"], "a Safari that was asked to quit")
+        quillery.send_signal(signal.SIGTERM)
+        self.assertEqual(quillery.wait(), 0)
+        self.assertEqual(quillery.lines(), "")
+        self.expect_untouched()
+        safari.send_signal(signal.SIGUSR1)
+        wait_for(lambda: not self.desktop.is_safari_running(), "a closed Safari")
+        self.assertEqual(self.desktop.safari_events(), ["started", "asked to quit", "quit"])
+        self.expect_untouched()
+
+    # --- Access ---
+
+    def take_access(self):
+        self.desktop.bookmarks.rename(self.desktop.scratch / "elsewhere")
+
+    def grant_access(self):
+        (self.desktop.scratch / "elsewhere").rename(self.desktop.bookmarks)
+
+    def test_the_access_window_closes_by_itself_once_access_is_granted(self):
+        self.arrange()
+        self.take_access()
+        quillery = self.launch()
+        window = quillery.window("Quillery")
+        self.assertEqual([tidy(text) for text in window.texts()], [
+            ACCESS_HEADING,
+            "Enable Quillery in System Settings → Privacy & Security → Full Disk Access.  This window closes when access "
+            "is available. If macOS requests Quit & Reopen, allow it."])
+        self.assertEqual(window.buttons(), ["Cancel", "Retry", "Open Settings"])
+        self.picture("access", window)
+        self.desktop.screen.type("Return")
+        wait_for(lambda: len(self.desktop.opened()) == 2, "opened settings, and the folder that has the program")
+        self.assertCountEqual(self.desktop.opened(), [
+            "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles", str(INSTALLATION.parent)])
+        quillery.press(window, "Retry")
+        stays(quillery.windows, "a window that waits for access", seconds=1.5)
+        self.assertFalse(self.agent_file.exists())
+        self.grant_access()
+        wait_for(quillery.has_no_windows, "a window that closed by itself")
+        self.wait_for_agent()
+        self.assertEqual(quillery.status(), "Running — Stop")
+        self.assertIs(quillery.defaults()["bookmarkAccessPreviouslyGranted"], True)
+
+    def test_access_that_is_lost_stops_sorting_until_it_is_granted_again(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
+        self.take_access()
+        quillery.choose("Sort Now…")
+        wait_for(lambda: quillery.status() == ACCESS_REQUIRED, "a status that says so")
+        self.assertNotIn("sortingPaused", quillery.defaults())
+        quillery.tell("Activate", "(a{sv})", {})
+        window = quillery.window("Quillery")
+        self.assertIn(ACCESS_HEADING, window.texts())
+        self.desktop.screen.type("Escape")
+        wait_for(quillery.has_no_windows, "a window that Escape closes")
+        self.assertEqual(quillery.status(), ACCESS_REQUIRED)
+        self.grant_access()
+        quillery.choose(ACCESS_REQUIRED)
+        wait_for(lambda: quillery.status() == "Running — Stop", "a running program")
+        self.expect_untouched()
+
+    def test_without_access_cancel_registers_no_agent(self):
+        self.arrange()
+        self.take_access()
+        quillery = self.launch()
+        quillery.press(quillery.window("Quillery"), "Cancel")
+        wait_for(quillery.has_no_windows, "a closed window")
+        wait_for(lambda: quillery.status() == ACCESS_REQUIRED, "a status that says so")
+        self.assertFalse(self.agent_file.exists())
+        self.assertFalse(self.autostart_entry.exists())
+
+    # --- The login agent ---
+
+    def test_the_first_run_registers_the_login_agent_and_the_second_changes_nothing(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
+        logs = self.desktop.home / "Library/Logs/Fenwarde"
+        self.assertEqual(plistlib.loads(self.agent_file.read_bytes()), {
+            "AssociatedBundleIdentifiers": [IDENTIFIER],
+            "Label": IDENTIFIER,
+            "ProgramArguments": [str(INSTALLATION / "bin/quillery"), "--login"],
+            "RunAtLoad": True,
+            "StandardErrorPath": str(logs / "quillery-errors.log"),
+            "StandardOutPath": str(logs / "quillery.log"),
+        })
+        self.assertTrue(self.agent_file.read_bytes().startswith(b"<?xml"))
+        # RunAtLoad has started a second one by now; it finds the first and leaves, with nothing to say.
+        wait_for((logs / "quillery.log").exists, "an agent that was started")
+        wait_for(lambda: self.instances() == [quillery.process.pid], "one instance")
+        self.assertEqual((logs / "quillery-errors.log").read_text(encoding="utf-8"), "")
+        self.assertEqual(quillery.quit(), 0)
+
+        before = [self.identity(path) for path in (self.agent_file, self.autostart_entry)]
+        quillery = self.launch()
+        quillery.choose("About Quillery…")
+        quillery.window("About Quillery")  # commands come after the setup
+        self.assertEqual([self.identity(path) for path in (self.agent_file, self.autostart_entry)], before)
+        self.assertEqual(quillery.errors.read_text(encoding="utf-8"), "")
+
+    @staticmethod
+    def identity(path):
+        status = path.stat()
+        return status.st_ino, status.st_mtime_ns, path.read_bytes()
+
+    def instances(self):
+        """The processes that run the installed program for this home folder."""
+        found = []
+        for process in filter(str.isdigit, os.listdir("/proc")):
+            try:
+                environment = pathlib.Path(f"/proc/{process}/environ").read_bytes().split(b"\0")
+                if (os.readlink(f"/proc/{process}/exe") == str(INSTALLATION / "bin/quillery")
+                        and f"HOME={self.desktop.home}".encode() in environment):
+                    found.append(int(process))
+            except OSError:  # it has ended
+                continue
+        return found
+
+    def test_a_login_start_beside_a_running_instance_leaves_at_once(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
+        second = Quillery(self.desktop, "--login")
+        self.assertEqual(second.wait(), 0)
+        self.assertEqual(second.lines(), "")
+        self.assertEqual(second.errors.read_text(encoding="utf-8"), "")
+        self.assertEqual(quillery.status(), "Running — Stop")
+
+    def test_a_login_start_alone_runs(self):
+        self.arrange()
+        quillery = self.launch_with_agent("--login")
+        self.assertEqual(quillery.status(), "Running — Stop")
+
+    def test_a_login_agent_that_cannot_be_loaded_is_said_once(self):
+        self.arrange()
+        (self.desktop.home / ".config").mkdir()
+        (self.desktop.home / ".config/autostart").write_text("in the way", encoding="utf-8")
+        quillery = self.launch()
+        alert = self.expect_alert(
+            quillery, "Login setup failed", "Could not enable automatic sorting. Please reopen the installed app.",
+            ["OK"], "alert-login-setup-failed")
+        quillery.press(alert, "OK")
+        wait_for(quillery.has_no_windows, "a closed alert")
+        self.assertEqual(quillery.status(), "Running — Stop")
+
+    def test_a_program_on_a_disk_image_asks_to_be_installed_and_ends(self):
+        self.arrange()
+        mount = ["bwrap", "--dev-bind", "/dev", "/dev", "--bind", str(INSTALLATION), "/Volumes/Quillery"]
+        for name in sorted(set(os.listdir("/")) - {"dev", "Volumes"}):
+            path = pathlib.Path("/", name)
+            mount += (["--symlink", os.readlink(path), str(path)] if path.is_symlink() else
+                      ["--dev-bind", str(path), str(path)] if path.is_dir() else [])
+        trial = subprocess.run([*mount, "true"], stderr=subprocess.PIPE, text=True)
+        if trial.returncode != 0:
+            self.skipTest(f"nothing can be mounted here: {trial.stderr.strip()}")
+        quillery = Quillery(self.desktop, program=[*mount, "/Volumes/Quillery/bin/quillery"])
+        self.expect_alert(quillery, "Install the app first",
+                          "Drag the app into Applications, then open the installed copy.", ["OK"],
+                          "alert-install-the-app-first")
+        self.desktop.screen.type("Return")
+        self.assertEqual(quillery.wait(), 0)
+        self.assertFalse(self.agent_file.exists())
+
+    # --- Commands, windows and the panel ---
+
+    def test_the_menu_has_its_items_in_order(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
+        self.assertEqual(quillery.item.titles(), [
+            "About Quillery…", None, "Running — Stop", "Sort Now…", "Schedule…", None, "Check for Updates…",
+            "Check for Updates Automatically", "Website", None, "Quit"])
+        self.assertEqual(quillery.item.tool_tip(), "Quillery")
+        self.assertIs(quillery.item.properties("Check for Updates…")["enabled"], False)
+        automatic = quillery.item.properties("Check for Updates Automatically")["toggle-state"]
+        quillery.choose("Check for Updates Automatically")
+        wait_for(lambda: quillery.item.properties("Check for Updates Automatically")["toggle-state"] == 1 - automatic,
+                 "a changed check mark")
+
+    def test_the_about_window_opens_addresses_and_the_backups(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
+        quillery.choose("About Quillery…")
+        window = quillery.window("About Quillery")
+        self.picture("about", window)
+        for title in ("Website", "Support", "Open Backups"):
+            count = len(self.desktop.opened())
+            quillery.press(window, title)
+            wait_for(lambda: len(self.desktop.opened()) == count + 1, f"what “{title}” opens")
+        self.assertEqual(self.desktop.opened(), [
+            "https://quillery.example.com/", "mailto:support@quillery.example.com?subject=Quillery",
+            str(self.desktop.backups)])
+        self.assertTrue(self.desktop.backups.is_dir())
+        quillery.choose("About Quillery…")
+        self.assertEqual(len(quillery.windows()), 1)
+
+    def test_backups_that_cannot_be_opened_are_said(self):
+        self.arrange()
+        self.desktop.backups.parent.mkdir(parents=True)
+        self.desktop.backups.write_text("in the way", encoding="utf-8")
+        quillery = self.launch_with_agent()
+        quillery.choose("About Quillery…")
+        quillery.press(quillery.window("About Quillery"), "Open Backups")
+        alert = quillery.alert("Cannot open backups")
+        self.picture("alert-cannot-open-backups", alert)
+        quillery.press(alert, "OK")
+        quillery.window("About Quillery")
+
+    def test_an_older_tray_shows_the_icon_and_its_menu(self):
+        self.arrange(has_older_tray=True)
+        quillery = Quillery(self.desktop)
+        screen = self.desktop.screen
+        icons = wait_for(lambda: screen.viewable(lambda name: name == "Quillery"), "an icon in the tray")
+        x, y, width, height = icons[0]
+        screen.click(x + width // 2, y + height // 2)
+        menu = wait_for(lambda: [frame for frame in screen.viewable(lambda name: name == "Quillery")
+                                 if frame not in icons], "a menu")[0]
+        self.desktop.screenshot(SCREENSHOTS / "menu.png", (640, 0, 384, max(menu[1] + menu[3] + 16, 240)))
+        screen.type("Down", "Return")
+        quillery.window("About Quillery")
+
+    def test_the_quit_action_of_the_session_ends_it_in_order(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
+        quillery.tell("ActivateAction", "(sava{sv})", "quit", [], {})
+        self.assertEqual(quillery.wait(), 0)
+        self.expect_untouched()
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)

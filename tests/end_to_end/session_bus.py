@@ -1,0 +1,35 @@
+"""Calls over a message bus."""
+from gi.repository import Gio, GLib
+
+SECONDS = 20  # for an answer; a modal window keeps nothing waiting, so none takes that long
+
+
+class Bus:
+    """A connection to the bus at an address."""
+
+    def __init__(self, address):
+        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+        self.connection = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+
+    def call(self, name, path, interface, method, arguments=None):
+        """What a method answers, as Python values. Raises GLib.Error."""
+        return self.connection.call_sync(name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE,
+                                         SECONDS * 1000, None).unpack()
+
+    def tell(self, name, path, interface, method, arguments=None):
+        """Calls a method and does not wait for its answer."""
+        self.connection.call(name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, -1, None, None)
+        self.connection.flush_sync(None)
+
+    def property(self, name, path, interface, what):
+        return self.call(name, path, "org.freedesktop.DBus.Properties", "Get",
+                         GLib.Variant("(ss)", (interface, what)))[0]
+
+    def _ask(self, question, *arguments):
+        return self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", question, *arguments)
+
+    def has_owner(self, name):
+        return self._ask("NameHasOwner", GLib.Variant("(s)", (name,)))[0]
+
+    def process_of(self, name):
+        return self._ask("GetConnectionUnixProcessID", GLib.Variant("(s)", (name,)))[0]

@@ -1,0 +1,50 @@
+"""A program's status item and its menu, as a panel reads them: freedesktop.org's StatusNotifierItem, and the
+com.canonical.dbusmenu interface of its menu."""
+from gi.repository import GLib
+
+from status_notifier_host import NAME as WATCHER
+from waiting import wait_for
+
+ITEM = "org.kde.StatusNotifierItem"
+MENU = "com.canonical.dbusmenu"
+
+
+class StatusItem:
+    def __init__(self, bus, name):
+        self.bus = bus
+        self.name = name
+        self.menu_path = bus.property(name, "/StatusNotifierItem", ITEM, "Menu")
+
+    @staticmethod
+    def of(bus, process):
+        """The item that a process has, once it has one."""
+        def find():
+            names = bus.property(WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems")
+            try:
+                return next((StatusItem(bus, name) for name in names if bus.process_of(name) == process), None)
+            except GLib.Error:  # the owner of a name has just left
+                return None
+        return wait_for(find, f"a status item of process {process}")
+
+    def tool_tip(self):
+        return self.bus.property(self.name, "/StatusNotifierItem", ITEM, "ToolTip")[2]
+
+    def menu(self):
+        """(identifier, properties) of each item of the menu, in order; no properties means those of any item."""
+        layout = self.bus.call(self.name, self.menu_path, MENU, "GetLayout", GLib.Variant("(iias)", (0, -1, [])))[1]
+        return [child[:2] for child in layout[2]]
+
+    def titles(self):
+        """The titles of the menu; None stands for a separator."""
+        return [properties.get("label") for _, properties in self.menu()]
+
+    def properties(self, title):
+        return next(properties for _, properties in self.menu() if properties.get("label") == title)
+
+    def choose(self, title):
+        """Chooses an item, once there is one of that title; does not wait until its command is done."""
+        def find():
+            return [identifier for identifier, properties in self.menu() if properties.get("label") == title]
+        identifier = wait_for(find, f"a menu item “{title}”")[0]
+        arguments = GLib.Variant("(isvu)", (identifier, "clicked", GLib.Variant("i", 0), 0))
+        self.bus.tell(self.name, self.menu_path, MENU, "Event", arguments)
