@@ -33,11 +33,11 @@ Exec={command}
 
 class Desktop(contextlib.ExitStack):
     """`installation` is the folder in which the program is installed. The panel is one for status notifiers, or one
-    that has only the older tray of X."""
+    that has only the older tray of X. Programs tell what they show, as to a screen reader, if it has accessibility."""
 
-    def __init__(self, installation, has_older_tray=False, environment=()):
+    def __init__(self, installation, has_older_tray=False, has_accessibility=True, environment=()):
         super().__init__()
-        self.installation = pathlib.Path(installation)
+        self.installation = pathlib.Path(installation).resolve()
         self.scratch = pathlib.Path(tempfile.mkdtemp(prefix="quillery-"))
         self.callback(shutil.rmtree, self.scratch, ignore_errors=True)
         self.home = self.scratch / "home"
@@ -53,7 +53,7 @@ class Desktop(contextlib.ExitStack):
             "XDG_RUNTIME_DIR": str(self.scratch / "run"),
             "XDG_DATA_DIRS": f"{self.installation}/share:/usr/share",
             "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.scratch}/no-system-bus",
-            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
+            **({"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"} if has_accessibility else {}),
             **{name: os.environ[name] for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS") if name in os.environ},
             **dict(environment),
         }
@@ -160,6 +160,19 @@ class Desktop(contextlib.ExitStack):
         """The addresses and folders that the desktop was asked to open."""
         record = self.home / "opened"
         return record.read_text(encoding="utf-8").splitlines() if record.exists() else []
+
+    def processes(self):
+        """The processes that run for this home folder what is installed."""
+        found = []
+        for process in filter(str.isdigit, os.listdir("/proc")):
+            try:
+                program = pathlib.Path(os.readlink(f"/proc/{process}/exe"))
+                environment = pathlib.Path(f"/proc/{process}/environ").read_bytes().split(b"\0")
+            except OSError:  # it has ended
+                continue
+            if self.installation in program.parents and f"HOME={self.home}".encode() in environment:
+                found.append(int(process))
+        return found
 
     def screenshot(self, path, frame=None):
         """Takes a picture of the screen, or of a part of it: x, y, width and height."""

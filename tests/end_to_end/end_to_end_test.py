@@ -52,8 +52,11 @@ class EndToEndTest(unittest.TestCase):
         return quillery
 
     def launch_with_agent(self, *arguments):
+        """Starts the program for the first time and waits until its login agent is registered, and until the instance
+        that this starts at once has found the first and left."""
         quillery = self.launch(*arguments)
-        self.wait_for_agent()
+        wait_for(self.agent_log.exists, "an agent that was started")
+        wait_for(lambda: self.desktop.processes() == [quillery.process.pid], "one instance")
         return quillery
 
     # --- What is looked at ---
@@ -66,8 +69,9 @@ class EndToEndTest(unittest.TestCase):
     def autostart_entry(self):
         return self.desktop.home / f".config/autostart/{IDENTIFIER}.desktop"
 
-    def wait_for_agent(self):
-        wait_for(self.autostart_entry.exists, "a registered login agent")
+    @property
+    def agent_log(self):
+        return self.desktop.home / "Library/Logs/Fenwarde/quillery.log"
 
     def wait_for_sorted(self, expected=None):
         wait_for(lambda: self.desktop.titles() == (expected or SORTED_TITLES), "a sorted bookmark file")
@@ -380,7 +384,7 @@ class EndToEndTest(unittest.TestCase):
         self.assertFalse(self.agent_file.exists())
         self.grant_access()
         wait_for(quillery.has_no_windows, "a window that closed by itself")
-        self.wait_for_agent()
+        wait_for(self.autostart_entry.exists, "a registered login agent")
         self.assertEqual(quillery.status(), "Running — Stop")
         self.assertIs(quillery.defaults()["bookmarkAccessPreviouslyGranted"], True)
 
@@ -417,7 +421,7 @@ class EndToEndTest(unittest.TestCase):
     def test_the_first_run_registers_the_login_agent_and_the_second_changes_nothing(self):
         self.arrange()
         quillery = self.launch_with_agent()
-        logs = self.desktop.home / "Library/Logs/Fenwarde"
+        logs = self.agent_log.parent
         self.assertEqual(plistlib.loads(self.agent_file.read_bytes()), {
             "AssociatedBundleIdentifiers": [IDENTIFIER],
             "Label": IDENTIFIER,
@@ -427,9 +431,8 @@ class EndToEndTest(unittest.TestCase):
             "StandardOutPath": str(logs / "quillery.log"),
         })
         self.assertTrue(self.agent_file.read_bytes().startswith(b"<?xml"))
-        # RunAtLoad has started a second one by now; it finds the first and leaves, with nothing to say.
-        wait_for((logs / "quillery.log").exists, "an agent that was started")
-        wait_for(lambda: self.instances() == [quillery.process.pid], "one instance")
+        # What RunAtLoad started had nothing to say.
+        self.assertEqual(self.agent_log.read_text(encoding="utf-8"), "")
         self.assertEqual((logs / "quillery-errors.log").read_text(encoding="utf-8"), "")
         self.assertEqual(quillery.quit(), 0)
 
@@ -444,19 +447,6 @@ class EndToEndTest(unittest.TestCase):
     def identity(path):
         status = path.stat()
         return status.st_ino, status.st_mtime_ns, path.read_bytes()
-
-    def instances(self):
-        """The processes that run the installed program for this home folder."""
-        found = []
-        for process in filter(str.isdigit, os.listdir("/proc")):
-            try:
-                environment = pathlib.Path(f"/proc/{process}/environ").read_bytes().split(b"\0")
-                if (os.readlink(f"/proc/{process}/exe") == str(INSTALLATION / "bin/quillery")
-                        and f"HOME={self.desktop.home}".encode() in environment):
-                    found.append(int(process))
-            except OSError:  # it has ended
-                continue
-        return found
 
     def test_a_login_start_beside_a_running_instance_leaves_at_once(self):
         self.arrange()
@@ -549,15 +539,15 @@ class EndToEndTest(unittest.TestCase):
     def test_an_older_tray_shows_the_icon_and_its_menu(self):
         self.arrange(has_older_tray=True)
         quillery = Quillery(self.desktop)
-        screen = self.desktop.screen
-        icons = wait_for(lambda: screen.viewable(lambda name: name == "Quillery"), "an icon in the tray")
-        x, y, width, height = icons[0]
-        screen.click(x + width // 2, y + height // 2)
-        menu = wait_for(lambda: [frame for frame in screen.viewable(lambda name: name == "Quillery")
-                                 if frame not in icons], "a menu")[0]
-        self.desktop.screenshot(SCREENSHOTS / "menu.png", (640, 0, 384, max(menu[1] + menu[3] + 16, 240)))
-        screen.type("Down", "Return")
+        _, y, _, height = quillery.open_menu_in_older_tray()
+        self.desktop.screenshot(SCREENSHOTS / "menu.png", (640, 0, 384, y + height + 16))
+        self.desktop.screen.type("Down", "Return")
         quillery.window("About Quillery")
+
+    def test_an_idle_program_wakes_the_processor_at_most_once_a_minute(self):
+        self.arrange(has_accessibility=False)
+        quillery = self.launch_with_agent()
+        self.assertLessEqual(quillery.wakes_in_an_idle_minute(), 1)
 
     def test_the_quit_action_of_the_session_ends_it_in_order(self):
         self.arrange()

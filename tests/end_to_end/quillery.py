@@ -2,6 +2,7 @@
 import pathlib
 import plistlib
 import signal
+import time
 
 from gi.repository import GLib
 
@@ -38,6 +39,17 @@ class Quillery:
     def choose(self, title):
         self.item.choose(title)
 
+    def open_menu_in_older_tray(self):
+        """Clicks its icon there. Answers the frame of the menu that opens: x, y, width and height."""
+        screen = self.desktop.screen
+
+        def own_windows():
+            return screen.viewable(lambda name: name == "Quillery")
+        icon = wait_for(own_windows, "an icon in the tray")
+        x, y, width, height = icon[0]
+        screen.click(x + width // 2, y + height // 2)
+        return wait_for(lambda: [frame for frame in own_windows() if frame not in icon], "an open menu")[0]
+
     def status(self):
         """The title of the menu's status line, the third item."""
         return self.item.titles()[2]
@@ -72,6 +84,33 @@ class Quillery:
         """Its stored settings."""
         path = self.desktop.home / f".config/{IDENTIFIER}.plist"
         return plistlib.loads(path.read_bytes()) if path.exists() else {}
+
+    # --- What it costs ---
+
+    def _figures(self):
+        """What the system says of each of its threads, and of it as a whole, by name."""
+        for status in pathlib.Path(f"/proc/{self.identifier}/task").glob("*/status"):
+            yield dict(line.split(":", 1) for line in status.read_text().splitlines())
+
+    def resident_memory(self):
+        """In megabytes, all of it ("VmRSS") and what is not of files ("RssAnon")."""
+        figures = next(self._figures())
+        return {name: int(figures[name].split()[0]) / 1000 for name in ("VmRSS", "RssAnon")}
+
+    def wakes(self):
+        """How often its threads have stopped to wait for something so far."""
+        return sum(int(figures["voluntary_ctxt_switches"]) for figures in self._figures())
+
+    def wakes_in_an_idle_minute(self):
+        """Waits until it has been left alone for some time: for a minute after a program has come to the session bus
+        it looks now and then whether that has got in line for a name. Answers how often it wakes in the next minute."""
+        previous, quiet_since = self.wakes(), time.monotonic()
+        while time.monotonic() - quiet_since < 35:
+            time.sleep(1)
+            if (wakes := self.wakes()) != previous:
+                previous, quiet_since = wakes, time.monotonic()
+        time.sleep(60)
+        return self.wakes() - previous
 
     # --- Its end and its bus name ---
 

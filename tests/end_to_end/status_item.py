@@ -9,6 +9,11 @@ ITEM = "org.kde.StatusNotifierItem"
 MENU = "com.canonical.dbusmenu"
 
 
+def item_names(bus):
+    """The bus names of all items in the panel."""
+    return bus.property(WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems")
+
+
 class StatusItem:
     def __init__(self, bus, name):
         self.bus = bus
@@ -19,9 +24,8 @@ class StatusItem:
     def of(bus, process):
         """The item that a process has, once it has one."""
         def find():
-            names = bus.property(WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems")
             try:
-                return next((StatusItem(bus, name) for name in names if bus.process_of(name) == process), None)
+                return next((StatusItem(bus, name) for name in item_names(bus) if bus.process_of(name) == process), None)
             except GLib.Error:  # the owner of a name has just left
                 return None
         return wait_for(find, f"a status item of process {process}")
