@@ -1,0 +1,107 @@
+#!/usr/bin/env bash
+# Shows that a Debian package of ours installs in a bare Debian 12, works there, and leaves nothing behind when purged.
+# usage: sudo tools/install_check.sh PACKAGE.deb [MIRROR]
+# Makes a root with debootstrap (minbase) in a scratch folder, installs there what the package says it depends on and
+# nothing more, then the package itself with dpkg alone; runs the self-test, one sort, and the menu-bar program on a
+# virtual display; purges the package and compares every file and folder with what was there before. MIRROR is where
+# this machine's own apt takes Debian 12 from, unless given. Needs root, debootstrap, Xvfb and 1 GB below TMPDIR.
+set -euo pipefail
+repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+# shellcheck source=tools/bare_root.sh
+source "$repository/tools/bare_root.sh"
+
+package=${1:-}
+[[ -f $package ]] || fail "usage: sudo tools/install_check.sh PACKAGE.deb [MIRROR]"
+command -v Xvfb >/dev/null || fail "this needs Xvfb (the package xvfb)"
+name=$(dpkg-deb --field "$package" Package)
+
+# What dpkg itself writes down about any package, and no package can leave as it was.
+readonly kept_by_dpkg='(var/lib/dpkg|var/log/dpkg\.log)(/|$)'
+
+# Runs a command line as an ordinary user in a home folder that has the sample bookmark file.
+as_user() {
+  inside "${@:1:$#-1}" HOME=/tmp/home XDG_RUNTIME_DIR=/tmp/home/run "cd / && exec setpriv --reuid=1000 --regid=1000 \
+    --clear-groups ${*: -1}"
+}
+
+install_dependencies() {
+  local needed
+  needed=$(dpkg-deb --field "$package" Depends)
+  inside DEBIAN_FRONTEND=noninteractive "apt-get update --quiet=2 && apt-get satisfy --yes --quiet=2 \
+    --no-install-recommends '$needed'" >"$scratch/apt.log" 2>&1 || { tail -n 20 "$scratch/apt.log" >&2; return 1; }
+  grep --count '^Setting up ' "$scratch/apt.log" | sed 's/$/ packages/'
+}
+
+# Every file of the root with its kind, mode, owner and content, one to a line, by name.
+listing() {
+  (
+    cd "$root"
+    find . -xdev -path ./proc -prune -o -printf '%P\t%y %m %U:%G %l\n'
+    find . -xdev -path ./proc -prune -o -type f -print0 | xargs -0 sha256sum | sed -E 's|^(\S+)  \./(.*)|\2\tholds \1|'
+  ) | LC_ALL=C sort
+}
+
+install_package() {
+  cp "$package" "$root/root/package.deb"
+  inside "dpkg --install /root/package.deb && dpkg --verify $name"
+  rm "$root/root/package.deb"
+}
+
+self_test() {
+  local printed
+  printed=$(as_user "quillery --self-test")
+  echo "$printed"
+  [[ $(grep --count '^PASS: ' <<<"$printed") == 2 ]] || fail "the self-test did not print its two lines"
+}
+
+sort_once() {
+  local file=$root/tmp/home/Library/Safari/Bookmarks.plist
+  install -D "$repository/tests/data/demo/Bookmarks.xml.plist" "$file"
+  mkdir --mode=700 "$root/tmp/home/run"
+  chown --recursive 1000:1000 "$root/tmp/home"
+  as_user "quilleryctl sort"
+  ! cmp --quiet "$repository/tests/data/demo/Bookmarks.xml.plist" "$file" || fail "the bookmark file did not change"
+}
+
+# The display is this machine's, so that the program has nothing there but what its package brings. There is no tray,
+# which the program says once its menu is ready; then it is told to quit.
+start_on_screen() {
+  local display
+  exec {displays}< <(exec Xvfb -displayfd 1 -ac -nolisten tcp 2>"$scratch/Xvfb.log")
+  readonly server=$!
+  trap 'kill $server; remove_root' EXIT
+  read -r display <&"$displays" || fail "Xvfb did not start: $(cat "$scratch/Xvfb.log")"
+  as_user DISPLAY=":$display" "timeout 60 sh -c 'cd /tmp/home && mkfifo lines && { quillery 2>lines & }
+    exec 3<lines && read -r line <&3; echo \"\$line\"; kill -TERM \$! && wait \$!; echo \"status \$?\"'" |
+    tee "$scratch/screen"
+  grep --quiet '^quillery: no system tray' "$scratch/screen" || fail "the program did not start as it should"
+  grep --quiet --line-regexp 'status 0' "$scratch/screen" || fail "the program did not end as it should"
+}
+
+purge() {
+  rm -r "$root/tmp/home"
+  inside "dpkg --purge $name"
+}
+
+compare() {
+  local changed
+  changed=$(LC_ALL=C comm -3 "$scratch/before" "$scratch/after" | sed 's/^\t//' | cut -f 1 | sort -u)
+  echo "Changed, but dpkg's own:"
+  grep -E "^$kept_by_dpkg" <<<"$changed" | sed 's/^/  /'
+  changed=$(grep -vE "^$kept_by_dpkg" <<<"$changed") || return 0
+  echo "$changed"
+  fail "this is not what it was before the package was installed"
+}
+
+stage "bare $suite" make_root "${2:-}"
+stage "what $name depends on" install_dependencies
+listing >"$scratch/before"
+stage "dpkg --install" install_package
+stage "quillery --self-test" self_test
+stage "quilleryctl sort" sort_once
+stage "quillery on a display" start_on_screen
+stage "dpkg --purge" purge
+listing >"$scratch/after"
+stage "what is left" compare
+printf '\nThe package installs, works and goes without a trace.\n'
+printf '%s\n' "${times[@]}"
