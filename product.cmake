@@ -8,3 +8,5 @@ set(QUILLERY_COPYRIGHT "Copyright © 2026 Fenwarde")
 set(QUILLERY_FEED_ADDRESS "https://quillery.example.com/appcast.xml")
 # The public half of the key that signs updates (EdDSA, base64). The maker's releases replace this placeholder.
 set(QUILLERY_FEED_PUBLIC_KEY "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=")
+# The oldest macOS that the program runs on.
+set(QUILLERY_MINIMUM_MACOS "12.0")

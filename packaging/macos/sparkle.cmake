@@ -1,0 +1,14 @@
+# Sparkle, pinned by version and checksum, and fetched while configuring; only on a Mac, where it also goes into the
+# bundle. A build that has it elsewhere says where in SPARKLE_FOLDER, the folder that Sparkle.framework is in.
+if(NOT SPARKLE_FOLDER)
+  include(FetchContent)
+  FetchContent_Declare(
+    sparkle
+    URL https://github.com/sparkle-project/Sparkle/releases/download/2.6.4/Sparkle-for-Swift-Package-Manager.zip
+    URL_HASH SHA256=eb3814726816ca2f09334ce562fff1b2cd0f7c16dd4e283256081f307accb9c4)
+  FetchContent_MakeAvailable(sparkle)
+  set(SPARKLE_FOLDER ${sparkle_SOURCE_DIR}/Sparkle.xcframework/macos-arm64_x86_64)
+  if(NOT EXISTS ${SPARKLE_FOLDER}/Sparkle.framework/Headers/Sparkle.h)
+    message(FATAL_ERROR "Sparkle's archive holds no ${SPARKLE_FOLDER}/Sparkle.framework.")
+  endif()
+endif()
