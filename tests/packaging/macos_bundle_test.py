@@ -91,16 +91,14 @@ class Icon(unittest.TestCase):
             sizes.setdefault(int(points), []).append(pixels)
         self.assertEqual(sizes, {points: [points, 2 * points] for points in (16, 32, 128, 256, 512)})
 
-    @unittest.skipIf(sys.platform == "darwin", "a Mac packs the icon into other types")
-    def test_the_packed_icon_holds_the_sizes(self):
+    def test_the_packed_icon_is_whole_and_holds_the_sizes(self):
         entries = icon_entries((MADE / "AppIcon.icns").read_bytes())
-        # 16, 32 and 128 pixels with their masks, then 256, 512 and 1024.
-        self.assertEqual(
-            set(entries), {b"is32", b"s8mk", b"il32", b"l8mk", b"it32", b"t8mk", b"ic08", b"ic09", b"ic10"}
-        )
-        self.assertEqual(len(entries[b"s8mk"]), 16 * 16)
-        self.assertEqual(len(entries[b"l8mk"]), 32 * 32)
-        self.assertEqual(len(entries[b"t8mk"]), 128 * 128)
+        self.assertGreaterEqual(len(entries), 5)
+        if sys.platform != "darwin":  # where the packer writes the types that have a fixed meaning
+            masks = {b"s8mk": 16, b"l8mk": 32, b"t8mk": 128}
+            self.assertEqual(set(entries), {b"is32", b"il32", b"it32", b"ic08", b"ic09", b"ic10", *masks})
+            for kind, size in masks.items():
+                self.assertEqual(len(entries[kind]), size * size, kind)
 
 
 if __name__ == "__main__":
