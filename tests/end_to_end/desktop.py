@@ -57,9 +57,13 @@ class Desktop(contextlib.ExitStack):
             **{name: os.environ[name] for name in ("ASAN_OPTIONS", "UBSAN_OPTIONS") if name in os.environ},
             **dict(environment),
         }
-        self._start_display()
-        self._start_bus()
-        self._start_panel(has_older_tray)
+        try:
+            self._start_display()
+            self._start_bus()
+            self._start_panel(has_older_tray)
+        except BaseException:
+            self.close()
+            raise
 
     def _furnish(self):
         for folder in (self.bookmarks.parent, self.scratch / "bin", self.home / ".local/share/applications"):
@@ -72,17 +76,21 @@ class Desktop(contextlib.ExitStack):
         self.write_bookmarks(unsorted_tree())
 
     def _start_display(self):
+        number = self._start_server("-displayfd {}", "Xvfb", "-screen", "0", "1024x768x24", "-nolisten", "tcp")
+        self.environment["DISPLAY"] = f":{number}"
+
+    def _start_server(self, option, *command):
+        """Starts a program that has an option to write to a descriptor where it can be reached, as soon as it can.
+        Answers what it writes."""
         reader, writer = os.pipe()
-        self.start("Xvfb", "-displayfd", str(writer), "-screen", "0", "1024x768x24", "-nolisten", "tcp",
-                   pass_fds=[writer])
+        self.start(*command, *option.format(writer).split(), pass_fds=[writer])
         os.close(writer)
         with os.fdopen(reader) as answer:
-            self.environment["DISPLAY"] = ":" + answer.readline().strip()
+            return answer.readline().strip()
 
     def _start_bus(self):
-        address = f"unix:path={self.scratch}/run/bus"
-        self.start("dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}")
-        wait_for((self.scratch / "run/bus").exists, "a session bus")
+        address = self._start_server("--print-address={}", "dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                     f"--address=unix:path={self.scratch}/run/bus")
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
         self.bus = Bus(address)
         self.screen = Screen(self.environment["DISPLAY"], self.bus)

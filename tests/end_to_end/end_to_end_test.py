@@ -89,6 +89,25 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(stat.S_IMODE(backups[0].parent.stat().st_mode), 0o700)
         return backups[0]
 
+    def expect_left(self, quillery, lines="", has_agent=True, **settings):
+        """What it has left beside the bookmark file and backups: the printed lines, the login agent, the settings."""
+        self.assertEqual(quillery.lines(), lines)
+        self.assertEqual(self.autostart_entry.exists(), has_agent)
+        self.assertEqual(plistlib.loads(self.agent_file.read_bytes()) if self.agent_file.exists() else None,
+                         self.agent() if has_agent else None)
+        access = {"bookmarkAccessPreviouslyGranted": True} if has_agent else {}
+        self.assertEqual(quillery.defaults(), {**access, **settings})
+
+    def agent(self):
+        return {
+            "AssociatedBundleIdentifiers": [IDENTIFIER],
+            "Label": IDENTIFIER,
+            "ProgramArguments": [str(INSTALLATION / "bin/quillery"), "--login"],
+            "RunAtLoad": True,
+            "StandardErrorPath": str(self.agent_log.parent / "quillery-errors.log"),
+            "StandardOutPath": str(self.agent_log),
+        }
+
     def wait_for_lines(self, quillery, lines):
         wait_for(lambda: quillery.lines() == lines, f"the printed lines {lines!r}")
 
@@ -128,7 +147,7 @@ class EndToEndTest(unittest.TestCase):
         self.expect_one_backup()
         self.assertEqual(self.desktop.safari_events(), [])
         self.assertEqual(quillery.quit(), 0)
-        self.assertEqual(quillery.lines(), "")
+        self.expect_left(quillery)
 
     def test_sort_now_keeps_the_format_of_an_xml_file(self):
         self.arrange()
@@ -162,6 +181,7 @@ class EndToEndTest(unittest.TestCase):
         self.wait_for_lines(quillery, SORTED.format(backup))
         wait_for(self.desktop.is_safari_running, "a running Safari")
         self.assertTrue(quillery.has_no_windows())
+        self.expect_left(quillery, lines=SORTED.format(backup))
 
     def test_cancel_leaves_an_open_safari_and_the_file_alone(self):
         self.arrange()
@@ -173,6 +193,7 @@ class EndToEndTest(unittest.TestCase):
         wait_for(quillery.has_no_windows, "an alert that Escape closes")
         self.assertEqual(self.desktop.safari_events(), ["started"])
         self.expect_untouched()
+        self.expect_left(quillery)
 
     def test_retry_sorts_at_once_when_safari_has_been_quit_meanwhile(self):
         self.arrange()
@@ -220,15 +241,16 @@ class EndToEndTest(unittest.TestCase):
         self.wait_for_lines(quillery, SORTED.format(backup))
         self.assertEqual(self.desktop.safari_events(), ["started", "quit"])
         self.assertTrue(quillery.has_no_windows())
+        self.expect_left(quillery, lines=SORTED.format(backup))
 
     def test_stop_persists_over_a_restart_and_safari_quitting_changes_nothing(self):
         self.arrange()
         quillery = self.launch_with_agent()
-        self.assertNotIn("sortingPaused", quillery.defaults())
+        self.expect_left(quillery)
         quillery.choose("Running — Stop")
         wait_for(lambda: quillery.status() == "Stopped — Start", "a stopped program")
-        self.assertIs(quillery.defaults()["sortingPaused"], True)
         self.assertEqual(quillery.quit(), 0)
+        self.expect_left(quillery, sortingPaused=True)
 
         quillery = self.launch()
         self.assertEqual(quillery.status(), "Stopped — Start")
@@ -239,7 +261,7 @@ class EndToEndTest(unittest.TestCase):
         self.expect_untouched()
         quillery.choose("Stopped — Start")
         wait_for(lambda: quillery.status() == "Running — Stop", "a running program")
-        self.assertIs(quillery.defaults()["sortingPaused"], False)
+        self.expect_left(quillery, sortingPaused=False)
 
     # --- The schedule ---
 
@@ -273,22 +295,22 @@ class EndToEndTest(unittest.TestCase):
         self.picture("schedule", window)
         self.desktop.screen.type("Return")
         wait_for(quillery.has_no_windows, "a window that Return closes")
-        self.assertEqual(
-            {key: value for key, value in quillery.defaults().items() if key != "bookmarkAccessPreviouslyGranted"},
-            {"sortOnSafariQuit": True, "scheduleDays": [1, 2, 3, 4, 5, 6, 7], "dailyEnabled": True, "dailyHour": hour,
-             "dailyMinute": minute})
+        settings = {"sortOnSafariQuit": True, "scheduleDays": [1, 2, 3, 4, 5, 6, 7], "dailyEnabled": True,
+                    "dailyHour": hour, "dailyMinute": minute}
+        self.expect_left(quillery, **settings)
         self.expect_untouched()
 
         wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit", "quit", "started"],
                  "a Safari that quit and came back", patience=40)
         self.assertEqual(self.desktop.titles(), SORTED_TITLES)
-        self.wait_for_lines(quillery, SORTED.format(self.expect_one_backup()))
+        lines = SORTED.format(self.expect_one_backup())
+        self.wait_for_lines(quillery, lines)
         self.assertTrue(quillery.has_no_windows())
+        self.expect_left(quillery, lines=lines, **settings)
 
     def test_the_schedule_window_wants_a_day_and_escape_discards_its_edits(self):
         self.arrange()
         quillery = self.launch_with_agent()
-        before = quillery.defaults()
         quillery.choose("Schedule…")
         window = quillery.window("Schedule")
         self.desktop.screen.press(window.find("check box", "Enable scheduled sorting"))
@@ -309,7 +331,7 @@ class EndToEndTest(unittest.TestCase):
         quillery.window("Schedule")
         self.desktop.screen.type("Escape")
         wait_for(quillery.has_no_windows, "a window that Escape closes")
-        self.assertEqual(quillery.defaults(), before)
+        self.expect_left(quillery)
 
     # --- Safari that does not quit ---
 
@@ -335,7 +357,7 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(self.desktop.safari_events(), ["started", "asked to quit"])
         self.assertTrue(self.desktop.is_safari_running())
         self.expect_untouched()
-        self.assertEqual(quillery.lines(), "")
+        self.expect_left(quillery)
         quillery.choose("Sort Now…")
         quillery.alert(SAFARI_IS_OPEN)
 
@@ -349,7 +371,7 @@ class EndToEndTest(unittest.TestCase):
         wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit"], "a Safari that was asked to quit")
         quillery.send_signal(signal.SIGTERM)
         self.assertEqual(quillery.wait(), 0)
-        self.assertEqual(quillery.lines(), "")
+        self.expect_left(quillery)
         self.expect_untouched()
         safari.send_signal(signal.SIGUSR1)
         wait_for(lambda: not self.desktop.is_safari_running(), "a closed Safari")
@@ -381,12 +403,13 @@ class EndToEndTest(unittest.TestCase):
             "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles", str(INSTALLATION.parent)])
         quillery.press(window, "Retry")
         stays(quillery.windows, "a window that waits for access", seconds=1.5)
-        self.assertFalse(self.agent_file.exists())
+        self.expect_left(quillery, has_agent=False)
         self.grant_access()
         wait_for(quillery.has_no_windows, "a window that closed by itself")
         wait_for(self.autostart_entry.exists, "a registered login agent")
         self.assertEqual(quillery.status(), "Running — Stop")
-        self.assertIs(quillery.defaults()["bookmarkAccessPreviouslyGranted"], True)
+        self.expect_left(quillery)
+        self.expect_untouched()
 
     def test_access_that_is_lost_stops_sorting_until_it_is_granted_again(self):
         self.arrange()
@@ -394,7 +417,7 @@ class EndToEndTest(unittest.TestCase):
         self.take_access()
         quillery.choose("Sort Now…")
         wait_for(lambda: quillery.status() == ACCESS_REQUIRED, "a status that says so")
-        self.assertNotIn("sortingPaused", quillery.defaults())
+        self.expect_left(quillery)
         quillery.tell("Activate", "(a{sv})", {})
         window = quillery.window("Quillery")
         self.assertIn(ACCESS_HEADING, window.texts())
@@ -413,27 +436,18 @@ class EndToEndTest(unittest.TestCase):
         quillery.press(quillery.window("Quillery"), "Cancel")
         wait_for(quillery.has_no_windows, "a closed window")
         wait_for(lambda: quillery.status() == ACCESS_REQUIRED, "a status that says so")
-        self.assertFalse(self.agent_file.exists())
-        self.assertFalse(self.autostart_entry.exists())
+        self.expect_left(quillery, has_agent=False)
 
     # --- The login agent ---
 
     def test_the_first_run_registers_the_login_agent_and_the_second_changes_nothing(self):
         self.arrange()
         quillery = self.launch_with_agent()
-        logs = self.agent_log.parent
-        self.assertEqual(plistlib.loads(self.agent_file.read_bytes()), {
-            "AssociatedBundleIdentifiers": [IDENTIFIER],
-            "Label": IDENTIFIER,
-            "ProgramArguments": [str(INSTALLATION / "bin/quillery"), "--login"],
-            "RunAtLoad": True,
-            "StandardErrorPath": str(logs / "quillery-errors.log"),
-            "StandardOutPath": str(logs / "quillery.log"),
-        })
+        self.expect_left(quillery)
         self.assertTrue(self.agent_file.read_bytes().startswith(b"<?xml"))
         # What RunAtLoad started had nothing to say.
         self.assertEqual(self.agent_log.read_text(encoding="utf-8"), "")
-        self.assertEqual((logs / "quillery-errors.log").read_text(encoding="utf-8"), "")
+        self.assertEqual((self.agent_log.parent / "quillery-errors.log").read_text(encoding="utf-8"), "")
         self.assertEqual(quillery.quit(), 0)
 
         before = [self.identity(path) for path in (self.agent_file, self.autostart_entry)]
@@ -456,6 +470,8 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(second.lines(), "")
         self.assertEqual(second.errors.read_text(encoding="utf-8"), "")
         self.assertEqual(quillery.status(), "Running — Stop")
+        self.expect_left(quillery)
+        self.expect_untouched()
 
     def test_a_login_start_alone_runs(self):
         self.arrange()
