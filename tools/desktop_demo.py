@@ -33,7 +33,7 @@ def show_trees(before, after):
 
 def main():
     installation, bookmark_tree, screenshot = sys.argv[1:]
-    with Desktop(installation, has_older_tray=True) as desktop:
+    with Desktop(installation, panel="older tray") as desktop:
         desktop.bookmarks.write_bytes((ROOT / "tests/data/demo/Bookmarks.binary.plist").read_bytes())
         before = tree(bookmark_tree, desktop)
         desktop.start_safari()

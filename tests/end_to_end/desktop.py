@@ -32,10 +32,11 @@ Exec={command}
 
 
 class Desktop(contextlib.ExitStack):
-    """`installation` is the folder in which the program is installed. The panel is one for status notifiers, or one
-    that has only the older tray of X. Programs tell what they show, as to a screen reader, if it has accessibility."""
+    """`installation` is the folder in which the program is installed. There is a panel for status notifiers
+    ("notifiers"), one that has only the older tray of X ("older tray"), or none (None). Programs tell what they show,
+    as to a screen reader, if it has accessibility."""
 
-    def __init__(self, installation, has_older_tray=False, has_accessibility=True, environment=()):
+    def __init__(self, installation, panel="notifiers", has_accessibility=True, environment=()):
         super().__init__()
         self.installation = pathlib.Path(installation).resolve()
         self.scratch = pathlib.Path(tempfile.mkdtemp(prefix="quillery-"))
@@ -60,7 +61,7 @@ class Desktop(contextlib.ExitStack):
         try:
             self._start_display()
             self._start_bus()
-            self._start_panel(has_older_tray)
+            self._start_panel(panel)
         except BaseException:
             self.close()
             raise
@@ -97,12 +98,12 @@ class Desktop(contextlib.ExitStack):
         self.callback(self.screen.display.close)
         self.screen.paint(0x4F, 0x6D, 0x8A)
 
-    def _start_panel(self, has_older_tray):
+    def _start_panel(self, panel):
         self.start("openbox")
-        if has_older_tray:
+        if panel == "older tray":
             self.start("trayer", "--edge", "top", "--align", "right", "--width", "20", "--height", "24")
             wait_for(self.screen.has_older_tray, "a tray")
-        else:
+        elif panel == "notifiers":
             self.start(PYTHON, str(HERE / "status_notifier_host.py"))
             wait_for(lambda: self.bus.has_owner(WATCHER), "a host for status notifiers")
 

@@ -553,12 +553,24 @@ class EndToEndTest(unittest.TestCase):
         quillery.window("About Quillery")
 
     def test_an_older_tray_shows_the_icon_and_its_menu(self):
-        self.arrange(has_older_tray=True)
+        self.arrange(panel="older tray")
         quillery = Quillery(self.desktop)
         _, y, _, height = quillery.open_menu_in_older_tray()
         self.desktop.screenshot(SCREENSHOTS / "menu.png", (640, 0, 384, y + height + 16))
         self.desktop.screen.type("Down", "Return")
         quillery.window("About Quillery")
+
+    def test_where_there_is_no_tray_opening_it_again_shows_the_menu_at_the_pointer(self):
+        self.arrange(panel=None)
+        quillery = Quillery(self.desktop)
+        wait_for(self.autostart_entry.exists, "a registered login agent")
+        quillery.tell("Activate", "(a{sv})", {})
+        x, y, _, _ = quillery.wait_for_menu()
+        self.assertLess(max(abs(x - 512), abs(y - 384)), 8)  # the pointer starts in the middle of the screen
+        self.desktop.screen.type("Down", "Return")
+        quillery.window("About Quillery")
+        self.assertEqual(quillery.errors.read_text(encoding="utf-8"),
+                         "quillery: no system tray; opening the program again shows its menu\n")
 
     def test_an_idle_program_wakes_the_processor_at_most_once_a_minute(self):
         self.arrange(has_accessibility=False)

@@ -39,16 +39,18 @@ class Quillery:
     def choose(self, title):
         self.item.choose(title)
 
+    def _own_windows(self):
+        return self.desktop.screen.viewable(lambda name: name == "Quillery")
+
     def open_menu_in_older_tray(self):
         """Clicks its icon there. Answers the frame of the menu that opens: x, y, width and height."""
-        screen = self.desktop.screen
+        x, y, width, height = wait_for(self._own_windows, "an icon in the tray")[0]
+        self.desktop.screen.click(x + width // 2, y + height // 2)
+        return self.wait_for_menu(besides=[(x, y, width, height)])
 
-        def own_windows():
-            return screen.viewable(lambda name: name == "Quillery")
-        icon = wait_for(own_windows, "an icon in the tray")
-        x, y, width, height = icon[0]
-        screen.click(x + width // 2, y + height // 2)
-        return wait_for(lambda: [frame for frame in own_windows() if frame not in icon], "an open menu")[0]
+    def wait_for_menu(self, besides=()):
+        """The frame of its menu once that is open; `besides` are those of its windows that are there already."""
+        return wait_for(lambda: [frame for frame in self._own_windows() if frame not in besides], "an open menu")[0]
 
     def status(self):
         """The title of the menu's status line, the third item."""
