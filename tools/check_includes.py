@@ -22,8 +22,9 @@ RULES = [
     (VALUES + ["engine/plist_*.cpp", "engine/base64.cpp"], VALUES, False),
     (INTERFACES, INTERFACES + ["engine/plist_value.h", "engine/bytes.h"], False),
     (CORE, CORE + INTERFACES, False),
-    (["platform/linux/**"], INTERFACES + VALUES + ["platform/linux/**", "app/product.h"], True),
-    (["platform/macos/**"], INTERFACES + VALUES + ["platform/macos/**", "app/product.h"], True),
+    (["platform/posix/**"], INTERFACES + VALUES + ["platform/posix/**"], True),
+    (["platform/linux/**"], INTERFACES + VALUES + ["platform/linux/**", "platform/posix/**", "app/product.h"], True),
+    (["platform/macos/**"], INTERFACES + VALUES + ["platform/macos/**", "platform/posix/**", "app/product.h"], True),
     (["tests/**", "bench/**", "fuzz/**", "tools/**"], ANY, True),
 ]
 

@@ -14,7 +14,7 @@
 #include <system_error>
 
 #include "platform/error.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 #include "platform/linux/installed_bundle.h"
 #include "platform/linux/word_pointers.h"
 

@@ -1,6 +1,6 @@
 // The platform of a Linux session without a screen.
 #include "platform/linux/civil_calendar.h"
-#include "platform/linux/console_user_interface.h"
+#include "platform/posix/console_user_interface.h"
 #include "platform/linux/icu_collation.h"
 #include "platform/linux/installed_bundle.h"
 #include "platform/linux/linux_processes.h"

@@ -4,9 +4,7 @@
 #include <string>
 
 #include "platform/file_system.h"
-
-// Whether what was written is waited for until the disk has it.
-enum class Flush { toDisk, never };
+#include "platform/posix/durable_files.h"
 
 // Errors have the domain "POSIX", the system's error number as code, and a description with the file's name, the
 // system's words and the whole path.
@@ -27,19 +25,15 @@ class PosixFileSystem : public FileSystem {
 
   void createFolder(const std::string& path, unsigned mode) override;
 
-  // The file is readable for its owner only from its first moment on, whatever the umask; a symbolic link counts
-  // as a name that exists.
+  // As writeNewFile says.
   void writeNew(const std::string& path, const Bytes& bytes) override;
 
   void setMode(const std::string& path, unsigned mode) override;
 
-  // A file that did not exist gets the permission bits of any new file. The owner and group of an old one are kept
-  // where the system permits it. Once the new file is in place the call has succeeded: a failure to flush the
-  // folder after that is not reported, because then either the old file or the new one is whole on disk, and
-  // saying that nothing was replaced would be wrong.
+  // As replaceFile says; a file that did not exist gets the permission bits of any new file.
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
 
-  // The same, but a file that did not exist gets exactly `modeIfNew`, from the moment on that it has its name.
+  // The same, with the permission bits for a file that did not exist.
   void writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew);
 
  private:

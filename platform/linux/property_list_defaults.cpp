@@ -13,7 +13,7 @@
 
 #include "app/product.h"
 #include "platform/error.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace {
 

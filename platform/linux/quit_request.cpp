@@ -13,7 +13,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 #include "platform/linux/object_path.h"
 #include "platform/linux/session_bus.h"
 

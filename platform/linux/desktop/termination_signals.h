@@ -6,7 +6,7 @@
 #include <functional>
 #include <utility>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/posix/file_descriptor.h"
 
 // Takes SIGTERM and SIGINT for as long as it lives; what was to become of them before is so again after it. Only one of
 // these may live at a time. There must be a QCoreApplication.

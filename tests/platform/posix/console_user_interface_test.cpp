@@ -1,4 +1,4 @@
-#include "platform/linux/console_user_interface.h"
+#include "platform/posix/console_user_interface.h"
 
 #include <gtest/gtest.h>
 

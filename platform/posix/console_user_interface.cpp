@@ -1,4 +1,4 @@
-#include "platform/linux/console_user_interface.h"
+#include "platform/posix/console_user_interface.h"
 
 std::size_t ConsoleUserInterface::runModal(const Alert& alert) {
   output_ << alert.messageText << '\n' << alert.informativeText << '\n' << std::flush;
