@@ -1,0 +1,29 @@
+// The process as an application of AppKit's.
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include <memory>
+
+#include "platform/application.h"
+#include "platform/macos/objective_c.h"
+
+@class ApplicationForwarder;
+
+// NSApplication's shared one. There is one of these at a time.
+class AppKitApplication : public Application {
+ public:
+  AppKitApplication();
+
+  void setDelegate(const std::weak_ptr<ApplicationDelegate>& delegate) override;
+
+  // AppKit ends the process when the application terminates, so this returns only if that fails.
+  void run() override;
+
+  // Returns only if the delegate refuses.
+  void terminate() override;
+
+ private:
+  NSApplication* application_ = NSApplication.sharedApplication;
+  ApplicationForwarder* forwarder_;  // AppKit holds its delegate weakly
+};

@@ -1,0 +1,50 @@
+#include "platform/macos/desktop/appkit_application.h"
+
+#include "platform/macos/desktop/callback.h"
+
+// Passes on what AppKit tells and asks. Where there is no delegate any more, AppKit goes its usual way.
+@interface ApplicationForwarder : NSObject <NSApplicationDelegate>
+- (void)setDelegate:(const std::weak_ptr<ApplicationDelegate>&)delegate;
+@end
+
+@implementation ApplicationForwarder {
+  std::weak_ptr<ApplicationDelegate> delegate_;
+}
+
+- (void)setDelegate:(const std::weak_ptr<ApplicationDelegate>&)delegate {
+  delegate_ = delegate;
+}
+
+- (void)applicationDidFinishLaunching:(NSNotification*)__unused notification {
+  callBack([&] {
+    if (const auto delegate = delegate_.lock()) delegate->applicationDidFinishLaunching();
+  });
+}
+
+- (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)__unused sender {
+  return callBack([&] {
+    const auto delegate = delegate_.lock();
+    return !delegate || delegate->applicationShouldTerminate() ? NSTerminateNow : NSTerminateCancel;
+  });
+}
+
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)__unused sender hasVisibleWindows:(BOOL)hasVisibleWindows {
+  return callBack([&] {
+    const auto delegate = delegate_.lock();
+    return !delegate || delegate->applicationShouldHandleReopen(hasVisibleWindows);
+  });
+}
+
+@end
+
+AppKitApplication::AppKitApplication() : forwarder_([[ApplicationForwarder alloc] init]) {
+  application_.delegate = forwarder_;
+}
+
+void AppKitApplication::setDelegate(const std::weak_ptr<ApplicationDelegate>& delegate) {
+  [forwarder_ setDelegate:delegate];
+}
+
+void AppKitApplication::run() { [application_ run]; }
+
+void AppKitApplication::terminate() { [application_ terminate:nil]; }

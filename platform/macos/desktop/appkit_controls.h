@@ -1,0 +1,43 @@
+// The controls that a program holds on to, over AppKit's. They outlive their window, but then nobody sees them.
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include "platform/macos/objective_c.h"
+#include "platform/window.h"
+
+// A push button or a check box.
+class AppKitButton : public Button {
+ public:
+  explicit AppKitButton(NSButton* button) : button_(button) {}
+  bool isOn() const override { return button_.state == NSControlStateValueOn; }
+  void setOn(bool on) override { button_.state = on ? NSControlStateValueOn : NSControlStateValueOff; }
+  void setEnabled(bool enabled) override { button_.enabled = enabled; }
+  int tag() const override { return static_cast<int>(button_.tag); }
+
+ private:
+  NSButton* button_;
+};
+
+class AppKitPopUpButton : public PopUpButton {
+ public:
+  explicit AppKitPopUpButton(NSPopUpButton* popUp) : popUp_(popUp) {}
+  std::size_t selectedIndex() const override;
+  // An index that there is not is ignored.
+  void select(std::size_t index) override;
+  void setEnabled(bool enabled) override { popUp_.enabled = enabled; }
+
+ private:
+  NSPopUpButton* popUp_;
+};
+
+class AppKitDatePicker : public DatePicker {
+ public:
+  explicit AppKitDatePicker(NSDatePicker* picker) : picker_(picker) {}
+  Instant dateValue() const override;
+  void setDateValue(Instant date) override;
+  void setEnabled(bool enabled) override { picker_.enabled = enabled; }
+
+ private:
+  NSDatePicker* picker_;
+};

@@ -1,0 +1,34 @@
+// A menu of AppKit's.
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include "platform/macos/objective_c.h"
+#include "platform/menu.h"
+
+class AppKitMenuItem : public MenuItem {
+ public:
+  explicit AppKitMenuItem(NSMenuItem* item) : item_(item) {}
+
+  std::string title() const override;
+  void setTitle(const std::string& title) override;
+  void setEnabled(bool enabled) override { item_.enabled = enabled; }
+  void setOn(bool on) override { item_.state = on ? NSControlStateValueOn : NSControlStateValueOff; }
+
+ private:
+  NSMenuItem* item_;
+};
+
+// AppKit closes the menu before an item's action runs, so that may show a dialog. Where AppKit decides which items are
+// enabled, all of these are.
+class AppKitMenu : public Menu {
+ public:
+  std::shared_ptr<MenuItem> addItem(const std::string& title, Action action) override;
+  void addSeparator() override;
+  void setAutoenablesItems(bool autoenables) override { menu_.autoenablesItems = autoenables; }
+
+  NSMenu* menu() const { return menu_; }
+
+ private:
+  NSMenu* menu_ = [[NSMenu alloc] initWithTitle:@""];
+};

@@ -1,0 +1,24 @@
+#include "platform/macos/desktop/appkit_user_interface.h"
+
+#import <AppKit/AppKit.h>
+
+#include <algorithm>
+
+#include "platform/macos/conversions.h"
+
+void AppKitUserInterface::becomeAccessory() {
+  [NSApplication.sharedApplication setActivationPolicy:NSApplicationActivationPolicyAccessory];
+}
+
+void AppKitUserInterface::activateIgnoringOthers() { [NSApplication.sharedApplication activateIgnoringOtherApps:YES]; }
+
+std::size_t AppKitUserInterface::runModal(const Alert& alert) {
+  NSAlert* const dialog = [[NSAlert alloc] init];
+  dialog.messageText = stringOf(alert.messageText);
+  dialog.informativeText = stringOf(alert.informativeText);
+  for (const std::string& button : alert.buttons) [dialog addButtonWithTitle:stringOf(button)];
+  const NSModalResponse response = [dialog runModal];
+  const std::size_t last = std::max<std::size_t>(alert.buttons.size(), 1) - 1;
+  if (response < NSAlertFirstButtonReturn) return last;
+  return std::min(static_cast<std::size_t>(response - NSAlertFirstButtonReturn), last);
+}

@@ -1,0 +1,34 @@
+// A window of AppKit's.
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include "platform/macos/objective_c.h"
+#include "platform/window.h"
+
+class AppKitWindow : public Window {
+ public:
+  explicit AppKitWindow(const WindowDescription& description);
+  // The window itself goes by the run loop: an action that runs in one of its controls may give it up.
+  ~AppKitWindow() override;
+  AppKitWindow(const AppKitWindow&) = delete;
+  AppKitWindow& operator=(const AppKitWindow&) = delete;
+
+  std::shared_ptr<Button> add(const PushButton& button) override;
+  std::shared_ptr<Button> add(const CheckBox& checkBox) override;
+  std::shared_ptr<PopUpButton> add(const PopUp& popUp) override;
+  std::shared_ptr<DatePicker> addTimePicker(const Frame& frame) override;
+  void add(const Label& label) override;
+  void add(const Image& image) override;
+
+  void center() override;
+  void makeKeyAndOrderFront() override;
+  void orderOut() override;
+
+ private:
+  void place(NSView* view, const Frame& frame);
+  void placeControl(NSControl* control, const Frame& frame, const Action& action);
+
+  NSWindow* window_;
+  NSView* lastControl_ = nil;  // in the order of Tab
+};

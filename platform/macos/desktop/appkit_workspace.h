@@ -1,0 +1,16 @@
+// The user's session on a Mac.
+#pragma once
+
+#include "platform/workspace.h"
+
+// NSWorkspace. An application's location is the path of its bundle.
+class AppKitWorkspace : public Workspace {
+ public:
+  std::optional<std::string> locateApplication(const std::string& bundleIdentifier) override;
+  void openApplication(const std::string& location) override;
+  void openAddress(const std::string& address) override;
+  void openFolder(const std::string& path) override;
+  void revealFile(const std::string& path) override;
+  Observation observeTerminations(TerminationHandler handler) override;
+  Observation observeWake(std::function<void()> handler) override;
+};

@@ -1,0 +1,55 @@
+#include "platform/macos/desktop/appkit_workspace.h"
+
+#import <AppKit/AppKit.h>
+
+#include <utility>
+
+#include "platform/macos/appkit_applications.h"
+#include "platform/macos/conversions.h"
+#include "platform/macos/desktop/notification_observer.h"
+
+namespace {
+
+NSWorkspace* workspace() { return NSWorkspace.sharedWorkspace; }
+
+// The application that a notification is about; null where it names none.
+std::shared_ptr<RunningApplication> applicationIn(NSNotification* notification) {
+  id const application = notification.userInfo[NSWorkspaceApplicationKey];
+  return [application isKindOfClass:[NSRunningApplication class]] ? runningApplicationOf(application) : nullptr;
+}
+
+}  // namespace
+
+std::optional<std::string> AppKitWorkspace::locateApplication(const std::string& bundleIdentifier) {
+  NSString* const path = [workspace() URLForApplicationWithBundleIdentifier:stringOf(bundleIdentifier)].path;
+  return path != nil ? std::optional(textOf(path)) : std::nullopt;
+}
+
+void AppKitWorkspace::openApplication(const std::string& location) {
+  [workspace() openApplicationAtURL:fileAddress(location)
+                      configuration:[NSWorkspaceOpenConfiguration configuration]
+                  completionHandler:nil];
+}
+
+void AppKitWorkspace::openAddress(const std::string& address) {
+  if (NSURL* const url = [NSURL URLWithString:stringOf(address)]) [workspace() openURL:url];
+}
+
+void AppKitWorkspace::openFolder(const std::string& path) {
+  [workspace() openURL:[NSURL fileURLWithPath:stringOf(path) isDirectory:YES]];
+}
+
+void AppKitWorkspace::revealFile(const std::string& path) {
+  [workspace() activateFileViewerSelectingURLs:@[ fileAddress(path) ]];
+}
+
+Observation AppKitWorkspace::observeTerminations(TerminationHandler handler) {
+  return observeNotifications(
+      workspace().notificationCenter, NSWorkspaceDidTerminateApplicationNotification,
+      [handler = std::move(handler)](NSNotification* notification) { handler(applicationIn(notification)); });
+}
+
+Observation AppKitWorkspace::observeWake(std::function<void()> handler) {
+  return observeNotifications(workspace().notificationCenter, NSWorkspaceDidWakeNotification,
+                              [handler = std::move(handler)](NSNotification*) { handler(); });
+}

@@ -1,0 +1,27 @@
+// The platform of a Mac's session without a screen.
+#include "platform/macos/appkit_applications.h"
+#include "platform/macos/foundation_calendar.h"
+#include "platform/macos/foundation_collation.h"
+#include "platform/macos/foundation_file_system.h"
+#include "platform/macos/foundation_processes.h"
+#include "platform/macos/foundation_property_lists.h"
+#include "platform/macos/main_bundle.h"
+#include "platform/macos/objective_c.h"
+#include "platform/macos/standard_defaults.h"
+#include "platform/platform.h"
+#include "platform/posix/console_user_interface.h"
+
+const Platform& nativePlatform() {
+  static FoundationPropertyLists propertyLists;
+  static FoundationFileSystem fileSystem;
+  static AppKitApplications runningApplications;
+  static FoundationCalendars calendars;
+  static FoundationCollation collation;
+  static ConsoleUserInterface userInterface;
+  static MainBundle bundle;
+  static FoundationProcesses processes;
+  static StandardDefaults userDefaults;
+  static const Platform platform{propertyLists, fileSystem, runningApplications, calendars,   collation,
+                                 userInterface, bundle,     processes,           userDefaults};
+  return platform;
+}

@@ -1,0 +1,8 @@
+// What every Objective-C++ source of this layer includes first.
+#pragma once
+
+#if !__has_feature(objc_arc)
+#error "The sources of platform/macos rely on automatic reference counting: compile them with -fobjc-arc."
+#endif
+
+#import <Foundation/Foundation.h>

@@ -1,0 +1,250 @@
+// What the program uses of AppKit, declared for a build where the framework's own headers are not at hand. Names, types
+// and values are those of the framework's public documentation.
+#pragma once
+
+#import <CoreGraphics/CoreGraphics.h>
+#import <Foundation/Foundation.h>
+
+#ifdef __cplusplus
+#define APPKIT_EXTERN extern "C"
+#else
+#define APPKIT_EXTERN extern
+#endif
+
+NS_ASSUME_NONNULL_BEGIN
+
+@class NSApplication;
+@class NSCell;
+@class NSFont;
+@class NSImage;
+@class NSMenu;
+@class NSMenuItem;
+@class NSRunningApplication;
+@class NSView;
+
+// --- The application ---
+
+typedef enum NSApplicationActivationPolicy : NSInteger {
+  NSApplicationActivationPolicyAccessory = 1
+} NSApplicationActivationPolicy;
+
+typedef enum NSApplicationTerminateReply : NSUInteger {
+  NSTerminateCancel = 0,
+  NSTerminateNow = 1
+} NSApplicationTerminateReply;
+
+@protocol NSApplicationDelegate <NSObject>
+@optional
+- (void)applicationDidFinishLaunching:(NSNotification*)notification;
+- (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)sender;
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)sender hasVisibleWindows:(BOOL)hasVisibleWindows;
+@end
+
+@interface NSResponder : NSObject
+@end
+
+@interface NSApplication : NSResponder
+@property(class, readonly, strong) __kindof NSApplication* sharedApplication;
+@property(nullable, weak) id<NSApplicationDelegate> delegate;
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)activationPolicy;
+- (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;
+- (void)run;
+- (void)terminate:(nullable id)sender;
+@end
+
+// --- Images, fonts and text ---
+
+@interface NSImage : NSObject <NSCopying>
+- (void)setTemplate:(BOOL)isTemplate;  // no property, whose name C++ would take for a word of its own
+- (nullable instancetype)initWithContentsOfFile:(NSString*)fileName;
++ (nullable instancetype)imageWithSystemSymbolName:(NSString*)name
+                          accessibilityDescription:(nullable NSString*)description;
+@end
+
+@interface NSFont : NSObject <NSCopying>
++ (NSFont*)systemFontOfSize:(CGFloat)fontSize;
++ (NSFont*)boldSystemFontOfSize:(CGFloat)fontSize;
+@end
+
+// Intel processors have the two in the other order.
+typedef enum NSTextAlignment : NSInteger {
+#if defined(__x86_64__)
+  NSTextAlignmentCenter = 2
+#else
+  NSTextAlignmentCenter = 1
+#endif
+} NSTextAlignment;
+
+// --- Menus ---
+
+typedef NSInteger NSControlStateValue;
+static const NSControlStateValue NSControlStateValueOff = 0;
+static const NSControlStateValue NSControlStateValueOn = 1;
+
+@interface NSMenuItem : NSObject <NSCopying>
+@property(copy) NSString* title;
+@property(getter=isEnabled) BOOL enabled;
+@property NSControlStateValue state;
+@property(nullable, weak) id target;
+@property(nullable, strong) id representedObject;
+- (instancetype)initWithTitle:(NSString*)string
+                       action:(nullable SEL)selector
+                keyEquivalent:(NSString*)charCode;
++ (NSMenuItem*)separatorItem;
+@end
+
+@interface NSMenu : NSObject <NSCopying>
+@property BOOL autoenablesItems;
+- (instancetype)initWithTitle:(NSString*)title;
+- (void)addItem:(NSMenuItem*)newItem;
+- (NSMenuItem*)addItemWithTitle:(NSString*)string
+                         action:(nullable SEL)selector
+                  keyEquivalent:(NSString*)charCode;
+@end
+
+// --- Views and controls ---
+
+@interface NSView : NSResponder
+@property NSRect frame;
+@property(copy, nullable) NSString* toolTip;
+@property(nullable, assign) NSView* nextKeyView;
+- (instancetype)initWithFrame:(NSRect)frameRect;
+- (void)addSubview:(NSView*)view;
+@end
+
+@interface NSCell : NSObject <NSCopying>
+@property(nullable, strong) id representedObject;
+@end
+
+@interface NSControl : NSView
+@property(nullable, weak) id target;
+@property(nullable) SEL action;
+@property NSInteger tag;
+@property(getter=isEnabled) BOOL enabled;
+@property(nullable, strong) NSFont* font;
+@property NSTextAlignment alignment;
+@property(nullable, strong) __kindof NSCell* cell;
+@end
+
+typedef enum NSBezelStyle : NSUInteger { NSBezelStyleRounded = 1 } NSBezelStyle;
+
+@interface NSButton : NSControl
+@property NSBezelStyle bezelStyle;
+@property(copy) NSString* keyEquivalent;
+@property(nullable, strong) NSImage* image;
+@property NSControlStateValue state;
++ (instancetype)buttonWithTitle:(NSString*)title target:(nullable id)target action:(nullable SEL)action;
++ (instancetype)checkboxWithTitle:(NSString*)title target:(nullable id)target action:(nullable SEL)action;
+@end
+
+@interface NSPopUpButton : NSButton
+@property(nullable, strong) NSMenu* menu;
+@property(readonly) NSInteger indexOfSelectedItem;
+@property(readonly) NSInteger numberOfItems;
+- (instancetype)initWithFrame:(NSRect)buttonFrame pullsDown:(BOOL)flag;
+- (void)selectItemAtIndex:(NSInteger)index;
+@end
+
+typedef enum NSDatePickerStyle : NSUInteger { NSDatePickerStyleTextFieldAndStepper = 0 } NSDatePickerStyle;
+
+typedef NSUInteger NSDatePickerElementFlags;
+enum : NSUInteger { NSDatePickerElementFlagHourMinute = 0x000c };
+
+@interface NSDatePicker : NSControl
+@property NSDatePickerStyle datePickerStyle;
+@property NSDatePickerElementFlags datePickerElements;
+@property(copy) NSDate* dateValue;
+@end
+
+@interface NSTextField : NSControl
++ (instancetype)labelWithString:(NSString*)stringValue;
++ (instancetype)wrappingLabelWithString:(NSString*)stringValue;
+@end
+
+typedef enum NSImageScaling : NSUInteger { NSImageScaleProportionallyUpOrDown = 3 } NSImageScaling;
+
+@interface NSImageView : NSControl
+@property(nullable, strong) NSImage* image;
+@property NSImageScaling imageScaling;
+@end
+
+// --- Windows and alerts ---
+
+typedef NSUInteger NSWindowStyleMask;
+enum : NSUInteger { NSWindowStyleMaskTitled = 1 << 0, NSWindowStyleMaskClosable = 1 << 1 };
+
+typedef enum NSBackingStoreType : NSUInteger { NSBackingStoreBuffered = 2 } NSBackingStoreType;
+
+@interface NSWindow : NSResponder
+@property(copy) NSString* title;
+@property(nullable, strong) __kindof NSView* contentView;
+@property(nullable, weak) NSView* initialFirstResponder;
+@property(getter=isReleasedWhenClosed) BOOL releasedWhenClosed;
+@property BOOL autorecalculatesKeyViewLoop;
+- (instancetype)initWithContentRect:(NSRect)contentRect
+                          styleMask:(NSWindowStyleMask)style
+                            backing:(NSBackingStoreType)backingStoreType
+                              defer:(BOOL)flag;
+- (void)center;
+- (void)makeKeyAndOrderFront:(nullable id)sender;
+- (void)orderOut:(nullable id)sender;
+@end
+
+typedef NSInteger NSModalResponse;
+static const NSModalResponse NSAlertFirstButtonReturn = 1000;
+
+@interface NSAlert : NSObject
+@property(copy) NSString* messageText;
+@property(copy) NSString* informativeText;
+- (NSButton*)addButtonWithTitle:(NSString*)title;
+- (NSModalResponse)runModal;
+@end
+
+// --- The menu bar ---
+
+static const CGFloat NSSquareStatusItemLength = -2.0;
+
+@interface NSStatusBarButton : NSButton
+@property BOOL appearsDisabled;
+@end
+
+@interface NSStatusItem : NSObject
+@property(nullable, strong) NSMenu* menu;
+@property(nullable, readonly, strong) NSStatusBarButton* button;
+@end
+
+@interface NSStatusBar : NSObject
+@property(class, readonly, strong) NSStatusBar* systemStatusBar;
+- (NSStatusItem*)statusItemWithLength:(CGFloat)length;
+- (void)removeStatusItem:(NSStatusItem*)item;
+@end
+
+// --- The session ---
+
+@interface NSRunningApplication : NSObject
+@property(nullable, readonly, copy) NSString* bundleIdentifier;
+@property(readonly) pid_t processIdentifier;
+- (BOOL)terminate;
++ (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:(NSString*)bundleIdentifier;
+@end
+
+@interface NSWorkspaceOpenConfiguration : NSObject <NSCopying>
++ (instancetype)configuration;
+@end
+
+APPKIT_EXTERN NSNotificationName const NSWorkspaceDidTerminateApplicationNotification;
+APPKIT_EXTERN NSNotificationName const NSWorkspaceDidWakeNotification;
+APPKIT_EXTERN NSString* const NSWorkspaceApplicationKey;
+
+@interface NSWorkspace : NSObject
+@property(class, readonly, strong) NSWorkspace* sharedWorkspace;
+@property(readonly, strong) NSNotificationCenter* notificationCenter;
+- (BOOL)openURL:(NSURL*)url;
+- (void)openApplicationAtURL:(NSURL*)applicationURL
+               configuration:(NSWorkspaceOpenConfiguration*)configuration
+           completionHandler:(nullable void (^)(NSRunningApplication* _Nullable app, NSError* _Nullable error))handler;
+- (void)activateFileViewerSelectingURLs:(NSArray<NSURL*>*)fileURLs;
+- (nullable NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)bundleIdentifier;
+@end
+
+NS_ASSUME_NONNULL_END

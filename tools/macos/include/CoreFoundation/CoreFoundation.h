@@ -1,0 +1,37 @@
+// What the program uses of CoreFoundation, declared for a build where the framework's own headers are not at hand.
+#pragma once
+
+#include <objc/objc.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef unsigned long CFTypeID;
+typedef unsigned char Boolean;
+typedef const void* CFTypeRef;
+typedef const struct __attribute__((objc_bridge(NSNumber))) __CFNumber* CFNumberRef;
+typedef const struct __attribute__((objc_bridge(NSDictionary))) __CFDictionary* CFDictionaryRef;
+
+CFTypeID CFGetTypeID(CFTypeRef object);
+CFTypeID CFBooleanGetTypeID(void);
+Boolean CFNumberIsFloatType(CFNumberRef number);
+
+// Geometry.
+typedef double CGFloat;
+typedef struct CGPoint {
+  CGFloat x;
+  CGFloat y;
+} CGPoint;
+typedef struct CGSize {
+  CGFloat width;
+  CGFloat height;
+} CGSize;
+typedef struct CGRect {
+  CGPoint origin;
+  CGSize size;
+} CGRect;
+
+#ifdef __cplusplus
+}
+#endif

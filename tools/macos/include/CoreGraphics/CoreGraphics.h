@@ -1,0 +1,14 @@
+// What the program uses of CoreGraphics, declared for a build where the framework's own headers are not at hand.
+#pragma once
+
+#import <CoreFoundation/CoreFoundation.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+CFDictionaryRef _Nullable CGSessionCopyCurrentDictionary(void) __attribute__((cf_returns_retained));
+
+#ifdef __cplusplus
+}
+#endif
