@@ -3,6 +3,9 @@
 
 #import <AppKit/AppKit.h>
 
+#include <vector>
+
+#include "platform/macos/desktop/action_target.h"
 #include "platform/macos/objective_c.h"
 #include "platform/menu.h"
 
@@ -31,4 +34,5 @@ class AppKitMenu : public Menu {
 
  private:
   NSMenu* menu_ = [[NSMenu alloc] initWithTitle:@""];
+  std::vector<ActionTarget*> targets_;  // which the items hold weakly
 };

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "platform/macos/conversions.h"
-#include "platform/macos/desktop/action_target.h"
 
 std::string AppKitMenuItem::title() const { return textOf(item_.title); }
 
@@ -11,9 +10,8 @@ void AppKitMenuItem::setTitle(const std::string& title) { item_.title = stringOf
 
 std::shared_ptr<MenuItem> AppKitMenu::addItem(const std::string& title, Action action) {
   NSMenuItem* const item = [menu_ addItemWithTitle:stringOf(title) action:@selector(performAction:) keyEquivalent:@""];
-  ActionTarget* const target = [[ActionTarget alloc] initWithAction:std::move(action)];
-  item.target = target;
-  item.representedObject = target;  // an item holds its target weakly
+  targets_.push_back([[ActionTarget alloc] initWithAction:std::move(action)]);
+  item.target = targets_.back();
   return std::make_shared<AppKitMenuItem>(item);
 }
 

@@ -3,6 +3,9 @@
 
 #import <AppKit/AppKit.h>
 
+#include <vector>
+
+#include "platform/macos/desktop/action_target.h"
 #include "platform/macos/objective_c.h"
 #include "platform/window.h"
 
@@ -30,5 +33,6 @@ class AppKitWindow : public Window {
   void placeControl(NSControl* control, const Frame& frame, const Action& action);
 
   NSWindow* window_;
-  NSView* lastControl_ = nil;  // in the order of Tab
+  std::vector<ActionTarget*> targets_;  // which the controls hold weakly
+  NSView* lastControl_ = nil;           // in the order of Tab
 };

@@ -1,7 +1,6 @@
 #include "platform/macos/desktop/appkit_window.h"
 
 #include "platform/macos/conversions.h"
-#include "platform/macos/desktop/action_target.h"
 #include "platform/macos/desktop/appkit_controls.h"
 
 namespace {
@@ -103,10 +102,9 @@ void AppKitWindow::place(NSView* view, const Frame& frame) {
 void AppKitWindow::placeControl(NSControl* control, const Frame& frame, const Action& action) {
   place(control, frame);
   if (action) {
-    ActionTarget* const target = [[ActionTarget alloc] initWithAction:action];
-    control.target = target;
+    targets_.push_back([[ActionTarget alloc] initWithAction:action]);
+    control.target = targets_.back();
     control.action = @selector(performAction:);
-    static_cast<NSCell*>(control.cell).representedObject = target;  // a control holds its target weakly
   }
   if (lastControl_ != nil)
     lastControl_.nextKeyView = control;

@@ -63,6 +63,7 @@ class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTi
 
  private:
   void fire() {
+    if (!handler_) return;  // it runs already
     const auto thisLives = shared_from_this();
     TimerHandler handler = std::move(handler_);
     if (!repeats_) finish();

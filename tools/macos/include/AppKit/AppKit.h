@@ -14,7 +14,6 @@
 NS_ASSUME_NONNULL_BEGIN
 
 @class NSApplication;
-@class NSCell;
 @class NSFont;
 @class NSImage;
 @class NSMenu;
@@ -86,7 +85,6 @@ static const NSControlStateValue NSControlStateValueOn = 1;
 @property(getter=isEnabled) BOOL enabled;
 @property NSControlStateValue state;
 @property(nullable, weak) id target;
-@property(nullable, strong) id representedObject;
 - (instancetype)initWithTitle:(NSString*)string
                        action:(nullable SEL)selector
                 keyEquivalent:(NSString*)charCode;
@@ -112,10 +110,6 @@ static const NSControlStateValue NSControlStateValueOn = 1;
 - (void)addSubview:(NSView*)view;
 @end
 
-@interface NSCell : NSObject <NSCopying>
-@property(nullable, strong) id representedObject;
-@end
-
 @interface NSControl : NSView
 @property(nullable, weak) id target;
 @property(nullable) SEL action;
@@ -123,7 +117,6 @@ static const NSControlStateValue NSControlStateValueOn = 1;
 @property(getter=isEnabled) BOOL enabled;
 @property(nullable, strong) NSFont* font;
 @property NSTextAlignment alignment;
-@property(nullable, strong) __kindof NSCell* cell;
 @end
 
 typedef enum NSBezelStyle : NSUInteger { NSBezelStyleRounded = 1 } NSBezelStyle;

@@ -95,12 +95,6 @@ typedef struct {
 - (NSComparisonResult)localizedStandardCompare:(NSString*)string;
 @end
 
-// The class of string literals.
-@interface NSSimpleCString : NSString
-@end
-@interface NSConstantString : NSSimpleCString
-@end
-
 @interface NSValue : NSObject <NSCopying>
 @end
 
@@ -144,7 +138,6 @@ typedef NSUInteger NSDataReadingOptions;
 
 @interface NSArray <__covariant ObjectType> : NSObject <NSCopying, NSFastEnumeration>
 @property(readonly) NSUInteger count;
-- (ObjectType)objectAtIndexedSubscript:(NSUInteger)index;
 + (instancetype)arrayWithObjects:(const ObjectType _Nonnull[_Nullable])objects count:(NSUInteger)count;
 @end
 
@@ -190,6 +183,7 @@ enum : NSInteger { NSPropertyListReadCorruptError = 3840 };
 @property(readonly, copy) NSString* localizedDescription;
 @end
 
+__attribute__((objc_exception))
 @interface NSException : NSObject <NSCopying>
 @property(readonly, copy) NSExceptionName name;
 @property(nullable, readonly, copy) NSString* reason;
