@@ -9,8 +9,6 @@
 #include "platform/platform.h"
 #include "schedule/next_sort_date.h"
 
-using namespace std::chrono_literals;
-
 namespace {
 
 constexpr std::array<const char*, 7> dayTitles = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
@@ -26,8 +24,9 @@ Instant storedTimeToday() {
   DateComponents today = calendar->components(desktop().mainLoop.now());
   today.hour = 0;
   const Instant midnight = calendar->instant(today);
-  const auto time = calendar->nextDate(midnight - 1ns, {std::nullopt, integerForKey(schedule_keys::dailyHour),
-                                                        integerForKey(schedule_keys::dailyMinute)});
+  const auto time = calendar->nextDate(
+      midnight - Instant::duration(1),
+      {std::nullopt, integerForKey(schedule_keys::dailyHour), integerForKey(schedule_keys::dailyMinute)});
   return time.value_or(midnight);
 }
 

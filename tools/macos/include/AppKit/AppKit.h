@@ -53,7 +53,7 @@ typedef enum NSApplicationTerminateReply : NSUInteger {
 
 // --- Images, fonts and text ---
 
-@interface NSImage : NSObject <NSCopying>
+@interface NSImage : NSObject
 - (void)setTemplate:(BOOL)isTemplate;  // no property, whose name C++ would take for a word of its own
 - (nullable instancetype)initWithContentsOfFile:(NSString*)fileName;
 + (nullable instancetype)imageWithSystemSymbolName:(NSString*)name
