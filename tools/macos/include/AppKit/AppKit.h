@@ -85,9 +85,7 @@ static const NSControlStateValue NSControlStateValueOn = 1;
 @property(getter=isEnabled) BOOL enabled;
 @property NSControlStateValue state;
 @property(nullable, weak) id target;
-- (instancetype)initWithTitle:(NSString*)string
-                       action:(nullable SEL)selector
-                keyEquivalent:(NSString*)charCode;
+- (instancetype)initWithTitle:(NSString*)string action:(nullable SEL)selector keyEquivalent:(NSString*)charCode;
 + (NSMenuItem*)separatorItem;
 @end
 
@@ -95,9 +93,7 @@ static const NSControlStateValue NSControlStateValueOn = 1;
 @property BOOL autoenablesItems;
 - (instancetype)initWithTitle:(NSString*)title;
 - (void)addItem:(NSMenuItem*)newItem;
-- (NSMenuItem*)addItemWithTitle:(NSString*)string
-                         action:(nullable SEL)selector
-                  keyEquivalent:(NSString*)charCode;
+- (NSMenuItem*)addItemWithTitle:(NSString*)string action:(nullable SEL)selector keyEquivalent:(NSString*)charCode;
 @end
 
 // --- Views and controls ---

@@ -88,9 +88,7 @@ typedef struct {
 @interface NSString : NSObject <NSCopying>
 @property(readonly) NSUInteger length;
 - (instancetype)initWithCharacters:(const unichar*)characters length:(NSUInteger)length;
-- (instancetype)initWithCharactersNoCopy:(unichar*)characters
-                                  length:(NSUInteger)length
-                            freeWhenDone:(BOOL)freeBuffer;
+- (instancetype)initWithCharactersNoCopy:(unichar*)characters length:(NSUInteger)length freeWhenDone:(BOOL)freeBuffer;
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
 - (NSComparisonResult)localizedStandardCompare:(NSString*)string;
 @end
@@ -136,17 +134,17 @@ typedef NSUInteger NSDataReadingOptions;
                                           error:(NSError* _Nullable* _Nullable)error;
 @end
 
-@interface NSArray <__covariant ObjectType> : NSObject <NSCopying, NSFastEnumeration>
+@interface NSArray<__covariant ObjectType> : NSObject <NSCopying, NSFastEnumeration>
 @property(readonly) NSUInteger count;
 + (instancetype)arrayWithObjects:(const ObjectType _Nonnull[_Nullable])objects count:(NSUInteger)count;
 @end
 
-@interface NSMutableArray <ObjectType> : NSArray <ObjectType>
+@interface NSMutableArray<ObjectType> : NSArray <ObjectType>
 - (void)addObject:(ObjectType)object;
 + (instancetype)arrayWithCapacity:(NSUInteger)capacity;
 @end
 
-@interface NSDictionary <__covariant KeyType, __covariant ObjectType> : NSObject <NSCopying, NSFastEnumeration>
+@interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject <NSCopying, NSFastEnumeration>
 @property(readonly) NSUInteger count;
 - (nullable ObjectType)objectForKeyedSubscript:(KeyType)key;
 + (instancetype)dictionaryWithObjects:(const ObjectType _Nonnull[_Nullable])objects
@@ -154,7 +152,7 @@ typedef NSUInteger NSDataReadingOptions;
                                 count:(NSUInteger)count;
 @end
 
-@interface NSMutableDictionary <KeyType, ObjectType> : NSDictionary <KeyType, ObjectType>
+@interface NSMutableDictionary<KeyType, ObjectType> : NSDictionary <KeyType, ObjectType>
 - (void)setObject:(nullable ObjectType)object forKeyedSubscript:(KeyType<NSCopying>)key;
 + (instancetype)dictionaryWithCapacity:(NSUInteger)capacity;
 @end
@@ -184,7 +182,7 @@ enum : NSInteger { NSPropertyListReadCorruptError = 3840 };
 @end
 
 __attribute__((objc_exception))
-@interface NSException : NSObject <NSCopying>
+@interface NSException : NSObject<NSCopying>
 @property(readonly, copy) NSExceptionName name;
 @property(nullable, readonly, copy) NSString* reason;
 @end

@@ -17,7 +17,7 @@ NS_ASSUME_NONNULL_BEGIN
 @optional
 - (BOOL)updater:(SPUUpdater*)updater
     shouldPostponeRelaunchForUpdate:(SUAppcastItem*)item
-                untilInvokingBlock:(void (^)(void))installHandler;
+                 untilInvokingBlock:(void (^)(void))installHandler;
 @end
 
 @protocol SPUStandardUserDriverDelegate <NSObject>
