@@ -28,7 +28,7 @@ Instant instantOf(NSDate* date);
 NSData* dataOf(const Bytes& bytes);
 Bytes bytesOf(NSData* data);
 
-// The error with its domain, code and localized description.
+// The error with its domain, code and localized description; of nil, that no reason was given.
 Error errorOf(NSError* error);
 // An exception's name as domain, code 0, and its reason.
 Error errorOf(NSException* exception);

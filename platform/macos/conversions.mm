@@ -176,6 +176,7 @@ Bytes bytesOf(NSData* data) {
 }
 
 Error errorOf(NSError* error) {
+  if (error == nil) return {textOf(NSCocoaErrorDomain), 0, "The system gave no reason."};
   return {textOf(error.domain), static_cast<int>(error.code), textOf(error.localizedDescription)};
 }
 
