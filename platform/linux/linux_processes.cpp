@@ -14,9 +14,9 @@
 #include <system_error>
 
 #include "platform/error.h"
-#include "platform/posix/file_descriptor.h"
 #include "platform/linux/installed_bundle.h"
 #include "platform/linux/word_pointers.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace {
 

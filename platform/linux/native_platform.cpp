@@ -1,6 +1,5 @@
 // The platform of a Linux session without a screen.
 #include "platform/linux/civil_calendar.h"
-#include "platform/posix/console_user_interface.h"
 #include "platform/linux/icu_collation.h"
 #include "platform/linux/installed_bundle.h"
 #include "platform/linux/linux_processes.h"
@@ -9,6 +8,7 @@
 #include "platform/linux/property_list_defaults.h"
 #include "platform/linux/session_bus_applications.h"
 #include "platform/platform.h"
+#include "platform/posix/console_user_interface.h"
 
 const Platform& nativePlatform() {
   static PropertyListCodec propertyLists;

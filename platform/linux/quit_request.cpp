@@ -13,9 +13,9 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/posix/file_descriptor.h"
 #include "platform/linux/object_path.h"
 #include "platform/linux/session_bus.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace {
 

@@ -54,9 +54,9 @@ class LoginAgent : public testing::Test {
         },
         occurrence);
   }
-  PlistValue stored() const { return PropertyListCodec().parse(Bytes(machine_.files.content(file))).value; }
+  PlistValue stored() const { return NativePropertyLists().parse(Bytes(machine_.files.content(file))).value; }
   void put(const PlistValue& value, PropertyListFormat format) {
-    machine_.files.put(file, std::string(PropertyListCodec().serialize(value, format).text()));
+    machine_.files.put(file, std::string(NativePropertyLists().serialize(value, format).text()));
   }
 
   VirtualMachine machine_;

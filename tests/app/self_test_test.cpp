@@ -51,15 +51,6 @@ TEST(SelfTest, isAskedForAtAnyPosition) {
   expectPass(run(QUILLERY_EXECUTABLE, {"--self-test", "--login"}));
 }
 
-TEST(SelfTest, isNotAskedForByWhatMerelyBeginsSo) {
-  const Ending ending =
-      run(QUILLERY_EXECUTABLE, {"--self-testing"},
-          {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", std::nullopt}, {"QT_QPA_PLATFORM", std::nullopt}});
-  EXPECT_EQ(ending.output, "");
-  EXPECT_EQ(ending.status, 1);
-  EXPECT_EQ(ending.error, "quillery: There is no desktop to run on: neither DISPLAY nor WAYLAND_DISPLAY is set.\n");
-}
-
 TEST(SelfTest, needsNeitherAHomeNorABus) {
   expectPass(run(QUILLERY_EXECUTABLE, {"--self-test"},
                  {{"HOME", "/nonexistent"}, {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}, {"LANG", "xx"}}));

@@ -12,7 +12,7 @@ namespace {
 
 // The node as it was built, and as it lies in a file of either format.
 std::vector<PlistValue> everyForm(const PlistValue& node) {
-  PropertyListCodec codec;
+  NativePropertyLists codec;
   return {node, codec.parse(codec.serialize(node, PropertyListFormat::binary)).value,
           codec.parse(codec.serialize(node, PropertyListFormat::xml)).value};
 }

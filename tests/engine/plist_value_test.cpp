@@ -28,7 +28,7 @@ Bytes bytes(std::string text) { return Bytes(std::move(text)); }
 
 // A value as a reader of that format has it: in a document, with text as the format stores it.
 PlistValue inDocument(const PlistValue& value, PropertyListFormat format) {
-  PropertyListCodec codec;
+  NativePropertyLists codec;
   return codec.parse(codec.serialize(value, format)).value;
 }
 

@@ -76,10 +76,10 @@ constexpr const char* sortedOutline =
 PlistValue sortedTree() { return rootNode({folderNode(u"BookmarksBar", {leafNode(u"a"), leafNode(u"b")})}); }
 
 std::string fileOf(const PlistValue& tree, PropertyListFormat format = PropertyListFormat::binary) {
-  return std::string(PropertyListCodec().serialize(tree, format).text());
+  return std::string(NativePropertyLists().serialize(tree, format).text());
 }
 
-std::string outlineOf(const std::string& file) { return outline(PropertyListCodec().parse(Bytes(file)).value); }
+std::string outlineOf(const std::string& file) { return outline(NativePropertyLists().parse(Bytes(file)).value); }
 
 enum class Mode { interactive, automatic };
 
@@ -214,8 +214,8 @@ TEST_P(SortJobTest, keepsAnXmlFileXml) {
 
 TEST_P(SortJobTest, keepsEveryOtherKeyAndValue) {
   run();
-  const PlistValue before = PropertyListCodec().parse(Bytes(filesAtFirst_.at(bookmarks).content)).value;
-  const PlistValue after = PropertyListCodec().parse(Bytes(machine_.files.content(bookmarks))).value;
+  const PlistValue before = NativePropertyLists().parse(Bytes(filesAtFirst_.at(bookmarks).content)).value;
+  const PlistValue after = NativePropertyLists().parse(Bytes(machine_.files.content(bookmarks))).value;
   EXPECT_EQ(after.value(u"WebBookmarkFileVersion"), PlistValue(1));
   EXPECT_EQ(after.value(u"Children")->at(3), before.value(u"Children")->at(3)) << "the Reading List";
 }
@@ -381,7 +381,7 @@ TEST_P(SortJobTest, saysWhatTheParserSaysAndCreatesNothing) {
     machine_.journal.clear();
     std::string description;
     try {
-      PropertyListCodec().parse(Bytes(std::string(content)));
+      NativePropertyLists().parse(Bytes(std::string(content)));
     } catch (const Error& error) {
       description = error.description();
     }

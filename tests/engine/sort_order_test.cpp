@@ -173,7 +173,7 @@ TEST_F(SortOrderTest, ordersLongAndEmptyTitlesThatShareStorage) {
   const std::u16string longTitle(1000, u'x');
   const PlistValue file = folderNode(
       u"f", {leafNode(longTitle), leafNode(u""), leafNode(longTitle + u"a"), leafNode(longTitle), leafNode(u"")});
-  PropertyListCodec codec;
+  NativePropertyLists codec;
   for (const PropertyListFormat format : {PropertyListFormat::binary, PropertyListFormat::xml}) {
     const PlistValue stored = codec.parse(codec.serialize(file, format)).value;
     const PlistValue result = *sorted(stored, false).value(u"Children");
@@ -345,11 +345,11 @@ class TreeMaker {
 // The same text for trees that differ in the order of children only, and never for others.
 std::string withoutOrder(const PlistValue& node) {
   const auto list = childrenByRule(node);
-  if (!list) return std::string(PropertyListCodec().serialize(node, PropertyListFormat::xml).text());
+  if (!list) return std::string(NativePropertyLists().serialize(node, PropertyListFormat::xml).text());
   std::vector<std::string> parts;
   for (const PlistValue& child : *list) parts.push_back(withoutOrder(child));
   std::sort(parts.begin(), parts.end());
-  const Bytes rest = PropertyListCodec().serialize(withChildren(node, {}), PropertyListFormat::xml);
+  const Bytes rest = NativePropertyLists().serialize(withChildren(node, {}), PropertyListFormat::xml);
   std::string text(rest.text());
   for (const std::string& part : parts) text += "(" + part + ")";
   return text;
@@ -392,7 +392,7 @@ class RandomTrees : public testing::Test {
   }
 
   VirtualMachine machine_;
-  PropertyListCodec codec_;
+  NativePropertyLists codec_;
   const unsigned trees_ = randomRounds();
 
  private:

@@ -75,7 +75,7 @@ TEST_F(NextSortDateTest, isNeverTheInstantItself) {
   const Instant match = *nextSortDate(saturday_, 9, 30, {7}, *calendar_);
   EXPECT_EQ(next(match, 9, 30, {7}), "2026-10-03 09:30:00");
   EXPECT_EQ(next(match, 9, 30, everyDay), "2026-09-27 09:30:00") << "the same time on the following day";
-  EXPECT_EQ(next(match - 1ns, 9, 30, {7}), "2026-09-26 09:30:00");
+  EXPECT_EQ(next(match - Instant::duration(1), 9, 30, {7}), "2026-09-26 09:30:00");
 }
 
 TEST_F(NextSortDateTest, isTheNextDayOnceTheMinuteHasBegun) {

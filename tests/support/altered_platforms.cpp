@@ -33,7 +33,7 @@ std::shared_ptr<const Calendar> AlteredCalendars::inTimeZone(const std::string& 
 }
 
 std::optional<Instant> onOrAfter(const Calendar& calendar, Instant after, MatchingTime matching) {
-  return calendar.nextDate(after - 1ns, matching);
+  return calendar.nextDate(after - Instant::duration(1), matching);
 }
 
 std::optional<Instant> withWeekdaysFromZero(const Calendar& calendar, Instant after, MatchingTime matching) {

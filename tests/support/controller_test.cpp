@@ -11,7 +11,7 @@ const std::string backups = "/home/user/Library/Application Support/Quillery/Bac
 
 std::string backup(int number) { return backups + "/Bookmarks-" + VirtualProcesses::uuid(number) + ".plist"; }
 
-PlistValue treeOf(const std::string& content) { return PropertyListCodec().parse(Bytes(content)).value; }
+PlistValue treeOf(const std::string& content) { return NativePropertyLists().parse(Bytes(content)).value; }
 
 }  // namespace
 
@@ -24,7 +24,7 @@ ControllerMachine::ControllerMachine() { putUnsortedBookmarks(); }
 
 void ControllerMachine::putUnsortedBookmarks() {
   const PlistValue tree = rootNode({folderNode(u"BookmarksBar", {leafNode(u"b"), leafNode(u"a")})});
-  machine_.files.put(bookmarks, std::string(PropertyListCodec().serialize(tree, PropertyListFormat::binary).text()));
+  machine_.files.put(bookmarks, std::string(NativePropertyLists().serialize(tree, PropertyListFormat::binary).text()));
 }
 
 bool ControllerMachine::isSorted() const {

@@ -3,36 +3,41 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <cstring>
 #include <string_view>
+
+extern char** environ;
 
 namespace {
 
 // A file without a name, which takes any amount of output without anyone reading along.
 class Sink {
  public:
-  Sink() : descriptor_(memfd_create("output", MFD_CLOEXEC)) { EXPECT_GE(descriptor_, 0) << std::strerror(errno); }
-  ~Sink() { close(descriptor_); }
+  Sink() : file_(std::tmpfile()) {
+    EXPECT_NE(file_, nullptr) << std::strerror(errno);
+    fcntl(descriptor(), F_SETFD, FD_CLOEXEC);
+  }
+  ~Sink() { std::fclose(file_); }
   Sink(const Sink&) = delete;
   Sink& operator=(const Sink&) = delete;
 
-  int descriptor() const { return descriptor_; }
+  int descriptor() const { return fileno(file_); }
   std::string content() const {
     std::string text;
     std::array<char, 4096> part{};
     for (ssize_t count = 0;
-         (count = pread(descriptor_, part.data(), part.size(), static_cast<off_t>(text.size()))) > 0;)
+         (count = pread(descriptor(), part.data(), part.size(), static_cast<off_t>(text.size()))) > 0;)
       text.append(part.data(), static_cast<std::size_t>(count));
     return text;
   }
 
  private:
-  int descriptor_;
+  std::FILE* file_;
 };
 
 std::vector<std::string> variables(const Environment& changes) {

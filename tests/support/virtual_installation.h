@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "platform/bundle.h"
-#include "platform/linux/civil_calendar.h"
 #include "platform/processes.h"
 #include "tests/support/journal.h"
+#include "tests/support/native_parts.h"
 
 // The path is noted as "bundle path".
 class VirtualBundle : public Bundle {
@@ -63,6 +63,6 @@ class VirtualCalendars : public Calendars {
   void moveTo(const std::string& zone) { zone_ = zone; }
 
  private:
-  CivilCalendars calendars_;
+  NativeCalendars calendars_;
   std::string zone_ = "UTC";
 };

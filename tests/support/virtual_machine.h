@@ -3,9 +3,9 @@
 // it starts and when it ends.
 #pragma once
 
-#include "platform/linux/icu_collation.h"
 #include "platform/platform.h"
 #include "tests/support/journal.h"
+#include "tests/support/native_parts.h"
 #include "tests/support/printed_output.h"
 #include "tests/support/virtual_application.h"
 #include "tests/support/virtual_file_system.h"
@@ -31,7 +31,7 @@ class VirtualMachine {
   VirtualMainLoop loop{journal};
   VirtualRunningApplications applications{journal, loop};
   VirtualCalendars calendars;
-  IcuCollation collation{"en"};
+  EnglishCollation collation;
   VirtualUserInterface userInterface{journal};
   VirtualBundle bundle{journal};
   VirtualProcesses processes{journal};

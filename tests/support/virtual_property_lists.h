@@ -1,9 +1,9 @@
 // The program's own reader and writer of property lists, watched.
 #pragma once
 
-#include "platform/linux/plist/property_list_codec.h"
 #include "platform/property_lists.h"
 #include "tests/support/journal.h"
+#include "tests/support/native_parts.h"
 
 // Noted are "parse", and "serialize" with the format: "binary", "xml", "old-style".
 class VirtualPropertyLists : public PropertyLists {
@@ -15,5 +15,5 @@ class VirtualPropertyLists : public PropertyLists {
 
  private:
   Journal& journal_;
-  PropertyListCodec codec_;
+  NativePropertyLists codec_;
 };

@@ -1,0 +1,15 @@
+# The macOS layer: Objective-C++ with ARC over the system's frameworks.
+file(GLOB macos_sources CONFIGURE_DEPENDS platform/macos/*.mm platform/posix/*.cpp)
+add_library(quillery_native STATIC ${macos_sources})
+target_compile_options(quillery_native PRIVATE -fobjc-arc)
+target_link_libraries(quillery_native PUBLIC quillery_core PRIVATE "-framework AppKit" "-framework Foundation"
+                                                                   "-framework CoreFoundation" -lobjc)
+
+# What only a program with a main loop has, with Sparkle, which the companion does not load. Sparkle is no part of the
+# system: SPARKLE_FOLDER is where its framework is.
+file(GLOB macos_desktop_sources CONFIGURE_DEPENDS platform/macos/desktop/*.mm)
+add_library(quillery_native_desktop STATIC ${macos_desktop_sources})
+target_compile_options(quillery_native_desktop PRIVATE -fobjc-arc "-F${SPARKLE_FOLDER}")
+target_link_libraries(quillery_native_desktop PUBLIC quillery_native
+                                              PRIVATE "-framework CoreGraphics" "-F${SPARKLE_FOLDER}" "-framework Sparkle")
+target_link_options(quillery_native_desktop INTERFACE "LINKER:-rpath,@executable_path/../Frameworks")

@@ -1,0 +1,20 @@
+// The built menu-bar program where there is no desktop.
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "tests/support/program.h"
+
+namespace {
+
+TEST(NoDesktop, endsTheProgramEvenIfItsArgumentBeginsLikeTheSelfTests) {
+  const Ending ending =
+      run(QUILLERY_EXECUTABLE, {"--self-testing"},
+          {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", std::nullopt}, {"QT_QPA_PLATFORM", std::nullopt}});
+  EXPECT_EQ(ending.output, "");
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_EQ(ending.error, "quillery: There is no desktop to run on: neither DISPLAY nor WAYLAND_DISPLAY is set.\n");
+}
+
+}  // namespace
