@@ -9,7 +9,8 @@ target_link_libraries(quillery_native PUBLIC quillery_core PRIVATE "-framework A
 # system: SPARKLE_FOLDER is where its framework is.
 file(GLOB macos_desktop_sources CONFIGURE_DEPENDS platform/macos/desktop/*.mm)
 add_library(quillery_native_desktop STATIC ${macos_desktop_sources})
-target_compile_options(quillery_native_desktop PRIVATE -fobjc-arc "-F${SPARKLE_FOLDER}")
+# As a system's framework: its headers keep to other warnings than ours.
+target_compile_options(quillery_native_desktop PRIVATE -fobjc-arc "SHELL:-iframework ${SPARKLE_FOLDER}")
 target_link_libraries(quillery_native_desktop PUBLIC quillery_native
                                               PRIVATE "-framework CoreGraphics" "-F${SPARKLE_FOLDER}" "-framework Sparkle")
 target_link_options(quillery_native_desktop INTERFACE "LINKER:-rpath,@executable_path/../Frameworks")
