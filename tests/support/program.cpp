@@ -11,7 +11,9 @@
 #include <cstring>
 #include <string_view>
 
-extern char** environ;
+#ifdef __APPLE__
+extern char** environ;  // which no header declares there
+#endif
 
 namespace {
 
@@ -22,7 +24,7 @@ class Sink {
     EXPECT_NE(file_, nullptr) << std::strerror(errno);
     fcntl(descriptor(), F_SETFD, FD_CLOEXEC);
   }
-  ~Sink() { std::fclose(file_); }
+  ~Sink() { static_cast<void>(std::fclose(file_)); }
   Sink(const Sink&) = delete;
   Sink& operator=(const Sink&) = delete;
 
