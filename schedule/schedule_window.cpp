@@ -24,10 +24,10 @@ Instant storedTimeToday() {
   DateComponents today = calendar->components(desktop().mainLoop.now());
   today.hour = 0;
   const Instant midnight = calendar->instant(today);
-  const auto time = calendar->nextDate(
-      midnight - Instant::duration(1),
-      {std::nullopt, integerForKey(schedule_keys::dailyHour), integerForKey(schedule_keys::dailyMinute)});
-  return time.value_or(midnight);
+  const Instant justBefore = midnight - Instant::duration(1);
+  const MatchingTime wanted{std::nullopt, integerForKey(schedule_keys::dailyHour),
+                            integerForKey(schedule_keys::dailyMinute)};
+  return calendar->nextDate(justBefore, wanted).value_or(midnight);
 }
 
 bool isIn(int day, const std::vector<int>& days) { return std::ranges::find(days, day) != days.end(); }
