@@ -244,7 +244,7 @@ TEST_F(VirtualTime, runsWhatFallsDueInItsOrderEachAtItsMoment) {
   const Instant start = loop_.now();
   loop_.after(2s, notes("second"));
   loop_.timerAt(start + 1s, [&](Timer&) {
-    seen_.push_back("first");
+    seen_.emplace_back("first");
     EXPECT_EQ(loop_.now(), start + 1s);
   });
   loop_.post(notes("posted"));
@@ -255,7 +255,7 @@ TEST_F(VirtualTime, runsWhatFallsDueInItsOrderEachAtItsMoment) {
 
 TEST_F(VirtualTime, repeatsATimerUntilItIsInvalidatedEvenByItself) {
   const auto timer = loop_.repeatingTimer(250ms, [&](Timer& self) {
-    seen_.push_back("tick");
+    seen_.emplace_back("tick");
     if (seen_.size() == 3) self.invalidate();
   });
   loop_.advance(749ms);
@@ -268,7 +268,7 @@ TEST_F(VirtualTime, repeatsATimerUntilItIsInvalidatedEvenByItself) {
 
 TEST_F(VirtualTime, firesAOneShotTimerOnceAndHoldsItUntilThen) {
   loop_.timerAt(loop_.now() + 1s, [&](Timer& self) {
-    seen_.push_back("fired");
+    seen_.emplace_back("fired");
     EXPECT_FALSE(self.isValid());
   });
   EXPECT_EQ(loop_.armedTimers(), 1);
@@ -288,9 +288,9 @@ TEST_F(VirtualTime, makesMissedFiringsOnce) {
 
 TEST_F(VirtualTime, goesOnInANestedLoopButNotForTheTimerThatIsInItsHandler) {
   loop_.repeatingTimer(1s, [&](Timer& self) {
-    seen_.push_back("begins");
+    seen_.emplace_back("begins");
     loop_.advance(5s);
-    seen_.push_back("ends");
+    seen_.emplace_back("ends");
     self.invalidate();
   });
   loop_.after(3s, notes("nested"));

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <ctime>
+#include <iomanip>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -11,25 +14,23 @@ std::string utcText(Instant instant) {
   const std::chrono::year_month_day date(days);
   const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::seconds>(instant - days));
   std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
-                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                static_cast<int>(time.seconds().count()));
+  (void)std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
+                      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                      static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                      static_cast<int>(time.seconds().count()));
   return text.data();
 }
 
 Instant utc(const std::string& text) {
-  int year = 0;
-  unsigned month = 0;
-  unsigned day = 0;
-  int hour = 0;
-  int minute = 0;
-  int second = 0;
-  if (std::sscanf(text.c_str(), "%d-%u-%u %d:%d:%d", &year, &month, &day, &hour, &minute, &second) != 6)
+  std::tm fields{};
+  std::istringstream stream(text);
+  if (!(stream >> std::get_time(&fields, "%Y-%m-%d %H:%M:%S")))
     throw std::invalid_argument("not a date and time: " + text);
-  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
-  return std::chrono::sys_days(date) + std::chrono::hours(hour) + std::chrono::minutes(minute) +
-         std::chrono::seconds(second);
+  const std::chrono::year_month_day date(std::chrono::year(fields.tm_year + 1900),
+                                         std::chrono::month(static_cast<unsigned>(fields.tm_mon + 1)),
+                                         std::chrono::day(static_cast<unsigned>(fields.tm_mday)));
+  return std::chrono::sys_days(date) + std::chrono::hours(fields.tm_hour) + std::chrono::minutes(fields.tm_min) +
+         std::chrono::seconds(fields.tm_sec);
 }
 
 class VirtualMainLoop::VirtualTimer : public Timer {

@@ -20,7 +20,7 @@ auto& last(const Things& things, Test isIt, const std::string& what) {
 
 std::shared_ptr<VirtualControl> VirtualWindow::add(const std::string& kind, const Frame& frame,
                                                    const std::string& text) {
-  const auto control = std::make_shared<VirtualControl>();
+  auto control = std::make_shared<VirtualControl>();
   control->kind = kind;
   control->frame = frame;
   control->text = text;

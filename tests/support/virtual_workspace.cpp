@@ -4,11 +4,10 @@
 
 namespace {
 
-// Calls those of the handlers that somebody still wants to be called.
+// Calls those of the handlers that somebody still wants to be called; they are copied, as a handler may add another.
 template <class Handler, class... Arguments>
-void call(const std::vector<std::weak_ptr<Handler>>& handlers, const Arguments&... arguments) {
-  const auto all = handlers;
-  for (const auto& handler : all)
+void call(std::vector<std::weak_ptr<Handler>> handlers, const Arguments&... arguments) {
+  for (const auto& handler : handlers)
     if (const auto wanted = handler.lock()) (*wanted)(arguments...);
 }
 
