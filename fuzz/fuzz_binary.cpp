@@ -2,9 +2,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <utility>
 
+#include "fuzz/binary_mutation.h"
+#include "fuzz/binary_objects.h"
 #include "fuzz/harness.h"
 #include "fuzz/round_trips.h"
 
@@ -43,15 +48,44 @@ void mendTrailer(std::span<std::uint8_t> file) {
   putNumber(trailer.subspan(24, 8), file.size() - trailerSize - objects * offsetSize);
 }
 
-}  // namespace
-
 // Changes bytes as the fuzzer would, but keeps the file one that claims to be binary, and its trailer, three times in
 // four, one that leads to the offset table: few changes would otherwise get past the first checks.
-extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t largest,  // NOLINT
-                                               unsigned seed) {
+std::size_t changeBytes(std::uint8_t* data, std::size_t size, std::size_t largest, unsigned seed) {
   size = LLVMFuzzerMutate(data, size, largest);
   if (size < magic.size() + trailerSize) return size;
   std::copy(magic.begin(), magic.end(), data);
   if (seed % 4 != 0) mendTrailer({data, size});
   return size;
+}
+
+// Copies what has been made to where the fuzzer wants it; answers its size, 0 if it has no room there.
+std::size_t handOver(std::string file, unsigned seed, std::uint8_t* place, std::size_t largest) {
+  tamper(file, seed);
+  if (file.size() > largest) return 0;
+  std::copy(file.begin(), file.end(), place);
+  return file.size();
+}
+
+}  // namespace
+
+// Three times in four the objects of a file are changed, else its bytes.
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t largest,  // NOLINT
+                                               unsigned seed) {
+  std::optional<BinaryObjects> objects = objectsOf({data, size});
+  if (objects && seed % 4 != 0) {
+    mutate(*objects, seed, LLVMFuzzerMutate);
+    if (const std::size_t changed = handOver(fileOf(*objects), seed, data, largest); changed > 0) return changed;
+  }
+  return changeBytes(data, size, largest, seed / 4);
+}
+
+// Two files become one that holds the objects of both.
+extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* one, std::size_t sizeOfOne,  // NOLINT
+                                                 const std::uint8_t* other, std::size_t sizeOfOther,
+                                                 std::uint8_t* place, std::size_t largest, unsigned seed) {
+  std::optional<BinaryObjects> objects = objectsOf({one, sizeOfOne});
+  const std::optional<BinaryObjects> more = objectsOf({other, sizeOfOther});
+  if (!objects || !more) return 0;
+  graft(*objects, *more, seed);
+  return handOver(fileOf(*objects), seed, place, largest);
 }
