@@ -73,8 +73,7 @@ std::optional<std::string> sortBookmarkFile() {
 
   std::string backup = backUp(oldBytes);
   const Bytes newBytes = propertyLists.serialize(inOrder, parsed.format);
-  if (safariRunning() || !files.holds(path, oldBytes)) throw changedMeanwhile();
-  files.writeAtomically(path, newBytes);
+  if (safariRunning() || !files.replaceIfHolds(path, oldBytes, newBytes)) throw changedMeanwhile();
   return backup;
 }
 

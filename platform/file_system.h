@@ -35,4 +35,8 @@ class FileSystem {
   // Replaces a file's content whole or not at all, keeping its permission bits: a temporary file in the same
   // folder, flushed to disk, renamed over the target. A symbolic link is followed, not replaced.
   virtual void writeAtomically(const std::string& path, const Bytes& bytes) = 0;
+
+  // The same for a file that may have been changed by others: answers false, and leaves it as it is, unless its whole
+  // content is exactly `expected`. Its content is read anew, once everything is ready to replace it.
+  virtual bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) = 0;
 };

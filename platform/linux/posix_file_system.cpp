@@ -140,6 +140,11 @@ void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& byte
   writeAtomically(path, bytes, modeOfNewFiles());
 }
 
+bool PosixFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) {
+  return replaceFileIf(
+      path, bytes, [&] { return holds(path, expected); }, flush_);
+}
+
 void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew) {
   replaceFile(path, bytes, static_cast<mode_t>(modeIfNew), flush_);
 }

@@ -33,6 +33,9 @@ class PosixFileSystem : public FileSystem {
   // As replaceFile says; a file that did not exist gets the permission bits of any new file.
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
 
+  // As replaceFileIf says.
+  bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) override;
+
   // The same, with the permission bits for a file that did not exist.
   void writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew);
 

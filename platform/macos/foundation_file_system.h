@@ -3,9 +3,9 @@
 
 #include "platform/file_system.h"
 
-// NSFileManager and NSData, whose errors come with their own domain, code and description. Only the two operations that
+// NSFileManager and NSData, whose errors come with their own domain, code and description. Only the operations that
 // write files are the system's plain ones: NSData does not say that the disk has what it wrote, and gives a new file
-// the permission bits of any new file until they are set. Those two throw as FileAttempt does.
+// the permission bits of any new file until they are set. Those throw as FileAttempt does.
 class FoundationFileSystem : public FileSystem {
  public:
   std::string homeFolder() override;
@@ -15,4 +15,5 @@ class FoundationFileSystem : public FileSystem {
   void writeNew(const std::string& path, const Bytes& bytes) override;
   void setMode(const std::string& path, unsigned mode) override;
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
+  bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) override;
 };

@@ -51,3 +51,7 @@ void FoundationFileSystem::setMode(const std::string& path, unsigned mode) {
 void FoundationFileSystem::writeAtomically(const std::string& path, const Bytes& bytes) {
   replaceFile(path, bytes, modeOfNewFiles());
 }
+
+bool FoundationFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) {
+  return replaceFileIf(path, bytes, [&] { return holds(path, expected); });
+}

@@ -13,6 +13,7 @@
 
 #include "platform/posix/file_attempt.h"
 #include "platform/posix/file_descriptor.h"
+#include "platform/posix/temporary_file.h"
 
 namespace {
 
@@ -25,24 +26,6 @@ constexpr int longestChainOfLinks = 40;  // as many as the kernel follows
 mode_t common(mode_t a, mode_t b) { return static_cast<mode_t>(a & b); }
 
 FileAttempt saving(const std::string& path) { return {"file", path, "saved"}; }
-
-// A name that is taken off its file again unless it is kept.
-class TentativeName {
- public:
-  explicit TentativeName(std::string path) : path_(std::move(path)) {}
-  ~TentativeName() {
-    if (!kept_) unlink(path_.c_str());
-  }
-  TentativeName(const TentativeName&) = delete;
-  TentativeName& operator=(const TentativeName&) = delete;
-
-  const std::string& path() const { return path_; }
-  void keep() { kept_ = true; }
-
- private:
-  std::string path_;
-  bool kept_ = false;
-};
 
 // Answers 0 once the disk has what the descriptor stands for; else less, and errno is set.
 int flushDescriptor(const FileDescriptor& descriptor) {
@@ -64,23 +47,55 @@ void writeAll(const FileDescriptor& file, const Bytes& bytes, const FileAttempt&
   }
 }
 
-// Writes, flushes and closes: afterwards the file is as safe as the system can make it.
-void fill(FileDescriptor file, const Bytes& bytes, Flush flush, const FileAttempt& attempt) {
+// Writes and flushes: afterwards the file is as safe as the system can make it.
+void fill(const FileDescriptor& file, const Bytes& bytes, Flush flush, const FileAttempt& attempt) {
   writeAll(file, bytes, attempt);
   if (flush == Flush::toDisk && flushDescriptor(file) != 0) throw attempt.failure(errno);
-  if (!file.close()) throw attempt.failure(errno);
 }
 
 // Where a path leads once its last component is no symbolic link: to a file, or to where one may be made.
 std::string followLinks(const std::string& path) {
   std::string place = path;
   for (int hop = 0; hop < longestChainOfLinks; ++hop) {
-    std::error_code noLink;
-    const std::filesystem::path next = std::filesystem::read_symlink(place, noLink);
-    if (noLink) return place;
+    std::error_code problem;
+    const std::filesystem::path next = std::filesystem::read_symlink(place, problem);
+    if (problem == std::errc::invalid_argument || problem == std::errc::no_such_file_or_directory) return place;
+    if (problem) throw saving(path).failure(problem.value());
     place = (std::filesystem::path(place).parent_path() / next).string();
   }
   throw saving(path).failure(ELOOP);
+}
+
+// Whether a file is still the one that it was, unchanged: every change sets the time of the last one.
+bool isSame(const struct stat& one, const struct stat& other) {
+#ifdef __APPLE__
+  const timespec& changed = one.st_ctimespec;
+  const timespec& changedThen = other.st_ctimespec;
+#else
+  const timespec& changed = one.st_ctim;
+  const timespec& changedThen = other.st_ctim;
+#endif
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino && changed.tv_sec == changedThen.tv_sec &&
+         changed.tv_nsec == changedThen.tv_nsec;
+}
+
+// What is known of the file that is to be replaced; nothing if there is none.
+std::optional<struct stat> statusOf(const std::string& path, const FileAttempt& attempt) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) {
+    if (errno == ENOENT) return std::nullopt;
+    throw attempt.failure(errno);
+  }
+  requireRegular(status, attempt);
+  return status;
+}
+
+// Whether a condition holds and the file at `path`, which it is about, stays in its place until that is known.
+bool staysWhile(const std::function<bool()>& condition, const std::string& path, const FileAttempt& attempt) {
+  const std::optional<struct stat> before = statusOf(path, attempt);
+  if (!condition()) return false;
+  const std::optional<struct stat> after = statusOf(path, attempt);
+  return before && after && isSame(*before, *after);
 }
 
 // Gives a file that is about to replace another the other's owner, group and permission bits; `modeIfNew` if there is
@@ -98,35 +113,46 @@ void takeOver(const FileDescriptor& file, const std::optional<struct stat>& repl
   if (fchmod(file.get(), mode) != 0) throw attempt.failure(errno);
 }
 
+// Puts a file that is whole in the place of the target. After that a failure to flush the folder is none.
+void rename(TemporaryFile& file, const std::string& target, Flush flush, const FileAttempt& attempt) {
+  if (const int problem = file.replace(target); problem != 0) throw attempt.failure(problem);
+  flushName(target, flush);
+}
+
 }  // namespace
 
 void writeNewFile(const std::string& path, const Bytes& bytes, Flush flush) {
   const FileAttempt attempt = saving(path);
-  FileDescriptor file(uninterrupted(
-      [&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, ownerOnly); }));
-  if (!file.isOpen()) throw attempt.failure(errno);
-  TentativeName name(path);
-  fill(std::move(file), bytes, flush, attempt);
-  if (const int problem = flushName(path, flush); problem != 0) throw attempt.failure(problem);
-  name.keep();
+  TemporaryFile file(parentOf(path), attempt);
+  fill(file.descriptor(), bytes, flush, attempt);
+  if (const int problem = file.nameAnew(path); problem != 0) throw attempt.failure(problem);
+  if (const int problem = flushName(path, flush); problem != 0) {
+    unlink(path.c_str());
+    throw attempt.failure(problem);
+  }
 }
 
 void replaceFile(const std::string& path, const Bytes& bytes, mode_t modeIfNew, Flush flush) {
   const FileAttempt attempt = saving(path);
   const std::string target = followLinks(path);
-  struct stat status {};
-  const bool exists = stat(target.c_str(), &status) == 0;
-  if (exists) requireRegular(status, attempt);
+  const std::optional<struct stat> replaced = statusOf(target, attempt);
+  TemporaryFile file(parentOf(target), attempt);
+  takeOver(file.descriptor(), replaced, common(modeIfNew, permissionBits), attempt);
+  fill(file.descriptor(), bytes, flush, attempt);
+  rename(file, target, flush, attempt);
+}
 
-  std::string pattern = parentOf(target) + "/.quillery-XXXXXX";
-  FileDescriptor file(uninterrupted([&] { return mkostemp(pattern.data(), O_CLOEXEC); }));
-  if (!file.isOpen()) throw attempt.failure(errno);
-  TentativeName temporary(pattern);
-  takeOver(file, exists ? std::optional(status) : std::nullopt, common(modeIfNew, permissionBits), attempt);
-  fill(std::move(file), bytes, flush, attempt);
-  if (std::rename(temporary.path().c_str(), target.c_str()) != 0) throw attempt.failure(errno);
-  temporary.keep();
-  flushName(target, flush);
+bool replaceFileIf(const std::string& path, const Bytes& bytes, const std::function<bool()>& isExpected, Flush flush) {
+  const FileAttempt attempt = saving(path);
+  const std::string target = followLinks(path);
+  const std::optional<struct stat> replaced = statusOf(target, attempt);
+  if (!replaced) throw attempt.failure(ENOENT);
+  TemporaryFile file(parentOf(target), attempt);
+  takeOver(file.descriptor(), replaced, ownerOnly, attempt);
+  fill(file.descriptor(), bytes, flush, attempt);
+  if (!staysWhile(isExpected, target, attempt)) return false;
+  rename(file, target, flush, attempt);
+  return true;
 }
 
 mode_t modeOfNewFiles() {

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 
 #include "engine/bytes.h"
@@ -10,10 +11,11 @@
 // Whether what was written is waited for until the disk has it.
 enum class Flush { toDisk, never };
 
-// The two that follow throw the errors of FileAttempt.
+// The three that follow throw the errors of FileAttempt.
 
-// Writes a new file, readable for its owner only from its first moment on, whatever the umask. Fails if anything of
-// that name exists, a symbolic link included, and leaves nothing behind when it fails.
+// Writes a new file, readable for its owner only, whatever the umask; it is whole from the moment on that it has its
+// name, even if the process is killed. Fails if anything of that name exists, a symbolic link included, and leaves
+// nothing behind when it fails.
 void writeNewFile(const std::string& path, const Bytes& bytes, Flush flush = Flush::toDisk);
 
 // Replaces a file whole or not at all, by a temporary file in its folder that is renamed over it. A symbolic link is
@@ -22,6 +24,13 @@ void writeNewFile(const std::string& path, const Bytes& bytes, Flush flush = Flu
 // has succeeded: a failure to flush the folder after that is not reported, because then either the old file or the new
 // one is whole on disk, and saying that nothing was replaced would be wrong.
 void replaceFile(const std::string& path, const Bytes& bytes, mode_t modeIfNew, Flush flush = Flush::toDisk);
+
+// The same for a file that is there and that others may change, but only if `isExpected`, which is to look at its
+// content, answers true when everything else is done; answers whether it was replaced. What somebody else puts in its
+// place while `isExpected` looks is noticed too. Nothing that a system offers closes the moment between that and the
+// renaming, but in that moment nothing else is done.
+bool replaceFileIf(const std::string& path, const Bytes& bytes, const std::function<bool()>& isExpected,
+                   Flush flush = Flush::toDisk);
 
 // The permission bits of any new file of this process.
 mode_t modeOfNewFiles();

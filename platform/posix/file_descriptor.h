@@ -20,21 +20,19 @@ class FileDescriptor {
  public:
   // A negative number is none: what the system answers when it opened nothing.
   explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-  ~FileDescriptor() { close(); }
+  ~FileDescriptor() {
+    if (isOpen()) close(descriptor_);
+  }
   FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-  FileDescriptor& operator=(FileDescriptor&&) = delete;
+  FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    return *this;
+  }
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
 
   bool isOpen() const { return descriptor_ >= 0; }
   int get() const { return descriptor_; }
-
-  // Whether the file closed without a word; some systems report a failed write only here. A signal is no failure,
-  // and the descriptor is closed whatever comes of it.
-  bool close() {
-    const int descriptor = std::exchange(descriptor_, -1);
-    return descriptor < 0 || ::close(descriptor) == 0 || errno == EINTR;
-  }
 
  private:
   int descriptor_;

@@ -90,6 +90,12 @@ void VirtualFileSystem::writeAtomically(const std::string& path, const Bytes& by
   });
 }
 
+bool VirtualFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) {
+  if (!holds(path, expected)) return false;
+  writeAtomically(path, bytes);
+  return true;
+}
+
 void VirtualFileSystem::failOn(const std::string& operation, int errorNumber, int occurrence) {
   const auto fail = [operation, errorNumber](const std::string& object) {
     // Where a mode is noted too, it stands behind the path.

@@ -22,6 +22,8 @@ class VirtualFileSystem : public FileSystem {
   void writeNew(const std::string& path, const Bytes& bytes) override;
   void setMode(const std::string& path, unsigned mode) override;
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
+  // Noted as what it is made of: "holds", and "write atomically" if it does.
+  bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) override;
 
   // Makes an operation fail the `occurrence`-th time with an error number of the system (ENOSPC, EACCES, EIO).
   // A write that fails changes nothing.

@@ -50,6 +50,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 using testing::StartsWith;
 
 class FlushScope {
@@ -351,19 +352,18 @@ TEST_F(PosixWriteNew, saysThatTheFolderIsMissing) {
 TEST_F(PosixWriteNew, flushesTheFileAndThenItsFolder) {
   std::vector<std::string> flushed;
   const FlushScope watch([&](const std::string& path) {
-    if (path == backup_) {
-      EXPECT_EQ(contentOf(path), "old bytes");
-    }
     flushed.push_back(path);
+    EXPECT_EQ(contentOf(path == scratch_.path() ? backup_ : path), "old bytes");
+    EXPECT_THAT(namesIn(scratch_.path()), SizeIs(1)) << "it has no name of its own before it is whole on disk";
     return 0;
   });
   files_.writeNew(backup_, bytes("old bytes"));
-  EXPECT_THAT(flushed, ElementsAre(backup_, scratch_.path()));
+  EXPECT_THAT(flushed, ElementsAre(StartsWith(scratch_.path(".")), scratch_.path()));
 }
 
 TEST_F(PosixWriteNew, leavesNothingIfFlushingFails) {
-  for (const std::string& failing : {backup_, scratch_.path()}) {
-    const FlushScope watch([&](const std::string& path) { return path == failing ? EIO : 0; });
+  for (const bool folder : {false, true}) {
+    const FlushScope watch([&](const std::string& path) { return folder == (path == scratch_.path()) ? EIO : 0; });
     EXPECT_EQ(outcome(backup_),
               sentence(EIO, "The file “Bookmarks-1.plist” couldn’t be saved", "Input/output error", backup_));
     EXPECT_THAT(namesIn(scratch_.path()), IsEmpty());
@@ -638,6 +638,118 @@ TEST_F(PosixWriteAtomically, saysThatTheFolderIsMissing) {
   const std::string path = scratch_.path("missing/Bookmarks.plist");
   EXPECT_EQ(writeOutcome(path, "new"),
             sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be saved", "No such file or directory", path));
+}
+
+// Files that are left behind
+
+// What a process leaves that is killed while it writes; answers its path.
+std::string abandonedIn(const ScratchFolder& folder, const std::string& name = ".quillery-abc123") {
+  makeFile(folder.path(name), "half of a fi");
+  return folder.path(name);
+}
+
+TEST_F(PosixWriteAtomically, removesWhatAKilledProcessLeft) {
+  makeFile(file_, "old");
+  abandonedIn(scratch_);
+  EXPECT_EQ(writeOutcome(file_, "new"), "done");
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixWriteNew, removesWhatAKilledProcessLeft) {
+  abandonedIn(scratch_);
+  EXPECT_EQ(outcome(backup_), "done");
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks-1.plist"));
+}
+
+TEST_F(PosixWriteAtomically, leavesTheFileThatAnotherProcessIsWriting) {
+  makeFile(file_, "old");
+  std::string during;
+  const FlushScope watch([&](const std::string& path) {
+    if (path == scratch_.path() || !during.empty()) return 0;
+    during = path;
+    EXPECT_EQ(inChildProcess([&] { return writeOutcome(file_, "of the other process"); }), "done");
+    return 0;
+  });
+  EXPECT_EQ(writeOutcome(file_, "new"), "done");
+  EXPECT_EQ(contentOf(file_), "new");
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixWriteAtomically, leavesWhatIsNoTemporaryFileOfOurs) {
+  const std::vector<std::string> names = {".quillery-1", ".quillery-1234567", ".quillery.abc123", "quillery-abc123"};
+  for (const std::string& name : names) abandonedIn(scratch_, name);
+  std::filesystem::create_directory(scratch_.path(".quillery-folder"));
+  std::filesystem::create_symlink(scratch_.path(names[0]), scratch_.path(".quillery-a-link"));
+  std::filesystem::create_symlink(scratch_.path(names[0]), scratch_.path(".quillery-linked"));
+  ASSERT_EQ(mkfifo(scratch_.path(".quillery-a-pipe").c_str(), 0600), 0);
+  const std::vector<std::string> before = namesIn(scratch_.path());
+  EXPECT_EQ(writeOutcome(scratch_.path("new"), "new"), "done");
+  std::vector<std::string> after = namesIn(scratch_.path());
+  std::erase(after, "new");
+  EXPECT_EQ(after, before);
+}
+
+// Replacing what has not changed
+
+class PosixReplaceIfHolds : public PosixFileSystemTest {
+ protected:
+  void SetUp() override { makeFile(file_, "old"); }
+  std::string outcome(const std::string& expected) {
+    bool replaced = false;
+    const std::string problem =
+        outcomeOf([&] { replaced = files_.replaceIfHolds(file_, bytes(expected), bytes("new")); });
+    return problem != "done" ? problem : replaced ? "replaced" : "not replaced";
+  }
+  // The same while somebody does something to the file when the new one is being flushed to disk.
+  std::string outcomeWhile(const std::function<void()>& interfere) {
+    const FlushScope watch([&](const std::string& path) {
+      if (path != scratch_.path()) interfere();
+      return 0;
+    });
+    return outcome("old");
+  }
+  std::vector<std::string> names() const { return namesIn(scratch_.path()); }
+};
+
+TEST_F(PosixReplaceIfHolds, replacesWhatIsExpectedAndKeepsThePermissionBits) {
+  chmod(file_.c_str(), 0640);
+  EXPECT_EQ(outcome("old"), "replaced");
+  EXPECT_EQ(contentOf(file_), "new");
+  EXPECT_EQ(modeOf(file_), 0640U);
+  EXPECT_THAT(names(), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixReplaceIfHolds, leavesWhatIsNotExpected) {
+  EXPECT_EQ(outcome("olb"), "not replaced");
+  EXPECT_EQ(contentOf(file_), "old");
+  EXPECT_THAT(names(), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixReplaceIfHolds, noticesAChangeThatIsMadeWhileTheNewFileIsWritten) {
+  EXPECT_EQ(outcomeWhile([&] { makeFile(file_, "changed in place"); }), "not replaced");
+  EXPECT_EQ(contentOf(file_), "changed in place");
+}
+
+TEST_F(PosixReplaceIfHolds, doesNotMindNewDatesOfTheSameBytes) {
+  EXPECT_EQ(outcomeWhile([&] { makeFile(file_, "old"); }), "replaced");
+  EXPECT_EQ(contentOf(file_), "new");
+}
+
+TEST_F(PosixReplaceIfHolds, doesNotBringBackAFileThatIsGone) {
+  const std::string gone =
+      sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be opened", "No such file or directory", file_);
+  EXPECT_EQ(outcomeWhile([&] { std::filesystem::remove(file_); }), gone);
+  EXPECT_THAT(names(), IsEmpty());
+  EXPECT_EQ(outcome("old"),
+            sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be saved", "No such file or directory", file_));
+}
+
+TEST_F(PosixReplaceIfHolds, followsALink) {
+  const std::string link = scratch_.path("link");
+  std::filesystem::create_symlink(file_, link);
+  EXPECT_TRUE(files_.replaceIfHolds(link, bytes("old"), bytes("new")));
+  EXPECT_EQ(contentOf(file_), "new");
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
 }
 
 // The home folder
