@@ -1,0 +1,39 @@
+// Sorts once, as the companion does, but writes files carelessly: in their place, without a temporary file. The tests
+// of faults must notice.
+#include <cstdlib>
+#include <fstream>
+
+#include "app/alert.h"
+#include "engine/sort_job.h"
+#include "platform/linux/posix_file_system.h"
+#include "platform/platform.h"
+
+namespace {
+
+class CarelessFileSystem : public PosixFileSystem {
+ public:
+  void writeNew(const std::string& path, const Bytes& bytes) override { write(path, bytes); }
+  bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) override {
+    if (!holds(path, expected)) return false;
+    write(path, bytes);
+    return true;
+  }
+
+ private:
+  static void write(const std::string& path, const Bytes& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes.text() << std::flush;
+  }
+};
+
+}  // namespace
+
+int main() {
+  CarelessFileSystem fileSystem;
+  const Platform& native = nativePlatform();
+  const Platform careless{native.propertyLists, fileSystem,       native.runningApplications,
+                          native.calendars,     native.collation, native.userInterface,
+                          native.bundle,        native.processes, native.userDefaults};
+  const PlatformScope scope(careless);
+  automatic = true;
+  return performSort().outcome == SortOutcome::sorted ? EXIT_SUCCESS : EXIT_FAILURE;
+}
