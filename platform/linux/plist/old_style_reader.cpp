@@ -1,5 +1,6 @@
 #include "platform/linux/plist/old_style_reader.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -37,9 +38,7 @@ bool isWordCharacter(char character) {
 
 class OldStyleReader : private TextScanner {
  public:
-  explicit OldStyleReader(const Bytes& text) : TextScanner(text), builder_(text) {
-    if (!isWellFormedUtf8(text.text())) throw unreadable("a text that is not valid UTF-8");
-  }
+  explicit OldStyleReader(const Bytes& text) : TextScanner(text), builder_(text) { requireUtf8(); }
 
   PlistValue read() {
     skipSpace();
@@ -57,6 +56,17 @@ class OldStyleReader : private TextScanner {
   }
 
  private:
+  // No character reaches from one line into the next.
+  void requireUtf8() const {
+    if (isWellFormedUtf8({begin_, static_cast<std::size_t>(end_ - begin_)})) return;
+    for (const char* line = begin_; line != end_;) {
+      const char* lineEnd = std::find(line, end_, '\n');
+      if (!isWellFormedUtf8({line, static_cast<std::size_t>(lineEnd - line)}))
+        throw at(line, "a text that is not valid UTF-8");
+      line = lineEnd == end_ ? end_ : lineEnd + 1;
+    }
+  }
+
   static bool isStringStart(char character) {
     return character == '"' || character == '\'' || isWordCharacter(character);
   }

@@ -44,10 +44,25 @@ struct CloseConverter {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
 
-Bytes convert(std::string_view text, const std::string& encoding) {
+// Where the first bytes are that stand for no character.
+std::size_t firstBadByte(UConverter* converter, std::string_view text) {
+  ucnv_reset(converter);
+  UErrorCode status = U_ZERO_ERROR;
+  const char* next = text.data();
+  const char* last = next;
+  while (U_SUCCESS(status)) {
+    last = next;
+    ucnv_getNextUChar(converter, &next, text.data() + text.size(), &status);
+  }
+  return static_cast<std::size_t>(last - text.data());
+}
+
+// The text that begins `start` bytes into the file.
+Bytes convert(std::string_view file, std::size_t start, const std::string& encoding) {
+  const std::string_view text = file.substr(start);
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<UConverter, CloseConverter> converter(ucnv_open(encoding.c_str(), &status));
-  if (U_FAILURE(status)) throw unreadable("the unknown encoding “" + encoding + "”");
+  if (U_FAILURE(status)) throw unreadable("the unknown encoding “" + encoding + "” in the XML declaration");
   ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
   if (text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max() / 4))
     throw unreadable("it is too large to be in another encoding than UTF-8");
@@ -55,7 +70,9 @@ Bytes convert(std::string_view text, const std::string& encoding) {
   const std::int32_t size =
       ucnv_toAlgorithmic(UCNV_UTF8, converter.get(), out.data(), static_cast<std::int32_t>(out.size()), text.data(),
                          static_cast<std::int32_t>(text.size()), &status);
-  if (U_FAILURE(status)) throw unreadable("a text that is not valid " + encoding);
+  if (U_FAILURE(status))
+    throw unreadable("a text that is not valid " + encoding + " at byte " +
+                     std::to_string(start + firstBadByte(converter.get(), text)));
   out.resize(static_cast<std::size_t>(size));
   return Bytes(std::move(out));
 }
@@ -68,9 +85,9 @@ Bytes toUtf8(const Bytes& bytes) {
     if (!text.starts_with(mark.bytes)) continue;
     if (mark.encoding == std::string_view("UTF-8"))
       return bytes.slice(mark.bytes.size(), bytes.size() - mark.bytes.size());
-    return convert(text.substr(mark.bytes.size()), mark.encoding);
+    return convert(text, mark.bytes.size(), mark.encoding);
   }
   const std::optional<std::string> declared = declaredEncoding(text);
   if (!declared || ucnv_compareNames(declared->c_str(), "UTF-8") == 0) return bytes;
-  return convert(text, *declared);
+  return convert(text, 0, *declared);
 }

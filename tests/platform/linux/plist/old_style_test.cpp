@@ -58,7 +58,8 @@ TEST(OldStyleReader, namesTheLine) {
   EXPECT_THAT(problemOf("(\r\n a,\r\n %)"), HasSubstr("on line 3"));
   EXPECT_THAT(problemOf("(\n\"a"), HasSubstr("a quoted string that does not end on line 2"));
   EXPECT_THAT(problemOf("{ a = b; } c"), HasSubstr("something after the end"));
-  EXPECT_THAT(problemOf("a\xFF"), HasSubstr("not valid UTF-8"));
+  EXPECT_THAT(problemOf("a\xFF"), HasSubstr("not valid UTF-8 on line 1"));
+  EXPECT_THAT(problemOf("{ a = b;\n \xC3\xA9 = \"\xC3\"; }"), HasSubstr("not valid UTF-8 on line 2"));
 }
 
 TEST(OldStyleReader, refusesEveryTruncation) {
