@@ -34,6 +34,7 @@ class Trial:
         self.command = command
         self.sample = Sample(format_name, self.sorted_without_trouble)
         self.tried = collections.Counter()
+        self.endings = collections.Counter()  # of the sorts that a fault met
         self.verdicts = []
 
     def new_home(self, content, disk=None):
@@ -69,10 +70,11 @@ class Trial:
         verdict.after_next_run(home, self.sample, before, home.run(self.command), judged)
         if point.disk:
             surroundings.unmount(home.root.parent)
-        return point, judged
+        return point, judged, "killed" if result.status < 0 else "gave up" if result.status else "went through"
 
-    def note(self, point, judged):
+    def note(self, point, judged, ending):
         self.tried[point.kind] += 1
+        self.endings[ending] += 1
         self.verdicts.append((point, judged))
 
     def count(self, what):
@@ -95,6 +97,9 @@ def print_table(trials):
     kinds = list(dict.fromkeys(kind for trial in trials for kind in trial.tried))
     rows = [(kind, [trial.tried[kind] for trial in trials]) for kind in kinds]
     rows.append(("points tried", [sum(trial.tried.values()) for trial in trials]))
+    for ending in ("went through", "gave up", "killed"):
+        rows.append((f"  the sort {'was ' if ending == 'killed' else ''}{ending}",
+                     [trial.endings[ending] for trial in trials]))
     rows.append(("saved between the last look and the rename, and overwritten",
                  [trial.count(lambda judged: judged.overwrote) for trial in trials]))
     rows.append(("other flaws", [trial.count(lambda judged: judged.flaws) for trial in trials]))
