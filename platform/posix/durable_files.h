@@ -27,8 +27,8 @@ void replaceFile(const std::string& path, const Bytes& bytes, mode_t modeIfNew, 
 
 // The same for a file that is there and that others may change, but only if `isExpected`, which is to look at its
 // content, answers true when everything else is done; answers whether it was replaced. What somebody else puts in its
-// place while `isExpected` looks is noticed too. Nothing that a system offers closes the moment between that and the
-// renaming, but in that moment nothing else is done.
+// place while `isExpected` looks is noticed too. No system compares and renames in one step, but between the
+// two nothing else is done.
 bool replaceFileIf(const std::string& path, const Bytes& bytes, const std::function<bool()>& isExpected,
                    Flush flush = Flush::toDisk);
 
