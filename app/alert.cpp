@@ -2,13 +2,14 @@
 
 #include <iostream>
 
+#include "app/harmless_text.h"
 #include "platform/platform.h"
 
 bool automatic = false;
 
 void alert(const std::string& title, const std::string& message) {
   if (automatic) {
-    std::cout << title << ": " << message << '\n' << std::flush;
+    std::cout << harmlessText(title + ": " + message) << '\n' << std::flush;
     return;
   }
   UserInterface& userInterface = platform().userInterface;

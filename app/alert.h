@@ -9,5 +9,5 @@ extern bool automatic;
 
 // Brings the program to the front with a modal dialog of one button and returns when the user dismisses it; or,
 // while `automatic` is true, shows nothing and writes the title, ": " and the message as one line to standard
-// output, flushed, so that it reaches a log file or a pipe at once.
+// output, flushed, so that it reaches a log file or a pipe at once; made harmless, because a path may hold anything.
 void alert(const std::string& title, const std::string& message);

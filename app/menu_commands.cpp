@@ -7,7 +7,7 @@
 #include "app/bring_to_front.h"
 #include "app/product.h"
 #include "app/sorter_delegate.h"
-#include "engine/sort_job.h"
+#include "engine/backups.h"
 #include "platform/platform.h"
 
 namespace {

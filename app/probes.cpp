@@ -1,5 +1,6 @@
 #include "app/probes.h"
 
+#include "app/typed_defaults.h"
 #include "platform/platform.h"
 
 std::vector<std::shared_ptr<RunningApplication>> runningSafaris() {
@@ -20,5 +21,7 @@ bool canReadBookmarks() {
 }
 
 bool runsFromDiskImage() { return platform().bundle.path().starts_with("/Volumes/"); }
+
+bool sortingIsPaused() { return booleanForKey(sortingPausedKey); }
 
 void noteAccessGranted() { platform().userDefaults.set("bookmarkAccessPreviouslyGranted", true); }

@@ -26,5 +26,11 @@ bool canReadBookmarks();
 // Whether the program runs from a disk image, which is no place for it to stay.
 bool runsFromDiskImage();
 
+// Where the user's wish to stop automatic sorting is stored: a Boolean in the user's defaults.
+inline constexpr const char* sortingPausedKey = "sortingPaused";
+
+// Whether the user has stopped automatic sorting.
+bool sortingIsPaused();
+
 // Notes for good that the bookmark file could once be read.
 void noteAccessGranted();

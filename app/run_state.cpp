@@ -2,18 +2,10 @@
 #include "app/alert.h"
 #include "app/probes.h"
 #include "app/sorter_delegate.h"
-#include "app/typed_defaults.h"
 #include "engine/sort_job.h"
 #include "platform/platform.h"
 
-namespace {
-
-// What the user wished last; a missing access does not change it.
-constexpr const char* sortingPausedKey = "sortingPaused";
-
-}  // namespace
-
-SorterDelegate::SorterDelegate() : enabled(!booleanForKey(sortingPausedKey)) {}
+SorterDelegate::SorterDelegate() : enabled(!sortingIsPaused()) {}
 
 void SorterDelegate::start() {
   if (!canReadBookmarks()) {

@@ -67,7 +67,7 @@ class SorterDelegate : public ApplicationDelegate,
 
   // --- Schedule (schedule/) ---
 
-  // The weekdays stored for the scheduled sort, as stored; all seven if there are none or no such list.
+  // What storedDays() answers.
   std::vector<int> selectedDays() const;
   // Whether the end of Safari is followed by a sort.
   bool sortOnQuit() const;

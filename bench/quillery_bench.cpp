@@ -28,6 +28,7 @@
 
 #include "app/alert.h"
 #include "app/probes.h"
+#include "engine/backups.h"
 #include "engine/sort_job.h"
 #include "engine/sort_order.h"
 #include "platform/linux/posix_file_system.h"
@@ -192,7 +193,7 @@ int run(const std::string& file, int rounds, bool flush) {
     {
       std::ostringstream line;
       std::streambuf* console = std::cout.rdbuf(line.rdbuf());
-      const SortResult result = target.measure("whole job", performSort);
+      const SortResult result = target.measure("whole job", [] { return performSort(); });
       std::cout.rdbuf(console);
       if (result.outcome != SortOutcome::sorted) throw std::runtime_error("the job failed: " + result.message);
     }

@@ -19,7 +19,7 @@ bool sortable(const NodeFields& fields) {
 
 class Sorter {
  public:
-  explicit Sorter(const Collation& collation) : collation_(collation) {}
+  Sorter(const Collation& collation, ChangeListener listener) : collation_(collation), listener_(std::move(listener)) {}
 
   PlistValue sorted(const PlistValue& node, bool root) { return sorted(node, fieldsOf(node), root); }
 
@@ -61,12 +61,16 @@ class Sorter {
       element = std::move(inOrder);
       changed = true;
     }
-    changed |= order(elements, records);
-    return changed ? node.replacing(fields.children, children->rearranged(std::move(elements))) : node;
+    FolderOrder told;
+    changed |= order(elements, records, told);
+    if (!changed) return node;
+    if (listener_) listener_(node, told);
+    return node.replacing(fields.children, children->rearranged(std::move(elements)));
   }
 
-  // Puts the elements of the records in order, each into a place of one of them; answers whether any moved.
-  bool order(std::vector<PlistValue>& elements, std::vector<Record>& records) {
+  // Puts the elements of the records in order, each into a place of one of them; answers whether any moved, and for
+  // a listener which.
+  bool order(std::vector<PlistValue>& elements, std::vector<Record>& records, FolderOrder& told) {
     gatherTitles(records);
     const auto before = [this](const Record& a, const Record& b) {
       if (a.folder != b.folder) return a.folder;
@@ -81,7 +85,15 @@ class Sorter {
     for (const Record& record : inOrder) moved.push_back(std::move(elements[record.offset]));
     for (std::size_t place = 0; place < records.size(); ++place)
       elements[records[place].offset] = std::move(moved[place]);
+    if (listener_) told = {offsetsOf(records), offsetsOf(inOrder)};
     return true;
+  }
+
+  static std::vector<std::size_t> offsetsOf(const std::vector<Record>& records) {
+    std::vector<std::size_t> offsets;
+    offsets.reserve(records.size());
+    for (const Record& record : records) offsets.push_back(record.offset);
+    return offsets;
   }
 
   // Puts the titles of a folder's records side by side as UTF-16. A long one that many nodes share is put there
@@ -115,6 +127,7 @@ class Sorter {
   }
 
   const Collation& collation_;
+  ChangeListener listener_;
   std::u16string titles_;  // of the folder that is being put in order
   // What shared nodes became; the node is kept too, so that its identity stays its own.
   std::unordered_map<PlistValue::Identity, std::pair<PlistValue, PlistValue>> done_;
@@ -124,4 +137,8 @@ class Sorter {
 
 bool sortable(const PlistValue& child) { return sortable(fieldsOf(child)); }
 
-PlistValue sorted(const PlistValue& node, bool root) { return Sorter(platform().collation).sorted(node, root); }
+PlistValue sorted(const PlistValue& node, bool root) { return Sorter(platform().collation, {}).sorted(node, root); }
+
+void tellChanges(const PlistValue& node, bool root, const ChangeListener& listener) {
+  Sorter(platform().collation, listener).sorted(node, root);
+}

@@ -1,12 +1,22 @@
 // Files. Paths are absolute and in UTF-8. Every failure throws Error, with the path and the system's own words.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "engine/bytes.h"
+#include "platform/calendar.h"
 
 // The permission bits of folders for which nothing else is said.
 inline constexpr unsigned defaultFolderMode = 0755;
+
+// A file in a folder, as the folder lists it.
+struct FileEntry {
+  std::string name;
+  Instant modified;
+  std::uint64_t size;  // in bytes
+};
 
 class FileSystem {
  public:
@@ -20,6 +30,10 @@ class FileSystem {
 
   // Whether a file's whole content, read anew, is exactly `expected`: the same bytes, whatever its dates say.
   virtual bool holds(const std::string& path, const Bytes& expected) = 0;
+
+  // The regular files in a folder, those that symbolic links in it lead to among them, in any order. A folder that does
+  // not exist has none; one that cannot be looked through is an error.
+  virtual std::vector<FileEntry> filesIn(const std::string& path) = 0;
 
   // Creates a folder and the missing ones above it; every folder created gets exactly `mode` (permission bits),
   // those that exist keep theirs. A folder that exists already is no error.

@@ -1,6 +1,7 @@
 // Services of the operating system for processes.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,15 @@ class Processes {
   // This process, and the user whose it is.
   virtual int processIdentifier() = 0;
   virtual unsigned userIdentifier() = 0;
+
+  // Whether what this process writes to its standard output goes to a terminal.
+  virtual bool writesToTerminal() = 0;
+
+  // A variable of this process's environment; absent if it is not set.
+  virtual std::optional<std::string> environmentVariable(const std::string& name) = 0;
+
+  // The folder that relative paths begin at: an absolute path. Throws Error if it is gone.
+  virtual std::string workingFolder() = 0;
 
   // Runs a program, with no shell, nothing to read and its output discarded, and waits for its end. Answers its exit
   // status; of one that a signal ended, that signal's number. Throws Error if it cannot be started.

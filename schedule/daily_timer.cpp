@@ -1,16 +1,14 @@
 // The one timer of the scheduled sort. Each firing arms the next; one that comes too late is not made up for.
 #include "app/sorter_delegate.h"
-#include "app/typed_defaults.h"
 #include "platform/platform.h"
-#include "schedule/next_sort_date.h"
+#include "schedule/schedule_settings.h"
 
 void SorterDelegate::scheduleDaily() {
   if (dailyTimer) dailyTimer->invalidate();
   dailyTimer = nullptr;
-  if (!enabled || !booleanForKey(schedule_keys::dailyEnabled)) return;
+  if (!enabled) return;
   MainLoop& loop = desktop().mainLoop;
-  const std::optional<Instant> fireDate = nextSortDate(loop.now(), integerForKey(schedule_keys::dailyHour),
-                                                       integerForKey(schedule_keys::dailyMinute), selectedDays());
+  const std::optional<Instant> fireDate = nextScheduledSort(loop.now());
   if (!fireDate) return;
   dailyTimer = loop.timerAt(*fireDate, [weak = weak_from_this(), date = *fireDate](Timer&) {
     if (const auto self = weak.lock()) self->dailyTimerFired(date);

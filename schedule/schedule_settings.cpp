@@ -4,6 +4,7 @@
 
 #include "app/alert.h"
 #include "app/sorter_delegate.h"
+#include "app/typed_defaults.h"
 #include "platform/platform.h"
 #include "schedule/next_sort_date.h"
 
@@ -47,7 +48,7 @@ bool storeSchedule(const ScheduleChoice& choice) {
   return true;
 }
 
-std::vector<int> SorterDelegate::selectedDays() const {
+std::vector<int> storedDays() {
   const std::optional<PlistValue> stored = platform().userDefaults.object(schedule_keys::scheduleDays);
   if (!stored || !stored->is(PlistKind::array)) return everyDay();
   std::vector<int> days;
@@ -58,6 +59,14 @@ std::vector<int> SorterDelegate::selectedDays() const {
   }
   return days;
 }
+
+std::optional<Instant> nextScheduledSort(Instant after) {
+  if (!booleanForKey(schedule_keys::dailyEnabled)) return std::nullopt;
+  return nextSortDate(after, integerForKey(schedule_keys::dailyHour), integerForKey(schedule_keys::dailyMinute),
+                      storedDays());
+}
+
+std::vector<int> SorterDelegate::selectedDays() const { return storedDays(); }
 
 bool SorterDelegate::sortOnQuit() const {
   const std::optional<PlistValue> stored = platform().userDefaults.object(schedule_keys::sortOnSafariQuit);

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,13 @@ inline constexpr const char* dailyEnabled = "dailyEnabled";          // Boolean;
 inline constexpr const char* dailyHour = "dailyHour";                // integer, 0 to 23; 0
 inline constexpr const char* dailyMinute = "dailyMinute";            // integer, 0 to 59; 0
 }  // namespace schedule_keys
+
+// The weekdays stored for the scheduled sort, as stored; all seven if there are none or no such list.
+std::vector<int> storedDays();
+
+// When the next scheduled sort is due after an instant, by the settings as they are now; absent if scheduling is off or
+// no day is chosen. Whether automatic sorting is stopped is not looked at.
+std::optional<Instant> nextScheduledSort(Instant after);
 
 // A choice of days that has a name.
 struct DayPreset {

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/harmless_text.h"
 #include "engine/bookmark_node.h"
 #include "platform/error.h"
 #include "platform/linux/plist/property_list_codec.h"
@@ -15,30 +16,8 @@ namespace {
 
 enum ExitStatus { success = 0, failure = 1, wrongUsage = 2 };
 
-// UTF-8 text with every control character as "\u{...}". Those of C1 are two bytes: 0xC2 and the character itself.
-std::string printable(std::string_view text) {
-  constexpr std::string_view digits = "0123456789ABCDEF";
-  const auto escaped = [&](unsigned character) {
-    return std::string("\\u{") + digits[character >> 4] + digits[character & 0xF] + '}';
-  };
-  std::string out;
-  for (std::size_t index = 0; index < text.size(); ++index) {
-    const auto byte = static_cast<unsigned char>(text[index]);
-    const auto next = index + 1 < text.size() ? static_cast<unsigned char>(text[index + 1]) : 0U;
-    if (byte < 0x20 || byte == 0x7F) {
-      out += escaped(byte);
-    } else if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
-      out += escaped(next);
-      ++index;
-    } else {
-      out += text[index];
-    }
-  }
-  return out;
-}
-
 std::string label(const PlistValue& node) {
-  const std::string text = printable(utf8(title(node)));
+  const std::string text = harmlessLine(title(node));
   return text.empty() ? "(no title)" : text;
 }
 

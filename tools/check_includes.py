@@ -12,7 +12,7 @@ import re
 import sys
 
 VALUES = ["engine/plist_*.h", "engine/bytes.h", "engine/base64.h"]
-CORE = ["engine/*", "schedule/*", "app/*", "access/*"]
+CORE = ["engine/*", "schedule/*", "app/*", "access/*", "companion/*"]
 INTERFACES = ["platform/*.h"]  # not the folders below it; see matches()
 ANY = ["*"]
 
@@ -63,7 +63,7 @@ def complaints(root, path):
 
 def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent)
-    folders = ["access", "app", "bench", "engine", "fuzz", "platform", "schedule", "tests", "tools"]
+    folders = ["access", "app", "bench", "companion", "engine", "fuzz", "platform", "schedule", "tests", "tools"]
     files = sorted(path for folder in folders for path in (root / folder).rglob("*")
                    if path.suffix in {".h", ".cpp", ".mm", ".in"} and "data" not in path.parts)
     if not files:

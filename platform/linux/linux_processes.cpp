@@ -17,6 +17,7 @@
 #include "platform/linux/installed_bundle.h"
 #include "platform/linux/word_pointers.h"
 #include "platform/posix/file_descriptor.h"
+#include "platform/posix/surroundings.h"
 
 namespace {
 
@@ -105,6 +106,14 @@ std::string LinuxProcesses::randomUuid() {
 int LinuxProcesses::processIdentifier() { return getpid(); }
 
 unsigned LinuxProcesses::userIdentifier() { return getuid(); }
+
+bool LinuxProcesses::writesToTerminal() { return standardOutputIsTerminal(); }
+
+std::optional<std::string> LinuxProcesses::environmentVariable(const std::string& name) {
+  return variableOfEnvironment(name);
+}
+
+std::string LinuxProcesses::workingFolder() { return currentFolder(); }
 
 int LinuxProcesses::run(const std::string& path, const std::vector<std::string>& arguments) {
   const std::string program =

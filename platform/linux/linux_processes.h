@@ -15,6 +15,10 @@ class LinuxProcesses : public Processes {
   // The user who started the process, whatever rights it has.
   unsigned userIdentifier() override;
 
+  bool writesToTerminal() override;
+  std::optional<std::string> environmentVariable(const std::string& name) override;
+  std::string workingFolder() override;
+
   // The path is not searched for. The program has this process's environment and working folder, and the usual
   // handling of signals.
   //

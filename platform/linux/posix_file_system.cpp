@@ -16,6 +16,7 @@
 #include "platform/linux/plist/large_memory.h"
 #include "platform/posix/file_attempt.h"
 #include "platform/posix/file_descriptor.h"
+#include "platform/posix/folder_listing.h"
 
 namespace {
 
@@ -124,6 +125,8 @@ bool PosixFileSystem::holds(const std::string& path, const Bytes& expected) {
   }
   return compared == expected.size();
 }
+
+std::vector<FileEntry> PosixFileSystem::filesIn(const std::string& path) { return regularFilesIn(path); }
 
 void PosixFileSystem::createFolder(const std::string& path, unsigned mode) {
   createFolders(withoutSlashAtEnd(path), static_cast<mode_t>(mode) & permissionBits, flush_);

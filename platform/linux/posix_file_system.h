@@ -23,6 +23,8 @@ class PosixFileSystem : public FileSystem {
   // Reads through a small buffer, and no further than the first difference.
   bool holds(const std::string& path, const Bytes& expected) override;
 
+  std::vector<FileEntry> filesIn(const std::string& path) override;
+
   void createFolder(const std::string& path, unsigned mode) override;
 
   // As writeNewFile says.

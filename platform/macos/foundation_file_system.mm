@@ -2,6 +2,7 @@
 
 #include "platform/macos/conversions.h"
 #include "platform/posix/durable_files.h"
+#include "platform/posix/folder_listing.h"
 
 namespace {
 
@@ -26,6 +27,8 @@ Bytes FoundationFileSystem::read(const std::string& path) {
 }
 
 bool FoundationFileSystem::holds(const std::string& path, const Bytes& expected) { return read(path) == expected; }
+
+std::vector<FileEntry> FoundationFileSystem::filesIn(const std::string& path) { return regularFilesIn(path); }
 
 void FoundationFileSystem::createFolder(const std::string& path, unsigned mode) {
   @autoreleasepool {

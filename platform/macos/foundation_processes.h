@@ -10,6 +10,9 @@ class FoundationProcesses : public Processes {
   int processIdentifier() override;
   // The user who started the process, whatever rights it has.
   unsigned userIdentifier() override;
+  bool writesToTerminal() override;
+  std::optional<std::string> environmentVariable(const std::string& name) override;
+  std::string workingFolder() override;
   // The program has this process's environment and working folder. While it runs, the run loop may go on in its default
   // mode: that is how NSTask waits.
   int run(const std::string& path, const std::vector<std::string>& arguments) override;

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "platform/macos/conversions.h"
+#include "platform/posix/surroundings.h"
 
 namespace {
 
@@ -19,6 +20,14 @@ std::string FoundationProcesses::randomUuid() { return textOf(NSUUID.UUID.UUIDSt
 int FoundationProcesses::processIdentifier() { return NSProcessInfo.processInfo.processIdentifier; }
 
 unsigned FoundationProcesses::userIdentifier() { return getuid(); }
+
+bool FoundationProcesses::writesToTerminal() { return standardOutputIsTerminal(); }
+
+std::optional<std::string> FoundationProcesses::environmentVariable(const std::string& name) {
+  return variableOfEnvironment(name);
+}
+
+std::string FoundationProcesses::workingFolder() { return currentFolder(); }
 
 int FoundationProcesses::run(const std::string& path, const std::vector<std::string>& arguments) {
   return raisingErrors([&] {

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "engine/sort_job.h"
+#include "engine/backups.h"
 #include "tests/support/controller_test.h"
 
 namespace {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "app/alert.h"
+#include "engine/backups.h"
 #include "tests/support/bookmark_trees.h"
 #include "tests/support/virtual_machine.h"
 

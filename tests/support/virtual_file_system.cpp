@@ -12,6 +12,7 @@ namespace {
 
 constexpr unsigned newFileMode = 0644;
 constexpr unsigned newFolderMode = 0755;
+constexpr int firstChange = 1789977600;  // 2026-09-21 08:00:00 UTC, in seconds since 1970
 
 std::string octal(unsigned mode) {
   std::array<char, 16> text{};
@@ -22,13 +23,13 @@ std::string octal(unsigned mode) {
 std::string parentOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
 
 std::string participle(const std::string& operation) {
-  if (operation == "read" || operation == "holds") return "opened";
+  if (operation == "read" || operation == "holds" || operation == "files in") return "opened";
   return operation == "create folder" ? "created" : "saved";
 }
 
 // In the words of a real system.
 Error failure(const std::string& operation, const std::string& path, int errorNumber) {
-  const std::string kind = operation == "create folder" ? "folder" : "file";
+  const std::string kind = operation == "create folder" || operation == "files in" ? "folder" : "file";
   return {"POSIX", errorNumber,
           "The " + kind + " “" + path.substr(path.rfind('/') + 1) + "” couldn’t be " + participle(operation) +
               " because the system answered “" + std::generic_category().message(errorNumber) + "” (" + path + ")."};
@@ -56,6 +57,17 @@ bool VirtualFileSystem::holds(const std::string& path, const Bytes& expected) {
   });
 }
 
+std::vector<FileEntry> VirtualFileSystem::filesIn(const std::string& path) {
+  return journal_.perform("files in", path, [&] {
+    if (files_.contains(path)) throw failure("files in", path, ENOTDIR);
+    std::vector<FileEntry> entries;
+    for (const auto& [file, contents] : files_)
+      if (parentOf(file) == path)
+        entries.push_back({file.substr(path.size() + 1), modified_.at(file), contents.content.size()});
+    return entries;
+  });
+}
+
 void VirtualFileSystem::createFolder(const std::string& path, unsigned mode) {
   journal_.perform("create folder", path + " " + octal(mode), [&] {
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
@@ -72,6 +84,7 @@ void VirtualFileSystem::writeNew(const std::string& path, const Bytes& bytes) {
     requireParent("write new", path);
     if (files_.contains(path) || folders_.contains(path)) throw failure("write new", path, EEXIST);
     files_[path] = {std::string(bytes.text()), newFileMode};
+    touch(path);
   });
 }
 
@@ -87,6 +100,7 @@ void VirtualFileSystem::writeAtomically(const std::string& path, const Bytes& by
   journal_.perform("write atomically", path, [&] {
     requireParent("write atomically", path);
     files_.try_emplace(path, File{{}, newFileMode}).first->second.content = bytes.text();
+    touch(path);
   });
 }
 
@@ -109,6 +123,7 @@ void VirtualFileSystem::put(const std::string& path, std::string content, unsign
   for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
     folders_.try_emplace(path.substr(0, end), newFolderMode);
   files_[path] = {std::move(content), mode};
+  touch(path);
 }
 
 void VirtualFileSystem::remove(const std::string& path) { files_.erase(path); }
@@ -116,6 +131,10 @@ void VirtualFileSystem::remove(const std::string& path) { files_.erase(path); }
 unsigned VirtualFileSystem::mode(const std::string& path) const {
   const auto file = files_.find(path);
   return file == files_.end() ? folders_.at(path) : file->second.mode;
+}
+
+void VirtualFileSystem::touch(const std::string& path) {
+  modified_[path] = Instant(std::chrono::seconds(firstChange + changes_++));
 }
 
 void VirtualFileSystem::requireParent(const std::string& operation, const std::string& path) const {

@@ -8,9 +8,9 @@
 #include "platform/file_system.h"
 #include "tests/support/journal.h"
 
-// Operations are noted as "read", "holds", "write new" and "write atomically" with the path, "create folder" and
-// "set mode" with the path and the mode. What cannot be done fails as on a real system: a file that is missing, a
-// name that exists, a folder that is not there, a file where a folder should be.
+// Operations are noted as "read", "holds", "files in", "write new" and "write atomically" with the path, "create
+// folder" and "set mode" with the path and the mode. What cannot be done fails as on a real system: a file that is
+// missing, a name that exists, a folder that is not there, a file where a folder should be.
 class VirtualFileSystem : public FileSystem {
  public:
   explicit VirtualFileSystem(Journal& journal);
@@ -18,6 +18,7 @@ class VirtualFileSystem : public FileSystem {
   std::string homeFolder() override { return home_; }
   Bytes read(const std::string& path) override;
   bool holds(const std::string& path, const Bytes& expected) override;
+  std::vector<FileEntry> filesIn(const std::string& path) override;
   void createFolder(const std::string& path, unsigned mode) override;
   void writeNew(const std::string& path, const Bytes& bytes) override;
   void setMode(const std::string& path, unsigned mode) override;
@@ -32,6 +33,7 @@ class VirtualFileSystem : public FileSystem {
   // What a test does to the files itself, which nobody notes. Folders are made as needed.
   void put(const std::string& path, std::string content, unsigned mode = 0644);
   void remove(const std::string& path);
+  void setModified(const std::string& path, Instant instant) { modified_[path] = instant; }
   const std::string& content(const std::string& path) const { return files_.at(path).content; }
   unsigned mode(const std::string& path) const;
 
@@ -47,9 +49,13 @@ class VirtualFileSystem : public FileSystem {
  private:
   // Throws unless there is a folder to hold `path`.
   void requireParent(const std::string& operation, const std::string& path) const;
+  // Notes the time of a change; each is a second after the one before.
+  void touch(const std::string& path);
 
   Journal& journal_;
   std::string home_ = "/home/user";
   std::map<std::string, File> files_;
+  std::map<std::string, Instant> modified_;
+  int changes_ = 0;
   std::map<std::string, unsigned> folders_;
 };

@@ -12,6 +12,11 @@ std::optional<std::string> VirtualBundle::information(const std::string& key) {
   return found == information_.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::optional<std::string> VirtualProcesses::environmentVariable(const std::string& name) {
+  const auto found = environment_.find(name);
+  return found != environment_.end() ? std::optional(found->second) : std::nullopt;
+}
+
 int VirtualProcesses::run(const std::string& path, const std::vector<std::string>& arguments) {
   std::string line = path;
   for (const std::string& argument : arguments) line += " " + argument;

@@ -41,7 +41,13 @@ class VirtualProcesses : public Processes {
   std::string randomUuid() override;
   int processIdentifier() override { return 500; }
   unsigned userIdentifier() override { return 501; }
+  bool writesToTerminal() override { return writesToTerminal_; }
+  std::optional<std::string> environmentVariable(const std::string& name) override;
+  std::string workingFolder() override { return "/home/user/folder"; }
   int run(const std::string& path, const std::vector<std::string>& arguments) override;
+
+  void startInTerminal() { writesToTerminal_ = true; }
+  void setVariable(const std::string& name, const std::string& value) { environment_[name] = value; }
 
   // What programs answer from now on whose first argument is `subcommand`; 0 where nothing was said.
   void willAnswer(const std::string& subcommand, int status) { statuses_[subcommand] = status; }
@@ -53,6 +59,8 @@ class VirtualProcesses : public Processes {
   Journal& journal_;
   int given_ = 0;
   std::map<std::string, int> statuses_;
+  bool writesToTerminal_ = false;
+  std::map<std::string, std::string> environment_;
 };
 
 // Every calendar there is, with a current time zone of its own, whatever the system's.

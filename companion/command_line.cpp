@@ -1,0 +1,126 @@
+#include "companion/command_line.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
+
+const char* const usageText =
+    "usage: quilleryctl preview [--all] [--json] [--quiet] [FILE]\n"
+    "       quilleryctl sort [--quiet] [FILE]\n"
+    "       quilleryctl check [--quiet] [FILE]\n"
+    "       quilleryctl backups [--quiet]\n"
+    "       quilleryctl restore [--quiet] BACKUP [FILE]\n"
+    "       quilleryctl next [--quiet]\n"
+    "       quilleryctl --help | --version\n";
+
+const char* const helpText =
+    "\n"
+    "preview  shows what a sort would move, and writes nothing\n"
+    "sort     sorts once, unattended: folders first, then bookmarks, in natural order\n"
+    "check    says whether the bookmarks are in order, and writes nothing\n"
+    "backups  lists the backups: name, time, size in bytes, number of bookmarks, and\n"
+    "         which of them the bookmark file is the same as; the newest first\n"
+    "restore  brings a backup back to the byte\n"
+    "next     says when the next scheduled sort is due\n"
+    "\n"
+    "FILE is a bookmark file in the place of your Safari bookmarks. BACKUP is a name\n"
+    "from the list of backups, or a path with a slash in it. Before sort and restore\n"
+    "replace a file they back it up, and they read nothing while Safari is running.\n"
+    "\n"
+    "-a, --all    the whole tree, not only what moves and where it is\n"
+    "-j, --json   for programs: every entry of each folder that changes, in its new\n"
+    "             order, with its place now (\"from\", counted from 0)\n"
+    "-q, --quiet  sort, restore and check print nothing but errors; preview leaves out\n"
+    "             its last line; backups prints names alone; next prints a time alone\n"
+    "-h, --help   prints this\n"
+    "--version    prints the version\n"
+    "\n"
+    "Exit status: 0 done, or in order; 1 failed (the message is on standard error), or\n"
+    "for check: not in order; 2 wrong usage; 3 for check: failed; 75 Safari is running\n"
+    "(nothing was read).\n";
+
+namespace {
+
+struct Option {
+  std::string_view name;
+  std::string_view letter;
+  bool Request::*field;
+};
+
+constexpr std::array<Option, 3> options = {
+    {{"--all", "-a", &Request::all}, {"--json", "-j", &Request::json}, {"--quiet", "-q", &Request::quiet}}};
+
+struct Form {
+  std::string_view name;
+  Command command;
+  std::size_t operandsAtLeast;
+  std::size_t operandsAtMost;
+  bool isPreview;  // takes all of the options; the others only --quiet
+};
+
+constexpr std::array<Form, 6> forms = {{{"preview", Command::preview, 0, 1, true},
+                                        {"sort", Command::sort, 0, 1, false},
+                                        {"check", Command::check, 0, 1, false},
+                                        {"backups", Command::backups, 0, 0, false},
+                                        {"restore", Command::restore, 1, 2, false},
+                                        {"next", Command::next, 0, 0, false}}};
+
+std::string quoted(std::string_view text) { return "“" + std::string(text) + "”"; }
+
+// The arguments with options and operands told apart.
+struct Words {
+  std::vector<std::string_view> options;
+  std::vector<std::string_view> operands;
+};
+
+Words wordsOf(const Arguments& arguments) {
+  Words words;
+  bool mayBeOption = true;
+  for (const std::string_view argument : arguments) {
+    if (mayBeOption && argument == "--")
+      mayBeOption = false;
+    else
+      (mayBeOption && argument.size() > 1 && argument.front() == '-' ? words.options : words.operands)
+          .push_back(argument);
+  }
+  return words;
+}
+
+std::optional<Complaint> readOptions(const std::vector<std::string_view>& words, const Form& form, Request& request) {
+  for (const std::string_view word : words) {
+    const auto* option =
+        std::ranges::find_if(options, [&](const Option& known) { return word == known.name || word == known.letter; });
+    if (option == options.end()) return Complaint{"there is no option " + quoted(word)};
+    if (!form.isPreview && option->field != &Request::quiet)
+      return Complaint{quoted(form.name) + " has no option " + quoted(word)};
+    request.*option->field = true;
+  }
+  return std::nullopt;
+}
+
+std::optional<Complaint> readOperands(const std::vector<std::string_view>& words, const Form& form, Request& request) {
+  if (words.size() < form.operandsAtLeast) return Complaint{quoted(form.name) + " needs the name of a backup"};
+  if (words.size() > form.operandsAtMost)
+    return Complaint{quoted(words[form.operandsAtMost]) + " is one argument too many for " + quoted(form.name)};
+  request.operands.assign(words.begin(), words.end());
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::variant<Request, Complaint> requestOf(const Arguments& arguments) {
+  Words words = wordsOf(arguments);
+  if (contains(words.options, "--help") || contains(words.options, "-h")) return Request{Command::help};
+  if (arguments.size() == 1 && contains(words.options, "--version")) return Request{Command::version};
+  if (words.operands.empty())
+    return Complaint{words.options.empty() ? "there is no command"
+                                           : "there is no command with " + quoted(words.options.front())};
+  const auto* form = std::ranges::find(forms, words.operands.front(), &Form::name);
+  if (form == forms.end()) return Complaint{"there is no command " + quoted(words.operands.front())};
+  words.operands.erase(words.operands.begin());
+  Request request{form->command};
+  if (auto complaint = readOptions(words.options, *form, request)) return *complaint;
+  if (auto complaint = readOperands(words.operands, *form, request)) return *complaint;
+  return request;
+}

@@ -1,0 +1,98 @@
+#include "companion/preview_json.h"
+
+#include <string_view>
+#include <utility>
+
+#include "engine/bookmark_node.h"
+
+namespace {
+
+bool isPaired(std::u16string_view units, std::size_t index) {
+  const auto isHigh = [&](std::size_t at) { return at < units.size() && (units[at] & 0xFC00) == 0xD800; };
+  const auto isLow = [&](std::size_t at) { return at < units.size() && (units[at] & 0xFC00) == 0xDC00; };
+  return isHigh(index) ? isLow(index + 1) : index > 0 && isHigh(index - 1);
+}
+
+// The text in quotation marks. Everything outside of ASCII, and every control character, is an escape.
+std::string quoted(std::u16string_view units) {
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::string text = "\"";
+  for (std::size_t index = 0; index < units.size(); ++index) {
+    char16_t unit = units[index];
+    if ((unit & 0xF800) == 0xD800 && !isPaired(units, index)) unit = 0xFFFD;
+    if (unit >= 0x20 && unit < 0x7F) {
+      if (unit == u'"' || unit == u'\\') text += '\\';
+      text += static_cast<char>(unit);
+      continue;
+    }
+    text += "\\u";
+    for (int shift = 12; shift >= 0; shift -= 4) text += digits[(unit >> shift) & 0xF];
+  }
+  return text + '"';
+}
+
+std::string_view kind(NodeType type) {
+  switch (type) {
+    case NodeType::list: return "folder";
+    case NodeType::leaf: return "bookmark";
+    case NodeType::other: return "other";
+  }
+  return "";
+}
+
+std::string_view truth(bool value) { return value ? "true" : "false"; }
+
+class JsonPreview {
+ public:
+  JsonPreview(SortPreview& preview, bool all) : preview_(preview), all_(all) {}
+
+  // The list of a folder's entries.
+  void addChildren(const PlistValue& folder, std::size_t level) {
+    text_ += "\"children\": [";
+    bool isFirst = true;
+    preview_.forEachEntry(folder, [&](const PreviewEntry& entry) {
+      if (!std::exchange(isFirst, false)) text_ += ',';
+      text_.append("\n").append(2 * level, ' ');
+      addEntry(entry, level);
+    });
+    if (!isFirst) text_.append("\n").append(2 * (level - 1), ' ');
+    text_ += "]";
+  }
+
+  void add(std::string_view text) { text_ += text; }
+  std::string text() && { return std::move(text_); }
+
+ private:
+  void addEntry(const PreviewEntry& entry, std::size_t level) {
+    const NodeFields fields = fieldsOf(entry.node);
+    add("{\"title\": " + quoted(fields.title.utf16()));
+    add(", \"kind\": \"");
+    add(kind(fields.type));
+    add("\", \"from\": " + std::to_string(entry.from) + ", \"moved\": ");
+    add(truth(entry.isMoved));
+    if (entry.changesInside || (all_ && childrenOf(entry.node))) {
+      add(", ");
+      addChildren(entry.node, level + 1);
+    }
+    add("}");
+  }
+
+  SortPreview& preview_;
+  bool all_;
+  std::string text_;
+};
+
+}  // namespace
+
+std::string previewJson(SortPreview& preview, const PlistValue& root, bool all, const std::string& file) {
+  JsonPreview json(preview, all);
+  json.add("{\"file\": " + quoted(utf16(file)) + ", \"isInOrder\": ");
+  json.add(truth(preview.isInOrder()));
+  if (all || !preview.isInOrder()) {
+    json.add(", ");
+    json.addChildren(root, 1);
+  }
+  json.add(", \"moved\": " + std::to_string(preview.movedEntries()) +
+           ", \"folders\": " + std::to_string(preview.foldersWithMoves()) + "}\n");
+  return std::move(json).text();
+}

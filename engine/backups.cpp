@@ -1,0 +1,86 @@
+#include "engine/backups.h"
+
+#include <algorithm>
+#include <limits>
+#include <unordered_map>
+
+#include "engine/bookmark_file.h"
+#include "engine/bookmark_node.h"
+#include "platform/platform.h"
+
+namespace {
+
+constexpr unsigned backupFolderMode = 0700;
+constexpr unsigned backupFileMode = 0600;
+
+constexpr std::string_view namePrefix = "Bookmarks-";
+constexpr std::string_view nameSuffix = ".plist";
+
+// Counts the bookmarks of a tree. What several folders hold is counted for each of them, but only once gone through.
+class BookmarkCount {
+ public:
+  std::uint64_t in(const PlistValue& node) {
+    const bool remember = node.mayBeShared();
+    if (remember)
+      if (const auto known = known_.find(node.identity()); known != known_.end()) return known->second;
+    std::uint64_t count = fieldsOf(node).type == NodeType::leaf ? 1 : 0;
+    const std::optional<PlistValue> children = childrenOf(node);
+    for (std::size_t index = 0; children && index < children->size(); ++index)
+      count = sum(count, in(children->at(index)));
+    if (remember) known_.emplace(node.identity(), count);
+    return count;
+  }
+
+ private:
+  static std::uint64_t sum(std::uint64_t a, std::uint64_t b) {
+    return a > std::numeric_limits<std::uint64_t>::max() - b ? std::numeric_limits<std::uint64_t>::max() : a + b;
+  }
+
+  std::unordered_map<PlistValue::Identity, std::uint64_t> known_;
+};
+
+bool isBackupName(std::string_view name) { return name.starts_with(namePrefix) && name.ends_with(nameSuffix); }
+
+Backup examine(FileEntry file, const std::optional<Bytes>& current) {
+  Backup backup{std::move(file), std::nullopt, false};
+  try {
+    const Bytes bytes = platform().fileSystem.read(backupsFolder() + "/" + backup.file.name);
+    backup.isCurrent = current == bytes;
+    backup.bookmarks = BookmarkCount().in(parseBookmarks(bytes).value);
+  } catch (const Error&) {
+    return backup;  // one that is damaged or gone must not hide the others
+  }
+  return backup;
+}
+
+}  // namespace
+
+std::string backupsFolder() {
+  return platform().fileSystem.homeFolder() + "/Library/Application Support/Quillery/Backups";
+}
+
+std::string backUp(const Bytes& bytes) {
+  FileSystem& files = platform().fileSystem;
+  const std::string folder = backupsFolder();
+  files.createFolder(folder, backupFolderMode);
+  std::string path =
+      folder + "/" + std::string(namePrefix) + platform().processes.randomUuid() + std::string(nameSuffix);
+  files.writeNew(path, bytes);
+  files.setMode(path, backupFileMode);
+  return path;
+}
+
+std::vector<FileEntry> backupFiles() {
+  std::vector<FileEntry> files = platform().fileSystem.filesIn(backupsFolder());
+  std::erase_if(files, [](const FileEntry& file) { return !isBackupName(file.name); });
+  std::ranges::sort(files, [](const FileEntry& a, const FileEntry& b) {
+    return a.modified != b.modified ? a.modified > b.modified : a.name < b.name;
+  });
+  return files;
+}
+
+std::vector<Backup> listBackups(const std::optional<Bytes>& current) {
+  std::vector<Backup> backups;
+  for (FileEntry& file : backupFiles()) backups.push_back(examine(std::move(file), current));
+  return backups;
+}

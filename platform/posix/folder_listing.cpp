@@ -1,0 +1,39 @@
+#include "platform/posix/folder_listing.h"
+
+#include <sys/stat.h>
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+
+#include "platform/posix/file_attempt.h"
+
+namespace {
+
+Instant modified(const struct stat& status) {
+#ifdef __APPLE__
+  const timespec& time = status.st_mtimespec;
+#else
+  const timespec& time = status.st_mtim;
+#endif
+  return Instant(std::chrono::duration_cast<Instant::duration>(std::chrono::seconds(time.tv_sec) +
+                                                               std::chrono::nanoseconds(time.tv_nsec)));
+}
+
+}  // namespace
+
+std::vector<FileEntry> regularFilesIn(const std::string& path) {
+  std::vector<FileEntry> files;
+  std::error_code problem;
+  std::filesystem::directory_iterator entry(path, problem);
+  if (problem == std::errc::no_such_file_or_directory) return files;
+  for (; !problem && entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
+    struct stat status {};
+    if (stat(entry->path().c_str(), &status) != 0) continue;  // somebody has just removed it, or a link leads nowhere
+    if (!S_ISREG(status.st_mode)) continue;
+    files.push_back({entry->path().filename().string(), modified(status), static_cast<std::uint64_t>(status.st_size)});
+  }
+  if (problem) throw FileAttempt{"folder", path, "opened"}.failure(problem.value());
+  return files;
+}

@@ -1,0 +1,10 @@
+// Looking through a folder.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/file_system.h"
+
+// What FileSystem::filesIn answers. Throws the errors of FileAttempt.
+std::vector<FileEntry> regularFilesIn(const std::string& path);
