@@ -28,6 +28,9 @@ namespace {
 
 enum ExitStatus { success = 0, failure = 1, notInOrder = 1, wrongUsage = 2, checkFailed = 3, safariOpen = 75 };
 
+// How many entries a preview lists of any file; beyond these, no more than the file has bytes.
+constexpr std::size_t entriesOfASmallFile = 100'000;
+
 // Keeps what is written to standard output from it, for as long as it lives and is wanted.
 class Silence {
  public:
@@ -109,7 +112,7 @@ int preview(const Request& request) {
   const std::string file = chosenFile(request);
   const Bytes bytes = platform().fileSystem.read(file);
   const PlistValue root = parseBookmarks(bytes).value;
-  SortPreview preview(root, bytes.size());
+  SortPreview preview(root, bytes.size() + entriesOfASmallFile);
   if (request.json) {
     std::cout << previewJson(preview, root, request.all, file);
     return success;

@@ -22,8 +22,8 @@ struct PreviewEntry {
 class SortPreview {
  public:
   // `root` is the top of a bookmark file. A walk meets at most `entriesAtMost` entries, because nested folders that
-  // hold the same ones again and again could make a small file into a list without end. No file lists more entries
-  // than it has bytes unless it is made like that.
+  // hold the same ones again and again could make a small file into a list without end; a file that is not made like
+  // that lists fewer entries than it has bytes.
   SortPreview(const PlistValue& root, std::size_t entriesAtMost);
 
   bool isInOrder() const { return changes_.empty(); }

@@ -48,6 +48,12 @@ TEST_F(AlertTest, printsLineBreaksAsTheyAreAndEndsWithOneMore) {
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("printed Title: one\n\ntwo\n\n", "printed Title: \n"));
 }
 
+TEST_F(AlertTest, printsNothingThatATerminalWouldObey) {
+  automatic = true;
+  alert("Title", "Backup: /home/\x1b[2J\x07");
+  EXPECT_EQ(machine_.output.text(), "Title: Backup: /home/\\u{1B}[2J\\u{07}\n");
+}
+
 TEST_F(AlertTest, printsUtf8AsItIs) {
   automatic = true;
   alert("Title", "System Settings → Privacy");

@@ -192,15 +192,135 @@ TEST_F(CompanionTest, sortsWhileAnotherApplicationRuns) {
   EXPECT_EQ(companion({"sort"}, bus.address()).status, 0);
 }
 
+// Previews, backups and restores
+
+TEST_P(CompanionFormats, previewsWhatASortThenDoes) {
+  makeFile(bookmarks_, demoFile(GetParam()));
+  const Ending preview = companion({"preview"});
+  EXPECT_EQ(preview.status, 0);
+  EXPECT_THAT(preview.output, AllOf(HasSubstr("↑   ▸ Archive  (8 → 1)\n"),
+                                    EndsWith("A sort would move 14 entries in 6 folders. Nothing was written.\n")));
+  EXPECT_EQ(companion({"check"}).status, 1);
+  EXPECT_EQ(contentOf(bookmarks_), demoFile(GetParam()));
+  EXPECT_THAT(namesIn(scratch_.path("Library")), ElementsAre("Safari")) << "nothing is created";
+  EXPECT_EQ(companion({"sort", "--quiet"}).output, "");
+  EXPECT_EQ(companion({"preview"}).output, "Your Safari bookmarks are already in order.\n");
+  EXPECT_EQ(companion({"check"}).status, 0);
+}
+
+TEST_P(CompanionFormats, bringsBackTheExactBytesAndUndoesThat) {
+  const std::string before = demoFile(GetParam());
+  makeFile(bookmarks_, before);
+  chmod(bookmarks_.c_str(), 0640);
+  companion({"sort"});
+  const std::string after = contentOf(bookmarks_);
+  const std::string first = std::filesystem::path(backup()).filename();
+  const Ending restored = companion({"restore", first});
+  EXPECT_EQ(restored.status, 0);
+  EXPECT_THAT(restored.output, StartsWith("Bookmarks restored: "));
+  EXPECT_EQ(contentOf(bookmarks_), before);
+  EXPECT_EQ(modeOf(bookmarks_), 0640U);
+  const std::string second = restored.output.substr(restored.output.find("Backup: ") + 8);
+  EXPECT_EQ(companion({"restore", second.substr(0, second.size() - 1)}).status, 0) << "by its path";
+  EXPECT_EQ(contentOf(bookmarks_), after);
+  EXPECT_EQ(namesIn(backups_).size(), 3U) << "and each time the bytes from before were kept";
+  for (const std::string& name : namesIn(backups_)) EXPECT_EQ(modeOf(backups_ + "/" + name), 0600U);
+  EXPECT_THAT(namesIn(scratch_.path("Library/Safari")), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(CompanionTest, listsBackupsTheNewestFirst) {
+  makeFile(bookmarks_, demoFile("xml"));
+  companion({"sort"});
+  const std::string first = std::filesystem::path(backup()).filename();
+  companion({"restore", first});
+  const Ending list = companion({"backups"});
+  EXPECT_EQ(list.status, 0);
+  const std::string time = "  [-0-9]+ [:0-9]+  ";
+  EXPECT_THAT(list.output, MatchesRegex("NAME +TIME +SIZE  BOOKMARKS\n"
+                                        "Bookmarks-[-0-9A-F]+\\.plist" +
+                                        time + "13818 +22\n" + first + time + "13818 +22  current\n"));
+  EXPECT_THAT(companion({"backups", "-q"}).output, EndsWith(".plist\n" + first + "\n"));
+}
+
+TEST_F(CompanionTest, writesABookmarkFileThatIsMissingForItsOwnerAlone) {
+  makeFile(bookmarks_, demoFile("xml"));
+  companion({"sort"});
+  const std::string content = contentOf(bookmarks_);
+  companion({"restore", backup()});
+  std::filesystem::remove(bookmarks_);
+  makeFile(scratch_.path("kept.plist"), content);
+  EXPECT_EQ(companion({"restore", scratch_.path("kept.plist")}).status, 0);
+  EXPECT_EQ(contentOf(bookmarks_), content);
+  EXPECT_EQ(modeOf(bookmarks_), 0600U);
+}
+
+TEST_F(CompanionTest, takesALinkThatLeadsNowhereForNoMissingFile) {
+  makeFile(scratch_.path("kept.plist"), demoFile("xml"));
+  std::filesystem::create_symlink(scratch_.path("elsewhere.plist"), bookmarks_);
+  const Ending ending = companion({"restore", scratch_.path("kept.plist")});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_THAT(ending.error, HasSubstr("File exists"));
+  EXPECT_FALSE(std::filesystem::exists(scratch_.path("elsewhere.plist")));
+}
+
+TEST_F(CompanionTest, restoresNothingThatIsNoBookmarkFile) {
+  makeFile(bookmarks_, demoFile("binary"));
+  makeFile(scratch_.path("notes.plist"), "not a property list <");
+  std::filesystem::create_directory(scratch_.path("folder"));
+  for (const std::string& name : {scratch_.path("notes.plist"), scratch_.path("folder"), scratch_.path("missing"),
+                                  std::string("Bookmarks-A.plist"), std::string("..")}) {
+    const Ending ending = companion({"restore", name});
+    EXPECT_EQ(ending.status, 1) << name;
+    EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be restored: "));
+  }
+  EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
+  EXPECT_FALSE(std::filesystem::exists(backups_));
+}
+
+TEST_F(CompanionTest, sortsAndRestoresAnotherFileFromWhereItIsCalled) {
+  makeFile(scratch_.path("Other.plist"), demoFile("xml"));
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(scratch_.path());
+  EXPECT_EQ(companion({"sort", "-q", "Other.plist"}).status, 0);
+  EXPECT_NE(contentOf("Other.plist"), demoFile("xml"));
+  EXPECT_EQ(companion({"restore", "-q", std::filesystem::path(backup()).filename(), "./Other.plist"}).status, 0);
+  EXPECT_EQ(contentOf("Other.plist"), demoFile("xml"));
+  std::filesystem::current_path(before);
+}
+
+TEST_F(CompanionTest, neitherSortsNorRestoresWhileSafariRunsButLooks) {
+  makeFile(bookmarks_, demoFile("binary"));
+  const ScratchFolder place;
+  const SessionBus bus(place);
+  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+  const NameOwner owner("com.apple.Safari");
+  makeFile(scratch_.path("kept.plist"), demoFile("xml"));
+  EXPECT_EQ(companion({"restore", scratch_.path("kept.plist")}, bus.address()).status, 75);
+  EXPECT_EQ(companion({"sort", scratch_.path("kept.plist")}, bus.address()).status, 75);
+  EXPECT_EQ(companion({"preview"}, bus.address()).status, 0);
+  EXPECT_EQ(companion({"check"}, bus.address()).status, 1);
+  EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
+}
+
+TEST_F(CompanionTest, saysWhenTheNextSortIsDueByTheStoredSettings) {
+  EXPECT_EQ(companion({"next"}).output, "No sort is scheduled.\n");
+  std::filesystem::create_directory(scratch_.path("config"));
+  makeFile(scratch_.path("config/" + std::string(product::bundleIdentifier) + ".plist"),
+           "<plist><dict><key>dailyEnabled</key><true/><key>dailyHour</key><integer>9</integer>"
+           "<key>scheduleDays</key><array><integer>4</integer></array></dict></plist>");
+  const EnvironmentScope settings("XDG_CONFIG_HOME", scratch_.path("config"));
+  EXPECT_THAT(companion({"next"}).output, MatchesRegex("Wednesday [0-9]{4}-[0-9]{2}-[0-9]{2} 09:00\n"));
+}
+
 TEST_F(CompanionTest, explainsItsUsageWhenUsedWrongly) {
   makeFile(bookmarks_, demoFile("binary"));
   const std::vector<std::vector<std::string>> wrong = {
-      {}, {"Sort"}, {"sorted"}, {"sort", "now"}, {"sort", "--help"}, {"--sort"}, {""}, {"--versions"}};
+      {}, {"Sort"}, {"sorted"}, {"sort", "a", "b"}, {"sort", "--json"}, {"--sort"}, {""}, {"--versions"}, {"restore"}};
   for (const auto& arguments : wrong) {
     const Ending ending = companion(arguments);
     EXPECT_EQ(ending.status, 2);
     EXPECT_EQ(ending.output, "");
-    EXPECT_THAT(ending.error, StartsWith("usage: quilleryctl sort\n"));
+    EXPECT_THAT(ending.error, AllOf(StartsWith("quilleryctl: "), HasSubstr("\nusage: quilleryctl preview ")));
   }
   EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
 }
@@ -208,7 +328,7 @@ TEST_F(CompanionTest, explainsItsUsageWhenUsedWrongly) {
 TEST_F(CompanionTest, helpsAndNamesItsVersion) {
   const Ending help = companion({"--help"});
   EXPECT_EQ(help.status, 0);
-  EXPECT_THAT(help.output, AllOf(StartsWith("usage: quilleryctl sort\n"), HasSubstr("75")));
+  EXPECT_THAT(help.output, AllOf(StartsWith("usage: quilleryctl preview "), HasSubstr("75")));
   EXPECT_EQ(help.error, "");
   const Ending version = companion({"--version"});
   EXPECT_EQ(version.status, 0);

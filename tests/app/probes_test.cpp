@@ -39,6 +39,12 @@ TEST_F(ProbesTest, safariIsKnownByItsIdentifierOnly) {
   EXPECT_FALSE(safariRunning());
 }
 
+TEST_F(ProbesTest, sortingIsPausedIfThatIsStored) {
+  EXPECT_FALSE(sortingIsPaused());
+  machine_.defaults.put("sortingPaused", true);
+  EXPECT_TRUE(sortingIsPaused());
+}
+
 TEST_F(ProbesTest, theBookmarkFileIsInTheUsersLibrary) {
   EXPECT_EQ(bookmarkFile(), bookmarks);
   EXPECT_THAT(machine_.journal.entries(), IsEmpty());

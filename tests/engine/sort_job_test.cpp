@@ -596,6 +596,29 @@ TEST_P(SortJobTest, sortsTheNextTimeAfterAnyFailure) {
   EXPECT_EQ(outlineOf(machine_.files.content(bookmarks)), sortedOutline);
 }
 
+// Another file
+
+TEST_P(SortJobTest, sortsAnotherFileIfOneIsNamedAndBacksItUpInTheSameFolder) {
+  const std::string other = "/home/user/Other.plist";
+  machine_.files.put(other, fileOf(unsortedTree(), PropertyListFormat::xml), 0604);
+  if (!isAutomatic()) machine_.userInterface.willAnswer(0);
+  automatic = isAutomatic();
+  EXPECT_EQ(performSort(other).outcome, SortOutcome::sorted);
+  EXPECT_EQ(outlineOf(machine_.files.content(other)), sortedOutline);
+  EXPECT_EQ(machine_.files.mode(other), 0604U);
+  EXPECT_EQ(machine_.files.content(backup), fileOf(unsortedTree(), PropertyListFormat::xml));
+  EXPECT_EQ(machine_.files.content(bookmarks), filesAtFirst_.at(bookmarks).content) << "the user's own stays";
+  EXPECT_THAT(machine_.journal.entries(), testing::Not(Contains("read " + bookmarks)));
+  EXPECT_THAT(machine_.journal.entries(), Contains("holds " + other));
+}
+
+TEST_P(UnattendedSortJobTest, readsNoOtherFileWhileSafariRunsEither) {
+  machine_.applications.start(safari);
+  automatic = true;
+  EXPECT_EQ(performSort("/home/user/Other.plist").outcome, SortOutcome::safariRunning);
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("running? com.apple.Safari"));
+}
+
 TEST(BackupsFolder, isTheUsersOwn) {
   const VirtualMachine machine;
   EXPECT_EQ(backupsFolder(), backups);

@@ -5,13 +5,12 @@
 
 #include <algorithm>
 #include <compare>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "engine/bookmark_node.h"
 #include "tests/support/bookmark_trees.h"
-#include "tests/support/random_seed.h"
+#include "tests/support/random_trees.h"
 #include "tests/support/virtual_machine.h"
 
 namespace {
@@ -261,87 +260,6 @@ PlistValue sortedByRule(const PlistValue& node, bool root) {
   return withChildren(node, *list);
 }
 
-// Random trees: mostly of Safari's shape, and often enough not.
-class TreeMaker {
- public:
-  explicit TreeMaker(unsigned seed) : random_(seed) {}
-
-  PlistValue root() { return node(3); }
-
- private:
-  std::size_t below(std::size_t limit) { return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random_); }
-  bool oneIn(std::size_t count) { return below(count) == 0; }
-
-  PlistValue randomTitle() {
-    static const std::vector<std::u16string> titles = {u"",
-                                                       u"a",
-                                                       u"A",
-                                                       u"b",
-                                                       u"B",
-                                                       u"item 2",
-                                                       u"Item 2",
-                                                       u"item 10",
-                                                       u"Item 10",
-                                                       u"item 02",
-                                                       u"\u00E9",
-                                                       u"e\u0301",
-                                                       u"z\u00E9",
-                                                       u"\U0001F600",
-                                                       u"com.apple.ReadingList",
-                                                       u"com.apple.x",
-                                                       u"com.apple.",
-                                                       u"com.apple",
-                                                       u"\u0416",
-                                                       u" a",
-                                                       std::u16string(300, u'l'),
-                                                       std::u16string(300, u'l') + u"1"};
-    if (oneIn(15)) return 5;
-    return titles[below(titles.size())];
-  }
-
-  PlistValue randomType() {
-    if (oneIn(12)) return 1;
-    static const std::vector<std::u16string> types = {u"WebBookmarkTypeProxy", u"webbookmarktypelist", u""};
-    return types[below(types.size())];
-  }
-
-  PlistValue children(unsigned levels) {
-    if (oneIn(20)) return u"no array";
-    std::vector<PlistValue> list;
-    for (std::size_t count = below(9); count > 0; --count) {
-      // Now and then the very same node again.
-      const bool again = !list.empty() && oneIn(8);
-      list.push_back(again ? list[below(list.size())] : node(levels));
-    }
-    if (oneIn(25)) list.emplace_back(u"a string");
-    return PlistValue::array(std::move(list));
-  }
-
-  PlistValue node(unsigned levels) {
-    std::vector<PlistEntry> entries;
-    const bool isFolder = levels > 0 && !oneIn(3);
-    if (oneIn(30)) return PlistValue::dictionary({});
-    if (oneIn(6)) entries.push_back({u"Sync", PlistValue::dictionary({{u"Key", 1}, {u"Date", PlistDate{1.5}}})});
-    if (isFolder) entries.push_back({u"Children", children(levels - 1)});
-    if (isFolder != oneIn(8)) entries.push_back({u"Title", randomTitle()});
-    if (!isFolder || oneIn(5)) entries.push_back({u"URIDictionary", display()});
-    entries.push_back({u"WebBookmarkUUID", static_cast<std::uint64_t>(below(1000))});
-    if (oneIn(8))
-      entries.push_back({u"WebBookmarkType", randomType()});
-    else if (!oneIn(10))
-      entries.push_back({u"WebBookmarkType", isFolder ? u"WebBookmarkTypeList" : u"WebBookmarkTypeLeaf"});
-    std::shuffle(entries.begin(), entries.end(), random_);
-    return PlistValue::dictionary(std::move(entries));
-  }
-
-  PlistValue display() {
-    if (oneIn(12)) return u"not a dictionary";
-    return PlistValue::dictionary({{u"title", randomTitle()}});
-  }
-
-  std::mt19937 random_;
-};
-
 // The same text for trees that differ in the order of children only, and never for others.
 std::string withoutOrder(const PlistValue& node) {
   const auto list = childrenByRule(node);
@@ -379,24 +297,10 @@ void expectPlaces(const PlistValue& before, const PlistValue& after, bool root) 
   }
 }
 
-class RandomTrees : public testing::Test {
+class RandomTrees : public RandomTreeTest {
  protected:
-  // Calls `check` with one tree after the other until one fails.
-  template <class Check>
-  void forEachTree(Check check) {
-    TreeMaker maker(seed_);
-    for (unsigned round = 0; round < trees_ && !HasFailure(); ++round) {
-      SCOPED_TRACE("QUILLERY_SEED=" + std::to_string(seed_) + ", tree " + std::to_string(round));
-      check(maker.root());
-    }
-  }
-
   VirtualMachine machine_;
   NativePropertyLists codec_;
-  const unsigned trees_ = randomRounds();
-
- private:
-  const unsigned seed_ = randomSeed();
 };
 
 TEST_F(RandomTrees, areSortedByTheRuleAsItIsWrittenDown) {
@@ -411,7 +315,7 @@ TEST_F(RandomTrees, areSortedByTheRuleAsItIsWrittenDown) {
       moved += wanted == tree ? 0 : 1;
     }
   });
-  EXPECT_GT(moved, trees_ / 2) << "trees that are in order already show little";
+  EXPECT_GT(moved, trees() / 2) << "trees that are in order already show little";
 }
 
 TEST_F(RandomTrees, readFromAFileAreSortedLikeThoseThatWereBuilt) {

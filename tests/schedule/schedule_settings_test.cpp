@@ -111,6 +111,15 @@ TEST_F(ScheduleSettings, areReadAnewOnEveryUse) {
   EXPECT_THAT(controller_->selectedDays(), ElementsAre(1));
 }
 
+TEST_F(ScheduleSettings, sayWhenTheNextSortIsDue) {
+  EXPECT_EQ(nextScheduledSort(machine_.loop.now()), std::nullopt) << "scheduling is off";
+  storeDaily(9, 30, {3});
+  EXPECT_EQ(nextScheduledSort(utc("2026-09-21 08:00:00")), utc("2026-09-22 09:30:00"));
+  EXPECT_EQ(nextScheduledSort(utc("2026-09-22 09:30:00")), utc("2026-09-29 09:30:00"));
+  putDays(PlistValue::array({}));
+  EXPECT_EQ(nextScheduledSort(machine_.loop.now()), std::nullopt);
+}
+
 TEST(DayPresets, areDailyWeekdaysWeekendsAndSelectedDays) {
   const auto& presets = dayPresets();
   ASSERT_EQ(presets.size(), 4U);

@@ -1,10 +1,12 @@
 #include "platform/linux/linux_processes.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -13,6 +15,7 @@
 
 #include "platform/error.h"
 #include "platform/linux/installed_bundle.h"
+#include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
 
 namespace {
@@ -51,6 +54,54 @@ TEST(LinuxProcesses, identifiersAreThoseOfThisProcess) {
   LinuxProcesses processes;
   EXPECT_EQ(processes.processIdentifier(), getpid());
   EXPECT_EQ(processes.userIdentifier(), getuid());
+}
+
+TEST(LinuxProcesses, knowsATerminalFromAFile) {
+  LinuxProcesses processes;
+  const int standardOutput = dup(STDOUT_FILENO);
+  const auto writesToTerminal = [&](int descriptor) {
+    dup2(descriptor, STDOUT_FILENO);
+    return processes.writesToTerminal();
+  };
+  const int file = open("/dev/null", O_WRONLY);
+  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_GE(terminal, 0);
+  const bool forFile = writesToTerminal(file);
+  const bool forTerminal = writesToTerminal(terminal);
+  dup2(standardOutput, STDOUT_FILENO);
+  for (const int descriptor : {standardOutput, file, terminal}) close(descriptor);
+  EXPECT_FALSE(forFile);
+  EXPECT_TRUE(forTerminal);
+}
+
+TEST(LinuxProcesses, readsVariablesOfTheEnvironment) {
+  LinuxProcesses processes;
+  const EnvironmentScope set("QUILLERY_TEST_VARIABLE", "a b");
+  EXPECT_EQ(processes.environmentVariable("QUILLERY_TEST_VARIABLE"), "a b");
+  const EnvironmentScope empty("QUILLERY_TEST_VARIABLE", "");
+  EXPECT_EQ(processes.environmentVariable("QUILLERY_TEST_VARIABLE"), "");
+  const EnvironmentScope unset("QUILLERY_TEST_VARIABLE", std::nullopt);
+  EXPECT_EQ(processes.environmentVariable("QUILLERY_TEST_VARIABLE"), std::nullopt);
+}
+
+TEST(LinuxProcesses, knowsItsWorkingFolderUnlessThatIsGone) {
+  LinuxProcesses processes;
+  const std::string before = processes.workingFolder();
+  EXPECT_EQ(before, std::filesystem::current_path().string());
+  std::string complaint;
+  {
+    const ScratchFolder scratch;
+    std::filesystem::create_directory(scratch.path("gone"));
+    std::filesystem::current_path(scratch.path("gone"));
+    std::filesystem::remove(scratch.path("gone"));
+    try {
+      processes.workingFolder();
+    } catch (const Error& error) {
+      complaint = error.description();
+    }
+    std::filesystem::current_path(before);
+  }
+  EXPECT_EQ(complaint, "The working folder couldn’t be found because the system answered “No such file or directory”.");
 }
 
 TEST(LinuxProcesses, runAnswersTheExitStatus) {

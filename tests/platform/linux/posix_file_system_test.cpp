@@ -11,9 +11,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <functional>
@@ -227,6 +229,56 @@ TEST_F(PosixHolds, noticesAByteMoreOrLess) {
 TEST_F(PosixHolds, isAnErrorForAFileThatIsGone) {
   EXPECT_EQ(outcomeOf([&] { files_.holds(file_, Bytes()); }),
             sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be opened", "No such file or directory", file_));
+}
+
+// Looking through a folder
+
+using PosixFilesIn = PosixFileSystemTest;
+
+TEST_F(PosixFilesIn, answersNamesSizesAndTimesOfRegularFiles) {
+  makeFile(scratch_.path("one"), "12345");
+  makeFile(scratch_.path(".hidden"), "");
+  std::filesystem::create_directory(scratch_.path("folder"));
+  makeFile(scratch_.path("folder/inner"), "");
+  ASSERT_EQ(mkfifo(scratch_.path("pipe").c_str(), 0600), 0);
+  const std::array<timespec, 2> times{timespec{1, 0}, timespec{1'789'977'600, 250'000'000}};
+  ASSERT_EQ(utimensat(AT_FDCWD, scratch_.path("one").c_str(), times.data(), 0), 0);
+  std::vector<FileEntry> files = files_.filesIn(scratch_.path());
+  std::ranges::sort(files, {}, &FileEntry::name);
+  ASSERT_EQ(files.size(), 2U);
+  EXPECT_EQ(files[0].name, ".hidden");
+  EXPECT_EQ(files[0].size, 0U);
+  EXPECT_EQ(files[1].name, "one");
+  EXPECT_EQ(files[1].size, 5U);
+  EXPECT_EQ(files[1].modified.time_since_epoch(), std::chrono::milliseconds(1'789'977'600'250));
+}
+
+TEST_F(PosixFilesIn, followsLinksToFilesAndLeavesOutTheOthers) {
+  makeFile(scratch_.path("file"), "123");
+  std::filesystem::create_directory(scratch_.path("folder"));
+  std::filesystem::create_symlink("../file", scratch_.path("folder/link"));
+  std::filesystem::create_symlink("nowhere", scratch_.path("folder/broken"));
+  std::filesystem::create_symlink(".", scratch_.path("folder/itself"));
+  const std::vector<FileEntry> files = files_.filesIn(scratch_.path("folder"));
+  ASSERT_EQ(files.size(), 1U);
+  EXPECT_EQ(files[0].name, "link");
+  EXPECT_EQ(files[0].size, 3U);
+}
+
+TEST_F(PosixFilesIn, findsNoneInAFolderThatDoesNotExist) {
+  EXPECT_THAT(files_.filesIn(scratch_.path("missing")), IsEmpty());
+  EXPECT_THAT(files_.filesIn(scratch_.path("missing/too")), IsEmpty());
+  EXPECT_THAT(files_.filesIn(scratch_.path()), IsEmpty());
+}
+
+TEST_F(PosixFilesIn, saysWhyAFolderCannotBeLookedThrough) {
+  makeFile(file_, "");
+  EXPECT_EQ(outcomeOf([&] { files_.filesIn(file_); }),
+            sentence(ENOTDIR, "The folder “Bookmarks.plist” couldn’t be opened", "Not a directory", file_));
+  std::filesystem::create_directory(scratch_.path("closed"));
+  chmod(scratch_.path("closed").c_str(), 0000);
+  EXPECT_EQ(inUnprivilegedProcess([&] { return outcomeOf([&] { files_.filesIn(scratch_.path("closed")); }); }),
+            sentence(EACCES, "The folder “closed” couldn’t be opened", "Permission denied", scratch_.path("closed")));
 }
 
 // Creating folders

@@ -1,0 +1,31 @@
+# shellcheck shell=bash
+# What Bash offers after "quilleryctl". It needs nothing of the package bash-completion but to be found by it.
+
+_quilleryctl_names() {
+  local words=$1
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "${COMP_WORDS[COMP_CWORD]}")
+}
+
+_quilleryctl_files() {
+  compopt -o filenames 2>/dev/null
+  mapfile -t COMPREPLY < <(compgen -f -- "${COMP_WORDS[COMP_CWORD]}")
+}
+
+_quilleryctl() {
+  local word=${COMP_WORDS[COMP_CWORD]} command='' operands=0 index
+  for ((index = 1; index < COMP_CWORD; ++index)); do
+    [[ ${COMP_WORDS[index]} != -* ]] || continue
+    if [[ -z $command ]]; then command=${COMP_WORDS[index]}; else operands=$((operands + 1)); fi
+  done
+  COMPREPLY=()
+  case $word:$command:$operands in
+    -*::*) _quilleryctl_names '--help --version' ;;
+    -*:preview:*) _quilleryctl_names '--all --json --quiet --help' ;;
+    -*) _quilleryctl_names '--quiet --help' ;;
+    *::*) _quilleryctl_names 'preview sort check backups restore next' ;;
+    *:preview:0 | *:sort:0 | *:check:0 | */*:restore:0 | *:restore:1) _quilleryctl_files ;;
+    *:restore:0) _quilleryctl_names "$(quilleryctl backups --quiet 2>/dev/null)" ;;
+  esac
+}
+
+complete -F _quilleryctl quilleryctl

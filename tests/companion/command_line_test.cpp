@@ -1,0 +1,103 @@
+// What the arguments of the companion ask for, and what is said where they ask for nothing.
+#include "companion/command_line.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+Request request(const Arguments& arguments) {
+  const auto asked = requestOf(arguments);
+  if (const auto* complaint = std::get_if<Complaint>(&asked)) ADD_FAILURE() << complaint->text;
+  return std::holds_alternative<Request>(asked) ? std::get<Request>(asked) : Request{Command::help};
+}
+
+std::string complaint(const Arguments& arguments) {
+  const auto asked = requestOf(arguments);
+  return std::holds_alternative<Complaint>(asked) ? std::get<Complaint>(asked).text : "nothing to complain about";
+}
+
+TEST(CommandLine, namesACommand) {
+  EXPECT_EQ(request({"preview"}).command, Command::preview);
+  EXPECT_EQ(request({"sort"}).command, Command::sort);
+  EXPECT_EQ(request({"check"}).command, Command::check);
+  EXPECT_EQ(request({"backups"}).command, Command::backups);
+  EXPECT_EQ(request({"restore", "x"}).command, Command::restore);
+  EXPECT_EQ(request({"next"}).command, Command::next);
+  EXPECT_EQ(request({"--help"}).command, Command::help);
+  EXPECT_EQ(request({"-h"}).command, Command::help);
+  EXPECT_EQ(request({"--version"}).command, Command::version);
+}
+
+TEST(CommandLine, hasOperandsAfterTheCommand) {
+  EXPECT_THAT(request({"sort"}).operands, IsEmpty());
+  EXPECT_THAT(request({"sort", "a b"}).operands, ElementsAre("a b"));
+  EXPECT_THAT(request({"restore", "a", "b"}).operands, ElementsAre("a", "b"));
+  EXPECT_THAT(request({"sort", "-"}).operands, ElementsAre("-"));
+  EXPECT_THAT(request({"sort", ""}).operands, ElementsAre(""));
+}
+
+TEST(CommandLine, hasOptionsAnywhere) {
+  const Request long_ = request({"--all", "preview", "file", "--json", "--quiet"});
+  EXPECT_TRUE(long_.all && long_.json && long_.quiet);
+  EXPECT_THAT(long_.operands, ElementsAre("file"));
+  const Request short_ = request({"preview", "-j"});
+  EXPECT_TRUE(short_.json);
+  EXPECT_FALSE(short_.all || short_.quiet);
+  EXPECT_TRUE(request({"preview", "-a"}).all);
+  for (const char* command : {"sort", "check", "backups", "next"}) EXPECT_TRUE(request({command, "-q"}).quiet);
+}
+
+TEST(CommandLine, takesWhatFollowsTwoDashesForOperands) {
+  EXPECT_THAT(request({"sort", "--", "--all"}).operands, ElementsAre("--all"));
+  EXPECT_THAT(request({"restore", "--", "--", "-q"}).operands, ElementsAre("--", "-q"));
+  EXPECT_EQ(request({"--", "sort"}).command, Command::sort);
+  EXPECT_EQ(request({"sort", "--", "--help"}).command, Command::sort);
+}
+
+TEST(CommandLine, helpsWhereverHelpIsAskedFor) {
+  EXPECT_EQ(request({"sort", "--help"}).command, Command::help);
+  EXPECT_EQ(request({"--help", "nonsense", "--more"}).command, Command::help);
+}
+
+TEST(CommandLine, needsACommand) {
+  EXPECT_EQ(complaint({}), "there is no command");
+  EXPECT_EQ(complaint({"--"}), "there is no command");
+  EXPECT_EQ(complaint({"--sort"}), "there is no command with “--sort”");
+  EXPECT_EQ(complaint({"--version", "--quiet"}), "there is no command with “--version”");
+}
+
+TEST(CommandLine, knowsNoOtherCommand) {
+  for (const char* name : {"Sort", "sorted", "so", "", "help", "-"})
+    EXPECT_EQ(complaint({name}), "there is no command “" + std::string(name) + "”");
+}
+
+TEST(CommandLine, knowsNoOtherOption) {
+  for (const char* name : {"--ALL", "--al", "-x", "-qj", "--json=1", "-all", "--version"})
+    EXPECT_EQ(complaint({"preview", name}), "there is no option “" + std::string(name) + "”");
+}
+
+TEST(CommandLine, hasAllAndJsonForPreviewsAlone) {
+  for (const char* command : {"sort", "check", "backups", "restore", "next"})
+    for (const char* option : {"--all", "-a", "--json", "-j"})
+      EXPECT_EQ(complaint({command, option}),
+                "“" + std::string(command) + "” has no option “" + std::string(option) + "”");
+}
+
+TEST(CommandLine, hasNoMoreOperandsThanTheCommandTakes) {
+  EXPECT_EQ(complaint({"sort", "a", "b"}), "“b” is one argument too many for “sort”");
+  EXPECT_EQ(complaint({"preview", "a", "b", "c"}), "“b” is one argument too many for “preview”");
+  EXPECT_EQ(complaint({"check", "a", "b"}), "“b” is one argument too many for “check”");
+  EXPECT_EQ(complaint({"backups", "a"}), "“a” is one argument too many for “backups”");
+  EXPECT_EQ(complaint({"next", "a"}), "“a” is one argument too many for “next”");
+  EXPECT_EQ(complaint({"restore", "a", "b", "c"}), "“c” is one argument too many for “restore”");
+}
+
+TEST(CommandLine, needsTheNameOfABackupToRestore) {
+  EXPECT_EQ(complaint({"restore"}), "“restore” needs the name of a backup");
+}
+
+}  // namespace

@@ -1,0 +1,28 @@
+// The companion on a virtual machine.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/program.h"
+#include "tests/support/virtual_machine.h"
+
+class CompanionMachine {
+ public:
+  CompanionMachine(const CompanionMachine&) = delete;
+  CompanionMachine& operator=(const CompanionMachine&) = delete;
+
+ protected:
+  CompanionMachine() = default;
+  ~CompanionMachine() = default;
+
+  // Runs it once at the machine's time. What it prints is that of this run alone.
+  Ending run(const std::vector<std::string>& arguments);
+
+  static constexpr const char* safari = "com.apple.Safari";
+  const std::string bookmarks_ = "/home/user/Library/Safari/Bookmarks.plist";
+  const std::string backups_ = "/home/user/Library/Application Support/Quillery/Backups";
+  VirtualMachine machine_;
+};

@@ -1,0 +1,534 @@
+// Each command of the companion on a virtual machine: what it reads, writes and prints, and how it ends.
+#include "companion/companion.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "app/product.h"
+#include "tests/companion/companion_machine.h"
+#include "tests/support/binary_file.h"
+#include "tests/support/bookmark_trees.h"
+
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr const char* newBackup = "Bookmarks-5D2A9C1E-0B7F-4E63-9A48-000000000001.plist";
+
+std::string fileOf(const PlistValue& tree, PropertyListFormat format = PropertyListFormat::binary) {
+  return std::string(NativePropertyLists().serialize(tree, format).text());
+}
+
+std::string outlineOf(const std::string& file) { return outline(NativePropertyLists().parse(Bytes(file)).value); }
+
+PlistValue unsortedTree() {
+  return rootNode({proxyNode(u"History"),
+                   folderNode(u"Bar", {leafNode(u"Item 10"), leafNode(u"apple"),
+                                       folderNode(u"Z", {leafNode(u"a"), leafNode(u"b")}), leafNode(u"Item 2")}),
+                   folderNode(u"Menu", {leafNode(u"a"), folderNode(u"F", {leafNode(u"2"), leafNode(u"1")})}),
+                   folderNode(u"com.apple.ReadingList", {leafNode(u"z"), leafNode(u"a")})});
+}
+
+PlistValue sortedTree() { return rootNode({folderNode(u"Bar", {leafNode(u"a"), leafNode(u"b")})}); }
+
+class CompanionCommandTest : public testing::Test, protected CompanionMachine {
+ protected:
+  CompanionCommandTest() { machine_.files.put(bookmarks_, fileOf(unsortedTree())); }
+
+  void putSorted() { machine_.files.put(bookmarks_, fileOf(sortedTree())); }
+  void putBackup(const std::string& name, const std::string& content, const std::string& modified) {
+    machine_.files.put(backups_ + "/" + name, content);
+    machine_.files.setModified(backups_ + "/" + name, utc(modified));
+  }
+
+  // An ending with this status and output, and nothing on standard error.
+  void expectEnding(const Ending& ending, int status, const std::string& output) {
+    EXPECT_EQ(ending.status, status);
+    EXPECT_EQ(ending.output, output);
+    EXPECT_EQ(ending.error, "");
+  }
+
+  // Runs something that fails with this sentence, in the words of the system perhaps.
+  void expectFailure(const std::vector<std::string>& arguments, const std::string& part, int status = 1) {
+    const Ending ending = run(arguments);
+    EXPECT_EQ(ending.status, status);
+    EXPECT_EQ(ending.output, "");
+    EXPECT_THAT(ending.error, AllOf(StartsWith("quilleryctl: "), HasSubstr(part), EndsWith("\n")));
+  }
+};
+
+// Previews
+
+using CompanionPreview = CompanionCommandTest;
+
+TEST_F(CompanionPreview, showsWhatMovesAndTheFoldersOnTheWay) {
+  expectEnding(run({"preview"}), 0,
+               "  ▸ Bar\n"
+               "↑   ▸ Z  (3 → 1)\n"
+               "↓     Item 10  (1 → 4)\n"
+               "  ▸ Menu\n"
+               "↑   ▸ F  (2 → 1)\n"
+               "↓       2  (1 → 2)\n"
+               "A sort would move 4 entries in 3 folders. Nothing was written.\n");
+}
+
+TEST_F(CompanionPreview, onlyReadsTheFile) {
+  const auto before = machine_.files.files();
+  run({"preview"});
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks_, "parse", StartsWith("printed ")));
+  EXPECT_EQ(machine_.files.files(), before);
+}
+
+TEST_F(CompanionPreview, showsTheWholeTreeIfAsked) {
+  expectEnding(run({"preview", "--all"}), 0,
+               "  · History\n"
+               "  ▸ Bar\n"
+               "↑   ▸ Z  (3 → 1)\n"
+               "        a\n"
+               "        b\n"
+               "      apple\n"
+               "      Item 2\n"
+               "↓     Item 10  (1 → 4)\n"
+               "  ▸ Menu\n"
+               "↑   ▸ F  (2 → 1)\n"
+               "        1\n"
+               "↓       2  (1 → 2)\n"
+               "      a\n"
+               "  ▸ com.apple.ReadingList\n"
+               "      z\n"
+               "      a\n"
+               "A sort would move 4 entries in 3 folders. Nothing was written.\n");
+}
+
+TEST_F(CompanionPreview, leavesOutItsLastLineIfItIsToBeQuiet) {
+  EXPECT_THAT(run({"preview", "--quiet"}).output, EndsWith("(1 → 2)\n"));
+  putSorted();
+  expectEnding(run({"preview", "-q"}), 0, "");
+}
+
+TEST_F(CompanionPreview, saysThatThereIsNothingToDo) {
+  putSorted();
+  expectEnding(run({"preview"}), 0, "Your Safari bookmarks are already in order.\n");
+  expectEnding(run({"preview", "--all"}), 0,
+               "  ▸ Bar\n"
+               "      a\n"
+               "      b\n"
+               "Your Safari bookmarks are already in order.\n");
+}
+
+TEST_F(CompanionPreview, countsOneEntryInOneFolder) {
+  machine_.files.put(bookmarks_, fileOf(rootNode({folderNode(u"Bar", {leafNode(u"b"), leafNode(u"a")})})));
+  EXPECT_THAT(run({"preview"}).output, EndsWith("A sort would move 1 entry in 1 folder. Nothing was written.\n"));
+}
+
+TEST_F(CompanionPreview, isForAnotherFileIfOneIsNamed) {
+  machine_.files.put("/home/user/folder/Other.plist", fileOf(sortedTree()));
+  expectEnding(run({"preview", "/home/user/folder/Other.plist"}), 0, "Your Safari bookmarks are already in order.\n");
+  expectEnding(run({"preview", "Other.plist"}), 0, "Your Safari bookmarks are already in order.\n");
+  EXPECT_THAT(machine_.journal.entries(), Not(Contains("read " + bookmarks_)));
+}
+
+TEST_F(CompanionPreview, isMadeWhileSafariRuns) {
+  machine_.applications.start(safari);
+  EXPECT_EQ(run({"preview"}).status, 0);
+  EXPECT_EQ(machine_.journal.count("running?"), 0);
+}
+
+TEST_F(CompanionPreview, namesAnEntryWithoutATitle) {
+  machine_.files.put(bookmarks_, fileOf(rootNode({folderNode(u"Bar", {leafNode(u"a"), leafNode(u"")})})));
+  EXPECT_THAT(run({"preview"}).output, HasSubstr("(no title)"));
+}
+
+TEST_F(CompanionPreview, obeysNoTitle) {
+  machine_.files.put(bookmarks_,
+                     fileOf(rootNode({folderNode(u"\x1b[2J", {leafNode(u"z\nforged"), leafNode(u"\x1b]0;\x07")})})));
+  const Ending ending = run({"preview"});
+  EXPECT_THAT(ending.output, HasSubstr("▸ \\u{1B}[2J\n"));
+  EXPECT_THAT(run({"preview", "--all"}).output, HasSubstr("z\\u{0A}forged"));
+  for (const char* option : {"--all", "--json"})
+    EXPECT_THAT(run({"preview", option}).output, AllOf(Not(HasSubstr("\x1b")), Not(HasSubstr("\x07"))));
+}
+
+TEST_F(CompanionPreview, hasColorsOnATerminalThatShowsThem) {
+  machine_.processes.startInTerminal();
+  machine_.processes.setVariable("TERM", "xterm");
+  EXPECT_THAT(run({"preview"}).output,
+              StartsWith("  ▸ \x1b[1mBar\x1b[0m\n\x1b[32m↑ \x1b[0m  ▸ \x1b[1mZ\x1b[0m  \x1b[2m(3 → 1)\x1b[0m\n"));
+}
+
+TEST_F(CompanionPreview, hasNoColorsWhereNobodyWantsThem) {
+  const std::string plain = run({"preview"}).output;
+  machine_.processes.setVariable("TERM", "xterm");
+  EXPECT_EQ(run({"preview"}).output, plain) << "no terminal";
+  machine_.processes.startInTerminal();
+  EXPECT_NE(run({"preview"}).output, plain);
+  machine_.processes.setVariable("NO_COLOR", "");
+  EXPECT_NE(run({"preview"}).output, plain) << "set, but to nothing";
+  machine_.processes.setVariable("NO_COLOR", "1");
+  EXPECT_EQ(run({"preview"}).output, plain);
+  machine_.processes.setVariable("NO_COLOR", "");
+  machine_.processes.setVariable("TERM", "dumb");
+  EXPECT_EQ(run({"preview"}).output, plain);
+}
+
+TEST_F(CompanionPreview, forProgramsListsEveryFolderThatChanges) {
+  const Ending ending = run({"preview", "--json"});
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_EQ(nlohmann::json::parse(ending.output), nlohmann::json::parse(R"({
+    "file": "/home/user/Library/Safari/Bookmarks.plist", "isInOrder": false, "moved": 4, "folders": 3, "children": [
+      {"title": "History", "kind": "other", "from": 0, "moved": false},
+      {"title": "Bar", "kind": "folder", "from": 1, "moved": false, "children": [
+        {"title": "Z", "kind": "folder", "from": 2, "moved": true},
+        {"title": "apple", "kind": "bookmark", "from": 1, "moved": false},
+        {"title": "Item 2", "kind": "bookmark", "from": 3, "moved": false},
+        {"title": "Item 10", "kind": "bookmark", "from": 0, "moved": true}]},
+      {"title": "Menu", "kind": "folder", "from": 2, "moved": false, "children": [
+        {"title": "F", "kind": "folder", "from": 1, "moved": true, "children": [
+          {"title": "1", "kind": "bookmark", "from": 1, "moved": false},
+          {"title": "2", "kind": "bookmark", "from": 0, "moved": true}]},
+        {"title": "a", "kind": "bookmark", "from": 0, "moved": false}]},
+      {"title": "com.apple.ReadingList", "kind": "folder", "from": 3, "moved": false}]})"));
+}
+
+TEST_F(CompanionPreview, forProgramsListsTheWholeTreeIfAsked) {
+  const auto json = nlohmann::json::parse(run({"preview", "--json", "--all"}).output);
+  EXPECT_EQ(json["children"][1]["children"][0]["children"].size(), 2U);
+  EXPECT_EQ(json["children"][3]["children"][0]["title"], "z");
+  EXPECT_EQ(json["moved"], 4);
+}
+
+TEST_F(CompanionPreview, forProgramsSaysThatThereIsNothingToDo) {
+  putSorted();
+  expectEnding(run({"preview", "--json"}), 0,
+               "{\"file\": \"/home/user/Library/Safari/Bookmarks.plist\", \"isInOrder\": true, \"moved\": 0, "
+               "\"folders\": 0}\n");
+  machine_.files.put(bookmarks_, fileOf(rootNode({})));
+  expectEnding(run({"preview", "--json", "--all"}), 0,
+               "{\"file\": \"/home/user/Library/Safari/Bookmarks.plist\", \"isInOrder\": true, \"children\": [], "
+               "\"moved\": 0, \"folders\": 0}\n");
+}
+
+TEST_F(CompanionPreview, forProgramsHoldsAnyTitle) {
+  std::u16string title = u"\"\\/\b\n\x1b\u007F\u009B é アニメ 🚀 \u202E";
+  title += static_cast<char16_t>(0xD800);
+  title += u'x';
+  title += static_cast<char16_t>(0xDC00);
+  machine_.files.put(bookmarks_, fileOf(rootNode({leafNode(title)})));
+  const Ending ending = run({"preview", "--json", "--all"});
+  EXPECT_EQ(nlohmann::json::parse(ending.output)["children"][0]["title"], utf8(title));
+  EXPECT_THAT(ending.output, MatchesRegex("[ -~\n]*")) << "nothing but plain ASCII";
+}
+
+TEST_F(CompanionPreview, failsWithoutAFile) {
+  machine_.files.remove(bookmarks_);
+  expectFailure({"preview"}, "The file “Bookmarks.plist” couldn’t be opened");
+  expectFailure({"preview", "--json"}, "couldn’t be opened");
+}
+
+TEST_F(CompanionPreview, failsOnWhatIsNoBookmarkFile) {
+  machine_.files.put(bookmarks_, fileOf(PlistValue(1)));
+  expectFailure({"preview"}, "Unrecognised Safari bookmark format. No changes made.");
+}
+
+TEST_F(CompanionPreview, failsOnAListWithoutEnd) {
+  BinaryFile file(2);
+  std::uint32_t folder = file.folder("0", {file.leaf("z"), file.leaf("a")});
+  for (int level = 1; level < 100; ++level) folder = file.folder(std::to_string(level), {folder, folder});
+  machine_.files.put(bookmarks_, std::string(file.bytes(file.folder("", {folder})).text()));
+  expectFailure({"preview"}, "again and again");
+  expectFailure({"preview", "--json"}, "again and again");
+  expectEnding(run({"check"}), 1, "Your Safari bookmarks are not in order.\n");
+}
+
+// Sorts
+
+using CompanionSort = CompanionCommandTest;
+
+TEST_F(CompanionSort, sortsUnattendedInTheProgramsOwnWords) {
+  expectEnding(run({"sort"}), 0,
+               "Bookmarks sorted: Folders come first, followed by bookmarks in alphabetical order. You can reopen "
+               "Safari.\n\nBackup: " +
+                   backups_ + "/" + newBackup + "\n");
+  EXPECT_EQ(outlineOf(machine_.files.content(bookmarks_)),
+            "<History> Bar[Z[a b] apple Item 2 Item 10] Menu[F[1 2] a] com.apple.ReadingList[z a]");
+  EXPECT_THAT(machine_.userInterface.alerts(), IsEmpty());
+}
+
+TEST_F(CompanionSort, saysNothingOfAFileInOrder) {
+  putSorted();
+  expectEnding(run({"sort"}), 0, "");
+}
+
+TEST_F(CompanionSort, saysNothingIfItIsToBeQuiet) {
+  expectEnding(run({"sort", "--quiet"}), 0, "");
+  EXPECT_TRUE(machine_.files.files().contains(backups_ + "/" + newBackup)) << "and sorts all the same";
+  expectEnding(run({"check"}), 0, "Your Safari bookmarks are already in order.\n");
+}
+
+TEST_F(CompanionSort, sortsAnotherFileIfOneIsNamed) {
+  machine_.files.put("/home/user/folder/Other.plist", fileOf(unsortedTree()));
+  EXPECT_EQ(run({"sort", "Other.plist"}).status, 0);
+  EXPECT_NE(machine_.files.content("/home/user/folder/Other.plist"), fileOf(unsortedTree()));
+  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(unsortedTree()));
+  EXPECT_EQ(machine_.files.content(backups_ + "/" + newBackup), fileOf(unsortedTree()));
+}
+
+TEST_F(CompanionSort, readsNothingWhileSafariRuns) {
+  machine_.applications.start(safari);
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"sort"}, {"sort", "-q"}, {"sort", "/home/user/Other.plist"}}) {
+    const Ending ending = run(arguments);
+    EXPECT_EQ(ending.status, 75);
+    EXPECT_EQ(ending.output, "");
+    EXPECT_EQ(ending.error, "quilleryctl: Safari is running; nothing was read\n");
+  }
+  EXPECT_EQ(machine_.journal.count("read"), 0);
+}
+
+TEST_F(CompanionSort, saysWhatFailedOnBothStreams) {
+  machine_.files.remove(bookmarks_);
+  const Ending ending = run({"sort"});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be sorted: The file “Bookmarks.plist”"));
+  EXPECT_THAT(ending.error, StartsWith("quilleryctl: The file “Bookmarks.plist”"));
+  const Ending quiet = run({"sort", "-q"});
+  EXPECT_EQ(quiet.status, 1);
+  EXPECT_EQ(quiet.output, "");
+  EXPECT_EQ(quiet.error, ending.error);
+}
+
+TEST_F(CompanionSort, obeysNoPath) {
+  const Ending ending = run({"sort", "/home/\x1b[2J"});
+  EXPECT_THAT(ending.error, AllOf(HasSubstr("\\u{1B}[2J"), Not(HasSubstr("\x1b"))));
+  EXPECT_THAT(ending.output, AllOf(HasSubstr("\\u{1B}[2J"), Not(HasSubstr("\x1b"))));
+}
+
+// Checks
+
+using CompanionCheck = CompanionCommandTest;
+
+TEST_F(CompanionCheck, answersByItsStatus) {
+  expectEnding(run({"check"}), 1, "Your Safari bookmarks are not in order.\n");
+  expectEnding(run({"check", "--quiet"}), 1, "");
+  putSorted();
+  expectEnding(run({"check"}), 0, "Your Safari bookmarks are already in order.\n");
+  expectEnding(run({"check", "-q"}), 0, "");
+}
+
+TEST_F(CompanionCheck, onlyReadsTheFileAndAlsoWhileSafariRuns) {
+  machine_.applications.start(safari);
+  run({"check", "-q"});
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks_, "parse"));
+}
+
+TEST_F(CompanionCheck, isForAnotherFileIfOneIsNamed) {
+  machine_.files.put("/home/user/folder/Other.plist", fileOf(sortedTree()));
+  EXPECT_EQ(run({"check", "Other.plist"}).status, 0);
+  EXPECT_EQ(run({"check", "../Library/Safari/Bookmarks.plist"}).status, 3) << "no such name on this machine";
+}
+
+TEST_F(CompanionCheck, hasAStatusOfItsOwnForAFailure) {
+  expectFailure({"check", "/home/user/Missing.plist"}, "couldn’t be opened", 3);
+  machine_.files.put(bookmarks_, "neither");
+  EXPECT_EQ(run({"check"}).status, 3);
+  machine_.files.put(bookmarks_, fileOf(PlistValue::dictionary({})));
+  expectFailure({"check"}, "Unrecognised Safari bookmark format.", 3);
+}
+
+// Backups
+
+using CompanionBackups = CompanionCommandTest;
+
+TEST_F(CompanionBackups, areListedWithAllThatTellsThemApart) {
+  putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
+  putBackup("Bookmarks-BB.plist", "damaged", "2026-09-22 23:59:59");
+  const std::string size = std::to_string(fileOf(unsortedTree()).size());
+  expectEnding(run({"backups"}), 0,
+               "NAME                TIME                 " + std::string(size.size() - 4, ' ') +
+                   "SIZE  BOOKMARKS\n"
+                   "Bookmarks-BB.plist  2026-09-22 23:59:59  " +
+                   std::string(size.size() - 1, ' ') +
+                   "7    damaged\n"
+                   "Bookmarks-A.plist   2026-09-21 10:00:01  " +
+                   size + "         10  current\n");
+}
+
+TEST_F(CompanionBackups, haveTheirTimesInTheUsersTimeZone) {
+  putBackup("Bookmarks-A.plist", "", "2026-01-31 23:30:00");
+  machine_.calendars.moveTo("Europe/Berlin");
+  EXPECT_THAT(run({"backups"}).output, HasSubstr("  2026-02-01 00:30:00  "));
+}
+
+TEST_F(CompanionBackups, areNamesAloneIfThatIsToBeQuiet) {
+  putBackup("Bookmarks-A.plist", "", "2026-09-21 10:00:01");
+  putBackup("Bookmarks-B\x1b.plist", "", "2026-09-21 10:00:02");
+  expectEnding(run({"backups", "-q"}), 0, "Bookmarks-B\\u{1B}.plist\nBookmarks-A.plist\n");
+  EXPECT_EQ(machine_.journal.count("read"), 0);
+}
+
+TEST_F(CompanionBackups, areNone) {
+  expectEnding(run({"backups"}), 0, "There are no backups.\n");
+  expectEnding(run({"backups", "-q"}), 0, "");
+}
+
+TEST_F(CompanionBackups, areListedWithoutABookmarkFileToo) {
+  putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
+  machine_.files.remove(bookmarks_);
+  const Ending ending = run({"backups"});
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_THAT(ending.output, AllOf(HasSubstr("Bookmarks-A.plist"), Not(HasSubstr("current"))));
+  EXPECT_THAT(ending.error, StartsWith("quilleryctl: The file “Bookmarks.plist” couldn’t be opened"));
+}
+
+TEST_F(CompanionBackups, failWhereTheFolderCannotBeLookedThrough) {
+  machine_.files.failOn("files in", EACCES);
+  expectFailure({"backups"}, "Permission denied");
+}
+
+TEST_F(CompanionBackups, standOutOnATerminal) {
+  putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
+  machine_.processes.startInTerminal();
+  machine_.processes.setVariable("TERM", "xterm");
+  EXPECT_THAT(run({"backups"}).output, AllOf(StartsWith("\x1b[1mNAME"), EndsWith("  10  \x1b[32mcurrent\x1b[0m\n")));
+}
+
+// Restores
+
+using CompanionRestore = CompanionCommandTest;
+
+TEST_F(CompanionRestore, bringsBackABackupByItsName) {
+  putBackup("Bookmarks-A.plist", fileOf(sortedTree()), "2026-09-21 10:00:01");
+  expectEnding(run({"restore", "Bookmarks-A.plist"}), 0,
+               "Bookmarks restored: Your bookmarks are as they were when the backup was made. You can reopen "
+               "Safari.\n\nBackup: " +
+                   backups_ + "/" + newBackup + "\n");
+  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(sortedTree()));
+  expectEnding(run({"restore", "Bookmarks-A.plist"}), 0,
+               "Already restored: Your Safari bookmarks are already the same as this backup.\n");
+  expectEnding(run({"restore", "-q", newBackup}), 0, "");
+  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(unsortedTree()));
+}
+
+TEST_F(CompanionRestore, bringsBackABackupByItsPath) {
+  machine_.files.put("/media/stick/old.plist", fileOf(sortedTree()));
+  machine_.files.put("/home/user/folder/./old.plist", fileOf(rootNode({})));
+  EXPECT_EQ(run({"restore", "/media/stick/old.plist"}).status, 0);
+  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(sortedTree()));
+  EXPECT_EQ(run({"restore", "./old.plist"}).status, 0);
+  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(rootNode({})));
+}
+
+TEST_F(CompanionRestore, undoesTheSortOfAnotherFile) {
+  machine_.files.put("/home/user/folder/Other.plist", fileOf(unsortedTree()));
+  run({"sort", "Other.plist"});
+  EXPECT_EQ(run({"restore", newBackup, "Other.plist"}).status, 0);
+  EXPECT_EQ(machine_.files.content("/home/user/folder/Other.plist"), fileOf(unsortedTree()));
+  EXPECT_EQ(machine_.journal.count("write atomically"), 2) << "and never the user's own file";
+}
+
+TEST_F(CompanionRestore, refusesWhatIsNoBackup) {
+  putBackup("Bookmarks-A.plist", fileOf(PlistValue(1)), "2026-09-21 10:00:01");
+  const Ending ending = run({"restore", "Bookmarks-A.plist"});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be restored: Unrecognised Safari bookmark format."));
+  EXPECT_THAT(ending.error, StartsWith("quilleryctl: Unrecognised Safari bookmark format."));
+  EXPECT_THAT(run({"restore", "Bookmarks-B.plist"}).error, HasSubstr("“Bookmarks-B.plist” couldn’t be opened"));
+  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(unsortedTree()));
+}
+
+TEST_F(CompanionRestore, readsNothingWhileSafariRuns) {
+  machine_.applications.start(safari);
+  const Ending ending = run({"restore", "Bookmarks-A.plist"});
+  EXPECT_EQ(ending.status, 75);
+  EXPECT_EQ(ending.output, "");
+  EXPECT_EQ(ending.error, "quilleryctl: Safari is running; nothing was read\n");
+  EXPECT_EQ(machine_.journal.count("read"), 0);
+}
+
+// The next sort
+
+using CompanionNext = CompanionCommandTest;
+
+TEST_F(CompanionNext, isTheOneThatTheTimerWaitsFor) {
+  machine_.defaults.put("dailyEnabled", true);
+  machine_.defaults.put("dailyHour", 9);
+  machine_.defaults.put("dailyMinute", 5);
+  expectEnding(run({"next"}), 0, "Monday 2026-09-21 09:05\n");
+  machine_.defaults.put("scheduleDays", numberList({1, 7}));
+  expectEnding(run({"next", "--quiet"}), 0, "Saturday 2026-09-26 09:05\n");
+  machine_.calendars.moveTo("Pacific/Auckland");
+  machine_.defaults.put("scheduleDays", numberList({2}));
+  expectEnding(run({"next"}), 0, "Monday 2026-09-28 09:05\n");
+}
+
+TEST_F(CompanionNext, isNone) {
+  expectEnding(run({"next"}), 0, "No sort is scheduled.\n");
+  machine_.defaults.put("dailyEnabled", true);
+  machine_.defaults.put("scheduleDays", numberList({}));
+  expectEnding(run({"next"}), 0, "No sort is scheduled.\n");
+  expectEnding(run({"next", "-q"}), 0, "");
+}
+
+TEST_F(CompanionNext, isNoneWhileSortingIsStopped) {
+  machine_.defaults.put("dailyEnabled", true);
+  machine_.defaults.put("sortingPaused", true);
+  expectEnding(run({"next"}), 0, "No sort is scheduled: automatic sorting is stopped.\n");
+}
+
+TEST_F(CompanionNext, readsNoFile) {
+  run({"next"});
+  EXPECT_EQ(machine_.journal.count("read"), 0);
+}
+
+// The rest
+
+TEST_F(CompanionCommandTest, explainsItsUsageWhenUsedWrongly) {
+  const Ending ending = run({"sort", "a", "\x1b[2J"});
+  EXPECT_EQ(ending.status, 2);
+  EXPECT_EQ(ending.output, "");
+  EXPECT_THAT(ending.error,
+              StartsWith("quilleryctl: “\\u{1B}[2J” is one argument too many for “sort”\nusage: quilleryctl "));
+  EXPECT_THAT(machine_.journal.entries(), IsEmpty());
+}
+
+TEST_F(CompanionCommandTest, helpsAndNamesItsVersion) {
+  const Ending help = run({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.output, AllOf(StartsWith("usage: quilleryctl "), HasSubstr("Exit status:")));
+  expectEnding(run({"--version"}), 0, "quilleryctl " + std::string(product::version) + "\n");
+}
+
+// Where output goes that nobody takes.
+class FullDisk : public std::streambuf {};
+
+TEST_F(CompanionCommandTest, failsIfItsOutputCannotBeWritten) {
+  FullDisk disk;
+  const auto runOnFullDisk = [&](const std::string& command) {
+    std::streambuf* const previous = std::cout.rdbuf(&disk);
+    std::ostringstream errors;
+    std::streambuf* const previousErrors = std::cerr.rdbuf(errors.rdbuf());
+    const int status = runCompanion({command}, machine_.loop.now());
+    std::cerr.rdbuf(previousErrors);
+    std::cout.rdbuf(previous);
+    EXPECT_EQ(errors.str(), "quilleryctl: not all of the output could be written\n");
+    return status;
+  };
+  EXPECT_EQ(runOnFullDisk("preview"), 1);
+  EXPECT_EQ(runOnFullDisk("check"), 3);
+}
+
+}  // namespace

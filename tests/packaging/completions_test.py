@@ -1,0 +1,170 @@
+#!/usr/bin/env python3
+"""What the shells offer after "quilleryctl", and that nothing which describes the program leaves out a part of it.
+
+usage: completions_test.py QUILLERYCTL BUILD_FOLDER
+"""
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
+COMPLETIONS = REPOSITORY / "packaging" / "completions"
+COMMANDS = ["backups", "check", "next", "preview", "restore", "sort"]
+BACKUPS = ["Bookmarks-A.plist", "Bookmarks-B.plist"]
+
+
+def run(arguments, **options):
+    return subprocess.run(arguments, capture_output=True, text=True, check=True, **options).stdout
+
+
+class Completions(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix="quillery-completions-")
+        self.addCleanup(scratch.cleanup)
+        home = pathlib.Path(scratch.name)
+        backups = home / "Library/Application Support/Quillery/Backups"
+        backups.mkdir(parents=True)
+        for name in BACKUPS:
+            (backups / name).touch()
+        self.folder = home / "here"
+        self.folder.mkdir()
+        (self.folder / "Other.plist").touch()
+        # Shells keep what they know below these folders.
+        kept = {name: str(home) for name in ("HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME")}
+        path = f"{COMPANION.parent}:{os.environ['PATH']}"
+        self.environment = dict(os.environ, PATH=path, LANG="C.UTF-8", DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent",
+                                **kept)
+
+    def shell(self, arguments):
+        return run(arguments, env=self.environment, cwd=self.folder)
+
+    def bash(self, *words):
+        script = """source "$1"; shift; COMP_WORDS=(quilleryctl "$@"); COMP_CWORD=$#; _quilleryctl
+                    printf '%s\\n' "${COMPREPLY[@]}" """
+        return sorted(self.shell(["bash", "--norc", "-c", script, "bash", COMPLETIONS / "quilleryctl.bash", *words]).split())
+
+    def fish(self, *words):
+        if not shutil.which("fish"):
+            self.skipTest("there is no fish")
+        script = f"source {COMPLETIONS / 'quilleryctl.fish'}; complete -C 'quilleryctl {' '.join(words)}'"
+        lines = self.shell(["fish", "--no-config", "-c", script]).splitlines()
+        return sorted(line.split("\t")[0] for line in lines)
+
+    def zsh(self, state, *line):
+        """What is handed to the shell's own functions, one word to a line, in this state of the command line."""
+        if not shutil.which("zsh"):
+            self.skipTest("there is no zsh")
+        script = f"""for name in _arguments _files; do
+                       functions[$name]='print -rl -- $0 "$@"; state={state}; line=({" ".join(line)})'
+                     done
+                     _describe() {{ print -rl -- _describe "${{(@P)@[-1]}}" }}
+                     source {COMPLETIONS / "quilleryctl.zsh"}"""
+        return self.shell(["zsh", "-f", "-c", script]).splitlines()
+
+    def test_bash_offers_commands(self):
+        self.assertEqual(self.bash(""), COMMANDS)
+        self.assertEqual(self.bash("--quiet", "s"), ["sort"])
+
+    def test_bash_offers_the_options_that_a_command_has(self):
+        self.assertEqual(self.bash("-"), ["--help", "--version"])
+        self.assertEqual(self.bash("preview", "-"), ["--all", "--help", "--json", "--quiet"])
+        for command in ("sort", "check", "backups", "restore", "next"):
+            self.assertEqual(self.bash(command, "--"), ["--help", "--quiet"])
+
+    def test_bash_offers_files_where_one_may_be_named(self):
+        for words in (["preview"], ["sort"], ["check", "-q"], ["restore", "x"]):
+            self.assertEqual(self.bash(*words, "O"), ["Other.plist"])
+        for words in (["backups"], ["next"], ["sort", "x"], ["restore", "x", "y"]):
+            self.assertEqual(self.bash(*words, "O"), [])
+
+    def test_bash_offers_backups_to_restore_or_paths(self):
+        self.assertEqual(self.bash("restore", ""), BACKUPS)
+        self.assertEqual(self.bash("restore", "--quiet", "Bookmarks-B"), BACKUPS[1:])
+        self.assertEqual(self.bash("restore", "./O"), ["./Other.plist"])
+
+    def test_fish_offers_commands(self):
+        self.assertEqual(self.fish(""), COMMANDS)
+        self.assertEqual(self.fish("so"), ["sort"])
+
+    def test_fish_offers_the_options_that_a_command_has(self):
+        self.assertEqual(self.fish("--"), ["--help", "--version"])
+        self.assertEqual(self.fish("preview", "--"), ["--all", "--help", "--json", "--quiet"])
+        for command in ("sort", "check", "backups", "restore", "next"):
+            self.assertEqual(self.fish(command, "--"), ["--help", "--quiet"])
+
+    def test_fish_offers_files_and_backups(self):
+        for command in ("preview", "sort", "check"):
+            self.assertEqual(self.fish(command, "O"), ["Other.plist"])
+        self.assertEqual(self.fish("next", "O"), [])
+        self.assertEqual(self.fish("restore", "B"), BACKUPS)
+
+    def test_zsh_offers_commands(self):
+        offered = self.zsh("command")
+        self.assertEqual(sorted(line.split(":")[0] for line in offered[offered.index("_describe") + 1:]), COMMANDS)
+
+    def test_zsh_offers_the_options_that_a_command_has(self):
+        def options(command):
+            offered = self.zsh("arguments", command)
+            last = len(offered) - offered[::-1].index("_arguments")
+            return sorted(set(re.findall(r"\)(--\w+)\[", "\n".join(offered[last:]))))
+
+        self.assertEqual(options("preview"), ["--all", "--json", "--quiet"])
+        for command in ("sort", "check", "backups", "restore", "next"):
+            self.assertEqual(options(command), ["--quiet"])
+
+    def test_zsh_offers_files_and_backups(self):
+        for command in ("preview", "sort", "check"):
+            self.assertIn("1:bookmark file:_files", self.zsh("arguments", command))
+        self.assertIn("1:backup:_quilleryctl_backups", self.zsh("arguments", "restore"))
+        self.assertIn("2:bookmark file:_files", self.zsh("arguments", "restore"))
+
+
+class Descriptions(unittest.TestCase):
+    """Every command and option of the program is in each text that describes it."""
+
+    def setUp(self):
+        self.help = run([COMPANION, "--help"])
+        self.commands = sorted(set(re.findall(r"quilleryctl (\w+)", self.help)))
+        self.options = sorted(set(re.findall(r"--\w+", self.help)))
+
+    def test_the_help_has_them_all(self):
+        self.assertEqual(self.commands, COMMANDS)
+        self.assertEqual(self.options, ["--all", "--help", "--json", "--quiet", "--version"])
+
+    def test_the_completions_have_them_all(self):
+        for shell in ("bash", "zsh", "fish"):
+            text = (COMPLETIONS / f"quilleryctl.{shell}").read_text()
+            for command in self.commands:
+                self.assertRegex(text, rf"\b{command}\b", shell)
+            for option in self.options:
+                name = rf"-l {option[2:]}\b" if shell == "fish" else option
+                self.assertRegex(text, name, shell)
+
+    def test_the_manual_page_has_them_all_and_the_exit_statuses(self):
+        page = (BUILD / "packaging/linux/quilleryctl.1").read_text().replace("\\-", "-")
+        for command in self.commands:
+            self.assertRegex(page, rf"(?m)^\.B quilleryctl {command}$")
+            self.assertRegex(page, rf"(?m)^\.TP\n\.B {command}$")
+        for option in self.options:
+            self.assertIn(option, page)
+        statuses = re.findall(r"(?:^|; (?:or for check: )?)(\d+) ", self.help[self.help.index("Exit status: ") + 13:])
+        section = page[page.index(".SH EXIT STATUS"):page.index(".SH ENVIRONMENT")]
+        self.assertEqual(re.findall(r"(?m)^\.B (\d+)$", section), ["0", "1", "2", "3", "75"])
+        self.assertEqual(statuses, ["0", "1", "2", "3", "75"])
+
+    def test_the_manual_page_has_no_mistakes_that_its_formatter_sees(self):
+        if not shutil.which("man"):
+            self.skipTest("there is no man")
+        result = subprocess.run(["man", "--warnings", "-l", BUILD / "packaging/linux/quilleryctl.1"], text=True,
+                                capture_output=True, env=dict(os.environ, LC_ALL="C.UTF-8", MANWIDTH="80", PAGER="cat"))
+        self.assertEqual(result.stderr, "")
+
+
+COMPANION, BUILD = (pathlib.Path(argument) for argument in sys.argv[1:3])
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
