@@ -89,7 +89,7 @@ Words wordsOf(const Arguments& arguments) {
 
 std::optional<Complaint> readOptions(const std::vector<std::string_view>& words, const Form& form, Request& request) {
   for (const std::string_view word : words) {
-    const auto* option =
+    const auto option =
         std::ranges::find_if(options, [&](const Option& known) { return word == known.name || word == known.letter; });
     if (option == options.end()) return Complaint{"there is no option " + quoted(word)};
     if (!form.isPreview && option->field != &Request::quiet)
@@ -116,7 +116,7 @@ std::variant<Request, Complaint> requestOf(const Arguments& arguments) {
   if (words.operands.empty())
     return Complaint{words.options.empty() ? "there is no command"
                                            : "there is no command with " + quoted(words.options.front())};
-  const auto* form = std::ranges::find(forms, words.operands.front(), &Form::name);
+  const auto form = std::ranges::find(forms, words.operands.front(), &Form::name);
   if (form == forms.end()) return Complaint{"there is no command " + quoted(words.operands.front())};
   words.operands.erase(words.operands.begin());
   Request request{form->command};

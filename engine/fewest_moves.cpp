@@ -13,6 +13,12 @@ struct Run {
   std::size_t last = none;
 };
 
+// Among runs that are as good, the one that ends further down.
+bool isBetter(const Run& run, const Run& other) {
+  if (run.score != other.score) return run.score > other.score;
+  return run.score != 0 && run.last > other.last;
+}
+
 // The best run among those that end with an entry from before a given place: a Fenwick tree of maxima.
 class BestRuns {
  public:
@@ -21,13 +27,13 @@ class BestRuns {
   Run before(std::size_t rank) const {
     Run best;
     for (std::size_t index = rank; index > 0; index &= index - 1)
-      if (best_[index].score > best.score) best = best_[index];
+      if (isBetter(best_[index], best)) best = best_[index];
     return best;
   }
 
   void add(std::size_t rank, const Run& run) {
     for (std::size_t index = rank + 1; index < best_.size(); index += index & (~index + 1))
-      if (run.score > best_[index].score) best_[index] = run;
+      if (isBetter(run, best_[index])) best_[index] = run;
   }
 
  private:

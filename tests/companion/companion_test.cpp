@@ -82,7 +82,7 @@ TEST_F(CompanionPreview, showsWhatMovesAndTheFoldersOnTheWay) {
                "↓     Item 10  (1 → 4)\n"
                "  ▸ Menu\n"
                "↑   ▸ F  (2 → 1)\n"
-               "↓       2  (1 → 2)\n"
+               "↑       1  (2 → 1)\n"
                "A sort would move 4 entries in 3 folders. Nothing was written.\n");
 }
 
@@ -105,8 +105,8 @@ TEST_F(CompanionPreview, showsTheWholeTreeIfAsked) {
                "↓     Item 10  (1 → 4)\n"
                "  ▸ Menu\n"
                "↑   ▸ F  (2 → 1)\n"
-               "        1\n"
-               "↓       2  (1 → 2)\n"
+               "↑       1  (2 → 1)\n"
+               "        2\n"
                "      a\n"
                "  ▸ com.apple.ReadingList\n"
                "      z\n"
@@ -115,7 +115,7 @@ TEST_F(CompanionPreview, showsTheWholeTreeIfAsked) {
 }
 
 TEST_F(CompanionPreview, leavesOutItsLastLineIfItIsToBeQuiet) {
-  EXPECT_THAT(run({"preview", "--quiet"}).output, EndsWith("(1 → 2)\n"));
+  EXPECT_THAT(run({"preview", "--quiet"}).output, EndsWith("(2 → 1)\n"));
   putSorted();
   expectEnding(run({"preview", "-q"}), 0, "");
 }
@@ -198,8 +198,8 @@ TEST_F(CompanionPreview, forProgramsListsEveryFolderThatChanges) {
         {"title": "Item 10", "kind": "bookmark", "from": 0, "moved": true}]},
       {"title": "Menu", "kind": "folder", "from": 2, "moved": false, "children": [
         {"title": "F", "kind": "folder", "from": 1, "moved": true, "children": [
-          {"title": "1", "kind": "bookmark", "from": 1, "moved": false},
-          {"title": "2", "kind": "bookmark", "from": 0, "moved": true}]},
+          {"title": "1", "kind": "bookmark", "from": 1, "moved": true},
+          {"title": "2", "kind": "bookmark", "from": 0, "moved": false}]},
         {"title": "a", "kind": "bookmark", "from": 0, "moved": false}]},
       {"title": "com.apple.ReadingList", "kind": "folder", "from": 3, "moved": false}]})"));
 }
@@ -357,13 +357,11 @@ TEST_F(CompanionBackups, areListedWithAllThatTellsThemApart) {
   putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
   putBackup("Bookmarks-BB.plist", "damaged", "2026-09-22 23:59:59");
   const std::string size = std::to_string(fileOf(unsortedTree()).size());
+  ASSERT_EQ(size.size(), 3U) << "narrower than its heading";
   expectEnding(run({"backups"}), 0,
-               "NAME                TIME                 " + std::string(size.size() - 4, ' ') +
-                   "SIZE  BOOKMARKS\n"
-                   "Bookmarks-BB.plist  2026-09-22 23:59:59  " +
-                   std::string(size.size() - 1, ' ') +
-                   "7    damaged\n"
-                   "Bookmarks-A.plist   2026-09-21 10:00:01  " +
+               "NAME                TIME                 SIZE  BOOKMARKS\n"
+               "Bookmarks-BB.plist  2026-09-22 23:59:59     7    damaged\n"
+               "Bookmarks-A.plist   2026-09-21 10:00:01   " +
                    size + "         10  current\n");
 }
 

@@ -46,6 +46,11 @@ TEST(FewestMoves, leaveWhatKeepsItsPlaceWhereOthersWouldDoAsWell) {
   EXPECT_THAT(moves({4, 3, 2, 1, 0}), ElementsAre(true, true, false, true, true));
 }
 
+TEST(FewestMoves, leaveWhatEndsUpFurtherDownWhereOthersWouldDoAsWell) {
+  EXPECT_THAT(moves({1, 0}), ElementsAre(true, false));
+  EXPECT_THAT(moves({2, 3, 0, 1}), ElementsAre(true, true, false, false));
+}
+
 TEST(FewestMoves, answerForThePlacesOfSortableEntriesOnly) {
   // Something fixed is at 0, 2 and 5.
   EXPECT_THAT(fewestMoves({{1, 3, 4, 6}, {6, 1, 3, 4}}), ElementsAre(true, false, false, false));
