@@ -183,7 +183,7 @@ int runCompanion(const Arguments& arguments, Instant now) {
     std::cerr << usageText;
     return wrongUsage;
   }
-  const Request& request = std::get<Request>(asked);
+  const auto& request = std::get<Request>(asked);
   try {
     const int status = perform(request, now);
     if (std::cout.flush()) return status;

@@ -48,7 +48,7 @@ class JsonPreview {
 
   // The list of a folder's entries.
   void addChildren(const PlistValue& folder, std::size_t level) {
-    text_ += "\"children\": [";
+    add(R"("children": [)");
     bool isFirst = true;
     preview_.forEachEntry(folder, [&](const PreviewEntry& entry) {
       if (!std::exchange(isFirst, false)) text_ += ',';
@@ -65,10 +65,13 @@ class JsonPreview {
  private:
   void addEntry(const PreviewEntry& entry, std::size_t level) {
     const NodeFields fields = fieldsOf(entry.node);
-    add("{\"title\": " + quoted(fields.title.utf16()));
-    add(", \"kind\": \"");
+    add(R"({"title": )");
+    add(quoted(fields.title.utf16()));
+    add(R"(, "kind": ")");
     add(kind(fields.type));
-    add("\", \"from\": " + std::to_string(entry.from) + ", \"moved\": ");
+    add(R"(", "from": )");
+    add(std::to_string(entry.from));
+    add(R"(, "moved": )");
     add(truth(entry.isMoved));
     if (entry.changesInside || (all_ && childrenOf(entry.node))) {
       add(", ");
@@ -86,13 +89,18 @@ class JsonPreview {
 
 std::string previewJson(SortPreview& preview, const PlistValue& root, bool all, const std::string& file) {
   JsonPreview json(preview, all);
-  json.add("{\"file\": " + quoted(utf16(file)) + ", \"isInOrder\": ");
+  json.add(R"({"file": )");
+  json.add(quoted(utf16(file)));
+  json.add(R"(, "isInOrder": )");
   json.add(truth(preview.isInOrder()));
   if (all || !preview.isInOrder()) {
     json.add(", ");
     json.addChildren(root, 1);
   }
-  json.add(", \"moved\": " + std::to_string(preview.movedEntries()) +
-           ", \"folders\": " + std::to_string(preview.foldersWithMoves()) + "}\n");
+  json.add(R"(, "moved": )");
+  json.add(std::to_string(preview.movedEntries()));
+  json.add(R"(, "folders": )");
+  json.add(std::to_string(preview.foldersWithMoves()));
+  json.add("}\n");
   return std::move(json).text();
 }

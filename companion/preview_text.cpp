@@ -43,8 +43,9 @@ class TextPreview {
   }
 
   std::string moved(const PreviewEntry& entry, const std::string& line) const {
-    const std::string places = "(" + std::to_string(entry.from + 1) + " → " + std::to_string(entry.to + 1) + ")";
-    return styles_.green(entry.to < entry.from ? "↑ " : "↓ ") + line + "  " + styles_.dim(places);
+    const std::string places = std::to_string(entry.from + 1) + " → " + std::to_string(entry.to + 1);
+    return styles_.green(entry.to < entry.from ? "↑ " : "↓ ") + line + "  " +
+           styles_.dim(std::string("(").append(places) + ")");
   }
 
   SortPreview& preview_;

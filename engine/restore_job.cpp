@@ -1,6 +1,7 @@
 #include "engine/restore_job.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/alert.h"
 #include "app/probes.h"
@@ -39,9 +40,9 @@ bool restore(const std::string& backup, const std::string& path) {
     return true;
   }
   const auto replacement = [&](const Bytes& oldBytes) -> std::optional<MakeContent> {
-    const Bytes content = contentOfBackup(backup);
+    Bytes content = contentOfBackup(backup);
     if (content == oldBytes) return std::nullopt;
-    return [content] { return content; };
+    return [content = std::move(content)] { return content; };
   };
   const std::optional<std::string> backupOfToday = rewriteBookmarkFile(path, replacement);
   if (backupOfToday)
