@@ -145,10 +145,19 @@ void checkSorting(const PlistValue& value) {
   check(sorted(inOrder, true).identity() == inOrder.identity(), "what is in order stays the very same value");
 }
 
+// What an error says goes to the screen and the log.
+void checkWords(const std::string& description) {
+  constexpr std::size_t longest = 200;  // bytes
+  check(description.size() <= longest, "an error says little, however much the file holds");
+  check(std::ranges::none_of(description, [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; }),
+        "an error repeats no control character of the file");
+}
+
 std::optional<PropertyLists::Parsed> read(const Bytes& bytes) {
   try {
     return codec().parse(bytes);
-  } catch (const Error&) {
+  } catch (const Error& error) {
+    checkWords(error.description());
     return std::nullopt;
   }
 }

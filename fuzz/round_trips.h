@@ -10,8 +10,8 @@
 // A copy of what the fuzzer gives, which is gone when the harness returns.
 Bytes copyOf(const std::uint8_t* data, std::size_t size);
 
-// Parses `bytes`, which must answer a value or throw Error, and checks the value if they are in `format`. Aborts, with
-// a line on standard error that says which property failed, unless
+// Parses `bytes`, which must answer a value or throw Error with few and harmless words, and checks the value if they
+// are in `format`. Aborts, with a line on standard error that says which property failed, unless
 // - the same bytes are the same value again;
 // - it comes back equal from the binary format, as it is and as part of another value;
 // - so it does from XML, if XML can hold it exactly; else it comes back as a value with the same XML text;

@@ -6,6 +6,15 @@ _quilleryctl_names() {
   mapfile -t COMPREPLY < <(compgen -W "$words" -- "${COMP_WORDS[COMP_CWORD]}")
 }
 
+# The names are anybody's: "compgen -W" would run commands that are in them.
+_quilleryctl_backups() {
+  local name names
+  mapfile -t names < <(quilleryctl backups --quiet 2>/dev/null)
+  for name in "${names[@]}"; do
+    [[ $name != "${COMP_WORDS[COMP_CWORD]}"* ]] || COMPREPLY+=("$(printf '%q' "$name")")
+  done
+}
+
 _quilleryctl_files() {
   compopt -o filenames 2>/dev/null
   mapfile -t COMPREPLY < <(compgen -f -- "${COMP_WORDS[COMP_CWORD]}")
@@ -24,7 +33,7 @@ _quilleryctl() {
     -*) _quilleryctl_names '--quiet --help' ;;
     *::*) _quilleryctl_names 'preview sort check backups restore next' ;;
     *:preview:0 | *:sort:0 | *:check:0 | */*:restore:0 | *:restore:1) _quilleryctl_files ;;
-    *:restore:0) _quilleryctl_names "$(quilleryctl backups --quiet 2>/dev/null)" ;;
+    *:restore:0) _quilleryctl_backups ;;
   esac
 }
 

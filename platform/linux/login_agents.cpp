@@ -49,9 +49,9 @@ std::vector<std::string> argumentsOf(const PlistValue& agent) {
   return arguments;
 }
 
-// A name that is a file's name, too, and nothing but that.
+// A name that is a file's name and a line's text, too, and nothing but that.
 bool isLabel(std::string_view label) {
-  return !label.empty() && label.front() != '.' && label.find('/') == std::string_view::npos;
+  return !label.empty() && label.front() != '.' && label.find_first_of("/\n\r") == std::string_view::npos;
 }
 
 Agent read(const std::string& propertyList) {
@@ -81,16 +81,24 @@ std::optional<std::string> labelIn(const std::string& serviceTarget) {
   return serviceTarget.substr(prefix.size());
 }
 
-// An argument of an Exec line: quoted, with what is special in quotes escaped, field codes too, and all of that escaped
-// once more as in every string of a desktop entry.
+// What stands for a character in a quoted argument of an Exec line: what is special in quotes is escaped, field codes
+// too, and all of that once more as in every string of a desktop entry, which is one line.
+std::string escaped(char character) {
+  switch (character) {
+    case '%': return "%%";
+    case '"':
+    case '`':
+    case '$': return std::string(R"(\\)") + character;
+    case '\\': return R"(\\\\)";
+    case '\n': return R"(\n)";
+    case '\r': return R"(\r)";
+    default: return {character};
+  }
+}
+
 std::string quoted(const std::string& argument) {
   std::string text = "\"";
-  for (const char character : argument) {
-    if (character == '%') text += '%';
-    if (character == '"' || character == '`' || character == '$') text += R"(\\)";
-    if (character == '\\') text += R"(\\\)";
-    text += character;
-  }
+  for (const char character : argument) text += escaped(character);
   return text + '"';
 }
 

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/plist_document.h"
 #include "platform/error.h"
 #include "platform/linux/plist/large_memory.h"
 #include "platform/posix/file_attempt.h"
@@ -105,6 +106,7 @@ std::string PosixFileSystem::homeFolder() {
 
 Bytes PosixFileSystem::read(const std::string& path) {
   const OpenFile file = openForReading(path);
+  if (file.size > PlistDocument::maximumSize) throw opening(path).failure(EFBIG);  // nothing here could be made of it
   LargeBuffer content(file.size + 1);  // room for one byte more: reading it finds the end
   while (const std::size_t count =
              readSome(file.descriptor, content.data() + content.size(), content.capacity() - content.size(), path)) {

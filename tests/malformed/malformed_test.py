@@ -21,6 +21,7 @@ DATA = TESTS / "data"
 TABLE = DATA / "malformed/messages.tsv"
 TITLE = "Bookmarks could not be sorted: "
 HINT = "If access is denied, "
+LONGEST = 200  # characters, whatever the file holds
 WHERE = re.compile(r"(at byte|on line|header,) \d+\b|in the XML declaration")
 WITHOUT_A_PLACE = ["The data couldn’t be read because it isn’t a valid property list: it is empty.",
                    "Unrecognised Safari bookmark format. No changes made."]
@@ -51,6 +52,8 @@ def refusal(program, path):
             problems.append("the file was changed")
         if home.leftovers() or home.backups.exists():
             problems.append("something was left in the home folder")
+        if len(message) > LONGEST or not message.isprintable():
+            problems.append(f"it repeats what is in the file: {message!r}")
         if not WHERE.search(message) and message not in WITHOUT_A_PLACE:
             problems.append(f"it does not say where: {message}")
         return message, problems

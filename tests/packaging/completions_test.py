@@ -6,6 +6,7 @@ usage: completions_test.py QUILLERYCTL BUILD_FOLDER
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -27,10 +28,10 @@ class Completions(unittest.TestCase):
         scratch = tempfile.TemporaryDirectory(prefix="quillery-completions-")
         self.addCleanup(scratch.cleanup)
         home = pathlib.Path(scratch.name)
-        backups = home / "Library/Application Support/Quillery/Backups"
-        backups.mkdir(parents=True)
+        self.backups = home / "Library/Application Support/Quillery/Backups"
+        self.backups.mkdir(parents=True)
         for name in BACKUPS:
-            (backups / name).touch()
+            (self.backups / name).touch()
         self.folder = home / "here"
         self.folder.mkdir()
         (self.folder / "Other.plist").touch()
@@ -43,10 +44,10 @@ class Completions(unittest.TestCase):
     def shell(self, arguments):
         return run(arguments, env=self.environment, cwd=self.folder)
 
-    def bash(self, *words):
+    def bash(self, *words, separator=None):
         script = """source "$1"; shift; COMP_WORDS=(quilleryctl "$@"); COMP_CWORD=$#; _quilleryctl
                     printf '%s\\n' "${COMPREPLY[@]}" """
-        return sorted(self.shell(["bash", "--norc", "-c", script, "bash", COMPLETIONS / "quilleryctl.bash", *words]).split())
+        return sorted(self.shell(["bash", "--norc", "-c", script, "bash", COMPLETIONS / "quilleryctl.bash", *words]).strip().split(separator))
 
     def fish(self, *words):
         if not shutil.which("fish"):
@@ -86,6 +87,15 @@ class Completions(unittest.TestCase):
         self.assertEqual(self.bash("restore", ""), BACKUPS)
         self.assertEqual(self.bash("restore", "--quiet", "Bookmarks-B"), BACKUPS[1:])
         self.assertEqual(self.bash("restore", "./O"), ["./Other.plist"])
+
+    def test_names_of_backups_are_no_commands(self):
+        hostile = "Bookmarks-$(touch obeyed) `touch obeyed`;touch obeyed.plist"
+        (self.backups / hostile).touch()
+        self.bash("restore", "")
+        offered = self.bash("restore", "Bookmarks-$", separator="\n")
+        self.assertEqual([shlex.split(word) for word in offered], [[hostile]])
+        self.assertIn(hostile, self.fish("restore", "B"))
+        self.assertFalse((self.folder / "obeyed").exists())
 
     def test_fish_offers_commands(self):
         self.assertEqual(self.fish(""), COMMANDS)

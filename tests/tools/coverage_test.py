@@ -8,6 +8,7 @@ import tempfile
 import unittest
 
 PROGRAM = pathlib.Path(__file__).resolve().parents[2] / "tools" / "coverage.py"
+FOLDERS = ["engine", "schedule", "app", "companion"]  # of which a share is asked for
 
 
 class Coverage(unittest.TestCase):
@@ -16,7 +17,7 @@ class Coverage(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.root = pathlib.Path(folder.name)
         self.files = []
-        for folder in ["engine", "schedule", "app"]:
+        for folder in FOLDERS:
             self.add(f"{folder}/whole.cpp", ["work();"] * 20, [1] * 20)
         self.give_reasons("")
 
@@ -60,7 +61,7 @@ class Coverage(unittest.TestCase):
         self.assertIn("engine/part.cpp:20: fail();\n    It cannot be reached.\n", output)
 
     def test_fails_below_95_percent_in_each_folder_though_there_are_reasons(self):
-        for folder in ["engine", "schedule", "app"]:
+        for folder in FOLDERS:
             with self.subTest(folder):
                 self.setUp()
                 self.add(f"{folder}/part.cpp", ["work();"] * 20, [1] * 17 + [0] * 3)

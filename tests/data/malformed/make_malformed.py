@@ -188,6 +188,8 @@ XML = {
     "utf8-overlong": tree("<string>@</string>").replace(b"@", b"\xc1\x81"),
     "utf8-surrogate": tree("<string>@</string>").replace(b"@", b"\xed\xa0\x80"),
     "utf8-above-unicode": tree("<string>@</string>").replace(b"@", b"\xf4\x90\x80\x80"),
+    "encoding-name-endless": xml("<plist/>", "<?xml version='1.0' encoding='" + 5000 * "endless" + "'?>"),
+    "encoding-name-obeyed": xml("<plist/>", "<?xml version='1.0' encoding='\x1b[2J\nBookmarks sorted'?>"),
     "encoding-unknown": xml("<plist/>", "<?xml version='1.0' encoding='EBCDIC-OF-MARS'?>"),
     "utf16-lone-surrogate": "\ufeff<plist><string>a".encode("utf-16-le") + b"\x00\xd8" + "</string></plist>".encode("utf-16-le"),
     "utf16-odd": "\ufeff<plist><dict/></plist>".encode("utf-16-be")[:-1],

@@ -17,6 +17,7 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 constexpr int done = 0;
 constexpr int notLoaded = 3;
@@ -74,6 +75,22 @@ TEST_F(LoginAgentsTest, areAutostartEntriesThatRunTheirPropertyLists) {
   EXPECT_THAT(contentOf(entry_),
               AllOf(HasSubstr("[Desktop Entry]\nType=Application\n"), HasSubstr("quillery-launchctl\" run \""),
                     HasSubstr("an agent's \\\\$file \\\\\"%%f\\\\\\\\.plist\"\n")));
+}
+
+TEST_F(LoginAgentsTest, haveOneCommandInTheirEntriesWhateverTheirPropertyListsAreCalled) {
+  putAgent("exit 0");
+  const std::string file = scratch_.path("an agent\nExec=false\r.plist");
+  std::filesystem::rename(file_, file);
+  EXPECT_EQ(launchctl({"bootstrap", domain_, file}), done);
+  EXPECT_THAT(contentOf(entry_),
+              AllOf(HasSubstr("/an agent\\nExec=false\\r.plist\"\n"), Not(HasSubstr("\nExec=false"))));
+}
+
+TEST_F(LoginAgentsTest, haveLabelsOfOneLine) {
+  put(PlistValue::dictionary(
+      {{u"Label", u"agent\nExec=false"}, {u"ProgramArguments", PlistValue::array({u"/bin/sh"})}}));
+  EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), failed);
+  EXPECT_THAT(ending_.error, HasSubstr("it has no Label"));
 }
 
 TEST_F(LoginAgentsTest, areStartedWhenTheyAreLoadedIfTheySaySo) {

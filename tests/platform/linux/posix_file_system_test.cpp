@@ -154,6 +154,13 @@ TEST_F(PosixRead, stopsWhereTheFileIsShorterThanItsSizeSays) {
   EXPECT_EQ(files_.read(path).text(), contentOf(path));
 }
 
+TEST_F(PosixRead, refusesWhatNoPropertyListIsAsLargeAsBeforeItTakesMemory) {
+  makeFile(file_, "");
+  std::filesystem::resize_file(file_, std::uintmax_t{1} << 32);  // all of it a hole
+  EXPECT_EQ(readOutcome(file_),
+            sentence(EFBIG, "The file “Bookmarks.plist” couldn’t be opened", "File too large", file_));
+}
+
 TEST_F(PosixRead, saysThatAFileIsMissingWithItsNameAndPath) {
   EXPECT_EQ(readOutcome(file_),
             sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be opened", "No such file or directory", file_));

@@ -120,6 +120,16 @@ TEST(XmlReader, readsTheEncodingThatAMarkOrTheDeclarationNames) {
               HasSubstr("not valid us-ascii"));
 }
 
+TEST(XmlReader, repeatsNoEncodingInAnErrorThatIsNoName) {
+  const auto problem = [](const std::string& name) {
+    return problemOf("<?xml version='1.0' encoding='" + name + "'?><string>a</string>");
+  };
+  EXPECT_THAT(problem(std::string(40, 'm')), HasSubstr("unknown encoding “" + std::string(40, 'm') + "”"));
+  for (const std::string& name : {std::string(41, 'm'), std::string(1'000'000, 'm'), std::string("mar\ntian"),
+                                  std::string("\x1B[2J"), std::string("4"), std::string()})
+    EXPECT_THAT(problem(name), HasSubstr(": an encoding without a valid name in the XML declaration."));
+}
+
 TEST(XmlReader, readsBase64AsThePlatformDoes) {
   const auto dataOf = [](const std::string& text) {
     return std::string(read("<data>" + text + "</data>").data()->text());
