@@ -1,5 +1,5 @@
 // A parsed property list as one arena: a tape of small fixed-size records over the bytes of the file itself.
-// Parsers fill it, PlistValue reads it, and nothing changes it afterwards. Strings and data stay where they
+// Parsers fill it, PlistValue reads it, and nothing that it says changes afterwards. Strings and data stay where they
 // lie in the file; only what the file does not hold as it is (an escaped string, say) is kept beside it.
 #pragma once
 
@@ -8,9 +8,11 @@
 #include <memory_resource>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "engine/bytes.h"
+#include "engine/key_index.h"
 #include "engine/plist_text.h"
 
 enum class PlistKind : std::uint8_t { string, integer, real, boolean, date, data, array, dictionary };
@@ -66,6 +68,8 @@ struct PlistDocument {
     bool isXml = false;  // XML whose file is `source` itself
   };
   Layout layout;
+  // Of large dictionaries, by their records; filled by the first who asks for a key. A document is one thread's.
+  mutable std::unordered_map<std::uint32_t, KeyIndex> keyIndices;
 
   const std::byte* start(const PlistRecord& record) const {
     return (record.has(PlistRecord::aside) ? reinterpret_cast<const std::byte*>(aside.data()) : source.data()) +

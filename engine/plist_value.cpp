@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "engine/base64.h"
+#include "engine/key_index.h"
 
 namespace {
 
@@ -32,6 +33,7 @@ struct PlistValue::Array {
 
 struct PlistValue::Dictionary {
   std::vector<PlistEntry> entries;
+  mutable KeyIndex keyIndex;  // filled by the first who asks
   Place origin;
   unsigned depth = 1;
 };
@@ -200,6 +202,14 @@ std::optional<std::size_t> PlistValue::indexOf(const PlistKey& key) const {
 }
 
 void PlistValue::locate(const PlistKey* keys, std::size_t* indices, std::size_t count) const {
+  if (KeyIndex* index = kind() == PlistKind::dictionary ? keyIndex() : nullptr) {
+    index->fill(size(), [this](std::size_t entry) { return keyAt(entry); });
+    for (std::size_t key = 0; key < count; ++key)
+      index->visit(keys[key].hash(), [&](std::size_t entry) {
+        if (keyAt(entry) == keys[key]) indices[key] = entry;
+      });
+    return;
+  }
   if (const auto* dictionary = shared<Dictionary>()) {
     for (std::size_t entry = 0; entry < dictionary->entries.size(); ++entry)
       for (std::size_t key = 0; key < count; ++key)
@@ -214,6 +224,12 @@ void PlistValue::locate(const PlistKey* keys, std::size_t* indices, std::size_t 
     for (std::size_t key = 0; key < count; ++key)
       if (candidate.high() == keys[key].hash() && document.text(candidate) == keys[key]) indices[key] = entry;
   }
+}
+
+KeyIndex* PlistValue::keyIndex() const {
+  if (!KeyIndex::isFor(size())) return nullptr;
+  if (const auto* dictionary = shared<Dictionary>()) return &dictionary->keyIndex;
+  return &place()->document->keyIndices[place()->record];
 }
 
 std::optional<PlistValue> PlistValue::value(const PlistKey& key) const {

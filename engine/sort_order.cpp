@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <compare>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -17,6 +18,23 @@ bool sortable(const NodeFields& fields) {
   return fields.type != NodeType::other && !fields.title.startsWith(bookmark::reservedPrefix);
 }
 
+bool isLong(std::size_t units) {
+  constexpr std::size_t longestShort = 256;
+  return units > longestShort;
+}
+
+// Tell gathered titles apart: long ones by their place, as each is gathered once, short ones by their units.
+struct GatheredHash {
+  std::size_t operator()(std::u16string_view title) const {
+    return isLong(title.size()) ? std::hash<const void*>()(title.data()) : std::hash<std::u16string_view>()(title);
+  }
+};
+struct SameGathered {
+  bool operator()(std::u16string_view a, std::u16string_view b) const {
+    return isLong(a.size()) ? a.data() == b.data() : a == b;
+  }
+};
+
 class Sorter {
  public:
   Sorter(const Collation& collation, ChangeListener listener) : collation_(collation), listener_(std::move(listener)) {}
@@ -30,6 +48,7 @@ class Sorter {
     bool folder;
     PlistText title;
     std::u16string_view units = {};  // of the title, once all of the folder's are gathered
+    std::size_t rank = 0;            // of the title among the folder's, where those are ranked
   };
 
   PlistValue sorted(const PlistValue& node, const NodeFields& fields, bool root) {
@@ -71,11 +90,11 @@ class Sorter {
   // Puts the elements of the records in order, each into a place of one of them; answers whether any moved, and for
   // a listener which.
   bool order(std::vector<PlistValue>& elements, std::vector<Record>& records, FolderOrder& told) {
-    gatherTitles(records);
-    const auto before = [this](const Record& a, const Record& b) {
+    const bool isRanked = gatherTitles(records);
+    if (isRanked) rankTitles(records);
+    const auto before = [&](const Record& a, const Record& b) {
       if (a.folder != b.folder) return a.folder;
-      if (a.units.data() == b.units.data()) return false;  // the very same title
-      return collation_.localizedStandardCompare(a.units, b.units) == std::strong_ordering::less;
+      return isRanked ? a.rank < b.rank : isBefore(a.units, b.units);
     };
     if (std::is_sorted(records.begin(), records.end(), before)) return false;
     std::vector<Record> inOrder = records;
@@ -96,34 +115,58 @@ class Sorter {
     return offsets;
   }
 
+  bool isBefore(std::u16string_view a, std::u16string_view b) const {
+    return collation_.localizedStandardCompare(a, b) == std::strong_ordering::less;
+  }
+
   // Puts the titles of a folder's records side by side as UTF-16. A long one that many nodes share is put there
-  // once, or the titles together could be far longer than the file that they are in.
-  void gatherTitles(std::vector<Record>& records) {
-    constexpr std::size_t longTitle = 256;
+  // once, or the titles together could be far longer than the file that they are in; answers whether there is such a
+  // one.
+  bool gatherTitles(std::vector<Record>& records) {
     struct Span {
       std::size_t start;
       std::size_t length;
     };
+    bool isShared = false;
     std::unordered_map<const void*, Span> longOnes;
     std::vector<Span> spans;
     spans.reserve(records.size());
     titles_.clear();
     for (const Record& record : records) {
-      const bool isLong = record.title.count() > longTitle;
-      const auto known = isLong ? longOnes.find(record.title.start()) : longOnes.end();
+      const bool mayRecur = isLong(record.title.count());
+      const auto known = mayRecur ? longOnes.find(record.title.start()) : longOnes.end();
       if (known != longOnes.end()) {
         spans.push_back(known->second);
+        isShared = true;
         continue;
       }
       const std::size_t start = titles_.size();
       record.title.appendTo(titles_);
       spans.push_back({start, titles_.size() - start});
-      if (isLong) longOnes.emplace(record.title.start(), spans.back());
+      if (mayRecur) longOnes.emplace(record.title.start(), spans.back());
       // Titles that differ must not begin in one place, even where one of them is empty.
       titles_.push_back(u'\0');
     }
     for (std::size_t index = 0; index < records.size(); ++index)
       records[index].units = std::u16string_view(titles_).substr(spans[index].start, spans[index].length);
+    return isShared;
+  }
+
+  // Orders the titles themselves, each once however many records have it: comparing them again for every pair of
+  // records could take far longer than the file that they are in is long.
+  void rankTitles(std::vector<Record>& records) const {
+    std::unordered_map<std::u16string_view, std::size_t, GatheredHash, SameGathered> ranks;
+    for (const Record& record : records) ranks.emplace(record.units, 0);
+    std::vector<std::u16string_view> titles;
+    titles.reserve(ranks.size());
+    for (const auto& [title, rank] : ranks) titles.push_back(title);
+    std::sort(titles.begin(), titles.end(), [this](auto a, auto b) { return isBefore(a, b); });
+    std::size_t rank = 0;
+    for (std::size_t index = 0; index < titles.size(); ++index) {
+      if (index > 0 && isBefore(titles[index - 1], titles[index])) ++rank;
+      ranks[titles[index]] = rank;
+    }
+    for (Record& record : records) record.rank = ranks[record.units];
   }
 
   const Collation& collation_;

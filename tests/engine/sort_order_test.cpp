@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "engine/bookmark_node.h"
+#include "tests/support/altered_platforms.h"
+#include "tests/support/binary_file.h"
 #include "tests/support/bookmark_trees.h"
 #include "tests/support/random_trees.h"
 #include "tests/support/virtual_machine.h"
@@ -24,6 +26,22 @@ class SortOrderTest : public testing::Test {
 
  private:
   VirtualMachine machine_;
+};
+
+// Another collation that counts what it is asked.
+class CountingCollation : public Collation {
+ public:
+  explicit CountingCollation(const Collation& collation) : collation_(collation) {}
+
+  std::strong_ordering localizedStandardCompare(std::u16string_view a, std::u16string_view b) const override {
+    ++comparisons_;
+    return collation_.localizedStandardCompare(a, b);
+  }
+  int comparisons() const { return comparisons_; }
+
+ private:
+  const Collation& collation_;
+  mutable int comparisons_ = 0;
 };
 
 PlistValue untitledLeaf() { return PlistValue::dictionary({{u"WebBookmarkType", u"WebBookmarkTypeLeaf"}}); }
@@ -179,6 +197,45 @@ TEST_F(SortOrderTest, ordersLongAndEmptyTitlesThatShareStorage) {
     const std::vector<std::u16string> wanted = {u"", u"", longTitle, longTitle, longTitle + u"a"};
     for (std::size_t index = 0; index < wanted.size(); ++index) EXPECT_EQ(title(result.at(index)), wanted[index]);
   }
+}
+
+TEST_F(SortOrderTest, comparesLongTitlesThatManyEntriesShareOnlyOnce) {
+  BinaryFile file(2);
+  const std::u16string start(1000, u'x');
+  const std::vector<std::uint32_t> shared = {file.leaf(utf8(start + u"b")), file.folder(utf8(start + u"c"), {}),
+                                             file.leaf("short"), file.leaf(utf8(start + u"a"))};
+  std::vector<std::uint32_t> children;
+  for (std::size_t index = 0; index < 10'000; ++index) children.push_back(shared[index % shared.size()]);
+  const PlistValue root = NativePropertyLists().parse(file.bytes(file.folder("all", children))).value;
+  CountingCollation collation(platform().collation);
+  const Platform altered = with(collation);
+  const PlatformScope counting(altered);
+  const PlistValue inOrder = *sorted(root, false).value(u"Children");
+  EXPECT_LT(collation.comparisons(), 20);
+  ASSERT_EQ(inOrder.size(), children.size());
+  const std::vector<std::u16string> wanted = {start + u"c", u"short", start + u"a", start + u"b"};
+  for (std::size_t index = 0; index < inOrder.size(); ++index)
+    EXPECT_EQ(title(inOrder.at(index)), wanted[index / (inOrder.size() / wanted.size())]);
+}
+
+TEST_F(SortOrderTest, findsTheTitleOfALargeEntryThatManyFoldersShareInTimeOfTheFile) {
+  constexpr std::uint32_t many = 300'000;  // the square of this is a matter of minutes
+  BinaryFile file(4);
+  const std::uint32_t text = file.string("text");
+  std::vector<std::uint32_t> keys;
+  for (std::uint32_t number = 0; number < many; ++number) keys.push_back(file.string("key " + std::to_string(number)));
+  keys.push_back(file.string("WebBookmarkType"));
+  keys.push_back(file.string("Title"));
+  std::vector<std::uint32_t> values(many, text);
+  values.push_back(file.string("WebBookmarkTypeLeaf"));
+  values.push_back(file.string("z"));
+  std::vector<std::uint32_t> children(many, file.dictionary(keys, values));
+  children.push_back(file.leaf("a"));
+  const PlistValue root = NativePropertyLists().parse(file.bytes(file.folder("all", children))).value;
+  const PlistValue inOrder = *sorted(root, false).value(u"Children");
+  EXPECT_EQ(title(inOrder.at(0)), u"a");
+  EXPECT_EQ(title(inOrder.at(1)), u"z");
+  EXPECT_EQ(title(inOrder.at(many)), u"z");
 }
 
 TEST(Sortable, areFoldersAndBookmarksThatAreNotReserved) {
