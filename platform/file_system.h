@@ -43,7 +43,7 @@ class FileSystem {
   // it fails.
   virtual void writeNew(const std::string& path, const Bytes& bytes) = 0;
 
-  // Sets a file's permission bits.
+  // Sets the permission bits of a file that can be read.
   virtual void setMode(const std::string& path, unsigned mode) = 0;
 
   // Replaces a file's content whole or not at all, keeping its permission bits: a temporary file in the same

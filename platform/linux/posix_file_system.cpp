@@ -137,7 +137,10 @@ void PosixFileSystem::createFolder(const std::string& path, unsigned mode) {
 void PosixFileSystem::writeNew(const std::string& path, const Bytes& bytes) { writeNewFile(path, bytes, flush_); }
 
 void PosixFileSystem::setMode(const std::string& path, unsigned mode) {
-  if (chmod(path.c_str(), static_cast<mode_t>(mode) & permissionBits) != 0)
+  // What has its name by now may be somebody else's link.
+  const FileDescriptor file(
+      uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+  if (!file.isOpen() || fchmod(file.get(), static_cast<mode_t>(mode) & permissionBits) != 0)
     throw FileAttempt{"file", path, "given its permissions"}.failure(errno);
 }
 

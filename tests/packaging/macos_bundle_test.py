@@ -56,6 +56,10 @@ class Information(unittest.TestCase):
     def test_enables_none_of_sparkles_services_for_sandboxes(self):
         self.assertFalse([key for key in self.information if key.endswith("Service")])
 
+    def test_fetches_sparkle_by_its_checksum(self):
+        fetched = (SOURCE / "sparkle.cmake").read_text(encoding="utf-8")
+        self.assertRegex(fetched, r"URL https://\S+\s+URL_HASH SHA256=[0-9a-f]{64}\)")
+
 
 class Entitlements(unittest.TestCase):
     def test_there_are_none_and_no_comment_that_the_kernel_would_not_read(self):

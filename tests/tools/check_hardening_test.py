@@ -38,6 +38,9 @@ class CheckHardeningTest(unittest.TestCase):
         self.assertEqual(status, 1)
         self.assertIn("program: has no read-only relocations\n", said)
 
+    def test_a_program_that_names_a_folder_for_its_libraries_does_not(self):
+        self.assertEqual(self.check("-Wl,-rpath,/tmp/lib"), (1, "program: looks for libraries in a folder of its own\n"))
+
     def test_a_program_without_guards_does_not(self):
         self.assertEqual(self.check("-fno-stack-protector"), (1, "program: does not guard its stacks\n"))
 

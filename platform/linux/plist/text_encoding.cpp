@@ -2,7 +2,6 @@
 
 #include <unicode/ucnv.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
@@ -41,18 +40,6 @@ std::optional<std::string> declaredEncoding(std::string_view text) {
   return std::string(value.substr(1, close - 1));
 }
 
-bool isLetter(char character) { return ('a' <= (character | 0x20)) && ((character | 0x20) <= 'z'); }
-
-// As XML has them, and no longer than those that are registered (RFC 2978). An error repeats no other: whoever made the
-// file would write it.
-bool isEncodingName(std::string_view name) {
-  constexpr std::size_t longest = 40;
-  constexpr std::string_view others = "0123456789._-";
-  return !name.empty() && name.size() <= longest && isLetter(name.front()) &&
-         std::ranges::all_of(
-             name, [&](char character) { return isLetter(character) || others.find(character) != others.npos; });
-}
-
 struct CloseConverter {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
@@ -72,7 +59,7 @@ std::size_t firstBadByte(UConverter* converter, std::string_view text) {
 
 // The text that begins `start` bytes into the file.
 Bytes convert(std::string_view file, std::size_t start, const std::string& encoding) {
-  if (!isEncodingName(encoding)) throw unreadable("an encoding without a valid name in the XML declaration");
+  if (!isPlainName(encoding)) throw unreadable("an encoding without a valid name in the XML declaration");
   const std::string_view text = file.substr(start);
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<UConverter, CloseConverter> converter(ucnv_open(encoding.c_str(), &status));

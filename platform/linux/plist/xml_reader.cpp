@@ -159,7 +159,8 @@ class XmlReader : private TextScanner {
     next_ = close + 1;
     const std::string_view text(name, static_cast<std::size_t>(nameEnd - name));
     const Element element = elementOf(text);
-    if (element == Element::unknown) throw at(name, "the unknown element <" + std::string(text.substr(0, 40)) + ">");
+    if (element == Element::unknown)
+      throw at(name, isPlainName(text) ? "the unknown element <" + std::string(text) + ">" : "an unknown element");
     return {element, text, isEmpty};
   }
 

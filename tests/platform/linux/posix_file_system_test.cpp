@@ -485,6 +485,17 @@ TEST_F(PosixSetMode, setsExactlyTheMode) {
   EXPECT_EQ(modeOf(file_), 0644U);
 }
 
+TEST_F(PosixSetMode, followsNoLink) {
+  makeFile(file_, "");
+  chmod(file_.c_str(), 0644);
+  const std::string link = scratch_.path("link");
+  std::filesystem::create_symlink(file_, link);
+  EXPECT_EQ(
+      outcomeOf([&] { files_.setMode(link, 0600); }),
+      sentence(ELOOP, "The file “link” couldn’t be given its permissions", "Too many levels of symbolic links", link));
+  EXPECT_EQ(modeOf(file_), 0644U);
+}
+
 TEST_F(PosixSetMode, saysThatTheFileIsMissing) {
   EXPECT_EQ(outcomeOf([&] { files_.setMode(file_, 0600); }),
             sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be given its permissions",

@@ -96,15 +96,27 @@ TEST_F(QtUserInterfaceTest, theMainTextIsBoldAndIsAboveTheOther) {
     QList<QLabel*> texts = dialog.findChildren<QLabel*>();
     erase_if(texts, [](const QLabel* label) { return label->text().isEmpty(); });
     ASSERT_EQ(texts.size(), 2);
-    EXPECT_EQ(texts[0]->text(), "Main & <b>text</b>");
-    EXPECT_EQ(texts[0]->textFormat(), Qt::PlainText);
+    EXPECT_EQ(texts[0]->text(), "Main text");
     EXPECT_TRUE(texts[0]->font().bold());
     EXPECT_EQ(texts[1]->text(), "Other\ntext");
     EXPECT_FALSE(texts[1]->font().bold());
     EXPECT_LE(texts[0]->geometry().bottom(), texts[1]->geometry().top());
     QTest::keyClick(&dialog, Qt::Key_Return);
   });
-  userInterface_.runModal({"Main & <b>text</b>", "Other\ntext", {}});
+  userInterface_.runModal({"Main text", "Other\ntext", {}});
+}
+
+TEST_F(QtUserInterfaceTest, textIsShownAsItIsWhateverItLooksLike) {
+  const QString text = "<b>bold</b> & <img src='picture'>";
+  withNextDialog([&](QDialog& dialog) {
+    for (const QLabel* const label : dialog.findChildren<QLabel*>()) {
+      if (label->text().isEmpty()) continue;
+      EXPECT_EQ(label->text(), text);
+      EXPECT_EQ(label->textFormat(), Qt::PlainText);
+    }
+    QTest::keyClick(&dialog, Qt::Key_Return);
+  });
+  userInterface_.runModal({text.toStdString(), text.toStdString(), {}});
 }
 
 // Every letter of every text lies within its label, and every label within the dialog or what can be scrolled there.

@@ -120,6 +120,13 @@ TEST(XmlReader, readsTheEncodingThatAMarkOrTheDeclarationNames) {
               HasSubstr("not valid us-ascii"));
 }
 
+TEST(XmlReader, repeatsNoElementInAnErrorThatIsNoName) {
+  EXPECT_THAT(problemOf("<" + std::string(40, 'm') + ">"),
+              HasSubstr("the unknown element <" + std::string(40, 'm') + "> on"));
+  for (const std::string& name : {std::string(41, 'm'), std::string("o\0\x1B[2J", 6), std::string("\xFF")})
+    EXPECT_THAT(problemOf("<" + name + ">"), HasSubstr(": an unknown element on line 1."));
+}
+
 TEST(XmlReader, repeatsNoEncodingInAnErrorThatIsNoName) {
   const auto problem = [](const std::string& name) {
     return problemOf("<?xml version='1.0' encoding='" + name + "'?><string>a</string>");
