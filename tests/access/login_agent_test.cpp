@@ -22,8 +22,6 @@ const std::string print = "run /bin/launchctl print gui/501/com.fenwarde.quiller
 const std::string bootout = "run /bin/launchctl bootout gui/501/com.fenwarde.quillery";
 const std::string bootstrap = "run /bin/launchctl bootstrap gui/501 " + file;
 
-using Entries = std::vector<std::string>;
-
 class LoginAgent : public testing::Test {
  protected:
   // What is noted by one registration, without the folders' creation, which comes first each time.

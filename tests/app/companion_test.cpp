@@ -11,6 +11,7 @@
 #include "app/product.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/bookmark_places.h"
 #include "tests/support/bookmark_trees.h"
 #include "tests/support/program.h"
 #include "tests/support/session_bus.h"
@@ -24,11 +25,6 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
-
-const std::string hint =
-    "\n\nIf access is denied, macOS may require Full Disk Access for the workflow runner in System Settings → Privacy "
-    "& "
-    "Security. No permissions are changed automatically.";
 
 std::string demoFile(const std::string& format) {
   return contentOf(std::string(QUILLERY_TEST_DATA) + "/demo/Bookmarks." + format + ".plist");
@@ -128,7 +124,7 @@ TEST_F(CompanionTest, failsWithoutABookmarkFileAndCreatesNothing) {
   EXPECT_EQ(ending.status, 1);
   EXPECT_THAT(ending.output, AllOf(StartsWith("Bookmarks could not be sorted: The file “Bookmarks.plist” couldn’t be "
                                               "opened because the system answered “No such file or directory”"),
-                                   EndsWith(hint + "\n")));
+                                   EndsWith(accessHint + "\n")));
   const std::string title = "Bookmarks could not be sorted: ";
   EXPECT_EQ(ending.error, "quilleryctl: " + ending.output.substr(std::min(title.size(), ending.output.size())))
       << "the message is on standard error too";
@@ -140,7 +136,7 @@ TEST_F(CompanionTest, failsOnWhatIsNoBookmarkFileAndLeavesIt) {
   makeFile(bookmarks_, content);
   const Ending ending = companion({"sort"});
   EXPECT_EQ(ending.status, 1);
-  const std::string message = "Unrecognised Safari bookmark format. No changes made." + hint + "\n";
+  const std::string message = "Unrecognised Safari bookmark format. No changes made." + accessHint + "\n";
   EXPECT_EQ(ending.output, "Bookmarks could not be sorted: " + message);
   EXPECT_EQ(ending.error, "quilleryctl: " + message);
   EXPECT_EQ(contentOf(bookmarks_), content);

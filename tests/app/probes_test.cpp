@@ -7,14 +7,13 @@
 #include <cerrno>
 #include <string>
 
+#include "tests/support/bookmark_places.h"
 #include "tests/support/virtual_machine.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-const std::string bookmarks = "/home/user/Library/Safari/Bookmarks.plist";
 
 class ProbesTest : public testing::Test {
  protected:

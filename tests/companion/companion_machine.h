@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/bookmark_places.h"
 #include "tests/support/program.h"
 #include "tests/support/virtual_machine.h"
 
@@ -21,8 +22,5 @@ class CompanionMachine {
   // Runs it once at the machine's time. What it prints is that of this run alone.
   Ending run(const std::vector<std::string>& arguments);
 
-  static constexpr const char* safari = "com.apple.Safari";
-  const std::string bookmarks_ = "/home/user/Library/Safari/Bookmarks.plist";
-  const std::string backups_ = "/home/user/Library/Application Support/Quillery/Backups";
   VirtualMachine machine_;
 };

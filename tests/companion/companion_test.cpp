@@ -29,10 +29,6 @@ using testing::StartsWith;
 
 constexpr const char* newBackup = "Bookmarks-5D2A9C1E-0B7F-4E63-9A48-000000000001.plist";
 
-std::string fileOf(const PlistValue& tree, PropertyListFormat format = PropertyListFormat::binary) {
-  return std::string(NativePropertyLists().serialize(tree, format).text());
-}
-
 std::string outlineOf(const std::string& file) { return outline(NativePropertyLists().parse(Bytes(file)).value); }
 
 PlistValue unsortedTree() {
@@ -47,12 +43,12 @@ PlistValue sortedTree() { return rootNode({folderNode(u"Bar", {leafNode(u"a"), l
 
 class CompanionCommandTest : public testing::Test, protected CompanionMachine {
  protected:
-  CompanionCommandTest() { machine_.files.put(bookmarks_, fileOf(unsortedTree())); }
+  CompanionCommandTest() { machine_.files.put(bookmarks, fileOf(unsortedTree())); }
 
-  void putSorted() { machine_.files.put(bookmarks_, fileOf(sortedTree())); }
+  void putSorted() { machine_.files.put(bookmarks, fileOf(sortedTree())); }
   void putBackup(const std::string& name, const std::string& content, const std::string& modified) {
-    machine_.files.put(backups_ + "/" + name, content);
-    machine_.files.setModified(backups_ + "/" + name, utc(modified));
+    machine_.files.put(backups + "/" + name, content);
+    machine_.files.setModified(backups + "/" + name, utc(modified));
   }
 
   // An ending with this status and output, and nothing on standard error.
@@ -89,7 +85,7 @@ TEST_F(CompanionPreview, showsWhatMovesAndTheFoldersOnTheWay) {
 TEST_F(CompanionPreview, onlyReadsTheFile) {
   const auto before = machine_.files.files();
   run({"preview"});
-  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks_, "parse", StartsWith("printed ")));
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks, "parse", StartsWith("printed ")));
   EXPECT_EQ(machine_.files.files(), before);
 }
 
@@ -131,7 +127,7 @@ TEST_F(CompanionPreview, saysThatThereIsNothingToDo) {
 }
 
 TEST_F(CompanionPreview, countsOneEntryInOneFolder) {
-  machine_.files.put(bookmarks_, fileOf(rootNode({folderNode(u"Bar", {leafNode(u"b"), leafNode(u"a")})})));
+  machine_.files.put(bookmarks, fileOf(rootNode({folderNode(u"Bar", {leafNode(u"b"), leafNode(u"a")})})));
   EXPECT_THAT(run({"preview"}).output, EndsWith("A sort would move 1 entry in 1 folder. Nothing was written.\n"));
 }
 
@@ -139,7 +135,7 @@ TEST_F(CompanionPreview, isForAnotherFileIfOneIsNamed) {
   machine_.files.put("/home/user/folder/Other.plist", fileOf(sortedTree()));
   expectEnding(run({"preview", "/home/user/folder/Other.plist"}), 0, "Your Safari bookmarks are already in order.\n");
   expectEnding(run({"preview", "Other.plist"}), 0, "Your Safari bookmarks are already in order.\n");
-  EXPECT_THAT(machine_.journal.entries(), Not(Contains("read " + bookmarks_)));
+  EXPECT_THAT(machine_.journal.entries(), Not(Contains("read " + bookmarks)));
 }
 
 TEST_F(CompanionPreview, isMadeWhileSafariRuns) {
@@ -149,12 +145,12 @@ TEST_F(CompanionPreview, isMadeWhileSafariRuns) {
 }
 
 TEST_F(CompanionPreview, namesAnEntryWithoutATitle) {
-  machine_.files.put(bookmarks_, fileOf(rootNode({folderNode(u"Bar", {leafNode(u"a"), leafNode(u"")})})));
+  machine_.files.put(bookmarks, fileOf(rootNode({folderNode(u"Bar", {leafNode(u"a"), leafNode(u"")})})));
   EXPECT_THAT(run({"preview"}).output, HasSubstr("(no title)"));
 }
 
 TEST_F(CompanionPreview, obeysNoTitle) {
-  machine_.files.put(bookmarks_,
+  machine_.files.put(bookmarks,
                      fileOf(rootNode({folderNode(u"\x1b[2J", {leafNode(u"z\nforged"), leafNode(u"\x1b]0;\x07")})})));
   const Ending ending = run({"preview"});
   EXPECT_THAT(ending.output, HasSubstr("▸ \\u{1B}[2J\n"));
@@ -216,7 +212,7 @@ TEST_F(CompanionPreview, forProgramsSaysThatThereIsNothingToDo) {
   expectEnding(run({"preview", "--json"}), 0,
                "{\"file\": \"/home/user/Library/Safari/Bookmarks.plist\", \"isInOrder\": true, \"moved\": 0, "
                "\"folders\": 0}\n");
-  machine_.files.put(bookmarks_, fileOf(rootNode({})));
+  machine_.files.put(bookmarks, fileOf(rootNode({})));
   expectEnding(run({"preview", "--json", "--all"}), 0,
                "{\"file\": \"/home/user/Library/Safari/Bookmarks.plist\", \"isInOrder\": true, \"children\": [], "
                "\"moved\": 0, \"folders\": 0}\n");
@@ -227,20 +223,20 @@ TEST_F(CompanionPreview, forProgramsHoldsAnyTitle) {
   title += static_cast<char16_t>(0xD800);
   title += u'x';
   title += static_cast<char16_t>(0xDC00);
-  machine_.files.put(bookmarks_, fileOf(rootNode({leafNode(title)})));
+  machine_.files.put(bookmarks, fileOf(rootNode({leafNode(title)})));
   const Ending ending = run({"preview", "--json", "--all"});
   EXPECT_EQ(nlohmann::json::parse(ending.output)["children"][0]["title"], utf8(title));
   EXPECT_THAT(ending.output, MatchesRegex("[ -~\n]*")) << "nothing but plain ASCII";
 }
 
 TEST_F(CompanionPreview, failsWithoutAFile) {
-  machine_.files.remove(bookmarks_);
+  machine_.files.remove(bookmarks);
   expectFailure({"preview"}, "The file “Bookmarks.plist” couldn’t be opened");
   expectFailure({"preview", "--json"}, "couldn’t be opened");
 }
 
 TEST_F(CompanionPreview, failsOnWhatIsNoBookmarkFile) {
-  machine_.files.put(bookmarks_, fileOf(PlistValue(1)));
+  machine_.files.put(bookmarks, fileOf(PlistValue(1)));
   expectFailure({"preview"}, "Unrecognised Safari bookmark format. No changes made.");
 }
 
@@ -248,7 +244,7 @@ TEST_F(CompanionPreview, failsOnAListWithoutEnd) {
   BinaryFile file(2);
   std::uint32_t folder = file.folder("0", {file.leaf("z"), file.leaf("a")});
   for (int level = 1; level < 100; ++level) folder = file.folder(std::to_string(level), {folder, folder});
-  machine_.files.put(bookmarks_, std::string(file.bytes(file.folder("", {folder})).text()));
+  machine_.files.put(bookmarks, std::string(file.bytes(file.folder("", {folder})).text()));
   expectFailure({"preview"}, "again and again");
   expectFailure({"preview", "--json"}, "again and again");
   expectEnding(run({"check"}), 1, "Your Safari bookmarks are not in order.\n");
@@ -262,8 +258,8 @@ TEST_F(CompanionSort, sortsUnattendedInTheProgramsOwnWords) {
   expectEnding(run({"sort"}), 0,
                "Bookmarks sorted: Folders come first, followed by bookmarks in alphabetical order. You can reopen "
                "Safari.\n\nBackup: " +
-                   backups_ + "/" + newBackup + "\n");
-  EXPECT_EQ(outlineOf(machine_.files.content(bookmarks_)),
+                   backups + "/" + newBackup + "\n");
+  EXPECT_EQ(outlineOf(machine_.files.content(bookmarks)),
             "<History> Bar[Z[a b] apple Item 2 Item 10] Menu[F[1 2] a] com.apple.ReadingList[z a]");
   EXPECT_THAT(machine_.userInterface.alerts(), IsEmpty());
 }
@@ -275,7 +271,7 @@ TEST_F(CompanionSort, saysNothingOfAFileInOrder) {
 
 TEST_F(CompanionSort, saysNothingIfItIsToBeQuiet) {
   expectEnding(run({"sort", "--quiet"}), 0, "");
-  EXPECT_TRUE(machine_.files.files().contains(backups_ + "/" + newBackup)) << "and sorts all the same";
+  EXPECT_TRUE(machine_.files.files().contains(backups + "/" + newBackup)) << "and sorts all the same";
   expectEnding(run({"check"}), 0, "Your Safari bookmarks are already in order.\n");
 }
 
@@ -283,8 +279,8 @@ TEST_F(CompanionSort, sortsAnotherFileIfOneIsNamed) {
   machine_.files.put("/home/user/folder/Other.plist", fileOf(unsortedTree()));
   EXPECT_EQ(run({"sort", "Other.plist"}).status, 0);
   EXPECT_NE(machine_.files.content("/home/user/folder/Other.plist"), fileOf(unsortedTree()));
-  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(unsortedTree()));
-  EXPECT_EQ(machine_.files.content(backups_ + "/" + newBackup), fileOf(unsortedTree()));
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
+  EXPECT_EQ(machine_.files.content(backups + "/" + newBackup), fileOf(unsortedTree()));
 }
 
 TEST_F(CompanionSort, readsNothingWhileSafariRuns) {
@@ -300,7 +296,7 @@ TEST_F(CompanionSort, readsNothingWhileSafariRuns) {
 }
 
 TEST_F(CompanionSort, saysWhatFailedOnBothStreams) {
-  machine_.files.remove(bookmarks_);
+  machine_.files.remove(bookmarks);
   const Ending ending = run({"sort"});
   EXPECT_EQ(ending.status, 1);
   EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be sorted: The file “Bookmarks.plist”"));
@@ -332,7 +328,7 @@ TEST_F(CompanionCheck, answersByItsStatus) {
 TEST_F(CompanionCheck, onlyReadsTheFileAndAlsoWhileSafariRuns) {
   machine_.applications.start(safari);
   run({"check", "-q"});
-  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks_, "parse"));
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks, "parse"));
 }
 
 TEST_F(CompanionCheck, isForAnotherFileIfOneIsNamed) {
@@ -343,9 +339,9 @@ TEST_F(CompanionCheck, isForAnotherFileIfOneIsNamed) {
 
 TEST_F(CompanionCheck, hasAStatusOfItsOwnForAFailure) {
   expectFailure({"check", "/home/user/Missing.plist"}, "couldn’t be opened", 3);
-  machine_.files.put(bookmarks_, "neither");
+  machine_.files.put(bookmarks, "neither");
   EXPECT_EQ(run({"check"}).status, 3);
-  machine_.files.put(bookmarks_, fileOf(PlistValue::dictionary({})));
+  machine_.files.put(bookmarks, fileOf(PlistValue::dictionary({})));
   expectFailure({"check"}, "Unrecognised Safari bookmark format.", 3);
 }
 
@@ -385,7 +381,7 @@ TEST_F(CompanionBackups, areNone) {
 
 TEST_F(CompanionBackups, areListedWithoutABookmarkFileToo) {
   putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
-  machine_.files.remove(bookmarks_);
+  machine_.files.remove(bookmarks);
   const Ending ending = run({"backups"});
   EXPECT_EQ(ending.status, 0);
   EXPECT_THAT(ending.output, AllOf(HasSubstr("Bookmarks-A.plist"), Not(HasSubstr("current"))));
@@ -413,21 +409,21 @@ TEST_F(CompanionRestore, bringsBackABackupByItsName) {
   expectEnding(run({"restore", "Bookmarks-A.plist"}), 0,
                "Bookmarks restored: Your bookmarks are as they were when the backup was made. You can reopen "
                "Safari.\n\nBackup: " +
-                   backups_ + "/" + newBackup + "\n");
-  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(sortedTree()));
+                   backups + "/" + newBackup + "\n");
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(sortedTree()));
   expectEnding(run({"restore", "Bookmarks-A.plist"}), 0,
                "Already restored: Your Safari bookmarks are already the same as this backup.\n");
   expectEnding(run({"restore", "-q", newBackup}), 0, "");
-  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(unsortedTree()));
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
 }
 
 TEST_F(CompanionRestore, bringsBackABackupByItsPath) {
   machine_.files.put("/media/stick/old.plist", fileOf(sortedTree()));
   machine_.files.put("/home/user/folder/./old.plist", fileOf(rootNode({})));
   EXPECT_EQ(run({"restore", "/media/stick/old.plist"}).status, 0);
-  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(sortedTree()));
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(sortedTree()));
   EXPECT_EQ(run({"restore", "./old.plist"}).status, 0);
-  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(rootNode({})));
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(rootNode({})));
 }
 
 TEST_F(CompanionRestore, undoesTheSortOfAnotherFile) {
@@ -445,7 +441,7 @@ TEST_F(CompanionRestore, refusesWhatIsNoBackup) {
   EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be restored: Unrecognised Safari bookmark format."));
   EXPECT_THAT(ending.error, StartsWith("quilleryctl: Unrecognised Safari bookmark format."));
   EXPECT_THAT(run({"restore", "Bookmarks-B.plist"}).error, HasSubstr("“Bookmarks-B.plist” couldn’t be opened"));
-  EXPECT_EQ(machine_.files.content(bookmarks_), fileOf(unsortedTree()));
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
 }
 
 TEST_F(CompanionRestore, readsNothingWhileSafariRuns) {

@@ -106,7 +106,7 @@ TEST_F(PreviewAgreement, ofWhatWouldMoveAndWhatMoves) {
     const PropertyListFormat format = sorts % 2 == 0 ? PropertyListFormat::binary : PropertyListFormat::xml;
     const Bytes before = codec.serialize(tree, format);
     const PlistValue old = codec.parse(before).value;  // XML has no fractions of a second
-    machine_.files.put(bookmarks_, std::string(before.text()));
+    machine_.files.put(bookmarks, std::string(before.text()));
     machine_.journal.clear();
 
     const json changes = json::parse(run({"preview", "--json"}).output);
@@ -114,13 +114,13 @@ TEST_F(PreviewAgreement, ofWhatWouldMoveAndWhatMoves) {
     const std::string shown = run({"preview", "--quiet"}).output;
     const std::string shownWhole = run({"preview", "--quiet", "--all"}).output;
     const int checked = run({"check"}).status.value();
-    ASSERT_EQ(machine_.files.content(bookmarks_), before.text());
+    ASSERT_EQ(machine_.files.content(bookmarks), before.text());
     ASSERT_EQ(run({"sort"}).status, 0);
 
-    const PlistValue after = codec.parse(Bytes(machine_.files.content(bookmarks_))).value;
+    const PlistValue after = codec.parse(Bytes(machine_.files.content(bookmarks))).value;
     EXPECT_EQ(applied(changes, old), after);
     EXPECT_EQ(applied(whole, old), after);
-    const bool changed = machine_.files.content(bookmarks_) != before.text();
+    const bool changed = machine_.files.content(bookmarks) != before.text();
     EXPECT_EQ(changes["isInOrder"], !changed);
     EXPECT_EQ(checked, changed ? 1 : 0);
     EXPECT_EQ(changes["moved"], expectMarksBelow(changes, old));

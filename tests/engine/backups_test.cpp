@@ -19,10 +19,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-std::string fileOf(const PlistValue& tree) {
-  return std::string(NativePropertyLists().serialize(tree, PropertyListFormat::binary).text());
-}
-
 class BackupListTest : public testing::Test {
  protected:
   void put(const std::string& name, const std::string& content, const std::string& modified = "2026-09-21 10:00:00") {

@@ -13,6 +13,7 @@
 #include "app/alert.h"
 #include "engine/backups.h"
 #include "engine/sort_job.h"
+#include "tests/support/bookmark_places.h"
 #include "tests/support/bookmark_trees.h"
 #include "tests/support/virtual_machine.h"
 
@@ -25,26 +26,11 @@ using testing::ElementsAreArray;
 using testing::EndsWith;
 using testing::HasSubstr;
 
-constexpr const char* safari = "com.apple.Safari";
-const std::string bookmarkFolder = "/home/user/Library/Safari";
-const std::string bookmarks = bookmarkFolder + "/Bookmarks.plist";
-const std::string backups = "/home/user/Library/Application Support/Quillery/Backups";
 const std::string backup = backups + "/Bookmarks-old.plist";
 const std::string newBackup = backups + "/Bookmarks-" + VirtualProcesses::uuid(1) + ".plist";
 
-const std::string hint =
-    "\n\nIf access is denied, macOS may require Full Disk Access for the workflow runner in System Settings → Privacy "
-    "& "
-    "Security. No permissions are changed automatically.";
 const std::string restoredText =
     "Bookmarks restored: Your bookmarks are as they were when the backup was made. You can reopen Safari.";
-
-using Entries = std::vector<std::string>;
-
-Entries operator+(Entries entries, const Entries& more) {
-  entries.insert(entries.end(), more.begin(), more.end());
-  return entries;
-}
 
 // The operations in their order; a run that goes wrong gets as far as some of them.
 const Entries upToTheQuestion = {"running? com.apple.Safari"};
@@ -58,10 +44,6 @@ const Entries upToTheMode = upToBackingUp + Entries{"set mode " + newBackup + " 
 const Entries upToTheLastQuestion = upToTheMode + Entries{"running? com.apple.Safari"};
 const Entries upToComparing = upToTheLastQuestion + Entries{"holds " + bookmarks};
 const Entries upToWriting = upToComparing + Entries{"write atomically " + bookmarks};
-
-std::string fileOf(const PlistValue& tree, PropertyListFormat format = PropertyListFormat::binary) {
-  return std::string(NativePropertyLists().serialize(tree, format).text());
-}
 
 class RestoreJobTest : public testing::Test {
  protected:
@@ -81,7 +63,7 @@ class RestoreJobTest : public testing::Test {
   void expectFailure(const Entries& operations, const std::string& description) {
     const RestoreResult result = performRestore(backup);
     EXPECT_EQ(result.outcome, RestoreOutcome::failed);
-    EXPECT_THAT(result.message, AllOf(HasSubstr(description), EndsWith(hint)));
+    EXPECT_THAT(result.message, AllOf(HasSubstr(description), EndsWith(accessHint)));
     expectDone(operations, "Bookmarks could not be restored: " + result.message);
   }
 

@@ -15,6 +15,7 @@
 
 #include "app/alert.h"
 #include "engine/backups.h"
+#include "tests/support/bookmark_places.h"
 #include "tests/support/bookmark_trees.h"
 #include "tests/support/virtual_machine.h"
 
@@ -29,28 +30,14 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-constexpr const char* safari = "com.apple.Safari";
-const std::string bookmarks = "/home/user/Library/Safari/Bookmarks.plist";
-const std::string backups = "/home/user/Library/Application Support/Quillery/Backups";
 const std::string backup = backups + "/Bookmarks-" + VirtualProcesses::uuid(1) + ".plist";
 
 const std::string failed = "Bookmarks could not be sorted";
-const std::string hint =
-    "\n\nIf access is denied, macOS may require Full Disk Access for the workflow runner in System Settings → Privacy "
-    "& "
-    "Security. No permissions are changed automatically.";
 const std::string safariIsOpen =
     "Quit Safari first, then run Vantorel from Finder → Services. Your bookmarks have not been changed.";
 const std::string notABookmarkTree = "Unrecognised Safari bookmark format. No changes made.";
 const std::string changedMeanwhile =
     "Safari or bookmark syncing changed the file. Nothing was overwritten; try again once syncing settles.";
-
-using Entries = std::vector<std::string>;
-
-Entries operator+(Entries entries, const Entries& more) {
-  entries.insert(entries.end(), more.begin(), more.end());
-  return entries;
-}
 
 // The operations of the job in their order; a run that goes wrong gets as far as some of them.
 const Entries upToTheQuestions = {"running? com.apple.Safari", "running? com.apple.Safari"};
@@ -75,10 +62,6 @@ constexpr const char* sortedOutline =
     "<History> Menu[b] BookmarksBar[Z folder[a z] apple Item 2 Item 10] com.apple.ReadingList[z a]";
 
 PlistValue sortedTree() { return rootNode({folderNode(u"BookmarksBar", {leafNode(u"a"), leafNode(u"b")})}); }
-
-std::string fileOf(const PlistValue& tree, PropertyListFormat format = PropertyListFormat::binary) {
-  return std::string(NativePropertyLists().serialize(tree, format).text());
-}
 
 std::string outlineOf(const std::string& file) { return outline(NativePropertyLists().parse(Bytes(file)).value); }
 
@@ -129,15 +112,15 @@ class SortJobTest : public testing::TestWithParam<Mode> {
   void expectFailure(const Entries& operations, const std::string& description) {
     const SortResult result = run();
     EXPECT_EQ(result.outcome, SortOutcome::failed);
-    EXPECT_EQ(result.message, description + hint);
-    expectDone(operations, failed, description + hint);
+    EXPECT_EQ(result.message, description + accessHint);
+    expectDone(operations, failed, description + accessHint);
   }
 
   // Runs a job that fails after these operations, in the words of the system.
   void expectSystemFailure(const Entries& operations, const std::string& description) {
     const SortResult result = run();
     EXPECT_EQ(result.outcome, SortOutcome::failed);
-    EXPECT_THAT(result.message, AllOf(HasSubstr(description), EndsWith(hint)));
+    EXPECT_THAT(result.message, AllOf(HasSubstr(description), EndsWith(accessHint)));
     expectDone(operations, failed, result.message);
   }
 
@@ -555,7 +538,7 @@ TEST_P(SortJobTest, leavesTheFileIfSafariStartsAfterItWasRead) {
         step, [&](const auto&) { machine_.applications.start(safari); }, occurrence);
     const SortResult result = run();
     EXPECT_EQ(result.outcome, SortOutcome::failed);
-    EXPECT_EQ(result.message, changedMeanwhile + hint);
+    EXPECT_EQ(result.message, changedMeanwhile + accessHint);
     EXPECT_EQ(machine_.journal.count("holds"), 0) << "Safari is asked for first, and that is enough";
     EXPECT_EQ(machine_.files.content(bookmarks), filesAtFirst_.at(bookmarks).content);
     EXPECT_EQ(machine_.files.mode(backups + "/Bookmarks-" + VirtualProcesses::uuid(occurrence) + ".plist"), 0600U);

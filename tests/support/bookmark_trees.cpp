@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "engine/bookmark_node.h"
+#include "tests/support/native_parts.h"
 
 PlistValue folderNode(std::u16string_view title, std::vector<PlistValue> children) {
   return PlistValue::dictionary({{u"Children", PlistValue::array(std::move(children))},
@@ -28,6 +29,10 @@ PlistValue rootNode(std::vector<PlistValue> children) {
                                  {u"Title", u""},
                                  {u"WebBookmarkFileVersion", 1},
                                  {u"WebBookmarkType", u"WebBookmarkTypeList"}});
+}
+
+std::string fileOf(const PlistValue& tree, PropertyListFormat format) {
+  return std::string(NativePropertyLists().serialize(tree, format).text());
 }
 
 std::string outline(const PlistValue& node) {

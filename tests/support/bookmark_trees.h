@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/plist_value.h"
+#include "platform/property_lists.h"
 
 // A folder, and a bookmark, of the shape that Safari gives them.
 PlistValue folderNode(std::u16string_view title, std::vector<PlistValue> children);
@@ -16,6 +17,9 @@ PlistValue proxyNode(std::u16string_view title);
 
 // The top of a bookmark file, with these children.
 PlistValue rootNode(std::vector<PlistValue> children);
+
+// The bookmark file of a tree.
+std::string fileOf(const PlistValue& tree, PropertyListFormat format = PropertyListFormat::binary);
 
 // The children of a node in one line: bookmarks by their titles, folders as "title[children]", anything else as
 // "<title>".

@@ -7,24 +7,17 @@
 
 namespace {
 
-const std::string backups = "/home/user/Library/Application Support/Quillery/Backups";
-
 std::string backup(int number) { return backups + "/Bookmarks-" + VirtualProcesses::uuid(number) + ".plist"; }
 
 PlistValue treeOf(const std::string& content) { return NativePropertyLists().parse(Bytes(content)).value; }
 
 }  // namespace
 
-Entries operator+(Entries entries, const Entries& more) {
-  entries.insert(entries.end(), more.begin(), more.end());
-  return entries;
-}
-
 ControllerMachine::ControllerMachine() { putUnsortedBookmarks(); }
 
 void ControllerMachine::putUnsortedBookmarks() {
   const PlistValue tree = rootNode({folderNode(u"BookmarksBar", {leafNode(u"b"), leafNode(u"a")})});
-  machine_.files.put(bookmarks, std::string(NativePropertyLists().serialize(tree, PropertyListFormat::binary).text()));
+  machine_.files.put(bookmarks, fileOf(tree));
 }
 
 bool ControllerMachine::isSorted() const {

@@ -10,17 +10,12 @@
 #include <vector>
 
 #include "app/sorter_delegate.h"
+#include "tests/support/bookmark_places.h"
 #include "tests/support/virtual_machine.h"
-
-inline constexpr const char* safari = "com.apple.Safari";
-inline const std::string bookmarks = "/home/user/Library/Safari/Bookmarks.plist";
 
 inline constexpr const char* runningTitle = "Running — Stop";
 inline constexpr const char* stoppedTitle = "Stopped — Start";
 inline constexpr const char* accessTitle = "Full Disk Access Required — Start";
-
-using Entries = std::vector<std::string>;
-Entries operator+(Entries entries, const Entries& more);
 
 class ControllerMachine {
  public:

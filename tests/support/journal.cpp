@@ -1,5 +1,10 @@
 #include "tests/support/journal.h"
 
+Entries operator+(Entries entries, const Entries& more) {
+  entries.insert(entries.end(), more.begin(), more.end());
+  return entries;
+}
+
 void Journal::before(const std::string& name, Action action, int occurrence) {
   before_[{name, occurrence}] = std::move(action);
 }

@@ -8,6 +8,10 @@
 #include <utility>
 #include <vector>
 
+// Operations, in their order.
+using Entries = std::vector<std::string>;
+Entries operator+(Entries entries, const Entries& more);
+
 class Journal {
  public:
   // What happens around an operation: it may change the machine, as another program would, or throw what the
@@ -36,7 +40,7 @@ class Journal {
   }
 
   // The operations so far.
-  const std::vector<std::string>& entries() const { return entries_; }
+  const Entries& entries() const { return entries_; }
   // How often one of them was asked for.
   int count(const std::string& name) const;
   // Forgets the entries, but not how often anything happened.
@@ -48,7 +52,7 @@ class Journal {
   int begin(const std::string& name, const std::string& object);
   static void run(Actions& actions, const std::string& name, int occurrence, const std::string& object);
 
-  std::vector<std::string> entries_;
+  Entries entries_;
   std::map<std::string, int> counts_;
   Actions before_;
   Actions after_;
