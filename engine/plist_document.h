@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "engine/bytes.h"
-#include "engine/key_index.h"
+#include "engine/plist_key_index.h"
 #include "engine/plist_text.h"
 
 enum class PlistKind : std::uint8_t { string, integer, real, boolean, date, data, array, dictionary };
@@ -69,7 +69,7 @@ struct PlistDocument {
   };
   Layout layout;
   // Of large dictionaries, by their records; filled by the first who asks for a key. A document is one thread's.
-  mutable std::unordered_map<std::uint32_t, KeyIndex> keyIndices;
+  mutable std::unordered_map<std::uint32_t, PlistKeyIndex> keyIndices;
 
   const std::byte* start(const PlistRecord& record) const {
     return (record.has(PlistRecord::aside) ? reinterpret_cast<const std::byte*>(aside.data()) : source.data()) +

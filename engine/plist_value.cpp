@@ -7,7 +7,7 @@
 #include <unordered_set>
 
 #include "engine/base64.h"
-#include "engine/key_index.h"
+#include "engine/plist_key_index.h"
 
 namespace {
 
@@ -33,7 +33,7 @@ struct PlistValue::Array {
 
 struct PlistValue::Dictionary {
   std::vector<PlistEntry> entries;
-  mutable KeyIndex keyIndex;  // filled by the first who asks
+  mutable PlistKeyIndex keyIndex;  // filled by the first who asks
   Place origin;
   unsigned depth = 1;
 };
@@ -202,7 +202,7 @@ std::optional<std::size_t> PlistValue::indexOf(const PlistKey& key) const {
 }
 
 void PlistValue::locate(const PlistKey* keys, std::size_t* indices, std::size_t count) const {
-  if (KeyIndex* index = kind() == PlistKind::dictionary ? keyIndex() : nullptr) {
+  if (PlistKeyIndex* index = kind() == PlistKind::dictionary ? keyIndex() : nullptr) {
     index->fill(size(), [this](std::size_t entry) { return keyAt(entry); });
     for (std::size_t key = 0; key < count; ++key)
       index->visit(keys[key].hash(), [&](std::size_t entry) {
@@ -226,8 +226,8 @@ void PlistValue::locate(const PlistKey* keys, std::size_t* indices, std::size_t 
   }
 }
 
-KeyIndex* PlistValue::keyIndex() const {
-  if (!KeyIndex::isFor(size())) return nullptr;
+PlistKeyIndex* PlistValue::keyIndex() const {
+  if (!PlistKeyIndex::isFor(size())) return nullptr;
   if (const auto* dictionary = shared<Dictionary>()) return &dictionary->keyIndex;
   return &place()->document->keyIndices[place()->record];
 }

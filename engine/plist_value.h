@@ -203,7 +203,7 @@ class PlistValue {
                                std::shared_ptr<const Dictionary>, Place>;
 
   // Where the keys of this dictionary are, if it is a large one; else null.
-  KeyIndex* keyIndex() const;
+  PlistKeyIndex* keyIndex() const;
   void locate(const PlistKey* keys, std::size_t* indices, std::size_t count) const;
   static PlistValue makeArray(std::vector<PlistValue> elements, Place origin);
   explicit PlistValue(Storage storage) : storage_(std::move(storage)) {}

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <unordered_map>
 
-class KeyIndex {
+class PlistKeyIndex {
  public:
   // Whether a dictionary of that many entries is worth an index.
   static constexpr bool isFor(std::size_t entries) { return entries > 64; }
