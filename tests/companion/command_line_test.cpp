@@ -41,12 +41,12 @@ TEST(CommandLine, hasOperandsAfterTheCommand) {
 }
 
 TEST(CommandLine, hasOptionsAnywhere) {
-  const Request long_ = request({"--all", "preview", "file", "--json", "--quiet"});
-  EXPECT_TRUE(long_.all && long_.json && long_.quiet);
-  EXPECT_THAT(long_.operands, ElementsAre("file"));
-  const Request short_ = request({"preview", "-j"});
-  EXPECT_TRUE(short_.json);
-  EXPECT_FALSE(short_.all || short_.quiet);
+  const Request longForm = request({"--all", "preview", "file", "--json", "--quiet"});
+  EXPECT_TRUE(longForm.all && longForm.json && longForm.quiet);
+  EXPECT_THAT(longForm.operands, ElementsAre("file"));
+  const Request shortForm = request({"preview", "-j"});
+  EXPECT_TRUE(shortForm.json);
+  EXPECT_FALSE(shortForm.all || shortForm.quiet);
   EXPECT_TRUE(request({"preview", "-a"}).all);
   for (const char* command : {"sort", "check", "backups", "next"}) EXPECT_TRUE(request({command, "-q"}).quiet);
 }

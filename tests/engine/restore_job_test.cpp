@@ -20,8 +20,6 @@
 namespace {
 
 using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::EndsWith;
 using testing::HasSubstr;
