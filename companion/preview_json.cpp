@@ -7,19 +7,12 @@
 
 namespace {
 
-bool isPaired(std::u16string_view units, std::size_t index) {
-  const auto isHigh = [&](std::size_t at) { return at < units.size() && (units[at] & 0xFC00) == 0xD800; };
-  const auto isLow = [&](std::size_t at) { return at < units.size() && (units[at] & 0xFC00) == 0xDC00; };
-  return isHigh(index) ? isLow(index + 1) : index > 0 && isHigh(index - 1);
-}
-
-// The text in quotation marks. Everything outside of ASCII, and every control character, is an escape.
+// The text in quotation marks. Everything outside of ASCII, and every control character, is an escape. There and back
+// through UTF-8, because that has no half of a pair.
 std::string quoted(std::u16string_view units) {
   constexpr std::string_view digits = "0123456789abcdef";
   std::string text = "\"";
-  for (std::size_t index = 0; index < units.size(); ++index) {
-    char16_t unit = units[index];
-    if ((unit & 0xF800) == 0xD800 && !isPaired(units, index)) unit = 0xFFFD;
+  for (const char16_t unit : utf16(utf8(units))) {
     if (unit >= 0x20 && unit < 0x7F) {
       if (unit == u'"' || unit == u'\\') text += '\\';
       text += static_cast<char>(unit);

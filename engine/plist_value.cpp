@@ -202,7 +202,7 @@ std::optional<std::size_t> PlistValue::indexOf(const PlistKey& key) const {
 }
 
 void PlistValue::locate(const PlistKey* keys, std::size_t* indices, std::size_t count) const {
-  if (PlistKeyIndex* index = kind() == PlistKind::dictionary ? keyIndex() : nullptr) {
+  if (PlistKeyIndex* index = keyIndex()) {
     index->fill(size(), [this](std::size_t entry) { return keyAt(entry); });
     for (std::size_t key = 0; key < count; ++key)
       index->visit(keys[key].hash(), [&](std::size_t entry) {
@@ -227,7 +227,7 @@ void PlistValue::locate(const PlistKey* keys, std::size_t* indices, std::size_t 
 }
 
 PlistKeyIndex* PlistValue::keyIndex() const {
-  if (!PlistKeyIndex::isFor(size())) return nullptr;
+  if (!PlistKeyIndex::isFor(size()) || kind() != PlistKind::dictionary) return nullptr;
   if (const auto* dictionary = shared<Dictionary>()) return &dictionary->keyIndex;
   return &place()->document->keyIndices[place()->record];
 }

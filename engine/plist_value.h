@@ -202,7 +202,7 @@ class PlistValue {
                                std::shared_ptr<const Bytes>, std::shared_ptr<const Array>,
                                std::shared_ptr<const Dictionary>, Place>;
 
-  // Where the keys of this dictionary are, if it is a large one; else null.
+  // Where the keys are, if this is a large dictionary; else null.
   PlistKeyIndex* keyIndex() const;
   void locate(const PlistKey* keys, std::size_t* indices, std::size_t count) const;
   static PlistValue makeArray(std::vector<PlistValue> elements, Place origin);

@@ -144,8 +144,6 @@ class Sorter {
       record.title.appendTo(titles_);
       spans.push_back({start, titles_.size() - start});
       if (mayRecur) longOnes.emplace(record.title.start(), spans.back());
-      // Titles that differ must not begin in one place, even where one of them is empty.
-      titles_.push_back(u'\0');
     }
     for (std::size_t index = 0; index < records.size(); ++index)
       records[index].units = std::u16string_view(titles_).substr(spans[index].start, spans[index].length);
