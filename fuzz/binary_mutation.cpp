@@ -4,11 +4,11 @@
 #include <array>
 #include <iterator>
 #include <random>
+#include <span>
 #include <utility>
 
 namespace {
 
-constexpr std::size_t trailerSize = 32;
 constexpr std::uint8_t textMarker = textKind << 4;
 
 // Makes the changes to one file.
@@ -228,10 +228,7 @@ class Mutation {
 };
 
 std::uint64_t numberAt(const std::string& file, std::size_t place, std::size_t size) {
-  std::uint64_t number = 0;
-  for (std::size_t index = 0; index < size; ++index)
-    number = number << 8 | static_cast<std::uint8_t>(file[place + index]);
-  return number;
+  return numberIn(std::span(reinterpret_cast<const std::uint8_t*>(file.data()), file.size()).subspan(place, size));
 }
 
 }  // namespace
@@ -248,7 +245,7 @@ void tamper(std::string& file, unsigned seed) {
   random.discard(2);
   const auto below = [&](std::size_t limit) { return random() % limit; };
   if (below(4) != 0) return;
-  const std::size_t trailer = file.size() - trailerSize;
+  const std::size_t trailer = file.size() - binaryTrailerSize;
   const std::size_t offsetSize = static_cast<std::uint8_t>(file[trailer + 6]);
   const std::size_t table = numberAt(file, trailer + 24, 8);
   const std::size_t count = (trailer - table) / offsetSize;
@@ -261,6 +258,6 @@ void tamper(std::string& file, unsigned seed) {
     case 1: return flip(entry + offsetSize - 1);
     case 2: return flip(offset);
     case 3: return flip(offset + 1);
-    default: return flip(trailer + 6 + below(trailerSize - 6));
+    default: return flip(trailer + 6 + below(binaryTrailerSize - 6));
   }
 }

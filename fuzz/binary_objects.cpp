@@ -1,21 +1,11 @@
 #include "fuzz/binary_objects.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <string_view>
 
 namespace {
 
-constexpr std::string_view magic = "bplist00";
-constexpr std::size_t trailerSize = 32;
 constexpr std::uint8_t countFollows = 0x0F;
 constexpr unsigned largestNumber = 8;  // bytes
-
-std::uint64_t numberAt(std::span<const std::uint8_t> bytes) {
-  std::uint64_t number = 0;
-  for (const std::uint8_t byte : bytes) number = number << 8 | byte;
-  return number;
-}
 
 std::string bigEndian(std::uint64_t number, unsigned size) {
   std::string bytes(size, '\0');
@@ -65,14 +55,14 @@ class ObjectReader {
       const unsigned size =
           number.empty() ? 0 : 1U << std::min<unsigned>(static_cast<std::uint8_t>(number[0]) & 0x0F, 3);
       const std::string digits = take(size);
-      count = numberAt({reinterpret_cast<const std::uint8_t*>(digits.data()), digits.size()});
+      count = numberIn({reinterpret_cast<const std::uint8_t*>(digits.data()), digits.size()});
     }
     return std::min<std::uint64_t>(count, rest_.size());
   }
 
   void readReferences(BinaryObject& object, std::uint64_t count) {
     for (std::uint64_t left = count * unitsEach(kindOf(object)); left > 0 && rest_.size() >= referenceSize_; --left) {
-      object.references.push_back(numberAt(rest_.first(referenceSize_)));
+      object.references.push_back(numberIn(rest_.first(referenceSize_)));
       rest_ = rest_.subspan(referenceSize_);
     }
   }
@@ -102,23 +92,29 @@ std::size_t sizeOf(const BinaryObject& object) { return object.references.size()
 
 }  // namespace
 
+std::uint64_t numberIn(std::span<const std::uint8_t> bytes) {
+  std::uint64_t number = 0;
+  for (const std::uint8_t byte : bytes) number = number << 8 | byte;
+  return number;
+}
+
 BinaryKind kindOf(const BinaryObject& object) { return static_cast<BinaryKind>(object.marker >> 4); }
 
 bool isContainer(const BinaryObject& object) { return kindOf(object) >= arrayKind && kindOf(object) <= dictionaryKind; }
 
 std::optional<BinaryObjects> objectsOf(std::span<const std::uint8_t> file) {
-  if (file.size() < magic.size() + trailerSize) return std::nullopt;
-  const std::span<const std::uint8_t> trailer = file.last(trailerSize);
-  BinaryObjects all{{}, numberAt(trailer.subspan(16, 8)), trailer[6], trailer[7]};
-  const std::uint64_t count = numberAt(trailer.subspan(8, 8));
-  const std::uint64_t table = numberAt(trailer.subspan(24, 8));
-  const std::size_t end = file.size() - trailerSize;
+  if (file.size() < binaryMagic.size() + binaryTrailerSize) return std::nullopt;
+  const std::span<const std::uint8_t> trailer = file.last(binaryTrailerSize);
+  BinaryObjects all{{}, numberIn(trailer.subspan(16, 8)), trailer[6], trailer[7]};
+  const std::uint64_t count = numberIn(trailer.subspan(8, 8));
+  const std::uint64_t table = numberIn(trailer.subspan(24, 8));
+  const std::size_t end = file.size() - binaryTrailerSize;
   const auto isSize = [](unsigned size) { return size >= 1 && size <= largestNumber; };
   if (!isSize(all.offsetSize) || !isSize(all.referenceSize)) return std::nullopt;
   if (count == 0 || table > end || count > (end - table) / all.offsetSize) return std::nullopt;
   std::size_t taken = 0;
   for (std::uint64_t index = 0; index < count; ++index) {
-    const std::uint64_t offset = numberAt(file.subspan(table + index * all.offsetSize, all.offsetSize));
+    const std::uint64_t offset = numberIn(file.subspan(table + index * all.offsetSize, all.offsetSize));
     const auto rest = file.first(table).subspan(std::min(offset, table));
     all.objects.push_back(ObjectReader(rest, all.referenceSize).read());
     taken += sizeOf(all.objects.back());
@@ -128,7 +124,7 @@ std::optional<BinaryObjects> objectsOf(std::span<const std::uint8_t> file) {
 }
 
 std::string fileOf(const BinaryObjects& all) {
-  std::string file(magic);
+  std::string file(binaryMagic);
   std::string offsets;
   for (const BinaryObject& object : all.objects) {
     offsets += bigEndian(file.size(), all.offsetSize);

@@ -2,11 +2,20 @@
 // It is for making hostile files, so it knows of the format only what that takes and shares nothing with the reader.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
+
+// What a file begins with, and how many bytes it ends with that say where all else is.
+inline constexpr std::string_view binaryMagic = "bplist00";
+inline constexpr std::size_t binaryTrailerSize = 32;
+
+// The number in these bytes, the highest first.
+std::uint64_t numberIn(std::span<const std::uint8_t> bytes);
 
 struct BinaryObject {
   std::uint8_t marker = 0;  // the byte that an object begins with; its low half is set by fileOf if it is a count
