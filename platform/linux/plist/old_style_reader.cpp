@@ -38,7 +38,7 @@ bool isWordCharacter(char character) {
 
 class OldStyleReader : private TextScanner {
  public:
-  explicit OldStyleReader(const Bytes& text) : TextScanner(text), builder_(text) { requireUtf8(); }
+  explicit OldStyleReader(const Bytes& text) : TextScanner(text), builder_(text) { requireUtf8InEachLine(); }
 
   PlistValue read() {
     skipSpace();
@@ -57,12 +57,11 @@ class OldStyleReader : private TextScanner {
 
  private:
   // No character reaches from one line into the next.
-  void requireUtf8() const {
+  void requireUtf8InEachLine() const {
     if (isWellFormedUtf8({begin_, static_cast<std::size_t>(end_ - begin_)})) return;
     for (const char* line = begin_; line != end_;) {
       const char* lineEnd = std::find(line, end_, '\n');
-      if (!isWellFormedUtf8({line, static_cast<std::size_t>(lineEnd - line)}))
-        throw at(line, "a text that is not valid UTF-8");
+      requireUtf8({line, static_cast<std::size_t>(lineEnd - line)}, line);
       line = lineEnd == end_ ? end_ : lineEnd + 1;
     }
   }

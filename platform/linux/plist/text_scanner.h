@@ -8,6 +8,7 @@
 
 #include "engine/bytes.h"
 #include "engine/plist_document.h"
+#include "engine/plist_text.h"
 #include "platform/linux/plist/plist_error.h"
 
 class TextScanner {
@@ -35,6 +36,11 @@ class TextScanner {
   void requireLevel(unsigned level, const char* place) const {
     if (level > plistMaximumDepth)
       throw at(place, "more than " + std::to_string(plistMaximumDepth) + " arrays or dictionaries one in another,");
+  }
+
+  // Refuses a text that is not UTF-8; the error names the line of `place`.
+  void requireUtf8(std::string_view text, const char* place) const {
+    if (!isWellFormedUtf8(text)) throw at(place, "a text that is not valid UTF-8");
   }
 
   // The value of a hexadecimal digit, or -1.

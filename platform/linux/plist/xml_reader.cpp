@@ -460,10 +460,6 @@ class XmlReader : private TextScanner {
     next_ += found + closing.size();
   }
 
-  void requireUtf8(std::string_view text, const char* place) const {
-    if (!isWellFormedUtf8(text)) throw at(place, "a text that is not valid UTF-8");
-  }
-
   static std::string quoted(char character) {
     const auto byte = static_cast<unsigned char>(character);
     if (byte >= 0x21 && byte <= 0x7E) return std::string("‘") + character + "’";
