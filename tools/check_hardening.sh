@@ -3,8 +3,8 @@
 # usage: check_hardening.sh PROGRAM...
 # Each must be loaded at an address that differs from run to run, have no memory that can be both written and run, have
 # its tables of functions read-only by the time it starts, guard the stacks of its functions, and have its libraries
-# looked for nowhere but where the system looks. Exit status 1 if one
-# does not, with a line for each lack. (Whether the compiler found a call whose size it could check shows in no program.)
+# looked for nowhere but where the system looks. Exit status 1 if one does not, with a line for each lack. (Whether the
+# compiler found a call whose size it could check shows in no program.)
 set -euo pipefail
 lacks=0
 

@@ -30,8 +30,6 @@ std::string demoFile(const std::string& format) {
   return contentOf(std::string(QUILLERY_TEST_DATA) + "/demo/Bookmarks." + format + ".plist");
 }
 
-PlistValue treeOf(const std::string& file) { return PropertyListCodec().parse(Bytes(file)).value; }
-
 class CompanionTest : public testing::Test {
  protected:
   CompanionTest() { std::filesystem::create_directories(scratch_.path("Library/Safari")); }

@@ -29,8 +29,6 @@ using testing::StartsWith;
 
 constexpr const char* newBackup = "Bookmarks-5D2A9C1E-0B7F-4E63-9A48-000000000001.plist";
 
-std::string outlineOf(const std::string& file) { return outline(NativePropertyLists().parse(Bytes(file)).value); }
-
 PlistValue unsortedTree() {
   return rootNode({proxyNode(u"History"),
                    folderNode(u"Bar", {leafNode(u"Item 10"), leafNode(u"apple"),

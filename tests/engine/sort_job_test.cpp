@@ -63,8 +63,6 @@ constexpr const char* sortedOutline =
 
 PlistValue sortedTree() { return rootNode({folderNode(u"BookmarksBar", {leafNode(u"a"), leafNode(u"b")})}); }
 
-std::string outlineOf(const std::string& file) { return outline(NativePropertyLists().parse(Bytes(file)).value); }
-
 enum class Mode { interactive, automatic };
 
 std::string nameOf(Mode mode) { return mode == Mode::automatic ? "automatic" : "interactive"; }

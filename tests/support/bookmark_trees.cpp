@@ -35,6 +35,8 @@ std::string fileOf(const PlistValue& tree, PropertyListFormat format) {
   return std::string(NativePropertyLists().serialize(tree, format).text());
 }
 
+PlistValue treeOf(const std::string& file) { return NativePropertyLists().parse(Bytes(file)).value; }
+
 std::string outline(const PlistValue& node) {
   const PlistValue children = node.value(u"Children").value();
   std::string line;
@@ -47,3 +49,5 @@ std::string outline(const PlistValue& node) {
   }
   return line;
 }
+
+std::string outlineOf(const std::string& file) { return outline(treeOf(file)); }

@@ -18,9 +18,12 @@ PlistValue proxyNode(std::u16string_view title);
 // The top of a bookmark file, with these children.
 PlistValue rootNode(std::vector<PlistValue> children);
 
-// The bookmark file of a tree.
+// The bookmark file of a tree, and the tree in one.
 std::string fileOf(const PlistValue& tree, PropertyListFormat format = PropertyListFormat::binary);
+PlistValue treeOf(const std::string& file);
 
 // The children of a node in one line: bookmarks by their titles, folders as "title[children]", anything else as
 // "<title>".
 std::string outline(const PlistValue& node);
+// The same of the top of a bookmark file.
+std::string outlineOf(const std::string& file);

@@ -9,8 +9,6 @@ namespace {
 
 std::string backup(int number) { return backups + "/Bookmarks-" + VirtualProcesses::uuid(number) + ".plist"; }
 
-PlistValue treeOf(const std::string& content) { return NativePropertyLists().parse(Bytes(content)).value; }
-
 }  // namespace
 
 ControllerMachine::ControllerMachine() { putUnsortedBookmarks(); }
@@ -20,9 +18,7 @@ void ControllerMachine::putUnsortedBookmarks() {
   machine_.files.put(bookmarks, fileOf(tree));
 }
 
-bool ControllerMachine::isSorted() const {
-  return outline(treeOf(machine_.files.content(bookmarks))) == "BookmarksBar[a b]";
-}
+bool ControllerMachine::isSorted() const { return outlineOf(machine_.files.content(bookmarks)) == "BookmarksBar[a b]"; }
 
 ControllerMachine::~ControllerMachine() {
   // The one access controller of the process is the next machine's, too.
