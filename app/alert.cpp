@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "app/harmless_text.h"
+#include "values/harmless_text.h"
 #include "platform/platform.h"
 
 bool automatic = false;

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "app/alert.h"
-#include "app/product.h"
+#include "platform/product.h"
 #include "app/self_test.h"
 
 Application* app = nullptr;

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "app/arguments.h"
+#include "platform/arguments.h"
 #include "app/sorter_delegate.h"
 #include "platform/platform.h"
 

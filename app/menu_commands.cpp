@@ -2,10 +2,10 @@
 #include <array>
 #include <string>
 
-#include "access/bookmark_permission_controller.h"
+#include "app/bookmark_permission_controller.h"
 #include "app/alert.h"
 #include "app/bring_to_front.h"
-#include "app/product.h"
+#include "platform/product.h"
 #include "app/sorter_delegate.h"
 #include "engine/backups.h"
 #include "platform/platform.h"

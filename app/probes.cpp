@@ -1,6 +1,6 @@
 #include "app/probes.h"
 
-#include "app/typed_defaults.h"
+#include "schedule/typed_defaults.h"
 #include "platform/platform.h"
 
 std::vector<std::shared_ptr<RunningApplication>> runningSafaris() {

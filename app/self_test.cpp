@@ -3,7 +3,7 @@
 #include <exception>
 #include <iostream>
 
-#include "app/require.h"
+#include "values/require.h"
 #include "engine/sorting_suite.h"
 #include "schedule/scheduling_suite.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "app/harmless_text.h"
+#include "values/harmless_text.h"
 #include "companion/instant_text.h"
 
 namespace {

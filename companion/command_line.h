@@ -5,7 +5,7 @@
 #include <variant>
 #include <vector>
 
-#include "app/arguments.h"
+#include "platform/arguments.h"
 
 enum class Command { preview, sort, check, backups, restore, next, help, version };
 

@@ -7,9 +7,9 @@
 #include <variant>
 
 #include "app/alert.h"
-#include "app/harmless_text.h"
+#include "values/harmless_text.h"
 #include "app/probes.h"
-#include "app/product.h"
+#include "platform/product.h"
 #include "companion/backup_table.h"
 #include "companion/command_line.h"
 #include "companion/instant_text.h"

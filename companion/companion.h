@@ -1,7 +1,7 @@
 // The command-line companion, after its platform is there.
 #pragma once
 
-#include "app/arguments.h"
+#include "platform/arguments.h"
 #include "platform/calendar.h"
 
 // Does what the arguments say, at the time `now`, prints what came of it and answers the exit status. Nothing that is

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include "app/harmless_text.h"
+#include "values/harmless_text.h"
 #include "engine/bookmark_node.h"
 
 namespace {

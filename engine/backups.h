@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/bytes.h"
+#include "values/bytes.h"
 #include "platform/file_system.h"
 
 // Where the backups of the current user's bookmark file are kept.

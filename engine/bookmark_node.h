@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 
 namespace bookmark {
 

@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 
 // Whether a child takes part in its folder's order: a folder or a bookmark whose title does not begin with
 // "com.apple.". Every other child keeps its exact place.

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 
 // An entry of a folder as a sort would leave it. Places are among all entries of the folder, counted from 0.
 struct PreviewEntry {

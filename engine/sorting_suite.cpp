@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/require.h"
+#include "values/require.h"
 #include "engine/bookmark_node.h"
 #include "engine/sort_order.h"
 

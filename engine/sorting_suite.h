@@ -4,7 +4,7 @@
 #include <functional>
 #include <string_view>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 
 // A bookmark with the given title, for fixtures; the title doubles as its identifier.
 PlistValue leaf(std::u16string_view name);

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "engine/bytes.h"
+#include "values/bytes.h"
 #include "platform/property_lists.h"
 
 // A copy of what the fuzzer gives, which is gone when the harness returns.

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/bytes.h"
+#include "values/bytes.h"
 #include "platform/calendar.h"
 
 // The permission bits of folders for which nothing else is said.

@@ -3,8 +3,8 @@
 
 #include <optional>
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
 enum class PropertyListFormat { binary, xml, oldStyle };
 

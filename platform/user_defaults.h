@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 
 class UserDefaults {
  public:

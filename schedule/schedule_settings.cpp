@@ -4,7 +4,7 @@
 
 #include "app/alert.h"
 #include "app/sorter_delegate.h"
-#include "app/typed_defaults.h"
+#include "schedule/typed_defaults.h"
 #include "platform/platform.h"
 #include "schedule/next_sort_date.h"
 

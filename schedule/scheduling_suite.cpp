@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "app/require.h"
+#include "values/require.h"
 #include "platform/platform.h"
 #include "schedule/next_sort_date.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/harmless_text.h"
+#include "values/harmless_text.h"
 #include "engine/bookmark_node.h"
 #include "platform/error.h"
 #include "platform/linux/plist/property_list_codec.h"

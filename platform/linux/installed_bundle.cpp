@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "app/product.h"
+#include "platform/product.h"
 #include "platform/error.h"
 
 namespace {

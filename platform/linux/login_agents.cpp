@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 #include "platform/error.h"
 #include "platform/linux/detached_process.h"
 #include "platform/linux/plist/property_list_codec.h"

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/plist_document.h"
+#include "values/plist_document.h"
 #include "platform/error.h"
 #include "platform/linux/plist/large_memory.h"
 #include "platform/posix/file_attempt.h"

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/product.h"
+#include "platform/product.h"
 #include "platform/error.h"
 #include "platform/posix/file_descriptor.h"
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/user_defaults.h"

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 #include "platform/calendar.h"
 #include "platform/error.h"
 #include "platform/macos/objective_c.h"

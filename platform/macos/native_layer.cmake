@@ -2,7 +2,7 @@
 file(GLOB macos_sources CONFIGURE_DEPENDS platform/macos/*.mm platform/posix/*.cpp)
 add_library(quillery_native STATIC ${macos_sources})
 target_compile_options(quillery_native PRIVATE -fobjc-arc)
-target_link_libraries(quillery_native PUBLIC quillery_core PRIVATE "-framework AppKit" "-framework Foundation"
+target_link_libraries(quillery_native PUBLIC quillery_values PRIVATE "-framework AppKit" "-framework Foundation"
                                                                    "-framework CoreFoundation" -lobjc)
 
 # What only a program with a main loop has, with Sparkle, which the companion does not load. Sparkle is no part of the

@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "engine/bytes.h"
+#include "values/bytes.h"
 
 // Whether what was written is waited for until the disk has it.
 enum class Flush { toDisk, never };

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "app/product.h"
+#include "platform/product.h"
 #include "tests/companion/companion_machine.h"
 #include "tests/support/binary_file.h"
 #include "tests/support/bookmark_trees.h"

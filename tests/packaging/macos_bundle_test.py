@@ -18,7 +18,7 @@ MADE = BUILD / "packaging/macos"
 
 def product(name):
     """A value of the maker's, as the program has it."""
-    return re.search(f'{name} = "(.*)"', (BUILD / "app/product.h").read_text()).group(1)
+    return re.search(f'{name} = "(.*)"', (BUILD / "platform/product.h").read_text()).group(1)
 
 
 class Information(unittest.TestCase):

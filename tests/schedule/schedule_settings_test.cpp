@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/typed_defaults.h"
+#include "schedule/typed_defaults.h"
 #include "tests/support/controller_test.h"
 
 namespace {

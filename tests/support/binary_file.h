@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/bytes.h"
+#include "values/bytes.h"
 
 class BinaryFile {
  public:

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 #include "platform/property_lists.h"
 
 // A folder, and a bookmark, of the shape that Safari gives them.

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "access/bookmark_permission_controller.h"
+#include "app/bookmark_permission_controller.h"
 #include "tests/support/bookmark_trees.h"
 
 namespace {

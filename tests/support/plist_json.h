@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 
 // `{"str": …}`, `{"int": decimal}`, `{"real": bits}`, `{"bool": …}`, `{"date": bits}`, `{"data": hexadecimal}`,
 // `{"utf16": units}` for a string with an unpaired surrogate, `{"array": […]}`, and `{"dict": […]}` with the pairs

@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 #include "tests/support/random_seed.h"
 
 // Mostly of Safari's shape, and often enough not.

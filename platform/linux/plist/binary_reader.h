@@ -1,8 +1,8 @@
 // Reads the binary property-list format ("bplist0" and any one character).
 #pragma once
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
 // Whether bytes claim to be of this format.
 bool looksBinary(const Bytes& bytes);

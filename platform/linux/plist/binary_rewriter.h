@@ -3,8 +3,8 @@
 
 #include <optional>
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
 // The file that `value` was parsed from, with the references of its rearranged arrays changed and nothing else;
 // absent where `value` is not a binary file's top object, or differs from it in more than the order of arrays, or

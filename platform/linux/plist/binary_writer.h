@@ -1,8 +1,8 @@
 // Writes the binary format.
 #pragma once
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
 // `value` as a binary property list. Where it is a parsed binary file of which only arrays changed their order, that
 // file with just those references rewritten: every object stays where it is, to the byte. Otherwise a new file, in

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 #include "platform/linux/plist/key_table.h"
 
 class DocumentBuilder {

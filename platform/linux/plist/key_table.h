@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine/plist_document.h"
+#include "values/plist_document.h"
 
 class KeyTable {
  public:

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <memory_resource>
 
-#include "engine/bytes.h"
+#include "values/bytes.h"
 
 // A resource that gives blocks of 4 MiB and more from huge pages, where the kernel has them, and smaller ones as
 // usual. It lives for ever.

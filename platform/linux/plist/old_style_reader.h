@@ -1,8 +1,8 @@
 // Reads the old-style ASCII format: { key = value; }, ( element, element ), <0fbd77>, "string" and word.
 #pragma once
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
 // The value in UTF-8 text, without a byte-order mark, which it keeps and reads from. A text that begins with a
 // string but goes on is a strings file: the content of a dictionary without its braces. A text of nothing but

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 
 struct RearrangedArray {
   std::uint32_t array;                  // its record

@@ -6,9 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "engine/bytes.h"
-#include "engine/plist_document.h"
-#include "engine/plist_text.h"
+#include "values/bytes.h"
+#include "values/plist_document.h"
+#include "values/plist_text.h"
 #include "platform/linux/plist/plist_error.h"
 
 class TextScanner {

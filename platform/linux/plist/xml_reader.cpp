@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/base64.h"
+#include "values/base64.h"
 #include "platform/linux/plist/date_text.h"
 #include "platform/linux/plist/document_builder.h"
 #include "platform/linux/plist/text_scanner.h"

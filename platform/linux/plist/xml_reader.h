@@ -2,8 +2,8 @@
 // characters and are taken as they are, the document needs no `plist` element, and what follows it is ignored.
 #pragma once
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
 // The value in UTF-8 text, without a byte-order mark, which it keeps and reads from. `isWholeFile` says that the text
 // is the file itself, and no conversion of it, so that a rearranged value can be written by rewriting it. Throws Error,

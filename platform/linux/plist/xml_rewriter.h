@@ -3,8 +3,8 @@
 
 #include <optional>
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
 // The text that `value` was parsed from, with the elements of its rearranged arrays in their new order, each as it was
 // to the byte, and with everything else, white space and comments too, where it was. Absent where `value` is not an

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/base64.h"
+#include "values/base64.h"
 #include "platform/linux/plist/date_text.h"
 #include "platform/linux/plist/large_memory.h"
 #include "platform/linux/plist/plist_error.h"

@@ -1,8 +1,8 @@
 // Writes the XML format as the platform itself does, so that a file it wrote comes back byte for byte.
 #pragma once
 
-#include "engine/bytes.h"
-#include "engine/plist_value.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
 // `value` as XML text. Where it is a parsed XML file of which only arrays changed their order, that file with just
 // those elements moved. Otherwise a new text, keys in their order. Throws Error for a value that XML cannot hold: a

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "app/product.h"
+#include "platform/product.h"
 
 namespace {
 

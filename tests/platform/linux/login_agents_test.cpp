@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-#include "engine/plist_value.h"
+#include "values/plist_value.h"
 #include "platform/linux/plist/property_list_codec.h"
 #include "tests/platform/linux/scratch_folder.h"
 #include "tests/support/program.h"

@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/product.h"
+#include "platform/product.h"
 #include "tests/platform/linux/child_process.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"

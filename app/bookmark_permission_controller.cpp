@@ -1,0 +1,96 @@
+#include "app/bookmark_permission_controller.h"
+
+#include <array>
+#include <string>
+#include <utility>
+
+#include "app/bring_to_front.h"
+#include "app/probes.h"
+#include "app/weak_action.h"
+#include "platform/platform.h"
+
+namespace {
+
+constexpr const char* accessSettings = "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles";
+
+struct DialogButton {
+  const char* title;
+  void (BookmarkPermissionController::*command)();
+  KeyEquivalent key;
+};
+
+constexpr std::array<DialogButton, 3> dialogButtons = {{
+    {"Cancel", &BookmarkPermissionController::cancel, KeyEquivalent::escape},
+    {"Retry", &BookmarkPermissionController::retry, KeyEquivalent::none},
+    {"Open Settings", &BookmarkPermissionController::settings, KeyEquivalent::returnKey},
+}};
+
+}  // namespace
+
+const std::shared_ptr<BookmarkPermissionController>& BookmarkPermissionController::shared() {
+  // Never destroyed: at the end of the process its window would come after the screen that it is on.
+  static const auto* const controller = new auto(std::make_shared<BookmarkPermissionController>());
+  return *controller;
+}
+
+bool BookmarkPermissionController::canRead() const { return canReadBookmarks(); }
+
+void BookmarkPermissionController::check(Completion told) {
+  if (canRead()) {
+    noteAccessGranted();
+    if (dialog) finish(true);
+    told(true);
+  } else if (dialog) {
+    dialog->makeKeyAndOrderFront();
+  } else {
+    completion = std::move(told);
+    showDialog();
+  }
+}
+
+void BookmarkPermissionController::finish(bool isGranted) {
+  if (isGranted) noteAccessGranted();
+  if (timer) timer->invalidate();
+  timer = nullptr;
+  if (dialog) dialog->orderOut();
+  dialog = nullptr;
+  if (const Completion told = std::exchange(completion, nullptr)) told(isGranted);
+}
+
+void BookmarkPermissionController::settings() {
+  desktop().workspace.revealFile(platform().bundle.path());
+  desktop().workspace.openAddress(accessSettings);
+}
+
+void BookmarkPermissionController::retry() {
+  if (canRead()) finish(true);
+}
+
+void BookmarkPermissionController::cancel() { finish(false); }
+
+void BookmarkPermissionController::showDialog() {
+  dialog = desktop().screen.makeWindow({.width = 480, .height = 330, .title = "Quillery"});
+  dialog->add(Image{{208, 238, 64, 64}, platform().bundle.iconPath()});
+  dialog->add(Label{.frame = {24, 197, 432, 29},
+                    .text = "Allow access to Safari bookmarks",
+                    .fontSize = 19,
+                    .isBold = true,
+                    .isCentered = true,
+                    .wraps = false});
+  dialog->add(Label{.frame = {32, 78, 416, 109},
+                    .text =
+                        "Enable Quillery in System Settings → Privacy & Security → Full Disk Access.\n\nThis window "
+                        "closes when access is available. If macOS requests Quit & Reopen, allow it.",
+                    .fontSize = 14,
+                    .isCentered = true});
+  int x = 24;
+  for (const DialogButton& button : dialogButtons) {
+    dialog->add(PushButton{{x, 24, 140, 34}, button.title, weakAction(weak_from_this(), button.command), button.key});
+    x += 146;
+  }
+  dialog->center();
+  bringToFront(*dialog);
+  timer = desktop().mainLoop.repeatingTimer(accessPollInterval, [weak = weak_from_this()](Timer&) {
+    if (const auto self = weak.lock()) self->retry();
+  });
+}

@@ -1,0 +1,102 @@
+// The window in which the user edits what is sorted by itself, and when.
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "app/bring_to_front.h"
+#include "app/sorter_delegate.h"
+#include "schedule/typed_defaults.h"
+#include "platform/platform.h"
+#include "schedule/next_sort_date.h"
+
+namespace {
+
+constexpr std::array<const char*, 7> dayTitles = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+
+constexpr const char* explanation =
+    "Scheduled sorts quit Safari normally, back up and sort bookmarks, then reopen Safari if it was running. Safari is "
+    "never force-quit.\n\nThe Mac must be awake and sorting started. Missed schedules are skipped. Stop pauses both "
+    "automatic options.";
+
+// Today at the time that is stored; at the day's first moment if no day has that time.
+Instant storedTimeToday() {
+  const auto calendar = currentCalendar();
+  DateComponents today = calendar->components(desktop().mainLoop.now());
+  today.hour = 0;
+  const Instant midnight = calendar->instant(today);
+  const Instant justBefore = midnight - Instant::duration(1);
+  const MatchingTime wanted{std::nullopt, integerForKey(schedule_keys::dailyHour),
+                            integerForKey(schedule_keys::dailyMinute)};
+  return calendar->nextDate(justBefore, wanted).value_or(midnight);
+}
+
+bool isIn(int day, const std::vector<int>& days) { return std::ranges::find(days, day) != days.end(); }
+
+}  // namespace
+
+void SorterDelegate::showSchedule() {
+  if (!settingsWindow) {
+    settingsWindow = desktop().screen.makeWindow({.width = 530, .height = 370, .title = "Schedule"});
+    addScheduleControls();
+    scheduleControlsChanged();
+    settingsWindow->center();
+  }
+  bringToFront(*settingsWindow);
+}
+
+void SorterDelegate::addScheduleControls() {
+  Window& window = *settingsWindow;
+  const std::vector<int> days = selectedDays();
+  quitToggle = window.add(CheckBox{{24, 320, 470, 26}, "Sort when Safari quits", {}});
+  quitToggle->setOn(sortOnQuit());
+  dailyToggle = window.add(
+      CheckBox{{24, 282, 470, 26}, "Enable scheduled sorting", calling(&SorterDelegate::scheduleControlsChanged)});
+  dailyToggle->setOn(booleanForKey(schedule_keys::dailyEnabled));
+  timePicker = window.addTimePicker({24, 238, 160, 30});
+  timePicker->setDateValue(storedTimeToday());
+  PopUp presets{{204, 238, 290, 30}, {}, calling(&SorterDelegate::presetChanged)};
+  for (const DayPreset& preset : dayPresets()) presets.items.push_back(preset.title);
+  dayPreset = window.add(presets);
+  dayPreset->select(presetOf(days));
+  dayButtons.clear();
+  for (int day = 0; day < 7; ++day) {
+    const CheckBox box{{24 + 69 * day, 190, 68, 26}, dayTitles.at(static_cast<std::size_t>(day)), {}, day + 1};
+    dayButtons.push_back(window.add(box));
+    dayButtons.back()->setOn(isIn(day + 1, days));
+  }
+  window.add(Label{.frame = {24, 64, 482, 106}, .text = explanation});
+  window.add(PushButton{{412, 16, 94, 32}, "Save", calling(&SorterDelegate::saveSchedule), KeyEquivalent::returnKey});
+  window.add(PushButton{{310, 16, 94, 32}, "Cancel", calling(&SorterDelegate::cancelSchedule), KeyEquivalent::escape});
+}
+
+void SorterDelegate::scheduleControlsChanged() {
+  const bool isScheduled = dailyToggle->isOn();
+  timePicker->setEnabled(isScheduled);
+  dayPreset->setEnabled(isScheduled);
+  const bool daysDecide = isScheduled && dayPreset->selectedIndex() == selectedDaysPreset;
+  for (const auto& button : dayButtons) button->setEnabled(daysDecide);
+}
+
+void SorterDelegate::presetChanged() {
+  const std::size_t chosen = dayPreset->selectedIndex();
+  if (chosen != selectedDaysPreset)
+    for (const auto& button : dayButtons) button->setOn(isIn(button->tag(), dayPresets().at(chosen).days));
+  scheduleControlsChanged();
+}
+
+void SorterDelegate::saveSchedule() {
+  ScheduleChoice choice{quitToggle->isOn(), {}, dailyToggle->isOn(), timePicker->dateValue()};
+  for (const auto& button : dayButtons)
+    if (button->isOn()) choice.checkedDays.push_back(button->tag());
+  if (!storeSchedule(choice)) return;
+  closeSchedule();
+  scheduleDaily();
+  refresh();
+}
+
+void SorterDelegate::cancelSchedule() { closeSchedule(); }
+
+void SorterDelegate::closeSchedule() {
+  if (settingsWindow) settingsWindow->orderOut();
+  settingsWindow = nullptr;
+}

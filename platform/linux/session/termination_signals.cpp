@@ -1,0 +1,64 @@
+#include "platform/linux/session/termination_signals.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include "platform/error.h"
+
+namespace {
+
+// A handler can be given nothing, so it finds this here.
+std::atomic<int> signalledDescriptor{-1};
+
+extern "C" void noteSignal(int) {
+  const int savedError = errno;
+  // If the pipe is full, there is a note in it already.
+  if (write(signalledDescriptor, "", 1) < 0) errno = savedError;
+}
+
+std::pair<FileDescriptor, FileDescriptor> makePipe() {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
+    throw Error("POSIX", errno,
+                "The program couldn’t be started because the system answered “" +
+                    std::generic_category().message(errno) + "”.");
+  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
+
+void discardAll(int descriptor) {
+  std::array<char, 64> notes{};
+  while (uninterrupted([&] { return read(descriptor, notes.data(), notes.size()); }) > 0) continue;
+}
+
+}  // namespace
+
+TerminationSignals::TerminationSignals(std::function<void()> received)
+    : TerminationSignals(makePipe(), std::move(received)) {}
+
+TerminationSignals::TerminationSignals(std::pair<FileDescriptor, FileDescriptor> pipe, std::function<void()> received)
+    : reader_(std::move(pipe.first)), writer_(std::move(pipe.second)) {
+  QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this, received = std::move(received)] {
+    discardAll(reader_.get());
+    received();
+  });
+  notifier_.setSocket(reader_.get());
+  notifier_.setEnabled(true);
+  signalledDescriptor = writer_.get();
+  struct sigaction action {};
+  action.sa_handler = noteSignal;
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGTERM, &action, &oldTermination_);
+  sigaction(SIGINT, &action, &oldInterrupt_);
+}
+
+TerminationSignals::~TerminationSignals() {
+  sigaction(SIGTERM, &oldTermination_, nullptr);
+  sigaction(SIGINT, &oldInterrupt_, nullptr);
+  signalledDescriptor = -1;
+}

@@ -1,0 +1,102 @@
+#include "platform/qt/alert_dialog.h"
+
+#include <QApplication>
+#include <QFontMetrics>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QStyle>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "platform/qt/interface_text.h"
+
+namespace {
+
+// As wide as lines are easy to read, in letters.
+constexpr int lettersInLine = 56;
+
+QLabel* makeText(const std::string& text, bool isBold, int width) {
+  auto* const label = new QLabel;
+  QFont font = label->font();
+  font.setBold(isBold);
+  label->setFont(font);
+  label->setTextFormat(Qt::PlainText);
+  label->setWordWrap(true);
+  label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+  label->setText(breakable(QString::fromStdString(text), QFontMetrics(font), width));
+  label->setFixedWidth(width);
+  label->setFixedHeight(label->heightForWidth(width));
+  return label;
+}
+
+}  // namespace
+
+AlertDialog::AlertDialog(const Alert& alert) {
+  setWindowTitle(QGuiApplication::applicationDisplayName());
+  setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
+  auto* const top = new QHBoxLayout;
+  top->setSpacing(2 * style()->pixelMetric(QStyle::PM_LayoutHorizontalSpacing));
+  top->addWidget(makeIcon(), 0, Qt::AlignTop);
+  top->addWidget(makeTexts(alert), 1);
+  auto* const all = new QVBoxLayout(this);
+  all->addLayout(top);
+  all->setSizeConstraint(QLayout::SetFixedSize);
+  makeButtons(alert.buttons.empty() ? std::vector<std::string>{"OK"} : alert.buttons);
+}
+
+QWidget* AlertDialog::makeIcon() {
+  auto* const label = new QLabel;
+  const int side = style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
+  label->setPixmap(QApplication::windowIcon().pixmap(QSize(side, side), devicePixelRatioF()));
+  return label;
+}
+
+QWidget* AlertDialog::makeTexts(const Alert& alert) {
+  const QSize screen = QGuiApplication::primaryScreen()->availableSize();
+  const int width = std::min(QFontMetrics(font()).averageCharWidth() * lettersInLine, screen.width() / 2);
+  auto* const texts = new QWidget;
+  auto* const column = new QVBoxLayout(texts);
+  column->setContentsMargins(0, 0, 0, 0);
+  for (const auto& [text, isBold] : {std::pair(alert.messageText, true), std::pair(alert.informativeText, false)})
+    if (!text.empty()) column->addWidget(makeText(text, isBold, width));
+  texts->setFixedSize(column->sizeHint());
+  const int tallest = screen.height() * 2 / 3;
+  if (texts->height() <= tallest) return texts;
+  auto* const scroller = new QScrollArea;
+  scroller->setFrameShape(QFrame::NoFrame);
+  scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  scroller->setWidget(texts);
+  scroller->setFixedSize(texts->width() + scroller->verticalScrollBar()->sizeHint().width(), tallest);
+  return scroller;
+}
+
+// Not by the box that Qt has for buttons: it puts them where the desktop would, whatever their order.
+void AlertDialog::makeButtons(const std::vector<std::string>& titles) {
+  auto* const row = new QHBoxLayout;
+  row->addStretch(1);
+  for (std::size_t index = 0; index < titles.size(); ++index) {
+    auto* const button = new QPushButton(controlTitle(titles[index]));
+    connect(button, &QPushButton::clicked, this, [this, index] {
+      pressed_ = index;
+      accept();
+    });
+    row->addWidget(button);
+    buttons_.push_back(button);
+  }
+  const auto cancel = std::find(titles.begin(), titles.end(), "Cancel");
+  if (cancel != titles.end()) cancel_ = static_cast<std::size_t>(cancel - titles.begin());
+  if (titles.size() == 1) cancel_ = 0;
+  buttons_.front()->setDefault(true);
+  buttons_.front()->setFocus();
+  static_cast<QVBoxLayout*>(layout())->addLayout(row);
+}
+
+std::size_t AlertDialog::answer() const { return pressed_.value_or(cancel_.value_or(buttons_.size() - 1)); }
+
+void AlertDialog::reject() {
+  if (cancel_) buttons_[*cancel_]->click();
+}

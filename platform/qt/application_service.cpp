@@ -1,0 +1,65 @@
+#include "platform/qt/application_service.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <utility>
+
+#include "platform/qt/posted_work.h"
+#include "platform/linux/object_path.h"
+
+namespace {
+
+constexpr const char* applicationInterface = "org.freedesktop.Application";
+
+// Every one of these takes a dictionary of what the launcher has to say.
+constexpr const char* description = R"(<interface name="org.freedesktop.Application">
+  <method name="Activate"><arg type="a{sv}" name="platform_data" direction="in"/></method>
+  <method name="Open">
+    <arg type="as" name="uris" direction="in"/>
+    <arg type="a{sv}" name="platform_data" direction="in"/>
+  </method>
+  <method name="ActivateAction">
+    <arg type="s" name="action_name" direction="in"/>
+    <arg type="av" name="parameter" direction="in"/>
+    <arg type="a{sv}" name="platform_data" direction="in"/>
+  </method>
+</interface>
+)";
+
+bool isCall(const QDBusMessage& message, const char* member, const char* signature) {
+  return message.member() == member && message.signature() == signature;
+}
+
+}  // namespace
+
+ApplicationService::ApplicationService(const std::string& name, ApplicationRequests requests)
+    : name_(QString::fromStdString(name)), requests_(std::move(requests)) {
+  QDBusConnection& bus = session_.bus();
+  if (!bus.isConnected()) return;
+  // In this order, so that whoever finds the name finds what it stands for.
+  bus.registerVirtualObject(QString::fromStdString(objectPath(name)), this);
+  bus.interface()->registerService(name_, QDBusConnectionInterface::QueueService);
+}
+
+ApplicationService::~ApplicationService() {
+  if (session_.bus().isConnected()) session_.bus().unregisterService(name_);
+}
+
+QString ApplicationService::introspect(const QString&) const { return description; }
+
+bool ApplicationService::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
+  if (!message.interface().isEmpty() && message.interface() != applicationInterface) return false;
+  const std::function<void()> request = requestOf(message);
+  if (!request) return false;
+  if (message.isReplyRequired()) connection.send(message.createReply());
+  post(*this, request);
+  return true;
+}
+
+// What the message asks for; empty if that is unknown here.
+std::function<void()> ApplicationService::requestOf(const QDBusMessage& message) const {
+  if (isCall(message, "Activate", "a{sv}") || isCall(message, "Open", "asa{sv}")) return requests_.reopen;
+  if (isCall(message, "ActivateAction", "sava{sv}") && message.arguments().value(0).toString() == "quit")
+    return requests_.quit;
+  return nullptr;
+}

@@ -1,0 +1,79 @@
+#include "platform/qt/qt_application.h"
+
+#include <QEvent>
+#include <QWidget>
+#include <string>
+#include <utility>
+
+#include "platform/product.h"
+#include "platform/qt/application_service.h"
+#include "platform/qt/icon_files.h"
+#include "platform/qt/posted_work.h"
+#include "platform/qt/svg_icon.h"
+#include "platform/linux/session/termination_signals.h"
+
+namespace {
+
+QString text(std::string_view value) { return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size())); }
+
+QWidgetList visibleWindows() {
+  QWidgetList windows;
+  for (QWidget* const widget : QApplication::topLevelWidgets()) {
+    const bool isWindow = widget->windowType() == Qt::Window || widget->windowType() == Qt::Dialog;
+    if (isWindow && widget->isVisible()) windows.append(widget);
+  }
+  return windows;
+}
+
+}  // namespace
+
+QtApplication::QtApplication(QApplication& application) {
+  QApplication::setApplicationName(text(product::name));  // no display name: Qt would add that to every title
+  QApplication::setApplicationVersion(text(product::version));
+  QApplication::setDesktopFileName(text(product::bundleIdentifier));
+  QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setWindowIcon(svgIcon(applicationIconFile, text(product::bundleIdentifier)));
+  application.installEventFilter(&quitFilter_);
+}
+
+void QtApplication::run() {
+  if (isTerminating_) return;
+  QObject receiver;  // of what is posted, so that nothing of it runs after the loop
+  const TerminationSignals termination([this] { terminate(); });
+  const ApplicationService service(std::string(product::bundleIdentifier),
+                                   {.reopen = [this] { reopen(); }, .quit = [this] { terminate(); }});
+  post(receiver, [this] {
+    if (const auto delegate = delegate_.lock()) delegate->applicationDidFinishLaunching();
+  });
+  QApplication::exec();
+}
+
+void QtApplication::terminate() {
+  if (isAsking_ || isTerminating_) return;
+  isAsking_ = true;
+  const auto delegate = delegate_.lock();
+  const bool isAllowed = !delegate || delegate->applicationShouldTerminate();
+  isAsking_ = false;
+  if (!isAllowed) return;
+  isTerminating_ = true;
+  QApplication::exit();  // not quit, which asks the windows, and those that cannot be closed refuse
+}
+
+void QtApplication::reopen() {
+  const auto delegate = delegate_.lock();
+  const bool mayRaise = !delegate || delegate->applicationShouldHandleReopen(!visibleWindows().isEmpty());
+  if (mayRaise) {
+    for (QWidget* const window : visibleWindows()) {
+      window->raise();
+      window->activateWindow();
+    }
+  }
+  if (reopened_) reopened_();
+}
+
+bool QtApplication::QuitFilter::eventFilter(QObject* object, QEvent* event) {
+  if (object != QCoreApplication::instance() || event->type() != QEvent::Quit) return false;
+  owner_.terminate();
+  event->setAccepted(owner_.isTerminating());
+  return true;
+}

@@ -1,0 +1,53 @@
+#include "platform/qt/qt_controls.h"
+
+#include <QDateTime>
+#include <algorithm>
+#include <chrono>
+
+namespace {
+
+QDateTime localDateTime(Instant instant) {
+  const auto sinceEpoch = std::chrono::floor<std::chrono::milliseconds>(instant).time_since_epoch();
+  return QDateTime::fromMSecsSinceEpoch(sinceEpoch.count(), Qt::LocalTime);
+}
+
+QTime minuteOf(const QTime& time) { return {time.hour(), time.minute()}; }
+
+}  // namespace
+
+void QtButton::setOn(bool on) {
+  if (button_) button_->setChecked(on);
+}
+
+void QtButton::setEnabled(bool enabled) {
+  if (button_) button_->setEnabled(enabled);
+}
+
+std::size_t QtPopUpButton::selectedIndex() const {
+  return comboBox_ ? static_cast<std::size_t>(std::max(comboBox_->currentIndex(), 0)) : 0;
+}
+
+void QtPopUpButton::select(std::size_t index) {
+  if (comboBox_ && index < static_cast<std::size_t>(comboBox_->count()))
+    comboBox_->setCurrentIndex(static_cast<int>(index));
+}
+
+void QtPopUpButton::setEnabled(bool enabled) {
+  if (comboBox_) comboBox_->setEnabled(enabled);
+}
+
+Instant QtDatePicker::dateValue() const {
+  QDateTime dateTime = localDateTime(date_);
+  if (!timeEdit_ || minuteOf(timeEdit_->time()) == minuteOf(dateTime.time())) return date_;
+  dateTime.setTime(minuteOf(timeEdit_->time()));
+  return Instant(std::chrono::milliseconds(dateTime.toMSecsSinceEpoch()));
+}
+
+void QtDatePicker::setDateValue(Instant date) {
+  date_ = date;
+  if (timeEdit_) timeEdit_->setTime(minuteOf(localDateTime(date).time()));
+}
+
+void QtDatePicker::setEnabled(bool enabled) {
+  if (timeEdit_) timeEdit_->setEnabled(enabled);
+}

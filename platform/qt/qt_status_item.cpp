@@ -1,0 +1,94 @@
+#include "platform/qt/qt_status_item.h"
+
+#include <QCoreApplication>
+#include <QCursor>
+#include <QEvent>
+#include <iostream>
+#include <utility>
+
+#include "platform/product.h"
+#include "platform/qt/icon_files.h"
+#include "platform/qt/svg_icon.h"
+
+namespace {
+
+QString symbolName() { return QString::fromUtf8(product::bundleIdentifier.data()) + "-symbolic"; }
+
+}  // namespace
+
+QtStatusItem::PaletteWatch::PaletteWatch(std::function<void()> changed) : changed_(std::move(changed)) {
+  QCoreApplication::instance()->installEventFilter(this);
+}
+
+bool QtStatusItem::PaletteWatch::eventFilter(QObject* object, QEvent* event) {
+  if (object == QCoreApplication::instance() && event->type() == QEvent::ApplicationPaletteChange) changed_();
+  return false;
+}
+
+QtStatusItem::QtStatusItem() {
+  if (tray_.isThere()) {
+    makeTrayIcon();
+  } else {
+    std::cerr << "quillery: no system tray; opening the program again shows its menu\n";
+    tray_.await([this] { makeTrayIcon(); });
+  }
+}
+
+void QtStatusItem::makeTrayIcon() {
+  trayIcon_ = std::make_unique<QSystemTrayIcon>();
+  QObject::connect(trayIcon_.get(), &QSystemTrayIcon::activated, trayIcon_.get(),
+                   [this](QSystemTrayIcon::ActivationReason reason) {
+                     if (reason == QSystemTrayIcon::Trigger) popUpMenu();
+                   });
+  if (menu_) trayIcon_->setContextMenu(&menu_->menu());
+  updateToolTip();
+  updateIcon();
+}
+
+void QtStatusItem::setImage(const SymbolImage& image) {
+  image_ = image;
+  updateIcon();
+  updateToolTip();
+}
+
+void QtStatusItem::setToolTip(const std::string& text) {
+  toolTip_ = text;
+  updateToolTip();
+}
+
+void QtStatusItem::setAppearsDisabled(bool appearsDisabled) {
+  appearsDisabled_ = appearsDisabled;
+  updateIcon();
+}
+
+void QtStatusItem::setMenu(std::shared_ptr<Menu> menu) {
+  const auto previous = std::exchange(menu_, std::dynamic_pointer_cast<QtMenu>(std::move(menu)));
+  if (trayIcon_) trayIcon_->setContextMenu(menu_ ? &menu_->menu() : nullptr);
+}
+
+void QtStatusItem::popUpMenu() {
+  if (menu_) menu_->menu().popup(QCursor::pos());
+}
+
+QIcon QtStatusItem::icon() const {
+  const QIcon::Mode mode = appearsDisabled_ ? QIcon::Disabled : QIcon::Normal;
+  if (image_.name == "bookmark") {
+    return image_.isTemplate ? symbolicIcon(bookmarkSymbolFile, symbolName(), mode)
+                             : svgIcon(bookmarkSymbolFile, QString());
+  }
+  const QString name = QString::fromStdString(image_.name);
+  return image_.isTemplate ? QIcon::fromTheme(name + "-symbolic", QIcon::fromTheme(name)) : QIcon::fromTheme(name);
+}
+
+// A tray is given no place without an image.
+void QtStatusItem::updateIcon() {
+  if (!trayIcon_) return;
+  const QIcon icon = this->icon();
+  trayIcon_->setIcon(icon);
+  trayIcon_->setVisible(!icon.isNull());
+}
+
+void QtStatusItem::updateToolTip() {
+  if (trayIcon_)
+    trayIcon_->setToolTip(QString::fromStdString(toolTip_.empty() ? image_.accessibilityDescription : toolTip_));
+}

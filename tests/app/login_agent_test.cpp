@@ -1,0 +1,204 @@
+// The login agent: its file, the three runs of launchctl, and what each failure leaves behind.
+#include "app/login_agent.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+
+#include "tests/support/virtual_machine.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+const std::string agents = "/home/user/Library/LaunchAgents";
+const std::string logs = "/home/user/Library/Logs/Fenwarde";
+const std::string file = agents + "/com.fenwarde.quillery.plist";
+const std::string print = "run /bin/launchctl print gui/501/com.fenwarde.quillery";
+const std::string bootout = "run /bin/launchctl bootout gui/501/com.fenwarde.quillery";
+const std::string bootstrap = "run /bin/launchctl bootstrap gui/501 " + file;
+
+class LoginAgent : public testing::Test {
+ protected:
+  // What is noted by one registration, without the folders' creation, which comes first each time.
+  Entries registered() {
+    machine_.journal.clear();
+    registerBackgroundJob();
+    Entries all = machine_.journal.entries();
+    EXPECT_EQ(Entries(all.begin(), all.begin() + 2),
+              (Entries{"create folder " + agents + " 0755", "create folder " + logs + " 0755"}));
+    return {all.begin() + 2, all.end()};
+  }
+  // The failure of one registration.
+  std::string problem() {
+    machine_.journal.clear();
+    try {
+      registerBackgroundJob();
+    } catch (const Error& error) {
+      return error.domain() + " " + std::to_string(error.code()) + ": " + error.description();
+    }
+    return "none";
+  }
+  void failToRun(const std::string& subcommand, int occurrence) {
+    machine_.journal.before(
+        "run",
+        [subcommand](const std::string& line) {
+          EXPECT_THAT(line, HasSubstr(subcommand));
+          throw Error("POSIX", ENOENT, "launchctl is not there.");
+        },
+        occurrence);
+  }
+  PlistValue stored() const { return NativePropertyLists().parse(Bytes(machine_.files.content(file))).value; }
+  void put(const PlistValue& value, PropertyListFormat format) {
+    machine_.files.put(file, std::string(NativePropertyLists().serialize(value, format).text()));
+  }
+
+  VirtualMachine machine_;
+};
+
+TEST_F(LoginAgent, isWrittenAndLoadedOnAFirstRun) {
+  machine_.processes.willAnswer("bootout", 3);
+  EXPECT_THAT(registered(),
+              ElementsAre("read " + file, bootout, "serialize xml", "write atomically " + file, bootstrap));
+  EXPECT_TRUE(machine_.files.folders().contains(agents));
+  EXPECT_TRUE(machine_.files.folders().contains(logs));
+}
+
+TEST_F(LoginAgent, isAnXmlPropertyListOfJustSixKeys) {
+  registerBackgroundJob();
+  EXPECT_THAT(machine_.files.content(file), StartsWith("<?xml"));
+  const std::string executable = "/Applications/Quillery.app/Contents/MacOS/quillery";
+  EXPECT_EQ(stored(), PlistValue::dictionary({
+                          {u"Label", u"com.fenwarde.quillery"},
+                          {u"AssociatedBundleIdentifiers", PlistValue::array({u"com.fenwarde.quillery"})},
+                          {u"ProgramArguments", PlistValue::array({utf16(executable), u"--login"})},
+                          {u"RunAtLoad", true},
+                          {u"StandardOutPath", utf16(logs + "/quillery.log")},
+                          {u"StandardErrorPath", utf16(logs + "/quillery-errors.log")},
+                      }));
+}
+
+TEST_F(LoginAgent, thatIsThereAndLoadedIsLeftAlone) {
+  registerBackgroundJob();
+  const auto before = machine_.files.files();
+  EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print));
+  EXPECT_EQ(machine_.files.files(), before);
+}
+
+TEST_F(LoginAgent, thatIsThereButNotLoadedIsWrittenAndLoadedAnew) {
+  registerBackgroundJob();
+  machine_.processes.willAnswer("print", 113);
+  EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print, bootout, "serialize xml",
+                                        "write atomically " + file, bootstrap));
+}
+
+TEST_F(LoginAgent, ofAProgramThatHasMovedIsWrittenAndLoadedAnew) {
+  registerBackgroundJob();
+  machine_.bundle.moveTo("/Users/user/Applications/Quillery.app");
+  EXPECT_THAT(registered(),
+              ElementsAre("read " + file, "parse", bootout, "serialize xml", "write atomically " + file, bootstrap));
+  EXPECT_THAT(machine_.files.content(file), HasSubstr("/Users/user/Applications/Quillery.app/Contents/MacOS/quillery"));
+}
+
+TEST_F(LoginAgent, withTheSameContentInBinaryIsLeftAlone) {
+  registerBackgroundJob();
+  put(stored(), PropertyListFormat::binary);
+  EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print));
+}
+
+TEST_F(LoginAgent, withItsKeysInAnotherOrderIsLeftAlone) {
+  registerBackgroundJob();
+  const PlistValue agent = stored();
+  std::vector<PlistEntry> entries;
+  for (std::size_t index = agent.size(); index-- > 0;)
+    entries.push_back({agent.keyAt(index).utf16(), agent.valueAt(index)});
+  put(PlistValue::dictionary(std::move(entries)), PropertyListFormat::xml);
+  EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print));
+}
+
+TEST_F(LoginAgent, withOneKeyMoreIsReplaced) {
+  registerBackgroundJob();
+  const PlistValue agent = stored();
+  std::vector<PlistEntry> entries = {{u"KeepAlive", true}};
+  for (std::size_t index = 0; index < agent.size(); ++index)
+    entries.push_back({agent.keyAt(index).utf16(), agent.valueAt(index)});
+  put(PlistValue::dictionary(std::move(entries)), PropertyListFormat::xml);
+  registered();
+  EXPECT_EQ(stored(), agent);
+}
+
+TEST_F(LoginAgent, thatIsDamagedIsReplacedWithoutAWord) {
+  machine_.files.put(file, "no property list <");
+  registered();
+  EXPECT_EQ(stored().size(), 6U);
+}
+
+TEST_F(LoginAgent, thatIsNoDictionaryIsReplacedWithoutAWord) {
+  put(PlistValue::array({1, 2}), PropertyListFormat::xml);
+  registered();
+  EXPECT_EQ(stored().size(), 6U);
+}
+
+TEST_F(LoginAgent, thatCannotBeReadIsReplacedWithoutAWord) {
+  registerBackgroundJob();
+  machine_.files.failOn("read", EACCES, 2);
+  EXPECT_THAT(registered(),
+              ElementsAre("read " + file, bootout, "serialize xml", "write atomically " + file, bootstrap));
+}
+
+// --- Failures ---
+
+TEST_F(LoginAgent, withoutTheFolderOfAgentsFailsAndRunsNothing) {
+  machine_.files.failOn("create folder", EACCES);
+  EXPECT_THAT(problem(), StartsWith("POSIX 13: "));
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("create folder " + agents + " 0755"));
+}
+
+TEST_F(LoginAgent, withoutTheFolderOfLogsFailsAndRunsNothing) {
+  machine_.files.failOn("create folder", EACCES, 2);
+  EXPECT_THAT(problem(), StartsWith("POSIX 13: "));
+  EXPECT_EQ(machine_.journal.count("run"), 0);
+  EXPECT_FALSE(machine_.files.files().contains(file));
+}
+
+TEST_F(LoginAgent, failsIfLaunchctlCannotBeStartedToPrint) {
+  registerBackgroundJob();
+  failToRun("print", 3);
+  EXPECT_EQ(problem(), "POSIX 2: launchctl is not there.");
+  EXPECT_EQ(machine_.journal.entries().back(), print) << "nothing comes after it";
+}
+
+TEST_F(LoginAgent, failsIfLaunchctlCannotBeStartedToBootOut) {
+  failToRun("bootout", 1);
+  EXPECT_EQ(problem(), "POSIX 2: launchctl is not there.");
+  EXPECT_FALSE(machine_.files.files().contains(file));
+}
+
+TEST_F(LoginAgent, failsIfLaunchctlCannotBeStartedToBootstrap) {
+  failToRun("bootstrap", 2);
+  EXPECT_EQ(problem(), "POSIX 2: launchctl is not there.");
+  EXPECT_TRUE(machine_.files.files().contains(file));
+}
+
+TEST_F(LoginAgent, failsIfItsFileCannotBeSerialized) {
+  machine_.journal.before("serialize", [](const std::string&) { throw Error("Plist", 1, "It cannot."); });
+  EXPECT_EQ(problem(), "Plist 1: It cannot.");
+  EXPECT_EQ(machine_.journal.entries().back(), "serialize xml") << "bootstrap is not run";
+}
+
+TEST_F(LoginAgent, failsIfItsFileCannotBeWritten) {
+  machine_.files.failOn("write atomically", ENOSPC);
+  EXPECT_THAT(problem(), StartsWith("POSIX 28: "));
+  EXPECT_EQ(machine_.journal.entries().back(), "write atomically " + file) << "bootstrap is not run";
+}
+
+TEST_F(LoginAgent, failsInItsOwnWordsIfBootstrapFails) {
+  machine_.processes.willAnswer("bootstrap", 5);
+  EXPECT_EQ(problem(), "Sorter 4: Could not enable automatic sorting. Please reopen the installed app.");
+}
+
+}  // namespace

@@ -1,0 +1,332 @@
+// The built command-line companion on real files, in a home folder of its own.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/product.h"
+#include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/bookmark_places.h"
+#include "tests/support/bookmark_trees.h"
+#include "tests/support/program.h"
+#include "tests/support/session_bus.h"
+#include "tests/support/virtual_machine.h"
+
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+std::string demoFile(const std::string& format) {
+  return contentOf(std::string(QUILLERY_TEST_DATA) + "/demo/Bookmarks." + format + ".plist");
+}
+
+class CompanionTest : public testing::Test {
+ protected:
+  CompanionTest() { std::filesystem::create_directories(scratch_.path("Library/Safari")); }
+
+  // With no bus unless one is given.
+  Ending companion(const std::vector<std::string>& arguments, const std::string& bus = "unix:path=/nonexistent") const {
+    return run(QUILLERYCTL_EXECUTABLE, arguments,
+               {{"HOME", scratch_.path()},
+                {"DBUS_SESSION_BUS_ADDRESS", bus},
+                {"LANG", "en_US.UTF-8"},
+                {"LC_ALL", std::nullopt},
+                {"LC_COLLATE", std::nullopt}});
+  }
+
+  // The one backup there is.
+  std::string backup() const {
+    const std::vector<std::string> names = namesIn(backups_);
+    EXPECT_EQ(names.size(), 1U);
+    return names.empty() ? "" : backups_ + "/" + names.front();
+  }
+
+  ScratchFolder scratch_;
+  std::string bookmarks_ = scratch_.path("Library/Safari/Bookmarks.plist");
+  std::string backups_ = scratch_.path("Library/Application Support/Quillery/Backups");
+};
+
+class CompanionFormats : public CompanionTest, public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Format, CompanionFormats, testing::Values("binary", "xml"),
+                         [](const auto& format) { return format.param; });
+
+TEST_P(CompanionFormats, sortsAndSaysWhereTheBackupIs) {
+  const std::string before = demoFile(GetParam());
+  makeFile(bookmarks_, before);
+  const Ending ending = companion({"sort"});
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_EQ(ending.output,
+            "Bookmarks sorted: Folders come first, followed by bookmarks in alphabetical order. You can reopen "
+            "Safari.\n\nBackup: " +
+                backup() + "\n");
+  EXPECT_EQ(ending.error, "");
+  EXPECT_EQ(contentOf(backup()), before);
+  EXPECT_THAT(std::filesystem::path(backup()).filename(),
+              MatchesRegex("Bookmarks-[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}\\.plist"));
+  const std::string after = contentOf(bookmarks_);
+  EXPECT_THAT(after, StartsWith(std::string(GetParam()) == "xml" ? "<?xml" : "bplist00"));
+  EXPECT_NE(outline(treeOf(after)), outline(treeOf(before)));
+}
+
+TEST_P(CompanionFormats, findsTheFileInOrderTheSecondTimeAndSaysNothing) {
+  makeFile(bookmarks_, demoFile(GetParam()));
+  EXPECT_EQ(companion({"sort"}).status, 0);
+  const std::string after = contentOf(bookmarks_);
+  const Ending second = companion({"sort"});
+  EXPECT_EQ(second.status, 0);
+  EXPECT_EQ(second.output, "");
+  EXPECT_EQ(second.error, "");
+  EXPECT_EQ(contentOf(bookmarks_), after);
+  EXPECT_NE(backup(), "") << "and the backup is still the only one";
+}
+
+TEST_F(CompanionTest, bothFormatsOfOneTreeAreSortedAlike) {
+  makeFile(bookmarks_, demoFile("binary"));
+  companion({"sort"});
+  const PlistValue binary = treeOf(contentOf(bookmarks_));
+  makeFile(bookmarks_, demoFile("xml"));
+  companion({"sort"});
+  EXPECT_EQ(outline(treeOf(contentOf(bookmarks_))), outline(binary));
+}
+
+TEST_F(CompanionTest, keepsWhatItCreatesPrivateAndTheModesOfWhatThereWas) {
+  makeFile(bookmarks_, demoFile("binary"));
+  chmod(bookmarks_.c_str(), 0640);
+  std::filesystem::create_directory(scratch_.path("Library/Application Support"));
+  chmod(scratch_.path("Library/Application Support").c_str(), 0755);
+  const mode_t mask = umask(0);
+  const Ending ending = companion({"sort"});
+  umask(mask);
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_EQ(modeOf(backup()), 0600U);
+  EXPECT_EQ(modeOf(backups_), 0700U);
+  EXPECT_EQ(modeOf(scratch_.path("Library/Application Support/Quillery")), 0700U);
+  EXPECT_EQ(modeOf(scratch_.path("Library/Application Support")), 0755U);
+  EXPECT_EQ(modeOf(bookmarks_), 0640U);
+  EXPECT_THAT(namesIn(scratch_.path("Library/Safari")), ElementsAre("Bookmarks.plist")) << "nothing temporary is left";
+}
+
+TEST_F(CompanionTest, failsWithoutABookmarkFileAndCreatesNothing) {
+  const Ending ending = companion({"sort"});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_THAT(ending.output, AllOf(StartsWith("Bookmarks could not be sorted: The file “Bookmarks.plist” couldn’t be "
+                                              "opened because the system answered “No such file or directory”"),
+                                   EndsWith(accessHint + "\n")));
+  const std::string title = "Bookmarks could not be sorted: ";
+  EXPECT_EQ(ending.error, "quilleryctl: " + ending.output.substr(std::min(title.size(), ending.output.size())))
+      << "the message is on standard error too";
+  EXPECT_THAT(namesIn(scratch_.path("Library")), ElementsAre("Safari"));
+}
+
+TEST_F(CompanionTest, failsOnWhatIsNoBookmarkFileAndLeavesIt) {
+  const std::string content = "<?xml version=\"1.0\"?><plist><dict><key>Title</key><string>a</string></dict></plist>";
+  makeFile(bookmarks_, content);
+  const Ending ending = companion({"sort"});
+  EXPECT_EQ(ending.status, 1);
+  const std::string message = "Unrecognised Safari bookmark format. No changes made." + accessHint + "\n";
+  EXPECT_EQ(ending.output, "Bookmarks could not be sorted: " + message);
+  EXPECT_EQ(ending.error, "quilleryctl: " + message);
+  EXPECT_EQ(contentOf(bookmarks_), content);
+  EXPECT_FALSE(std::filesystem::exists(backups_));
+}
+
+TEST_F(CompanionTest, failsIfTheBackupsFolderCannotBeCreatedAndLeavesTheFile) {
+  makeFile(bookmarks_, demoFile("binary"));
+  makeFile(scratch_.path("Library/Application Support"), "a file where a folder should be");
+  const Ending ending = companion({"sort"});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_THAT(ending.error, HasSubstr("couldn’t be created"));
+  EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
+}
+
+TEST_F(CompanionTest, failsOnAnOldStyleFileAndLeavesItWithABackup) {
+  const std::string content =
+      "{ Children = ( { WebBookmarkType = WebBookmarkTypeList; Children = ( { WebBookmarkType = WebBookmarkTypeLeaf; "
+      "Title = b; }, { WebBookmarkType = WebBookmarkTypeLeaf; Title = a; } ); } ); }";
+  makeFile(bookmarks_, content);
+  const Ending ending = companion({"sort"});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_THAT(ending.error, HasSubstr("can be read but not written"));
+  EXPECT_EQ(contentOf(bookmarks_), content);
+  EXPECT_EQ(contentOf(backup()), content);
+}
+
+TEST_F(CompanionTest, readsNothingWhileSafariRuns) {
+  makeFile(bookmarks_, "this would be a failure if anyone read it");
+  const ScratchFolder place;
+  const SessionBus bus(place);
+  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+  const Ending before = companion({"sort"}, bus.address());
+  EXPECT_EQ(before.status, 1) << "Safari is not running yet";
+  NameOwner owner("com.apple.Safari");
+  const Ending ending = companion({"sort"}, bus.address());
+  EXPECT_EQ(ending.status, 75);
+  EXPECT_EQ(ending.output, "");
+  EXPECT_EQ(ending.error, "quilleryctl: Safari is running; nothing was read\n");
+  EXPECT_FALSE(std::filesystem::exists(backups_));
+}
+
+TEST_F(CompanionTest, sortsWhileAnotherApplicationRuns) {
+  makeFile(bookmarks_, demoFile("xml"));
+  const ScratchFolder place;
+  const SessionBus bus(place);
+  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+  const NameOwner owner("com.apple.Other");
+  EXPECT_EQ(companion({"sort"}, bus.address()).status, 0);
+}
+
+// Previews, backups and restores
+
+TEST_P(CompanionFormats, previewsWhatASortThenDoes) {
+  makeFile(bookmarks_, demoFile(GetParam()));
+  const Ending preview = companion({"preview"});
+  EXPECT_EQ(preview.status, 0);
+  EXPECT_THAT(preview.output, AllOf(HasSubstr("↑   ▸ Archive  (8 → 1)\n"),
+                                    EndsWith("A sort would move 14 entries in 6 folders. Nothing was written.\n")));
+  EXPECT_EQ(companion({"check"}).status, 1);
+  EXPECT_EQ(contentOf(bookmarks_), demoFile(GetParam()));
+  EXPECT_THAT(namesIn(scratch_.path("Library")), ElementsAre("Safari")) << "nothing is created";
+  EXPECT_EQ(companion({"sort", "--quiet"}).output, "");
+  EXPECT_EQ(companion({"preview"}).output, "Your Safari bookmarks are already in order.\n");
+  EXPECT_EQ(companion({"check"}).status, 0);
+}
+
+TEST_P(CompanionFormats, bringsBackTheExactBytesAndUndoesThat) {
+  const std::string before = demoFile(GetParam());
+  makeFile(bookmarks_, before);
+  chmod(bookmarks_.c_str(), 0640);
+  companion({"sort"});
+  const std::string after = contentOf(bookmarks_);
+  const std::string first = std::filesystem::path(backup()).filename();
+  const Ending restored = companion({"restore", first});
+  EXPECT_EQ(restored.status, 0);
+  EXPECT_THAT(restored.output, StartsWith("Bookmarks restored: "));
+  EXPECT_EQ(contentOf(bookmarks_), before);
+  EXPECT_EQ(modeOf(bookmarks_), 0640U);
+  const std::string second = restored.output.substr(restored.output.find("Backup: ") + 8);
+  EXPECT_EQ(companion({"restore", second.substr(0, second.size() - 1)}).status, 0) << "by its path";
+  EXPECT_EQ(contentOf(bookmarks_), after);
+  EXPECT_EQ(namesIn(backups_).size(), 3U) << "and each time the bytes from before were kept";
+  for (const std::string& name : namesIn(backups_)) EXPECT_EQ(modeOf(backups_ + "/" + name), 0600U);
+  EXPECT_THAT(namesIn(scratch_.path("Library/Safari")), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(CompanionTest, listsBackupsTheNewestFirst) {
+  makeFile(bookmarks_, demoFile("xml"));
+  companion({"sort"});
+  const std::string first = std::filesystem::path(backup()).filename();
+  companion({"restore", first});
+  const Ending list = companion({"backups"});
+  EXPECT_EQ(list.status, 0);
+  const std::string time = "  [-0-9]+ [:0-9]+  ";
+  EXPECT_THAT(list.output, MatchesRegex("NAME +TIME +SIZE  BOOKMARKS\n"
+                                        "Bookmarks-[-0-9A-F]+\\.plist" +
+                                        time + "13818 +22\n" + first + time + "13818 +22  current\n"));
+  EXPECT_THAT(companion({"backups", "-q"}).output, EndsWith(".plist\n" + first + "\n"));
+}
+
+TEST_F(CompanionTest, writesABookmarkFileThatIsMissingForItsOwnerAlone) {
+  makeFile(bookmarks_, demoFile("xml"));
+  companion({"sort"});
+  const std::string content = contentOf(bookmarks_);
+  companion({"restore", backup()});
+  std::filesystem::remove(bookmarks_);
+  makeFile(scratch_.path("kept.plist"), content);
+  EXPECT_EQ(companion({"restore", scratch_.path("kept.plist")}).status, 0);
+  EXPECT_EQ(contentOf(bookmarks_), content);
+  EXPECT_EQ(modeOf(bookmarks_), 0600U);
+}
+
+TEST_F(CompanionTest, takesALinkThatLeadsNowhereForNoMissingFile) {
+  makeFile(scratch_.path("kept.plist"), demoFile("xml"));
+  std::filesystem::create_symlink(scratch_.path("elsewhere.plist"), bookmarks_);
+  const Ending ending = companion({"restore", scratch_.path("kept.plist")});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_THAT(ending.error, HasSubstr("File exists"));
+  EXPECT_FALSE(std::filesystem::exists(scratch_.path("elsewhere.plist")));
+}
+
+TEST_F(CompanionTest, restoresNothingThatIsNoBookmarkFile) {
+  makeFile(bookmarks_, demoFile("binary"));
+  makeFile(scratch_.path("notes.plist"), "not a property list <");
+  std::filesystem::create_directory(scratch_.path("folder"));
+  for (const std::string& name : {scratch_.path("notes.plist"), scratch_.path("folder"), scratch_.path("missing"),
+                                  std::string("Bookmarks-A.plist"), std::string("..")}) {
+    const Ending ending = companion({"restore", name});
+    EXPECT_EQ(ending.status, 1) << name;
+    EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be restored: "));
+  }
+  EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
+  EXPECT_FALSE(std::filesystem::exists(backups_));
+}
+
+TEST_F(CompanionTest, sortsAndRestoresAnotherFileFromWhereItIsCalled) {
+  makeFile(scratch_.path("Other.plist"), demoFile("xml"));
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(scratch_.path());
+  EXPECT_EQ(companion({"sort", "-q", "Other.plist"}).status, 0);
+  EXPECT_NE(contentOf("Other.plist"), demoFile("xml"));
+  EXPECT_EQ(companion({"restore", "-q", std::filesystem::path(backup()).filename(), "./Other.plist"}).status, 0);
+  EXPECT_EQ(contentOf("Other.plist"), demoFile("xml"));
+  std::filesystem::current_path(before);
+}
+
+TEST_F(CompanionTest, neitherSortsNorRestoresWhileSafariRunsButLooks) {
+  makeFile(bookmarks_, demoFile("binary"));
+  const ScratchFolder place;
+  const SessionBus bus(place);
+  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+  const NameOwner owner("com.apple.Safari");
+  makeFile(scratch_.path("kept.plist"), demoFile("xml"));
+  EXPECT_EQ(companion({"restore", scratch_.path("kept.plist")}, bus.address()).status, 75);
+  EXPECT_EQ(companion({"sort", scratch_.path("kept.plist")}, bus.address()).status, 75);
+  EXPECT_EQ(companion({"preview"}, bus.address()).status, 0);
+  EXPECT_EQ(companion({"check"}, bus.address()).status, 1);
+  EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
+}
+
+TEST_F(CompanionTest, saysWhenTheNextSortIsDueByTheStoredSettings) {
+  EXPECT_EQ(companion({"next"}).output, "No sort is scheduled.\n");
+  std::filesystem::create_directory(scratch_.path("config"));
+  makeFile(scratch_.path("config/" + std::string(product::bundleIdentifier) + ".plist"),
+           "<plist><dict><key>dailyEnabled</key><true/><key>dailyHour</key><integer>9</integer>"
+           "<key>scheduleDays</key><array><integer>4</integer></array></dict></plist>");
+  const EnvironmentScope settings("XDG_CONFIG_HOME", scratch_.path("config"));
+  EXPECT_THAT(companion({"next"}).output, MatchesRegex("Wednesday [0-9]{4}-[0-9]{2}-[0-9]{2} 09:00\n"));
+}
+
+TEST_F(CompanionTest, explainsItsUsageWhenUsedWrongly) {
+  makeFile(bookmarks_, demoFile("binary"));
+  const std::vector<std::vector<std::string>> wrong = {
+      {}, {"Sort"}, {"sorted"}, {"sort", "a", "b"}, {"sort", "--json"}, {"--sort"}, {""}, {"--versions"}, {"restore"}};
+  for (const auto& arguments : wrong) {
+    const Ending ending = companion(arguments);
+    EXPECT_EQ(ending.status, 2);
+    EXPECT_EQ(ending.output, "");
+    EXPECT_THAT(ending.error, AllOf(StartsWith("quilleryctl: "), HasSubstr("\nusage: quilleryctl preview ")));
+  }
+  EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
+}
+
+TEST_F(CompanionTest, helpsAndNamesItsVersion) {
+  const Ending help = companion({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.output, AllOf(StartsWith("usage: quilleryctl preview "), HasSubstr("75")));
+  EXPECT_EQ(help.error, "");
+  const Ending version = companion({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.output, "quilleryctl " + std::string(product::version) + "\n");
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// Waking on a bus that stands in for the system's, with a login manager of the test's own.
+#include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
+
+#include <ctime>
+#include <optional>
+#include <string>
+
+#include "platform/qt/qt_main_loop.h"
+#include "platform/linux/session/session_workspace.h"
+#include "tests/platform/linux/session/bus_client.h"
+#include "tests/platform/qt/event_loop.h"
+#include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/session_bus.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* loginManagerPath = "/org/freedesktop/login1";
+constexpr const char* loginManagerInterface = "org.freedesktop.login1.Manager";
+
+void announceSleep(const BusClient& client, bool isAboutToSleep, const char* path = loginManagerPath,
+                   const char* interface = loginManagerInterface, const char* signal = "PrepareForSleep") {
+  EXPECT_GE(sd_bus_emit_signal(client.bus(), path, interface, signal, "b", isAboutToSleep ? 1 : 0), 0);
+  EXPECT_GE(sd_bus_flush(client.bus()), 0);
+}
+
+class SessionWakeTest : public testing::Test {
+ protected:
+  SessionWakeTest() { loginManager_.take("org.freedesktop.login1"); }
+
+  ScratchFolder scratch_;
+  SessionBus bus_{scratch_};
+  EnvironmentScope address_{"DBUS_SYSTEM_BUS_ADDRESS", bus_.address()};
+  BusClient loginManager_{bus_.address()};
+  QtMainLoop loop_;
+  SessionWorkspace workspace_{loop_};
+  int woken_ = 0;
+};
+
+TEST_F(SessionWakeTest, theEndOfASleepIsTold) {
+  const Observation observation = workspace_.observeWake([this] { ++woken_; });
+  for (int sleep = 1; sleep <= 3; ++sleep) {
+    announceSleep(loginManager_, true);
+    announceSleep(loginManager_, false);
+    EXPECT_EQ(woken_, sleep - 1) << "nothing is told but by the loop";
+    EXPECT_TRUE(runUntil([&] { return woken_ == sleep; })) << sleep;
+  }
+}
+
+TEST_F(SessionWakeTest, nothingElseIsAWake) {
+  const Observation observation = workspace_.observeWake([this] { ++woken_; });
+  announceSleep(loginManager_, true);
+  announceSleep(loginManager_, false, "/org/freedesktop/login1/other");
+  announceSleep(loginManager_, false, loginManagerPath, "org.freedesktop.login1.Session");
+  announceSleep(loginManager_, false, loginManagerPath, loginManagerInterface, "PrepareForShutdown");
+  EXPECT_GE(sd_bus_emit_signal(loginManager_.bus(), loginManagerPath, loginManagerInterface, "PrepareForSleep", "s",
+                               "not a truth value"),
+            0);
+  EXPECT_GE(sd_bus_flush(loginManager_.bus()), 0);
+  const BusClient stranger(bus_.address());
+  announceSleep(stranger, false);
+  const BusClient last(bus_.address());  // the bus has passed on all of that once it has served one that came after it
+  bool isRead = false;
+  loop_.after(20ms, [&] { isRead = true; });  // what has come is read before what falls due later
+  EXPECT_TRUE(runUntil([&] { return isRead; }));
+  EXPECT_EQ(woken_, 0);
+  announceSleep(loginManager_, false);
+  EXPECT_TRUE(runUntil([&] { return woken_ == 1; }));
+}
+
+TEST_F(SessionWakeTest, aLoginManagerThatStartsLaterIsHeard) {
+  loginManager_.giveUp("org.freedesktop.login1");
+  const Observation observation = workspace_.observeWake([this] { ++woken_; });
+  BusClient next(bus_.address());
+  next.take("org.freedesktop.login1");
+  announceSleep(next, false);
+  EXPECT_TRUE(runUntil([&] { return woken_ == 1; }));
+}
+
+TEST_F(SessionWakeTest, anObserverIsToldUntilItsReferenceIsGivenUp) {
+  int wokenToo = 0;
+  const Observation observation = workspace_.observeWake([this] { ++woken_; });
+  Observation another;
+  another = workspace_.observeWake([&] {
+    ++wokenToo;
+    another.reset();
+    ++wokenToo;
+  });
+  announceSleep(loginManager_, false);
+  announceSleep(loginManager_, false);
+  EXPECT_TRUE(runUntil([&] { return woken_ == 2 && another == nullptr; }));
+  EXPECT_EQ(wokenToo, 2) << "one call, which ran to its end";
+}
+
+TEST_F(SessionWakeTest, aBusThatGoesAwayKeepsNobodyBusy) {
+  const Observation observation = workspace_.observeWake([this] { ++woken_; });
+  bus_.stop();
+  bool isLater = false;
+  loop_.after(200ms, [&] { isLater = true; });
+  const std::clock_t start = std::clock();
+  EXPECT_TRUE(runUntil([&] { return isLater; }));
+  EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 10);
+  EXPECT_EQ(woken_, 0);
+}
+
+TEST_F(SessionWakeTest, withoutABusNothingIsTold) {
+  address_.set("unix:path=/nonexistent/bus");
+  const Observation observation = workspace_.observeWake([this] { ++woken_; });
+  EXPECT_NE(observation, nullptr);
+  announceSleep(loginManager_, false);
+  bool isLater = false;
+  loop_.after(1ms, [&] { isLater = true; });
+  EXPECT_TRUE(runUntil([&] { return isLater; }));
+  EXPECT_EQ(woken_, 0);
+}
+
+}  // namespace

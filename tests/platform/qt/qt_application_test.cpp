@@ -1,0 +1,331 @@
+// The application with its real loop, real signals and a session bus of the test's own.
+#include "platform/qt/qt_application.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QTest>
+#include <QTimer>
+#include <csignal>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/product.h"
+#include "platform/qt/application_service.h"
+#include "platform/qt/qt_user_interface.h"
+#include "platform/qt/qt_window.h"
+#include "platform/linux/object_path.h"
+#include "tests/platform/qt/dialog_driver.h"
+#include "tests/platform/qt/event_loop.h"
+#include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/session_bus.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using namespace std::chrono_literals;
+
+const QString identifier = QString::fromStdString(std::string(product::bundleIdentifier));
+
+// Notes what it is told, and does then what a test wants done.
+class Delegate : public ApplicationDelegate {
+ public:
+  void applicationDidFinishLaunching() override {
+    told.emplace_back("launched");
+    launched();
+  }
+  bool applicationShouldTerminate() override {
+    told.emplace_back("terminate?");
+    return mayTerminate();
+  }
+  bool applicationShouldHandleReopen(bool hasVisibleWindows) override {
+    told.emplace_back(hasVisibleWindows ? "reopened with windows" : "reopened");
+    reopened();
+    return true;
+  }
+
+  std::vector<std::string> told;
+  std::function<void()> launched = [] {};
+  std::function<bool()> mayTerminate = [] { return true; };
+  std::function<void()> reopened = [] {};
+};
+
+class QtApplicationTest : public testing::Test {
+ protected:
+  QtApplicationTest() { application_.setDelegate(delegate_); }
+
+  // Fails the test if the application does not end by itself.
+  void run() { run(application_); }
+  static void run(QtApplication& application) {
+    QTimer patience;
+    QObject::connect(&patience, &QTimer::timeout, &patience, [] {
+      ADD_FAILURE() << "the application goes on and on";
+      QApplication::exit();
+    });
+    patience.start(20s);
+    application.run();
+  }
+
+  std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
+  QtApplication application_{*qApp};
+  QtUserInterface userInterface_{application_};
+};
+
+TEST_F(QtApplicationTest, isKnownToTheDesktopByItsIdentifier) {
+  EXPECT_EQ(QGuiApplication::desktopFileName(), identifier);
+  EXPECT_EQ(QGuiApplication::applicationDisplayName().toStdString(), product::name);
+  EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
+  EXPECT_FALSE(QApplication::windowIcon().isNull());
+}
+
+TEST_F(QtApplicationTest, theDelegateIsToldFirstAndByTheLoop) {
+  bool isRunning = false;
+  delegate_->launched = [&] {
+    EXPECT_TRUE(isRunning);
+    application_.terminate();
+  };
+  isRunning = true;
+  run();
+  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+  EXPECT_TRUE(application_.isTerminating());
+}
+
+TEST_F(QtApplicationTest, aDelegateThatRefusesKeepsItRunning) {
+  int refusals = 0;
+  delegate_->mayTerminate = [&] { return ++refusals > 2; };
+  delegate_->launched = [&] {
+    application_.terminate();
+    EXPECT_FALSE(application_.isTerminating());
+    QTimer::singleShot(0, [&] { application_.terminate(); });
+    QTimer::singleShot(1, [&] { application_.terminate(); });
+  };
+  run();
+  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?", "terminate?", "terminate?"));
+}
+
+TEST_F(QtApplicationTest, theDelegateIsHeldWeaklyAndNotNeeded) {
+  std::weak_ptr<Delegate> observer = delegate_;
+  delegate_.reset();
+  EXPECT_TRUE(observer.expired());
+  QTimer::singleShot(0, [&] { application_.terminate(); });
+  run();
+}
+
+TEST_F(QtApplicationTest, oneThatWasTerminatedBeforeDoesNotRun) {
+  application_.terminate();
+  run();
+  EXPECT_THAT(delegate_->told, ElementsAre("terminate?"));
+}
+
+TEST_F(QtApplicationTest, terminatingEndsNestedDialogsToo) {
+  std::vector<std::string> steps;
+  delegate_->launched = [&] {
+    withNextDialog([&](QDialog&) {
+      withNextDialog([&](QDialog&) { application_.terminate(); });
+      EXPECT_EQ(userInterface_.runModal({"Inner", "", {"Go on", "Cancel", "Help"}}), 1U);
+      steps.emplace_back("inner");
+    });
+    EXPECT_EQ(userInterface_.runModal({"Outer", "", {"Go on", "Stop"}}), 1U);
+    steps.emplace_back("outer");
+    userInterface_.runModal({"One more", "", {}});
+    steps.emplace_back("more");
+  };
+  run();
+  EXPECT_THAT(steps, ElementsAre("inner", "outer", "more"));
+}
+
+TEST_F(QtApplicationTest, whileTheDelegateAsksItsUserItIsNotAskedAgain) {
+  delegate_->mayTerminate = [&] {
+    withNextDialog([&](QDialog& dialog) {
+      application_.terminate();
+      EXPECT_TRUE(dialog.isVisible());
+      QTest::keyClick(&dialog, Qt::Key_Return);
+    });
+    return userInterface_.runModal({"Quit?", "", {"Quit", "Cancel"}}) == 0;
+  };
+  delegate_->launched = [&] { application_.terminate(); };
+  run();
+  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+}
+
+TEST_F(QtApplicationTest, aWindowThatCannotBeClosedDoesNotKeepItRunning) {
+  QtWindow window({100, 100, "Title"});
+  delegate_->launched = [&] {
+    window.makeKeyAndOrderFront();
+    QCoreApplication::quit();  // as the session does
+  };
+  run();
+  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+}
+
+TEST_F(QtApplicationTest, closingTheLastWindowEndsNothing) {
+  QtWindow window({100, 100, "Title", true});
+  delegate_->launched = [&] {
+    window.makeKeyAndOrderFront();
+    window.widget().close();
+    QTimer::singleShot(0, [&] {  // after what closing it has posted
+      EXPECT_FALSE(application_.isTerminating());
+      application_.terminate();
+    });
+  };
+  run();
+}
+
+TEST_F(QtApplicationTest, signalsOfTheSystemTerminateIt) {
+  for (const int number : {SIGTERM, SIGINT}) {
+    struct sigaction before {};
+    sigaction(number, nullptr, &before);
+    QtApplication application(*qApp);
+    application.setDelegate(delegate_);
+    delegate_->told.clear();
+    delegate_->launched = [&] {
+      EXPECT_EQ(std::raise(number), 0);
+      EXPECT_THAT(delegate_->told, ElementsAre("launched")) << "nothing happens but by the loop";
+    };
+    run(application);
+    EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+    struct sigaction after {};
+    sigaction(number, nullptr, &after);
+    EXPECT_EQ(after.sa_handler, before.sa_handler);
+  }
+}
+
+TEST_F(QtApplicationTest, aSignalEndsDialogsAsWell) {
+  delegate_->launched = [&] {
+    withNextDialog([](QDialog&) { EXPECT_EQ(std::raise(SIGTERM), 0); });
+    userInterface_.runModal({"Text", "", {"One", "Two"}});
+  };
+  run();
+  EXPECT_TRUE(application_.isTerminating());
+}
+
+class QtApplicationOnABusTest : public QtApplicationTest {
+ protected:
+  QtApplicationOnABusTest() : client_(QDBusConnection::connectToBus(bus_.address().c_str(), "client")) {
+    EXPECT_TRUE(client_.isConnected());
+  }
+  ~QtApplicationOnABusTest() override { QDBusConnection::disconnectFromBus("client"); }
+
+  QDBusPendingCall call(const char* method, const QVariantList& arguments) {
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(identifier, QString::fromStdString(objectPath(identifier.toStdString())),
+                                       "org.freedesktop.Application", method);
+    message.setArguments(arguments);
+    return client_.asyncCall(message);
+  }
+  // From within the loop, with the loop going on.
+  bool isAnswered(const QDBusPendingCall& pending) {
+    EXPECT_TRUE(runUntil([&] { return pending.isFinished(); }));
+    return pending.reply().type() == QDBusMessage::ReplyMessage;
+  }
+
+  ScratchFolder scratch_;
+  SessionBus bus_{scratch_};
+  EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
+  QDBusConnection client_;
+};
+
+const QVariantMap platformData;
+
+TEST_F(QtApplicationOnABusTest, hasItsNameWhileItRuns) {
+  EXPECT_FALSE(client_.interface()->isServiceRegistered(identifier));
+  delegate_->launched = [&] {
+    EXPECT_TRUE(client_.interface()->isServiceRegistered(identifier));
+    application_.terminate();
+  };
+  run();
+  EXPECT_FALSE(client_.interface()->isServiceRegistered(identifier));
+}
+
+TEST_F(QtApplicationOnABusTest, asSecondOneItWaitsForTheName) {
+  const std::string name = identifier.toStdString();
+  auto first = std::make_unique<ApplicationService>(name, ApplicationRequests{});
+  const QString owner = client_.interface()->serviceOwner(identifier);
+  const ApplicationService second(name, ApplicationRequests{});
+  EXPECT_EQ(client_.interface()->serviceOwner(identifier).value(), owner);
+  first.reset();
+  const QString successor = client_.interface()->serviceOwner(identifier);
+  EXPECT_NE(successor, owner);
+  EXPECT_FALSE(successor.isEmpty());
+}
+
+TEST_F(QtApplicationOnABusTest, openingItAgainIsToldToTheDelegateAndThenToThePlatform) {
+  application_.setReopened([&] { delegate_->told.emplace_back("platform"); });
+  QtWindow window({100, 100, "Title"});
+  delegate_->launched = [&] {
+    EXPECT_TRUE(isAnswered(call("Activate", {platformData})));
+    EXPECT_TRUE(runUntil([&] { return delegate_->told.size() == 3; }));
+    window.makeKeyAndOrderFront();
+    EXPECT_TRUE(isAnswered(call("Open", {QStringList{"file:///tmp"}, platformData})));
+    EXPECT_TRUE(runUntil([&] { return delegate_->told.size() == 5; }));
+    application_.terminate();
+  };
+  run();
+  EXPECT_THAT(delegate_->told,
+              ElementsAre("launched", "reopened", "platform", "reopened with windows", "platform", "terminate?"));
+}
+
+TEST_F(QtApplicationOnABusTest, theCallerIsAnsweredBeforeADialogOfTheDelegates) {
+  delegate_->reopened = [&] { userInterface_.runModal({"Text", "", {"One", "Two"}}); };
+  delegate_->launched = [&] {
+    const QDBusPendingCall pending = call("Activate", {platformData});
+    withNextDialog([&, pending](QDialog&) {
+      EXPECT_TRUE(isAnswered(pending));
+      application_.terminate();
+    });
+  };
+  run();
+}
+
+TEST_F(QtApplicationOnABusTest, theActionQuitTerminatesIt) {
+  delegate_->launched = [&] { call("ActivateAction", {"quit", QVariantList(), platformData}); };
+  run();
+  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+}
+
+TEST_F(QtApplicationOnABusTest, whatItDoesNotKnowIsAnError) {
+  delegate_->launched = [&] {
+    EXPECT_FALSE(isAnswered(call("ActivateAction", {"restart", QVariantList(), platformData})));
+    EXPECT_FALSE(isAnswered(call("Activate", {"wrong"})));
+    EXPECT_FALSE(isAnswered(call("Explode", {})));
+    application_.terminate();
+  };
+  run();
+  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+}
+
+TEST_F(QtApplicationOnABusTest, withoutABusNothingIsMissed) {
+  address_.set("unix:path=" + scratch_.path("no-bus"));
+  testing::internal::CaptureStderr();
+  delegate_->launched = [&] { application_.terminate(); };
+  run();
+  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), IsEmpty());
+}
+
+TEST_F(QtApplicationOnABusTest, itsInterfaceCanBeLookedAt) {
+  delegate_->launched = [&] {
+    QDBusMessage message = QDBusMessage::createMethodCall(identifier, "/com/fenwarde/quillery",
+                                                          "org.freedesktop.DBus.Introspectable", "Introspect");
+    const QDBusPendingCall pending = client_.asyncCall(message);
+    EXPECT_TRUE(isAnswered(pending));
+    EXPECT_TRUE(pending.reply().arguments().value(0).toString().contains("\"org.freedesktop.Application\""));
+    application_.terminate();
+  };
+  run();
+}
+
+TEST(ObjectPath, isMadeOfTheName) {
+  EXPECT_EQ(objectPath("com.fenwarde.quillery"), "/com/fenwarde/quillery");
+  EXPECT_EQ(objectPath("org.example.Two-Words"), "/org/example/Two_Words");
+}
+
+}  // namespace

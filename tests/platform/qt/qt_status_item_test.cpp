@@ -1,0 +1,117 @@
+// The status item where there is no tray, as on the screen of these tests.
+#include "platform/qt/qt_status_item.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QPalette>
+#include <QPixmap>
+#include <QTest>
+#include <memory>
+#include <string>
+
+#include "platform/qt/icon_files.h"
+#include "platform/qt/qt_screen.h"
+#include "platform/qt/svg_icon.h"
+#include "tests/platform/qt/event_loop.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class QtStatusItemTest : public testing::Test {
+ protected:
+  QtStatusItemTest() {
+    testing::internal::CaptureStderr();
+    item_ = screen_.makeStatusItem();
+    complaint_ = testing::internal::GetCapturedStderr();
+  }
+
+  QtScreen screen_;
+  std::shared_ptr<StatusItem> item_;
+  std::string complaint_;
+};
+
+TEST_F(QtStatusItemTest, withoutATrayALineSaysSo) {
+  EXPECT_THAT(complaint_, HasSubstr("quillery: no system tray; opening the program again shows its menu\n"));
+  EXPECT_TRUE(screen_.isWithoutTray());
+  item_.reset();
+  EXPECT_FALSE(screen_.isWithoutTray()) << "there is nothing that a tray could show";
+}
+
+TEST_F(QtStatusItemTest, itsMenuOpensAtThePointer) {
+  const auto menu = screen_.makeMenu();
+  bool isChosen = false;
+  menu->addItem("Item", [&] { isChosen = true; });
+  screen_.popUpMenu();
+  EXPECT_EQ(QApplication::activePopupWidget(), nullptr) << "it has no menu yet";
+  item_->setMenu(menu);
+  EXPECT_EQ(item_->menu(), menu);
+  screen_.popUpMenu();
+  auto* const shown = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  ASSERT_NE(shown, nullptr);
+  EXPECT_TRUE(shown->frameGeometry().adjusted(-2, -2, 2, 2).contains(QCursor::pos()));
+  QTest::keyClick(shown, Qt::Key_Down);
+  QTest::keyClick(shown, Qt::Key_Return);
+  EXPECT_TRUE(runUntil([&] { return isChosen; }));
+  EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+}
+
+TEST_F(QtStatusItemTest, itsMenuIsExchanged) {
+  item_->setMenu(screen_.makeMenu());
+  item_->setMenu(nullptr);
+  EXPECT_EQ(item_->menu(), nullptr);
+  screen_.popUpMenu();
+  EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+}
+
+TEST_F(QtStatusItemTest, whatIsOfATrayCanBeSetBeforeThereIsOne) {
+  item_->setImage({"bookmark", "Quillery", true});
+  item_->setToolTip("Sorted just now");
+  item_->setAppearsDisabled(true);
+  const QPalette usual = QApplication::palette();
+  QPalette dark = usual;
+  dark.setColor(QPalette::WindowText, Qt::white);
+  QApplication::setPalette(dark);
+  QApplication::setPalette(usual);
+}
+
+// The colour of a point of the ribbon's edge, in an icon of 64 pixels.
+QColor colourOf(const QIcon& icon) { return icon.pixmap(QSize(64, 64), 1.0).toImage().pixelColor(16, 32); }
+
+TEST(SvgIcon, aSymbolHasTheColourThatTheDesktopWritesWith) {
+  const QIcon icon = symbolicIcon(bookmarkSymbolFile, "no-such-icon", QIcon::Normal);
+  const QPalette usual = QApplication::palette();
+  for (const char* const name : {"#ffffff", "#000000", "#123456"}) {
+    QPalette palette = usual;
+    palette.setColor(QPalette::WindowText, QColor(name));
+    QApplication::setPalette(palette);
+    EXPECT_EQ(colourOf(icon), QColor(name));
+  }
+  QApplication::setPalette(usual);
+}
+
+TEST(SvgIcon, aDisabledSymbolIsPale) {
+  const int normal = colourOf(symbolicIcon(bookmarkSymbolFile, "none", QIcon::Normal)).alpha();
+  const int disabled = colourOf(symbolicIcon(bookmarkSymbolFile, "none", QIcon::Disabled)).alpha();
+  EXPECT_EQ(normal, 255);
+  EXPECT_GT(disabled, 60);
+  EXPECT_LT(disabled, 180);
+}
+
+TEST(SvgIcon, isDrawnInEverySizeAndLeavesTheRestClear) {
+  for (const int side : {16, 22, 48, 256, 512}) {
+    const QImage image = svgIcon(applicationIconFile, "none").pixmap(QSize(side, side), 1.0).toImage();
+    ASSERT_EQ(image.size(), QSize(side, side));
+    EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
+    EXPECT_EQ(image.pixelColor(side / 4, side / 5).alpha(), 255);
+  }
+}
+
+TEST(SvgIcon, hasANameOnlyWhereTheIconThemeKnowsIt) {
+  EXPECT_EQ(svgIcon(applicationIconFile, "no-such-icon").name(), QString());
+  EXPECT_EQ(symbolicIcon(bookmarkSymbolFile, "no-such-icon", QIcon::Normal).name(), QString());
+}
+
+}  // namespace

@@ -1,0 +1,379 @@
+// Windows as a person meets them: the geometry that Qt gives the widgets, and keys as the keyboard sends them.
+#include "platform/qt/qt_window.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateTime>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+#include <QTimeEdit>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/platform/qt/event_loop.h"
+#include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/scratch_folder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using namespace std::chrono_literals;
+
+class QtWindowTest : public testing::Test {
+ protected:
+  Action note(const std::string& what) {
+    return [this, what] { done_.push_back(what); };
+  }
+  template <class Widget>
+  Widget& only() {
+    const QList<Widget*> found = window_->widget().findChildren<Widget*>(QString(), Qt::FindDirectChildrenOnly);
+    EXPECT_EQ(found.size(), 1);
+    return *found.at(0);
+  }
+  void show() {
+    window_->makeKeyAndOrderFront();
+    ASSERT_TRUE(runUntil([this] { return QApplication::activeWindow() == &window_->widget(); }));
+  }
+  // To whatever has the keyboard's focus.
+  void press(Qt::Key key) {
+    const QWidget* const popUp = QApplication::activePopupWidget();
+    QWidget* const focus = popUp != nullptr ? popUp->focusWidget() : QApplication::focusWidget();
+    QTest::keyClick(focus != nullptr ? focus : &window_->widget(), key);
+  }
+
+  std::shared_ptr<QtWindow> window_ = std::make_shared<QtWindow>(WindowDescription{300, 200, "Title & more"});
+  std::vector<std::string> done_;
+};
+
+TEST_F(QtWindowTest, isHiddenAtFirstAndExactlyAsLargeAsSaid) {
+  QWidget& widget = window_->widget();
+  EXPECT_FALSE(widget.isVisible());
+  EXPECT_EQ(widget.size(), QSize(300, 200));
+  show();
+  widget.resize(500, 500);
+  EXPECT_EQ(widget.size(), QSize(300, 200));
+  EXPECT_EQ(widget.windowTitle(), "Title & more");
+  EXPECT_FALSE(widget.windowFlags() & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint));
+}
+
+TEST_F(QtWindowTest, framesAreCountedFromTheBottomLeft) {
+  window_->add(PushButton{{10, 20, 90, 32}, "Push", nullptr});
+  window_->add(CheckBox{{1, 2, 120, 18}, "Check", nullptr});
+  window_->add(PopUp{{0, 0, 300, 26}, {"One"}, nullptr});
+  window_->addTimePicker({200, 172, 100, 28});
+  window_->add(Label{{5, 100, 290, 17}, "Label"});
+  EXPECT_EQ(only<QPushButton>().geometry(), QRect(10, 148, 90, 32));
+  EXPECT_EQ(only<QCheckBox>().geometry(), QRect(1, 180, 120, 18));
+  EXPECT_EQ(only<QComboBox>().geometry(), QRect(0, 174, 300, 26));
+  EXPECT_EQ(only<QTimeEdit>().geometry(), QRect(200, 0, 100, 28));
+  EXPECT_EQ(only<QLabel>().geometry(), QRect(5, 83, 290, 17));
+  show();
+  EXPECT_EQ(only<QPushButton>().geometry(), QRect(10, 148, 90, 32)) << "nothing moves when the window is shown";
+}
+
+TEST_F(QtWindowTest, controlsAddedLaterAreSeenToo) {
+  show();
+  window_->add(Label{{0, 0, 100, 17}, "Late"});
+  EXPECT_TRUE(only<QLabel>().isVisible());
+}
+
+TEST_F(QtWindowTest, titlesAreShownAsTheyAre) {
+  window_->add(PushButton{{0, 0, 200, 32}, "Sort & Quit", nullptr});
+  window_->add(CheckBox{{0, 40, 200, 18}, "Sort & Quit", nullptr});
+  window_->add(Label{{0, 80, 200, 17}, "Sort & <b>Quit</b>"});
+  EXPECT_EQ(only<QPushButton>().text(), "Sort && Quit");
+  EXPECT_EQ(only<QCheckBox>().text(), "Sort && Quit");
+  EXPECT_EQ(only<QLabel>().text(), "Sort & <b>Quit</b>");
+  EXPECT_EQ(only<QLabel>().textFormat(), Qt::PlainText);
+}
+
+TEST_F(QtWindowTest, labelsAreBoldCentredAndLargerAsSaid) {
+  window_->add(Label{.frame = {0, 100, 300, 60}, .text = "Large", .fontSize = 26, .isBold = true, .isCentered = true});
+  const int large = QFontInfo(only<QLabel>().font()).pixelSize();
+  EXPECT_TRUE(only<QLabel>().font().bold());
+  EXPECT_TRUE(only<QLabel>().alignment() & Qt::AlignHCenter);
+  delete &only<QLabel>();
+  window_->add(Label{{0, 0, 300, 60}, "Usual"});
+  EXPECT_EQ(large, 2 * QFontInfo(only<QLabel>().font()).pixelSize());
+  EXPECT_FALSE(only<QLabel>().font().bold());
+  EXPECT_FALSE(only<QLabel>().alignment() & Qt::AlignHCenter);
+}
+
+TEST_F(QtWindowTest, buttonsDoTheirActionWhenUsed) {
+  const auto button = window_->add(PushButton{{0, 0, 90, 32}, "Push", note("pushed")});
+  const auto box = window_->add(CheckBox{{0, 50, 90, 18}, "Check", nullptr, 7});
+  EXPECT_EQ(button->tag(), 0);
+  EXPECT_EQ(box->tag(), 7);
+  EXPECT_FALSE(box->isOn());
+  show();
+  QTest::mouseClick(&only<QPushButton>(), Qt::LeftButton);
+  only<QCheckBox>().click();
+  EXPECT_TRUE(box->isOn());
+  EXPECT_THAT(done_, ElementsAre("pushed"));
+  button->setEnabled(false);
+  QTest::mouseClick(&only<QPushButton>(), Qt::LeftButton);
+  EXPECT_THAT(done_, ElementsAre("pushed"));
+}
+
+TEST_F(QtWindowTest, aCheckBoxHasChangedByTheTimeOfItsAction) {
+  std::shared_ptr<Button> box;
+  box = window_->add(CheckBox{{0, 50, 90, 18}, "Check", [&] { done_.emplace_back(box->isOn() ? "on" : "off"); }});
+  only<QCheckBox>().click();
+  only<QCheckBox>().click();
+  EXPECT_THAT(done_, ElementsAre("on", "off"));
+  box->setOn(true);
+  EXPECT_TRUE(box->isOn());
+  EXPECT_THAT(done_, ElementsAre("on", "off")) << "the program's own change is no use of it";
+}
+
+TEST_F(QtWindowTest, aPopUpButtonTellsOnlyOfItsUsersChoice) {
+  const auto popUp = window_->add(PopUp{{0, 0, 100, 26}, {"One", "Two", "Three"}, note("chosen")});
+  EXPECT_EQ(popUp->selectedIndex(), 0U);
+  popUp->select(2);
+  EXPECT_EQ(popUp->selectedIndex(), 2U);
+  popUp->select(3);
+  EXPECT_EQ(popUp->selectedIndex(), 2U);
+  EXPECT_THAT(done_, IsEmpty());
+  show();
+  only<QComboBox>().setFocus();
+  press(Qt::Key_Up);
+  EXPECT_EQ(popUp->selectedIndex(), 1U);
+  EXPECT_THAT(done_, ElementsAre("chosen"));
+  popUp->setEnabled(false);
+  EXPECT_FALSE(only<QComboBox>().isEnabled());
+}
+
+TEST_F(QtWindowTest, returnAndEscapePressTheirButtonsWhateverHasTheFocus) {
+  window_->add(PushButton{{0, 0, 90, 32}, "Save", note("saved"), KeyEquivalent::returnKey});
+  window_->add(PushButton{{100, 0, 90, 32}, "Cancel", note("cancelled"), KeyEquivalent::escape});
+  window_->add(PushButton{{200, 0, 90, 32}, "Other", note("other")});
+  window_->add(CheckBox{{0, 50, 90, 18}, "Check", note("checked")});
+  window_->add(PopUp{{0, 100, 100, 26}, {"One", "Two"}, note("chosen")});
+  window_->addTimePicker({0, 150, 100, 26});
+  show();
+  for (QWidget* const control : window_->widget().findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+    control->setFocus();
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape}) press(key);
+    EXPECT_THAT(done_, ElementsAre("saved", "saved", "cancelled")) << control->metaObject()->className();
+    done_.clear();
+  }
+  EXPECT_TRUE(window_->widget().isVisible());
+}
+
+TEST_F(QtWindowTest, returnAndEscapeInAnOpenPopUpAreItsOwn) {
+  const auto popUp = window_->add(PopUp{{0, 100, 100, 26}, {"One", "Two", "Three"}, note("chosen")});
+  window_->add(PushButton{{0, 0, 90, 32}, "Save", note("saved"), KeyEquivalent::returnKey});
+  window_->add(PushButton{{100, 0, 90, 32}, "Cancel", note("cancelled"), KeyEquivalent::escape});
+  show();
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+    only<QComboBox>().showPopup();
+    ASSERT_TRUE(runUntil([] { return QApplication::activePopupWidget() != nullptr; }));
+    press(Qt::Key_Down);
+    press(key);
+    EXPECT_TRUE(runUntil([] { return QApplication::activePopupWidget() == nullptr; }));
+  }
+  EXPECT_THAT(done_, ElementsAre("chosen"));
+  EXPECT_EQ(popUp->selectedIndex(), 1U);
+}
+
+TEST_F(QtWindowTest, theButtonOfReturnIsDrawnAsTheDefault) {
+  window_->add(PushButton{{0, 0, 90, 32}, "Save", nullptr, KeyEquivalent::returnKey});
+  EXPECT_TRUE(only<QPushButton>().isDefault());
+  delete &only<QPushButton>();
+  window_->add(PushButton{{0, 0, 90, 32}, "Cancel", nullptr, KeyEquivalent::escape});
+  EXPECT_FALSE(only<QPushButton>().isDefault());
+}
+
+TEST_F(QtWindowTest, aDisabledButtonHasNoKey) {
+  window_->add(PushButton{{0, 0, 90, 32}, "Save", note("saved"), KeyEquivalent::returnKey})->setEnabled(false);
+  show();
+  press(Qt::Key_Return);
+  EXPECT_THAT(done_, IsEmpty());
+}
+
+TEST_F(QtWindowTest, aTimeThatIsTypedCountsWhenReturnSavesIt) {
+  const auto picker = window_->addTimePicker({0, 150, 100, 26});
+  const auto at = [](int hour, int minute) {
+    return Instant(std::chrono::milliseconds(QDateTime({2026, 6, 15}, {hour, minute}).toMSecsSinceEpoch()));
+  };
+  picker->setDateValue(at(9, 30));
+  Instant saved{};
+  window_->add(PushButton{{0, 0, 90, 32}, "Save", [&] { saved = picker->dateValue(); }, KeyEquivalent::returnKey});
+  show();
+  auto& field = only<QTimeEdit>();
+  field.setFocus();
+  field.setKeyboardTracking(false);  // so that nothing but Return takes in what is typed
+  field.setSelectedSection(QDateTimeEdit::HourSection);
+  QTest::keyClicks(&field, "17");
+  press(Qt::Key_Return);
+  EXPECT_EQ(saved, at(17, 30));
+}
+
+TEST_F(QtWindowTest, aClickInATimeSelectsTheHourOrTheMinuteToBeTypedAnew) {
+  window_->addTimePicker({0, 150, 100, 26});
+  show();
+  auto& field = only<QTimeEdit>();
+  field.setTime({9, 30});
+  auto& text = *field.findChild<QLineEdit*>();
+  for (const auto& [place, selected] :
+       {std::pair(QPoint(2, 13), QString("09")),
+        std::pair(QPoint(text.fontMetrics().horizontalAdvance("09:3"), 13), QString("30"))}) {
+    QTest::mouseClick(&text, Qt::LeftButton, Qt::NoModifier, place);
+    EXPECT_EQ(text.selectedText(), selected);
+  }
+  QTest::mouseClick(&text, Qt::LeftButton, Qt::NoModifier, {2, 13});
+  QTest::keyClicks(&field, "1745");
+  EXPECT_EQ(field.time(), QTime(17, 45));
+}
+
+TEST_F(QtWindowTest, tabGoesThroughTheControlsInTheOrderInWhichTheyWereAdded) {
+  window_->add(PushButton{{200, 0, 90, 32}, "Save", nullptr});
+  window_->add(Label{{0, 180, 90, 17}, "Label"});
+  window_->add(CheckBox{{0, 50, 90, 18}, "Check", nullptr});
+  window_->addTimePicker({0, 150, 100, 26});
+  window_->add(PopUp{{0, 100, 100, 26}, {"One", "Two"}, nullptr});
+  window_->add(PushButton{{0, 0, 90, 32}, "Cancel", nullptr});
+  show();
+  window_->widget().findChild<QPushButton*>()->setFocus();
+  std::vector<std::string> order;
+  for (int step = 0; step < 6; ++step) {
+    order.emplace_back(QApplication::focusWidget()->metaObject()->className());
+    // A field for a time keeps Tab for its minutes first.
+    const QWidget* const before = QApplication::focusWidget();
+    for (int attempt = 0; attempt < 3 && QApplication::focusWidget() == before; ++attempt) press(Qt::Key_Tab);
+  }
+  EXPECT_THAT(order, ElementsAre("QPushButton", "QCheckBox", "QTimeEdit", "QComboBox", "QPushButton", "QPushButton"));
+}
+
+TEST_F(QtWindowTest, oneThatIsNotClosableStaysOpen) {
+  EXPECT_FALSE(window_->widget().windowFlags() & Qt::WindowCloseButtonHint);
+  show();
+  EXPECT_FALSE(window_->widget().close());
+  EXPECT_TRUE(window_->widget().isVisible());
+  press(Qt::Key_Escape);
+  EXPECT_TRUE(window_->widget().isVisible());
+  window_->orderOut();
+  EXPECT_FALSE(window_->widget().isVisible());
+}
+
+TEST_F(QtWindowTest, oneThatIsClosableIsHiddenByItsUserAndCanBeShownAgain) {
+  window_ = std::make_shared<QtWindow>(WindowDescription{300, 200, "Title", true});
+  window_->add(Label{{0, 0, 90, 17}, "Label"});
+  EXPECT_TRUE(window_->widget().windowFlags() & Qt::WindowCloseButtonHint);
+  show();
+  EXPECT_TRUE(window_->widget().close());
+  EXPECT_FALSE(window_->widget().isVisible());
+  show();
+  EXPECT_TRUE(only<QLabel>().isVisible());
+}
+
+TEST_F(QtWindowTest, isInTheMiddleOfTheScreen) {
+  window_->center();
+  show();
+  const QPoint distance = window_->widget().geometry().center() - QApplication::primaryScreen()->geometry().center();
+  EXPECT_LE(distance.manhattanLength(), 8) << "but for the window's borders, which are not known before it is shown";
+}
+
+TEST_F(QtWindowTest, anActionMayGiveUpItsWindow) {
+  const auto other = window_->add(CheckBox{{0, 50, 90, 18}, "Check", nullptr});
+  const auto picker = window_->addTimePicker({0, 150, 100, 26});
+  const auto popUp = window_->add(PopUp{{0, 100, 100, 26}, {"One", "Two"}, nullptr});
+  const auto button = window_->add(PushButton{{0, 0, 90, 32}, "Close", [this] {
+                                                window_.reset();
+                                                done_.emplace_back("given up");
+                                              }});
+  show();
+  const QPointer<QWidget> widget(&window_->widget());
+  QTest::mouseClick(&only<QPushButton>(), Qt::LeftButton);
+  EXPECT_THAT(done_, ElementsAre("given up"));
+  EXPECT_FALSE(widget.isNull()) << "its button was still at work";
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // as a loop that runs does
+  EXPECT_TRUE(widget.isNull());
+  for (const auto& control : {button, other}) {
+    control->setOn(true);
+    control->setEnabled(true);
+    EXPECT_FALSE(control->isOn());
+  }
+  popUp->select(1);
+  popUp->setEnabled(true);
+  EXPECT_EQ(popUp->selectedIndex(), 0U);
+  picker->setEnabled(true);
+  picker->setDateValue(Instant(5s));
+  EXPECT_EQ(picker->dateValue(), Instant(5s));
+}
+
+class QtDatePickerTest : public QtWindowTest {
+ protected:
+  QtDatePickerTest() { tzset(); }
+  ~QtDatePickerTest() override {
+    zone_.set(std::nullopt);
+    tzset();
+  }
+
+  EnvironmentScope zone_{"TZ", "Europe/Berlin"};
+  std::shared_ptr<DatePicker> picker_ = window_->addTimePicker({0, 150, 100, 26});
+};
+
+TEST_F(QtDatePickerTest, showsHoursAndMinutesOfTheSystemsTimeZone) {
+  picker_->setDateValue(Instant(1'781'512'245s));  // 2026-06-15 08:30:45 UTC
+  EXPECT_EQ(only<QTimeEdit>().text(), "10:30");
+}
+
+TEST_F(QtDatePickerTest, answersTheVeryInstantUnlessItsUserChangesIt) {
+  const Instant date = Instant(1'781'512'245s) + 678us;
+  picker_->setDateValue(date);
+  EXPECT_EQ(picker_->dateValue(), date);
+  only<QTimeEdit>().setTime({23, 5});
+  EXPECT_EQ(picker_->dateValue(), Instant(1'781'557'500s)) << "23:05 on the same day";
+  only<QTimeEdit>().setTime({0, 0});
+  EXPECT_EQ(picker_->dateValue(), Instant(1'781'474'400s)) << "the same day's midnight";
+  only<QTimeEdit>().setTime({10, 30});
+  EXPECT_EQ(picker_->dateValue(), date);
+}
+
+TEST_F(QtDatePickerTest, isDisabledAsSaid) {
+  picker_->setEnabled(false);
+  EXPECT_FALSE(only<QTimeEdit>().isEnabled());
+}
+
+// A picture that is red all over, as wide as it is high.
+std::string makePicture(const ScratchFolder& scratch) {
+  std::string path = scratch.path("picture.svg");
+  makeFile(path,
+           "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"8\" height=\"8\">"
+           "<rect width=\"8\" height=\"8\" fill=\"#ff0000\"/></svg>");
+  return path;
+}
+
+TEST_F(QtWindowTest, anImageFillsItsFrameInItsOwnProportions) {
+  const ScratchFolder scratch;
+  window_->add(Image{{100, 50, 100, 60}, makePicture(scratch)});
+  const QImage seen = window_->widget().grab().toImage();
+  const auto red = [&](int x, int y) { return seen.pixelColor(QPoint(x, y) * seen.devicePixelRatio()) == Qt::red; };
+  for (const int y : {92, 148}) {  // the frame is from 90 to 149 in the widget
+    EXPECT_TRUE(red(122, y));
+    EXPECT_TRUE(red(177, y));
+    EXPECT_FALSE(red(117, y));
+    EXPECT_FALSE(red(182, y));
+  }
+  EXPECT_FALSE(red(150, 88));
+  EXPECT_FALSE(red(150, 152));
+}
+
+TEST_F(QtWindowTest, anImageThatCannotBeReadIsNothing) {
+  const QImage before = window_->widget().grab().toImage();
+  window_->add(Image{{100, 50, 100, 60}, "/nowhere/at/all.png"});
+  EXPECT_EQ(window_->widget().grab().toImage(), before);
+}
+
+}  // namespace

@@ -1,0 +1,117 @@
+// A panel on a session bus of the test's own. It answers from a thread of its own, as another process would.
+#include "platform/qt/system_tray.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QThread>
+#include <atomic>
+#include <string>
+
+#include "tests/platform/qt/event_loop.h"
+#include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/session_bus.h"
+
+namespace {
+
+constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
+constexpr const char* watcherPath = "/StatusNotifierWatcher";
+
+class Panel : private QDBusVirtualObject {
+ public:
+  Panel(const std::string& address, bool hasHost)
+      : hasHost_(hasHost), bus_(QDBusConnection::connectToBus(QString::fromStdString(address), "panel")) {
+    moveToThread(&thread_);
+    thread_.start();
+    EXPECT_TRUE(bus_.registerVirtualObject(watcherPath, this));
+    EXPECT_TRUE(bus_.registerService(watcherName));
+  }
+  ~Panel() override {
+    bus_.unregisterObject(watcherPath);
+    QDBusConnection::disconnectFromBus("panel");
+    thread_.quit();
+    thread_.wait();
+  }
+  Panel(const Panel&) = delete;
+  Panel& operator=(const Panel&) = delete;
+
+  bool wasAsked() const { return wasAsked_; }
+  void registerHost() {
+    hasHost_ = true;
+    EXPECT_TRUE(bus_.send(QDBusMessage::createSignal(watcherPath, watcherName, "StatusNotifierHostRegistered")));
+  }
+
+ private:
+  QString introspect(const QString&) const override { return {}; }
+  bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+    if (message.member() != "Get" || message.arguments().value(1) != "IsStatusNotifierHostRegistered") return false;
+    wasAsked_ = true;
+    return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(hasHost_.load()))));
+  }
+
+  std::atomic<bool> hasHost_;
+  std::atomic<bool> wasAsked_ = false;
+  QThread thread_;
+  QDBusConnection bus_;
+};
+
+class SystemTrayTest : public testing::Test {
+ protected:
+  void await(SystemTray& tray) {
+    tray.await([this] { ++arrivals_; });
+  }
+
+  ScratchFolder scratch_;
+  SessionBus bus_{scratch_};
+  EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
+  int arrivals_ = 0;
+};
+
+TEST_F(SystemTrayTest, isThereWherePanelsHaveAHost) {
+  SystemTray tray;
+  EXPECT_FALSE(tray.isThere());
+  {
+    const Panel panel(bus_.address(), true);
+    EXPECT_TRUE(tray.isThere());
+  }
+  EXPECT_FALSE(tray.isThere());
+  const Panel panel(bus_.address(), false);
+  EXPECT_FALSE(tray.isThere()) << "there is the service, but nothing that shows icons";
+  EXPECT_TRUE(panel.wasAsked());
+}
+
+TEST_F(SystemTrayTest, aPanelThatComesLaterIsNoticed) {
+  SystemTray tray;
+  await(tray);
+  const Panel panel(bus_.address(), true);
+  EXPECT_TRUE(runUntil([&] { return arrivals_ > 0; }));
+}
+
+TEST_F(SystemTrayTest, aHostThatComesLaterIsNoticedOnce) {
+  SystemTray tray;
+  await(tray);
+  Panel panel(bus_.address(), false);
+  EXPECT_TRUE(runUntil([&] { return panel.wasAsked(); }));
+  EXPECT_EQ(arrivals_, 0);
+  panel.registerHost();
+  EXPECT_TRUE(runUntil([&] { return arrivals_ > 0; }));
+  panel.registerHost();
+  SystemTray other;
+  int arrivalsThere = 0;
+  other.await([&] { ++arrivalsThere; });
+  EXPECT_TRUE(runUntil([&] { return arrivalsThere > 0; }));
+  EXPECT_EQ(arrivals_, 1);
+}
+
+TEST_F(SystemTrayTest, withoutABusThereIsNone) {
+  address_.set("disabled:");
+  SystemTray tray;
+  await(tray);
+  EXPECT_FALSE(tray.isThere());
+  EXPECT_EQ(arrivals_, 0);
+}
+
+}  // namespace
