@@ -2,8 +2,8 @@
 
 #include <iostream>
 
-#include "values/harmless_text.h"
 #include "platform/platform.h"
+#include "values/harmless_text.h"
 
 bool automatic = false;
 

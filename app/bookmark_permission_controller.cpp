@@ -5,9 +5,10 @@
 #include <utility>
 
 #include "app/bring_to_front.h"
-#include "app/probes.h"
 #include "app/weak_action.h"
+#include "engine/bookmark_file.h"
 #include "platform/platform.h"
+#include "schedule/schedule_settings.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ constexpr std::array<DialogButton, 3> dialogButtons = {{
 }  // namespace
 
 const std::shared_ptr<BookmarkPermissionController>& BookmarkPermissionController::shared() {
-  // Never destroyed: at the end of the process its window would come after the screen that it is on.
+  // Never destroyed: its window must not outlive the screen at the end of the process.
   static const auto* const controller = new auto(std::make_shared<BookmarkPermissionController>());
   return *controller;
 }
@@ -37,7 +38,7 @@ bool BookmarkPermissionController::canRead() const { return canReadBookmarks(); 
 
 void BookmarkPermissionController::check(Completion told) {
   if (canRead()) {
-    noteAccessGranted();
+    storeAccessGranted();
     if (dialog) finish(true);
     told(true);
   } else if (dialog) {
@@ -49,7 +50,7 @@ void BookmarkPermissionController::check(Completion told) {
 }
 
 void BookmarkPermissionController::finish(bool isGranted) {
-  if (isGranted) noteAccessGranted();
+  if (isGranted) storeAccessGranted();
   if (timer) timer->invalidate();
   timer = nullptr;
   if (dialog) dialog->orderOut();

@@ -1,4 +1,4 @@
-// The one timer of the scheduled sort. Each firing arms the next; one that comes too late is not made up for.
+// The timer of the scheduled sort. Each firing arms it anew; a sort that is too late is skipped.
 #include "app/sorter_delegate.h"
 #include "platform/platform.h"
 #include "schedule/schedule_settings.h"

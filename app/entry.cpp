@@ -4,8 +4,8 @@
 #include <string>
 
 #include "app/alert.h"
-#include "platform/product.h"
 #include "app/self_test.h"
+#include "platform/product.h"
 
 Application* app = nullptr;
 std::shared_ptr<SorterDelegate> delegate;

@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "platform/arguments.h"
 #include "app/sorter_delegate.h"
+#include "platform/arguments.h"
 #include "platform/platform.h"
 
 // The application and its controller, for as long as runQuillery() runs them.

@@ -1,9 +1,8 @@
-// What follows every launch: the place that the program runs from, access to the bookmarks, the login agent, the
-// schedule.
-#include "app/bookmark_permission_controller.h"
-#include "app/login_agent.h"
+// The setup that follows every launch: the place of installation, access to the bookmarks, login agent and schedule.
 #include "app/alert.h"
-#include "app/probes.h"
+#include "app/bookmark_permission_controller.h"
+#include "app/disk_image.h"
+#include "app/login_agent.h"
 #include "app/sorter_delegate.h"
 #include "platform/platform.h"
 

@@ -4,8 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/product.h"
+#include "engine/sorter_error.h"
 #include "platform/platform.h"
+#include "platform/product.h"
 
 namespace {
 
@@ -46,7 +47,10 @@ std::optional<PlistValue> storedAgent() {
   }
 }
 
-Error loadingFailed() { return {"Sorter", 4, "Could not enable automatic sorting. Please reopen the installed app."}; }
+Error loadingFailed() {
+  return sorterError(SorterError::agentNotLoaded,
+                     "Could not enable automatic sorting. Please reopen the installed app.");
+}
 
 }  // namespace
 

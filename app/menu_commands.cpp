@@ -2,13 +2,13 @@
 #include <array>
 #include <string>
 
-#include "app/bookmark_permission_controller.h"
 #include "app/alert.h"
+#include "app/bookmark_permission_controller.h"
 #include "app/bring_to_front.h"
-#include "platform/product.h"
 #include "app/sorter_delegate.h"
 #include "engine/backups.h"
 #include "platform/platform.h"
+#include "platform/product.h"
 
 namespace {
 

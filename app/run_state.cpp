@@ -1,9 +1,10 @@
-// Whether automatic sorting is on, and the line of the menu that says so.
+// Switches automatic sorting on and off, and shows the state in the menu's status line.
 #include "app/alert.h"
-#include "app/probes.h"
+#include "app/flag_scope.h"
+#include "app/perform_sort.h"
 #include "app/sorter_delegate.h"
-#include "engine/sort_job.h"
-#include "platform/platform.h"
+#include "engine/bookmark_file.h"
+#include "schedule/schedule_settings.h"
 
 SorterDelegate::SorterDelegate() : enabled(!sortingIsPaused()) {}
 
@@ -13,9 +14,9 @@ void SorterDelegate::start() {
     return;
   }
   needsAccess = false;
-  noteAccessGranted();
+  storeAccessGranted();
   enabled = true;
-  platform().userDefaults.set(sortingPausedKey, false);
+  storeSortingPaused(false);
   refresh();
   scheduleDaily();
 }
@@ -23,7 +24,7 @@ void SorterDelegate::start() {
 void SorterDelegate::stop() {
   enabled = false;
   if (dailyTimer) dailyTimer->invalidate();
-  platform().userDefaults.set(sortingPausedKey, true);
+  storeSortingPaused(true);
   refresh();
 }
 
@@ -54,9 +55,7 @@ void SorterDelegate::tick() {
     pauseForAccess();
     return;
   }
-  busy = true;
-  automatic = true;
+  const FlagScope sorting(busy);
+  const FlagScope unattended(automatic);
   performSort();
-  busy = false;
-  automatic = false;
 }

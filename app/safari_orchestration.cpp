@@ -1,16 +1,19 @@
-// Sorting needs Safari closed: asking it to quit, waiting for that, sorting, opening it again; and the sort that
-// follows a quit by its user. Safari is never forced.
+// A sort needs Safari closed. This file quits Safari, waits, sorts and opens Safari again; and it sorts after the user
+// quits Safari. Safari is never force-quit.
 #include <utility>
 
 #include "app/alert.h"
-#include "app/probes.h"
+#include "app/flag_scope.h"
+#include "app/perform_sort.h"
 #include "app/sorter_delegate.h"
-#include "engine/sort_job.h"
+#include "engine/bookmark_file.h"
+#include "engine/safari.h"
 #include "platform/platform.h"
+#include "schedule/schedule_settings.h"
 
 namespace {
 
-// The answers to the question about an open Safari, in the order of its buttons.
+// The indices of the buttons of the question about an open Safari.
 constexpr std::size_t quitSortAndReopen = 0;
 constexpr std::size_t retry = 1;
 
@@ -30,7 +33,7 @@ void openSafari() {
 }  // namespace
 
 void SorterDelegate::sortNow() {
-  const auto self = shared_from_this();  // while a dialog is open, the last other owner may let go
+  const auto self = shared_from_this();  // the last other owner may release it while a dialog is open
   std::size_t choice = retry;
   while (choice == retry) {
     if (busy || updateInstallPending) return;
@@ -39,9 +42,8 @@ void SorterDelegate::sortNow() {
       return;
     }
     if (!safariRunning()) {
-      busy = true;
+      const FlagScope sorting(busy);
       performSort();
-      busy = false;
       return;
     }
     choice = askAboutOpenSafari();
@@ -52,7 +54,7 @@ void SorterDelegate::sortNow() {
 void SorterDelegate::closeSortReopen(bool quiet) {
   if (busy || updateInstallPending) return;
   if (!canReadBookmarks()) return;
-  busy = true;
+  FlagScope sorting(busy);
   const Applications asked = runningSafaris();
   if (asked.empty()) {
     finish(false);
@@ -71,6 +73,7 @@ void SorterDelegate::closeSortReopen(bool quiet) {
       timer.invalidate();
     }
   });
+  sorting.release();  // the sequence goes on until the timer finds Safari closed or gives up
 }
 
 void SorterDelegate::pollForQuit(Timer& timer, Instant deadline, const Applications& asked, bool quiet) {
@@ -79,6 +82,7 @@ void SorterDelegate::pollForQuit(Timer& timer, Instant deadline, const Applicati
   timer.invalidate();
   quitTimer = nullptr;
   if (isGone) {
+    const FlagScope sorting(busy);
     finish(true);
   } else {
     giveUpQuitting(asked, quiet);
@@ -87,21 +91,23 @@ void SorterDelegate::pollForQuit(Timer& timer, Instant deadline, const Applicati
 
 void SorterDelegate::giveUpQuitting(const Applications& asked, bool quiet) {
   busy = false;
-  // One that quits later on does so because its user resolved its question: a quit of the user's.
+  // An instance that quits later does so because the user answered its question, so it counts as the user's quit.
   for (const auto& safari : asked) ownQuitPIDs.erase(safari->processIdentifier());
   if (quiet) return;
   alert("Safari did not close",
         "Sorting was skipped. Resolve any Safari save prompts and try again. Safari was not force-quit.");
 }
 
-// Unattended even where a dialog began it: its user has answered and is back to other work.
+// Unattended even if the user started the sequence from a dialog: the user is back at other work by now.
 void SorterDelegate::finish(bool safariWasRunning) {
-  automatic = true;
-  performSort();
-  automatic = false;
+  {
+    const FlagScope unattended(automatic);
+    performSort();
+  }
   if (safariWasRunning) openSafari();
-  busy = false;
 }
+
+bool SorterDelegate::sortOnQuit() const { return sortsOnSafariQuit(); }
 
 void SorterDelegate::observeTerminations() {
   observers.push_back(desktop().workspace.observeTerminations([weak = weak_from_this()](const auto& application) {

@@ -1,13 +1,16 @@
-// The window in which the user edits what is sorted by itself, and when.
+// The window in which the user chooses when bookmarks are sorted automatically.
 #include <algorithm>
 #include <array>
 #include <vector>
 
+#include "app/alert.h"
 #include "app/bring_to_front.h"
 #include "app/sorter_delegate.h"
-#include "schedule/typed_defaults.h"
 #include "platform/platform.h"
 #include "schedule/next_sort_date.h"
+#include "schedule/schedule_settings.h"
+#include "schedule/settings_keys.h"
+#include "schedule/typed_defaults.h"
 
 namespace {
 
@@ -18,21 +21,23 @@ constexpr const char* explanation =
     "never force-quit.\n\nThe Mac must be awake and sorting started. Missed schedules are skipped. Stop pauses both "
     "automatic options.";
 
-// Today at the time that is stored; at the day's first moment if no day has that time.
+// The stored time on today's date, or the start of today if the stored time is invalid.
 Instant storedTimeToday() {
   const auto calendar = currentCalendar();
   DateComponents today = calendar->components(desktop().mainLoop.now());
   today.hour = 0;
   const Instant midnight = calendar->instant(today);
   const Instant justBefore = midnight - Instant::duration(1);
-  const MatchingTime wanted{std::nullopt, integerForKey(schedule_keys::dailyHour),
-                            integerForKey(schedule_keys::dailyMinute)};
+  const MatchingTime wanted{std::nullopt, integerForKey(settings_keys::dailyHour),
+                            integerForKey(settings_keys::dailyMinute)};
   return calendar->nextDate(justBefore, wanted).value_or(midnight);
 }
 
 bool isIn(int day, const std::vector<int>& days) { return std::ranges::find(days, day) != days.end(); }
 
 }  // namespace
+
+std::vector<int> SorterDelegate::selectedDays() const { return scheduledDays(); }
 
 void SorterDelegate::showSchedule() {
   if (!settingsWindow) {
@@ -51,7 +56,7 @@ void SorterDelegate::addScheduleControls() {
   quitToggle->setOn(sortOnQuit());
   dailyToggle = window.add(
       CheckBox{{24, 282, 470, 26}, "Enable scheduled sorting", calling(&SorterDelegate::scheduleControlsChanged)});
-  dailyToggle->setOn(booleanForKey(schedule_keys::dailyEnabled));
+  dailyToggle->setOn(booleanForKey(settings_keys::dailyEnabled));
   timePicker = window.addTimePicker({24, 238, 160, 30});
   timePicker->setDateValue(storedTimeToday());
   PopUp presets{{204, 238, 290, 30}, {}, calling(&SorterDelegate::presetChanged)};
@@ -88,7 +93,10 @@ void SorterDelegate::saveSchedule() {
   ScheduleChoice choice{quitToggle->isOn(), {}, dailyToggle->isOn(), timePicker->dateValue()};
   for (const auto& button : dayButtons)
     if (button->isOn()) choice.checkedDays.push_back(button->tag());
-  if (!storeSchedule(choice)) return;
+  if (!storeSchedule(choice)) {
+    alert("Choose a day", "Select at least one day for scheduled sorting.");
+    return;
+  }
   closeSchedule();
   scheduleDaily();
   refresh();

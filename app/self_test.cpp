@@ -3,9 +3,9 @@
 #include <exception>
 #include <iostream>
 
-#include "values/require.h"
 #include "engine/sorting_suite.h"
 #include "schedule/scheduling_suite.h"
+#include "values/require.h"
 
 void runSelfTest() {
   try {

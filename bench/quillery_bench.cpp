@@ -20,15 +20,13 @@
 #include <functional>
 #include <iostream>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "app/alert.h"
-#include "app/probes.h"
 #include "engine/backups.h"
+#include "engine/bookmark_file.h"
 #include "engine/sort_job.h"
 #include "engine/sort_order.h"
 #include "platform/linux/posix_file_system.h"
@@ -173,7 +171,6 @@ int run(const std::string& file, int rounds, bool flush) {
       native.propertyLists, files,         native.runningApplications, native.calendars,   native.collation,
       native.userInterface, native.bundle, native.processes,           native.userDefaults};
   const PlatformScope scope(measured);
-  automatic = true;
 
   Figures figures;
   const auto freshFile = [&] {
@@ -190,13 +187,8 @@ int run(const std::string& file, int rounds, bool flush) {
     std::filesystem::remove(backup);
     freshFile();
     warmMemory(memory);
-    {
-      std::ostringstream line;
-      std::streambuf* console = std::cout.rdbuf(line.rdbuf());
-      const SortResult result = target.measure("whole job", [] { return performSort(); });
-      std::cout.rdbuf(console);
-      if (result.outcome != SortOutcome::sorted) throw std::runtime_error("the job failed: " + result.message);
-    }
+    if (!target.measure("whole job", [] { return sortBookmarkFile(bookmarkFile()); }))
+      throw std::runtime_error("the file was in order already");
     std::filesystem::remove_all(backupsFolder());
     freshFile();
     warmMemory(memory);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "values/harmless_text.h"
 #include "companion/instant_text.h"
+#include "values/harmless_text.h"
 
 namespace {
 

@@ -1,15 +1,12 @@
 #include "companion/companion.h"
 
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
 #include <variant>
 
-#include "app/alert.h"
-#include "values/harmless_text.h"
-#include "app/probes.h"
-#include "platform/product.h"
 #include "companion/backup_table.h"
 #include "companion/command_line.h"
 #include "companion/instant_text.h"
@@ -18,11 +15,15 @@
 #include "companion/styles.h"
 #include "engine/backups.h"
 #include "engine/bookmark_file.h"
+#include "engine/job_report.h"
 #include "engine/restore_job.h"
+#include "engine/safari.h"
 #include "engine/sort_job.h"
 #include "engine/sort_order.h"
 #include "platform/platform.h"
+#include "platform/product.h"
 #include "schedule/schedule_settings.h"
+#include "values/harmless_text.h"
 
 namespace {
 
@@ -31,45 +32,15 @@ enum ExitStatus { success = 0, failure = 1, notInOrder = 1, wrongUsage = 2, chec
 // How many entries a preview lists of any file; beyond these, no more than the file has bytes.
 constexpr std::size_t entriesOfASmallFile = 100'000;
 
-// Keeps what is written to standard output from it, for as long as it lives and is wanted.
-class Silence {
- public:
-  explicit Silence(bool isWanted) : isWanted_(isWanted) {
-    if (isWanted_) std::cout.setstate(std::ios::failbit);
-  }
-  ~Silence() {
-    if (isWanted_) std::cout.clear();
-  }
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-
- private:
-  bool isWanted_;
-};
-
-// While it lives, nobody is asked anything.
-class Unattended {
- public:
-  Unattended() { automatic = true; }
-  ~Unattended() { automatic = false; }
-  Unattended(const Unattended&) = delete;
-  Unattended& operator=(const Unattended&) = delete;
-};
-
 void complain(const std::string& text) { std::cerr << "quilleryctl: " << harmlessText(text) << '\n'; }
 
 std::string absolute(const std::string& path) {
   return path.starts_with('/') ? path : platform().processes.workingFolder() + "/" + path;
 }
 
-// The file that an operand names; absent if there is no such operand.
-std::optional<std::string> namedFile(const Request& request, std::size_t index) {
-  return index < request.operands.size() ? std::optional(absolute(request.operands[index])) : std::nullopt;
-}
-
-std::string chosenFile(const Request& request) {
-  const std::optional<std::string> file = namedFile(request, 0);
-  return file ? *file : bookmarkFile();
+// The file that an operand names, or the user's bookmark file if there is no such operand.
+std::string chosenFile(const Request& request, std::size_t operand) {
+  return operand < request.operands.size() ? absolute(request.operands[operand]) : bookmarkFile();
 }
 
 int safariIsInTheWay() {
@@ -77,39 +48,49 @@ int safariIsInTheWay() {
   return safariOpen;
 }
 
-int sort(const Request& request) {
-  const std::optional<std::string> file = namedFile(request, 0);
-  const Unattended unattended;
-  const Silence silence(request.quiet);
-  const SortResult result = performSort(file);
-  switch (result.outcome) {
-    case SortOutcome::sorted:
-    case SortOutcome::alreadyInOrder: return success;
-    case SortOutcome::safariRunning: return safariIsInTheWay();
-    case SortOutcome::onDiskImage:  // asked only of a sort that a person watches
-    case SortOutcome::failed: complain(result.message); return failure;
+// Prints a report as one line, as soon as it is known.
+void print(const Report& report, const Request& request) {
+  if (!request.quiet) std::cout << harmlessText(report.title + ": " + report.message) << '\n' << std::flush;
+}
+
+// Runs a job and returns the exit status. An error is printed on both streams: the log and the terminal.
+int runJob(const Request& request, const char* failureTitle, const std::function<void()>& job) {
+  if (safariRunning()) return safariIsInTheWay();
+  try {
+    job();
+    return success;
+  } catch (const std::exception& error) {
+    const Report report = failureReport(failureTitle, error);
+    print(report, request);
+    complain(report.message);
+    return failure;
   }
-  return failure;
+}
+
+int sort(const Request& request) {
+  return runJob(request, sortFailed, [&] {
+    const std::optional<std::string> backup = sortBookmarkFile(chosenFile(request, 0));
+    if (backup) print(sortReport(backup), request);
+  });
+}
+
+Report restoreReport(const RestoreResult& result) {
+  if (result.outcome == RestoreOutcome::alreadyThere)
+    return {"Already restored", "Your Safari bookmarks are already the same as this backup."};
+  return {"Bookmarks restored", "Your bookmarks are as they were when the backup was made. You can reopen Safari." +
+                                    (result.backup ? "\n\nBackup: " + *result.backup : std::string())};
 }
 
 int restore(const Request& request) {
   const std::string& name = request.operands[0];
   const std::string backup = name.find('/') == name.npos ? backupsFolder() + "/" + name : absolute(name);
-  const std::optional<std::string> file = namedFile(request, 1);
-  const Unattended unattended;
-  const Silence silence(request.quiet);
-  const RestoreResult result = performRestore(backup, file);
-  switch (result.outcome) {
-    case RestoreOutcome::restored:
-    case RestoreOutcome::alreadyThere: return success;
-    case RestoreOutcome::safariRunning: return safariIsInTheWay();
-    case RestoreOutcome::failed: complain(result.message); return failure;
-  }
-  return failure;
+  const std::string file = chosenFile(request, 1);
+  return runJob(request, "Bookmarks could not be restored",
+                [&] { print(restoreReport(restoreBookmarkFile(backup, file)), request); });
 }
 
 int preview(const Request& request) {
-  const std::string file = chosenFile(request);
+  const std::string file = chosenFile(request, 0);
   const Bytes bytes = platform().fileSystem.read(file);
   const PlistValue root = parseBookmarks(bytes).value;
   SortPreview preview(root, bytes.size() + entriesOfASmallFile);
@@ -123,7 +104,7 @@ int preview(const Request& request) {
 }
 
 int check(const Request& request) {
-  const PlistValue root = parseBookmarks(platform().fileSystem.read(chosenFile(request))).value;
+  const PlistValue root = parseBookmarks(platform().fileSystem.read(chosenFile(request, 0))).value;
   const bool isInOrder = sorted(root, true) == root;
   if (!request.quiet) std::cout << "Your Safari bookmarks are " << (isInOrder ? "already" : "not") << " in order.\n";
   return isInOrder ? success : notInOrder;

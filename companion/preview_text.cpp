@@ -3,8 +3,8 @@
 #include <string_view>
 #include <utility>
 
-#include "values/harmless_text.h"
 #include "engine/bookmark_node.h"
+#include "values/harmless_text.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "values/bytes.h"
 #include "platform/file_system.h"
+#include "values/bytes.h"
 
 // Where the backups of the current user's bookmark file are kept.
 std::string backupsFolder();

@@ -6,7 +6,7 @@
 #include "engine/bookmark_node.h"
 #include "engine/fewest_moves.h"
 #include "engine/sort_order.h"
-#include "platform/error.h"
+#include "engine/sorter_error.h"
 
 SortPreview::SortPreview(const PlistValue& root, std::size_t entriesAtMost) : entriesLeft_(entriesAtMost) {
   tellChanges(root, true, [this](const PlistValue& node, const FolderOrder& order) {
@@ -31,7 +31,8 @@ void SortPreview::forEachEntry(const PlistValue& folder, const std::function<voi
   if (change) ++foldersWithMoves_;
   for (std::size_t place = 0; place < children->size(); ++place) {
     if (entriesLeft_ == 0)
-      throw Error("Sorter", 5, "The file holds the same entries again and again, more often than can be listed.");
+      throw sorterError(SorterError::previewHasTooManyLines,
+                        "The bookmark file refers to the same folders so often that a preview of it would not end.");
     --entriesLeft_;
     const std::size_t from = change ? change->from[place] : place;
     const bool isMoved = change && change->moved[place];

@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "values/require.h"
 #include "engine/bookmark_node.h"
 #include "engine/sort_order.h"
+#include "values/require.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "values/bytes.h"
 #include "platform/calendar.h"
+#include "values/bytes.h"
 
 // The permission bits of folders for which nothing else is said.
 inline constexpr unsigned defaultFolderMode = 0755;

@@ -2,11 +2,10 @@
 
 #include <set>
 
-#include "app/alert.h"
-#include "app/sorter_delegate.h"
-#include "schedule/typed_defaults.h"
 #include "platform/platform.h"
 #include "schedule/next_sort_date.h"
+#include "schedule/settings_keys.h"
+#include "schedule/typed_defaults.h"
 
 namespace {
 
@@ -17,6 +16,17 @@ PlistValue listOf(const std::vector<int>& numbers) {
 }
 
 }  // namespace
+
+bool sortingIsPaused() { return booleanForKey(settings_keys::sortingPaused); }
+
+void storeSortingPaused(bool isPaused) { platform().userDefaults.set(settings_keys::sortingPaused, isPaused); }
+
+bool sortsOnSafariQuit() {
+  const std::optional<PlistValue> stored = platform().userDefaults.object(settings_keys::sortOnSafariQuit);
+  return stored ? stored->boolean().value_or(true) : true;
+}
+
+void storeAccessGranted() { platform().userDefaults.set(settings_keys::bookmarkAccessPreviouslyGranted, true); }
 
 const std::array<DayPreset, 4>& dayPresets() {
   static const std::array<DayPreset, 4> presets = {
@@ -34,22 +44,19 @@ std::size_t presetOf(const std::vector<int>& days) {
 }
 
 bool storeSchedule(const ScheduleChoice& choice) {
-  if (choice.isScheduled && choice.checkedDays.empty()) {
-    alert("Choose a day", "Select at least one day for scheduled sorting.");
-    return false;
-  }
+  if (choice.isScheduled && choice.checkedDays.empty()) return false;
   const DateComponents time = currentCalendar()->components(choice.time);
   UserDefaults& defaults = platform().userDefaults;
-  defaults.set(schedule_keys::sortOnSafariQuit, choice.sortOnQuit);
-  defaults.set(schedule_keys::scheduleDays, listOf(choice.checkedDays));
-  defaults.set(schedule_keys::dailyEnabled, choice.isScheduled);
-  defaults.set(schedule_keys::dailyHour, time.hour);
-  defaults.set(schedule_keys::dailyMinute, time.minute);
+  defaults.set(settings_keys::sortOnSafariQuit, choice.sortOnQuit);
+  defaults.set(settings_keys::scheduleDays, listOf(choice.checkedDays));
+  defaults.set(settings_keys::dailyEnabled, choice.isScheduled);
+  defaults.set(settings_keys::dailyHour, time.hour);
+  defaults.set(settings_keys::dailyMinute, time.minute);
   return true;
 }
 
-std::vector<int> storedDays() {
-  const std::optional<PlistValue> stored = platform().userDefaults.object(schedule_keys::scheduleDays);
+std::vector<int> scheduledDays() {
+  const std::optional<PlistValue> stored = platform().userDefaults.object(settings_keys::scheduleDays);
   if (!stored || !stored->is(PlistKind::array)) return everyDay();
   std::vector<int> days;
   for (std::size_t index = 0; index < stored->size(); ++index) {
@@ -61,14 +68,7 @@ std::vector<int> storedDays() {
 }
 
 std::optional<Instant> nextScheduledSort(Instant after) {
-  if (!booleanForKey(schedule_keys::dailyEnabled)) return std::nullopt;
-  return nextSortDate(after, integerForKey(schedule_keys::dailyHour), integerForKey(schedule_keys::dailyMinute),
-                      storedDays());
-}
-
-std::vector<int> SorterDelegate::selectedDays() const { return storedDays(); }
-
-bool SorterDelegate::sortOnQuit() const {
-  const std::optional<PlistValue> stored = platform().userDefaults.object(schedule_keys::sortOnSafariQuit);
-  return stored ? stored->boolean().value_or(true) : true;
+  if (!booleanForKey(settings_keys::dailyEnabled)) return std::nullopt;
+  return nextSortDate(after, integerForKey(settings_keys::dailyHour), integerForKey(settings_keys::dailyMinute),
+                      scheduledDays());
 }

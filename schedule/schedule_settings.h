@@ -1,4 +1,4 @@
-// The settings of the scheduled sort and of the sort when Safari quits: what is stored, and what a user may choose.
+// The stored settings of automatic sorting, read anew at each use.
 #pragma once
 
 #include <array>
@@ -9,43 +9,43 @@
 
 #include "platform/calendar.h"
 
-// The keys in the user's defaults. Nothing registers default values: whoever reads one applies its default.
-namespace schedule_keys {
-inline constexpr const char* sortOnSafariQuit = "sortOnSafariQuit";  // Boolean; true
-inline constexpr const char* scheduleDays = "scheduleDays";          // array of weekday numbers, 1 is Sunday; all
-inline constexpr const char* dailyEnabled = "dailyEnabled";          // Boolean; false
-inline constexpr const char* dailyHour = "dailyHour";                // integer, 0 to 23; 0
-inline constexpr const char* dailyMinute = "dailyMinute";            // integer, 0 to 59; 0
-}  // namespace schedule_keys
+// True if the user has stopped automatic sorting.
+bool sortingIsPaused();
+void storeSortingPaused(bool isPaused);
 
-// The weekdays stored for the scheduled sort, as stored; all seven if there are none or no such list.
-std::vector<int> storedDays();
+// True if a sort follows each time that the user quits Safari.
+bool sortsOnSafariQuit();
 
-// When the next scheduled sort is due after an instant, by the settings as they are now; absent if scheduling is off or
-// no day is chosen. Whether automatic sorting is stopped is not looked at.
+// The weekdays of the scheduled sort in the stored order; all seven if none are stored or the value is malformed.
+std::vector<int> scheduledDays();
+
+// When the first scheduled sort after an instant is due; none if scheduling is off or no day is chosen. Does not depend
+// on whether automatic sorting is stopped.
 std::optional<Instant> nextScheduledSort(Instant after);
 
-// A choice of days that has a name.
+// Records that the bookmark file could be read at least once.
+void storeAccessGranted();
+
+// A named choice of days.
 struct DayPreset {
   std::string title;
   std::vector<int> days;
 };
 
-// In the order in which they are offered. The last has no days of its own: the check boxes of the days decide.
+// The presets in the order of the menu. The last one has no days of its own: the user checks them one by one.
 const std::array<DayPreset, 4>& dayPresets();
 inline constexpr std::size_t selectedDaysPreset = 3;
 
-// The preset that has just these days, as a set; `selectedDaysPreset` where none does.
+// The index of the preset that has exactly this set of days, or `selectedDaysPreset`.
 std::size_t presetOf(const std::vector<int>& days);
 
-// What the controls of the schedule window say.
+// What a user chooses in the schedule window.
 struct ScheduleChoice {
   bool sortOnQuit;
-  std::vector<int> checkedDays;  // weekday numbers, Sunday first
+  std::vector<int> checkedDays;  // weekdays, Sunday first
   bool isScheduled;
-  Instant time;  // of it only the hour and minute in the user's calendar count
+  Instant time;  // only its hour and minute in the user's calendar count
 };
 
-// Stores a choice. One that schedules sorts on no day at all is refused: the user is told, and nothing is stored.
-// Answers whether it was stored.
+// Stores a choice and returns true. Returns false and stores nothing if the choice schedules sorts on no day.
 bool storeSchedule(const ScheduleChoice& choice);

@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "values/require.h"
 #include "platform/platform.h"
 #include "schedule/next_sort_date.h"
+#include "values/require.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
 // Sorts once, as the companion does, but writes files carelessly: in their place, without a temporary file. The tests
 // of faults must notice.
 #include <cstdlib>
+#include <exception>
 #include <fstream>
 
-#include "app/alert.h"
+#include "engine/bookmark_file.h"
 #include "engine/sort_job.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/platform.h"
@@ -34,6 +35,9 @@ int main() {
                           native.calendars,     native.collation, native.userInterface,
                           native.bundle,        native.processes, native.userDefaults};
   const PlatformScope scope(careless);
-  automatic = true;
-  return performSort().outcome == SortOutcome::sorted ? EXIT_SUCCESS : EXIT_FAILURE;
+  try {
+    return sortBookmarkFile(bookmarkFile()) ? EXIT_SUCCESS : EXIT_FAILURE;
+  } catch (const std::exception&) {
+    return EXIT_FAILURE;
+  }
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "schedule/settings_keys.h"
 #include "schedule/typed_defaults.h"
 #include "tests/support/controller_test.h"
 
@@ -30,20 +31,20 @@ class ScheduleSettings : public ControllerTest {
 
 TEST_F(ScheduleSettings, areSortOnQuitNoScheduleMidnightAndEveryDayIfNothingIsStored) {
   EXPECT_TRUE(controller_->sortOnQuit());
-  EXPECT_FALSE(booleanForKey(schedule_keys::dailyEnabled));
-  EXPECT_EQ(integerForKey(schedule_keys::dailyHour), 0);
-  EXPECT_EQ(integerForKey(schedule_keys::dailyMinute), 0);
+  EXPECT_FALSE(booleanForKey(settings_keys::dailyEnabled));
+  EXPECT_EQ(integerForKey(settings_keys::dailyHour), 0);
+  EXPECT_EQ(integerForKey(settings_keys::dailyMinute), 0);
   EXPECT_EQ(controller_->selectedDays(), everyDay);
   EXPECT_EQ(presetOf(controller_->selectedDays()), 0U);
   EXPECT_THAT(machine_.defaults.values(), IsEmpty()) << "nothing registers defaults";
 }
 
 TEST_F(ScheduleSettings, haveTheKeysThatTheyAreStoredUnder) {
-  EXPECT_STREQ(schedule_keys::sortOnSafariQuit, "sortOnSafariQuit");
-  EXPECT_STREQ(schedule_keys::scheduleDays, "scheduleDays");
-  EXPECT_STREQ(schedule_keys::dailyEnabled, "dailyEnabled");
-  EXPECT_STREQ(schedule_keys::dailyHour, "dailyHour");
-  EXPECT_STREQ(schedule_keys::dailyMinute, "dailyMinute");
+  EXPECT_STREQ(settings_keys::sortOnSafariQuit, "sortOnSafariQuit");
+  EXPECT_STREQ(settings_keys::scheduleDays, "scheduleDays");
+  EXPECT_STREQ(settings_keys::dailyEnabled, "dailyEnabled");
+  EXPECT_STREQ(settings_keys::dailyHour, "dailyHour");
+  EXPECT_STREQ(settings_keys::dailyMinute, "dailyMinute");
 }
 
 TEST_F(ScheduleSettings, takeSortOnQuitAsItIsStored) {
@@ -217,6 +218,14 @@ TEST_F(ScheduleSettings, switchedOffTakeTheArmedTimerAway) {
   saveSchedule(off);
   EXPECT_EQ(controller_->dailyTimer, nullptr);
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
+}
+
+TEST_F(ScheduleSettings, pauseSortingIfThatIsStored) {
+  EXPECT_FALSE(sortingIsPaused());
+  machine_.defaults.put("sortingPaused", true);
+  EXPECT_TRUE(sortingIsPaused());
+  storeSortingPaused(false);
+  EXPECT_FALSE(sortingIsPaused());
 }
 
 }  // namespace

@@ -1,0 +1,56 @@
+#include "app/perform_sort.h"
+
+#include <cstdio>
+
+#include "app/alert.h"
+#include "app/disk_image.h"
+#include "engine/bookmark_file.h"
+#include "engine/job_report.h"
+#include "engine/safari.h"
+#include "engine/sort_job.h"
+#include "platform/platform.h"
+
+namespace {
+
+// Asks the user to close Safari until it is closed. Returns false if the user gives up, and at once if `automatic`.
+bool isSafariClosed() {
+  while (safariRunning()) {
+    if (automatic) return false;
+    UserInterface& userInterface = platform().userInterface;
+    userInterface.becomeAccessory();
+    userInterface.activateIgnoringOthers();
+    const std::size_t choice = userInterface.runModal(
+        {"Safari is still open",
+         "Quit Safari, then click Retry to sort your bookmarks. Your bookmarks have not been changed.",
+         {"Retry", "Cancel"}});
+    if (choice != 0) return false;
+  }
+  return true;
+}
+
+// Sorts, and returns what to report; none if there is nothing to report.
+std::optional<Report> sortUnlessImpossible() {
+  if (!automatic && runsFromDiskImage())
+    return Report{"Install the app first",
+                  "Drag Quillery into Applications, then open the installed copy. Automatic sorting cannot run from a "
+                  "disk image."};
+  try {
+    if (!isSafariClosed()) return std::nullopt;
+    const std::optional<std::string> backup = sortBookmarkFile(bookmarkFile());
+    if (!backup && automatic) return std::nullopt;
+    return sortReport(backup);
+  } catch (const std::exception& error) {
+    return failureReport(sortFailed, error);
+  }
+}
+
+}  // namespace
+
+void performSort() noexcept {
+  try {
+    if (const std::optional<Report> report = sortUnlessImpossible()) alert(report->title, report->message);
+  } catch (...) {
+    // No dialog could be shown, or memory has run out: this text needs neither.
+    std::fputs("quillery: the outcome of a sort could not be reported\n", stderr);
+  }
+}

@@ -1,0 +1,54 @@
+// Where the bookmark file is, and whether it can be read.
+#include "engine/bookmark_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+
+#include "tests/support/bookmark_places.h"
+#include "tests/support/virtual_machine.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class BookmarkFileTest : public testing::Test {
+ protected:
+  VirtualMachine machine_;
+};
+
+TEST_F(BookmarkFileTest, theBookmarkFileIsInTheUsersLibrary) {
+  EXPECT_EQ(bookmarkFile(), bookmarks);
+  EXPECT_THAT(machine_.journal.entries(), IsEmpty());
+}
+
+TEST_F(BookmarkFileTest, bookmarksCanBeReadIfReadingTheFileSucceeds) {
+  machine_.files.put(bookmarks, "anything at all");
+  EXPECT_TRUE(canReadBookmarks());
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks)) << "an actual read, and nothing else";
+}
+
+TEST_F(BookmarkFileTest, bookmarksCanBeReadFromAnEmptyFile) {
+  machine_.files.put(bookmarks, "");
+  EXPECT_TRUE(canReadBookmarks());
+}
+
+TEST_F(BookmarkFileTest, bookmarksCannotBeReadIfTheFileIsMissing) {
+  EXPECT_FALSE(canReadBookmarks());
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks)) << "and nothing is said";
+}
+
+TEST_F(BookmarkFileTest, bookmarksCannotBeReadIfReadingFailsInAnyWay) {
+  machine_.files.put(bookmarks, "");
+  int time = 0;
+  for (const int problem : {EACCES, EPERM, EIO, ENOMEM}) {
+    machine_.files.failOn("read", problem, ++time);
+    EXPECT_FALSE(canReadBookmarks()) << problem;
+  }
+  EXPECT_TRUE(canReadBookmarks()) << "each time anew";
+}
+
+}  // namespace
