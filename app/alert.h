@@ -1,13 +1,14 @@
-// The one way the program reports a result or an error.
+// How the program reports a result or an error.
 #pragma once
 
 #include <string>
 
-// True exactly while a sort runs that no dialog of the user's started. Whoever starts such a sort sets it just
-// before and clears it just after; everyone else only reads it.
+// True exactly while an unattended sort runs, one that no dialog started. Only the code that starts such a sort sets
+// it; everything else reads it.
 extern bool automatic;
 
-// Brings the program to the front with a modal dialog of one button and returns when the user dismisses it; or,
-// while `automatic` is true, shows nothing and writes the title, ": " and the message as one line to standard
-// output, flushed, so that it reaches a log file or a pipe at once; made harmless, because a path may hold anything.
+// Brings the program to the front with a modal dialog of one button, and returns when the user dismisses it. While
+// `automatic` is true, prints the title, ": " and the message on standard output instead and flushes, so that a log
+// file or a pipe has the line at once. Characters that a terminal would obey are escaped, because a path may contain
+// any.
 void alert(const std::string& title, const std::string& message);

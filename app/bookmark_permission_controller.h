@@ -1,5 +1,4 @@
-// Finds out whether Safari's bookmarks can be read and, while they cannot, leads the user to the setting that allows
-// it.
+// Checks whether Safari's bookmarks can be read and, if not, leads the user to the setting that allows it.
 #pragma once
 
 #include <chrono>
@@ -9,32 +8,32 @@
 #include "platform/main_loop.h"
 #include "platform/window.h"
 
-// How often the file is tried while the access window is open.
+// How often the bookmark file is read while the access window is open.
 inline constexpr std::chrono::seconds accessPollInterval{1};
 
-// Idle, or waiting with its window open. The three members are set together and cleared together.
+// Either idle, or waiting with its window open. The three members are set together and cleared together.
 class BookmarkPermissionController : public std::enable_shared_from_this<BookmarkPermissionController> {
  public:
-  // Told whether there is access.
+  // Called with true if access is granted.
   using Completion = std::function<void(bool isGranted)>;
 
-  // The one of this process, made on first use.
+  // The only instance, made on first use.
   static const std::shared_ptr<BookmarkPermissionController>& shared();
 
-  // Whether the bookmark file can be read now, by reading it.
+  // Returns true if the bookmark file can be read now; reads it.
   bool canRead() const;
 
-  // Makes sure of access. If it is there, notes that, ends a wait that is going on, and calls `completion` before it
-  // returns. Else opens the access window and calls `completion` when access has come, or the user has cancelled. While
-  // the window is open already it only comes to the front, and this `completion` is never called: whoever opened it
-  // is told.
+  // Ensures access. With access, stores that, finishes a wait if there is one, and calls `completion` before it
+  // returns. Without access, opens the access window and calls `completion` once access is granted or the user cancels.
+  // If the window is open already, only brings it to the front and never calls this `completion`: only the caller that
+  // opened the window learns the outcome.
   void check(Completion completion);
 
-  // Ends a wait, if one goes on, and tells whoever began it. Access that is granted is noted in any case.
+  // Closes the window and calls the completion of a wait, if there is one. Stores that access is granted in any case.
   void finish(bool isGranted);
 
-  // The buttons: shows the program in the file manager, so that it can be dragged into the list, and opens the list;
-  // tries the file; gives up.
+  // The buttons. `settings` reveals the program in the file manager, so that the user can drag it into the list, and
+  // opens the list in System Settings; `retry` reads the file again; `cancel` finishes without access.
   void settings();
   void retry();
   void cancel();

@@ -1,4 +1,4 @@
-// The way into the program, after its platform is there.
+// The program behind main(): what the arguments choose.
 #pragma once
 
 #include <memory>
@@ -7,11 +7,11 @@
 #include "platform/arguments.h"
 #include "platform/platform.h"
 
-// The application and its controller, for as long as runQuillery() runs them.
+// The application and its controller, while runQuillery() runs them; null otherwise.
 extern Application* app;
 extern std::shared_ptr<SorterDelegate> delegate;
 
-// Does what the arguments say and answers the exit status. "--self-test" runs the self-test and nothing else.
-// "--login", which the login agent passes, ends at once if the program runs already. Otherwise the menu-bar program
-// runs until it is quit, on the platform that `withDesktop` makes, which nothing else has to wait for.
+// Runs the program and returns its exit status. "--self-test" runs only the self-test. "--login", which the login agent
+// passes, returns at once if another instance is running. Otherwise the menu-bar program runs until it quits, on the
+// platform that `withDesktop` makes; it is made only then, because the other cases need no screen.
 int runQuillery(const Arguments& arguments, const Platform& (*withDesktop)());

@@ -1,5 +1,5 @@
-// What is set up once the application has started: its place in the menu bar, updates, what it observes, and at last
-// the setup, which may need its user.
+// What happens once the application has started: status item and menu, updater, observers, and finally the setup, which
+// may need the user.
 #include "app/sorter_delegate.h"
 #include "app/weak_action.h"
 #include "platform/platform.h"

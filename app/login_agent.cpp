@@ -18,7 +18,7 @@ std::string agentsFolder() { return platform().fileSystem.homeFolder() + "/Libra
 std::string logFolder() { return platform().fileSystem.homeFolder() + "/Library/Logs/" + std::string(product::maker); }
 std::string agentFile() { return agentsFolder() + "/" + identifier() + ".plist"; }
 
-// The login session of the user on the screen, and the job in it.
+// The user's graphical login session, and the job in it.
 std::string domain() { return "gui/" + std::to_string(platform().processes.userIdentifier()); }
 std::string serviceTarget() { return domain() + "/" + identifier(); }
 
@@ -38,7 +38,7 @@ PlistValue wantedAgent() {
 
 int launch(const std::vector<std::string>& arguments) { return platform().processes.run(launchctl, arguments); }
 
-// What the agent's file holds; absent if there is none that could be read.
+// The stored agent; none if the file is missing or malformed.
 std::optional<PlistValue> storedAgent() {
   try {
     return platform().propertyLists.parse(platform().fileSystem.read(agentFile())).value;
@@ -60,7 +60,7 @@ void registerBackgroundJob() {
   files.createFolder(logFolder(), defaultFolderMode);
   const PlistValue wanted = wantedAgent();
   if (storedAgent() == wanted && launch({"print", serviceTarget()}) == 0) return;
-  launch({"bootout", serviceTarget()});  // of no interest: it fails where nothing was loaded
+  launch({"bootout", serviceTarget()});  // fails if nothing was loaded, which is fine
   files.writeAtomically(agentFile(), platform().propertyLists.serialize(wanted, PropertyListFormat::xml));
   if (launch({"bootstrap", domain(), agentFile()}) != 0) throw loadingFailed();
 }

@@ -1,7 +1,7 @@
-// The login agent: what has the program started at each login of its user.
+// The login agent, which starts the program at each login.
 #pragma once
 
-// Writes the agent's property list into the user's Library/LaunchAgents and has launchctl load it, unless both have
-// been done already. Waits for launchctl. Throws the platform's Error where a folder, the file or launchctl fails, and
-// one of the domain "Sorter" with code 4 if launchctl does not accept the agent.
+// Writes the agent's property list into the user's Library/LaunchAgents and loads it with launchctl. No-op if both are
+// done already. Blocks until launchctl ends. Throws Error if a folder or the file cannot be written or launchctl cannot
+// be started, and SorterError::agentNotLoaded if launchctl rejects the agent.
 void registerBackgroundJob();

@@ -1,4 +1,4 @@
-// The small commands of the menu and of the About window, and the end of the program.
+// The smaller commands of the menu and of the About window, quitting, and opening the program again.
 #include <array>
 #include <string>
 

@@ -14,82 +14,83 @@
 #include "platform/workspace.h"
 #include "schedule/schedule_settings.h"
 
-// How long Safari may take to quit, from the request on.
+// How long Safari may take to quit, counted from the request.
 inline constexpr std::chrono::seconds quitDeadline{45};
-// How often the program looks whether it has.
+// How often the program checks whether Safari has quit.
 inline constexpr std::chrono::milliseconds quitPollInterval{250};
-// How long after Safari's end the sort comes that follows it.
+// The delay between Safari's termination and the sort that follows it.
 inline constexpr std::chrono::seconds sortOnQuitDelay{1};
-// A scheduled sort that is as late as this is skipped.
+// A scheduled sort that is this late or later is skipped.
 inline constexpr std::chrono::seconds latenessLimit{90};
-// How often a postponed update looks whether the sort that it waits for has ended.
+// How often a postponed relaunch checks whether the sort has ended.
 inline constexpr std::chrono::milliseconds updatePollInterval{250};
 
-// One for the life of the process, owned by a shared pointer. All of it runs on the main thread. Whatever waits
-// (timers, observers, posted work) holds it weakly, so that it may go at any moment.
+// There is one per process, owned by a shared pointer. Everything runs on the main thread. Timers, observers and posted
+// work hold the controller weakly, so it may be destroyed at any time.
 class SorterDelegate : public ApplicationDelegate,
                        public UpdaterDelegate,
                        public std::enable_shared_from_this<SorterDelegate> {
  public:
-  // Starts Running, or Stopped if the user had stopped sorting.
+  // The initial state is Running, or Stopped if the user has stopped sorting.
   SorterDelegate();
 
   // --- Launch (app/launch.cpp) ---
 
-  // Sets everything up: the status item and its menu, updates, observers, and the first-run setup.
+  // Makes the status item and its menu, starts the updater and the observers, and posts the setup.
   void applicationDidFinishLaunching() override;
 
   // --- Run state (app/run_state.cpp) ---
 
-  // Switches automatic sorting on for good, if the bookmarks can be read; else asks for access, and the user's earlier
-  // wish stays stored.
+  // Turns automatic sorting on and stores that choice if the bookmarks can be read. Otherwise enters Access required
+  // and leaves the stored choice unchanged.
   void start();
-  // Switches automatic sorting off for good.
+  // Turns automatic sorting off and stores that choice.
   void stop();
   // The status line's action.
   void toggleRunning();
-  // Makes the status line say what the state is. The status item and the line must exist.
+  // Shows the state in the status line. Requires the status item and the line.
   void refresh();
-  // Switches automatic sorting off until start() succeeds, because the bookmarks cannot be read. Stores nothing.
+  // Enters Access required: turns automatic sorting off until start() succeeds, and stores nothing.
   void pauseForAccess();
-  // Sorts once, unattended, if sorting is on and nothing is in its way. Safari must be known to be closed.
+  // Sorts once, unattended. No-op if sorting is off, a sort is in progress or an update is pending. Requires Safari to
+  // be closed.
   void tick();
 
   // --- Sorting around Safari (app/safari_orchestration.cpp) ---
 
-  // The menu's command: sorts at once, or asks what to do about an open Safari.
+  // The menu's command: sorts at once, or asks the user what to do if Safari is open.
   void sortNow();
-  // Asks every Safari to quit, sorts unattended once all have, and opens Safari again if it was running. Gives up after
-  // `quitDeadline`, and says so unless `quiet`. Returns at once; does nothing while a sort runs or an update waits.
+  // Asks every Safari process to quit, sorts unattended after all have quit, and opens Safari again if it was running.
+  // Gives up after `quitDeadline`, with a message unless `quiet`. Returns at once. No-op while a sort is in progress or
+  // an update is pending.
   void closeSortReopen(bool quiet);
-  // From now on follows each quit of Safari by its user with a sort, as long as the settings say so.
+  // From now on sorts each time after the user quits Safari, if the settings say so at that time.
   void observeTerminations();
 
-  // --- Schedule (schedule/) ---
+  // --- The daily timer (app/daily_timer.cpp) ---
 
-  // What storedDays() answers.
-  std::vector<int> selectedDays() const;
-  // Whether the end of Safari is followed by a sort.
-  bool sortOnQuit() const;
-  // Arms the timer for the next scheduled sort by the settings as they are now, in the place of any earlier one.
+  // Arms the timer for the next scheduled sort by the current settings, in place of any earlier timer.
   void scheduleDaily();
   // The same.
   void schedule();
-  // From now on arms the timer anew whenever the machine wakes.
+  // From now on re-arms the timer whenever the machine wakes.
   void observeWake();
 
-  // --- The schedule window (schedule/schedule_window.cpp) ---
+  // --- The schedule window (app/schedule_window.cpp) ---
 
-  // Opens the window with what is stored, or brings the open one forward with what its user has changed.
+  // The stored weekdays and the stored option, see schedule_settings.h.
+  std::vector<int> selectedDays() const;
+  bool sortOnQuit() const;
+  // Opens the window with the stored settings, or brings the open window to the front with its unsaved edits.
   void showSchedule();
-  // Enables what the schedule's check box and the chosen preset leave to be edited.
+  // Enables the controls that can be edited under the current check box and preset.
   void scheduleControlsChanged();
-  // Checks the days of the chosen preset; "Selected days" leaves them as they are.
+  // Checks the days of the chosen preset. "Selected days" leaves them unchanged.
   void presetChanged();
-  // Validates and stores what the controls say, closes the window and arms the timer anew. If it is not accepted, the
-  // user is told and the window stays.
+  // Validates and stores the controls' values, closes the window and re-arms the timer. If the values are rejected,
+  // shows a message and leaves the window open.
   void saveSchedule();
-  // Closes the window; nothing is stored.
+  // Closes the window and stores nothing.
   void cancelSchedule();
 
   // --- The menu's other commands (app/menu_commands.cpp) ---
@@ -97,18 +98,18 @@ class SorterDelegate : public ApplicationDelegate,
   void showAbout();
   void openWebsite();
   void support();
-  // Shows the folder of the backups, which is made first if there is none yet.
+  // Opens the backups folder, and creates it first if it is missing.
   void openBackups();
-  // Ends the program at once; a sequence that waits for Safari is given up.
+  // Ends the program at once. A sequence that waits for Safari is abandoned.
   void quit();
   bool applicationShouldTerminate() override;
-  // Checks the access to the bookmarks, for whoever wonders why nothing happens.
+  // Checks the access to the bookmarks, because a missing access is why a user opens a running program again.
   bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
 
-  // --- First-run setup (access/first_run_setup.cpp) ---
+  // --- First-run setup (app/first_run_setup.cpp) ---
 
-  // Refuses to run from a disk image, makes sure of access to the bookmarks, registers the login agent and arms the
-  // timer. Returns before that if access has to be waited for.
+  // Refuses to run from a disk image, checks the access to the bookmarks, registers the login agent and arms the timer.
+  // If access is missing, opens the access window and returns; the rest follows when the user grants access.
   void setUp();
 
   // --- Updates (app/updates.cpp) ---
@@ -116,12 +117,12 @@ class SorterDelegate : public ApplicationDelegate,
   void checkForUpdates();
   void toggleAutomaticUpdates();
   bool supportsGentleScheduledUpdateReminders() const override;
-  // Puts a reminder of an update that a scheduled check has found into the menu and the tool tip.
+  // Shows a reminder in the menu and the tool tip if a scheduled check found the update.
   void standardUserDriverWillHandleShowingUpdate(bool isUserInitiated) override;
   void standardUserDriverDidReceiveUserAttention() override;
   void standardUserDriverWillFinishUpdateSession() override;
-  // Blocks new sorts until the update session ends. If a sort is in progress answers true and calls `install` once when
-  // it has ended; else answers false, and never calls it.
+  // Blocks new sorts until the update session ends. If a sort is in progress, returns true and calls `install` once
+  // after the sort; otherwise returns false and never calls it.
   bool shouldPostponeRelaunch(Work install) override;
 
   // --- State ---
@@ -130,10 +131,10 @@ class SorterDelegate : public ApplicationDelegate,
   std::shared_ptr<MenuItem> updateMenuItem;
   std::shared_ptr<MenuItem> automaticUpdateMenuItem;
   Observation updateObservation;
-  bool updateInstallPending = false;       // an update waits to relaunch; no sort may start
+  bool updateInstallPending = false;       // an update is about to relaunch the program; no sort may start
   std::shared_ptr<Timer> updateWaitTimer;  // waits for the sort to end before the relaunch
   std::shared_ptr<StatusItem> item;
-  std::shared_ptr<Timer> dailyTimer;  // the next scheduled sort; stays when it is invalidated, until the next arming
+  std::shared_ptr<Timer> dailyTimer;  // the next scheduled sort; kept when invalidated, until it is armed anew
   std::shared_ptr<Timer> quitTimer;   // waits for Safari to quit
   std::shared_ptr<Window> settingsWindow;
   std::shared_ptr<Button> dailyToggle;
@@ -142,17 +143,17 @@ class SorterDelegate : public ApplicationDelegate,
   std::shared_ptr<PopUpButton> dayPreset;
   std::vector<std::shared_ptr<Button>> dayButtons;
   std::vector<Observation> observers;
-  std::set<int> ownQuitPIDs;  // processes of Safari that this program asked to quit and has not yet seen end
+  std::set<int> ownQuitPIDs;  // Safari processes that were asked to quit and have not terminated yet
   std::shared_ptr<Window> aboutWindow;
   bool enabled;              // automatic sorting is on
-  bool busy = false;         // a sort, or all that happens around one, is in progress
-  bool needsAccess = false;  // the bookmark file could not be read
+  bool busy = false;         // a sort, or a sequence around one, is in progress
+  bool needsAccess = false;  // the bookmark file could not be read the last time
   std::shared_ptr<MenuItem> status;
 
  private:
   using Applications = std::vector<std::shared_ptr<RunningApplication>>;
 
-  // What is to be read while no reminder of an update stands.
+  // Shown while there is no reminder of an update.
   static constexpr const char* normalToolTip = "Quillery";
   static constexpr const char* normalUpdateTitle = "Check for Updates…";
 
@@ -168,6 +169,6 @@ class SorterDelegate : public ApplicationDelegate,
   void observeUpdates();
   void clearUpdateReminder();
   void accessWasChecked(bool isGranted);
-  // What calls one of the commands for as long as this lives.
+  // An action that calls a command, and is a no-op once the controller is destroyed.
   Action calling(void (SorterDelegate::*command)());
 };

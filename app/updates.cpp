@@ -1,5 +1,5 @@
-// Updates of the program itself: the two items of the menu, the reminder of an update that was found, and the relaunch
-// that waits for a sort in progress while no other may begin.
+// Updates of the program itself: the two menu items, the reminder of an available update, and the relaunch, which waits
+// for a sort in progress while no new sort may start.
 #include <utility>
 
 #include "app/sorter_delegate.h"

@@ -5,7 +5,8 @@
 
 #include "platform/window.h"
 
-// Calls a command of `object`, which it keeps alive for as long as that runs; does nothing once the object is gone.
+// Returns an action that calls a command of `object` and keeps the object alive meanwhile. No-op once the object is
+// destroyed.
 template <class Object>
 Action weakAction(const std::weak_ptr<Object>& object, void (Object::*command)()) {
   return [object, command] {

@@ -10,7 +10,7 @@ namespace {
 
 using Row = std::array<std::string, 4>;
 
-// One line: names and times from the left, numbers from the right.
+// One line: names and times aligned left, numbers right.
 std::string line(const Row& row, const std::array<std::size_t, 4>& widths) {
   std::string text;
   for (std::size_t column = 0; column < row.size(); ++column) {

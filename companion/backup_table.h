@@ -1,4 +1,4 @@
-// The list of backups for people.
+// The list of backups as text.
 #pragma once
 
 #include <string>
@@ -7,6 +7,6 @@
 #include "companion/styles.h"
 #include "engine/backups.h"
 
-// A heading and a line for each backup: name, time, size, number of bookmarks ("damaged" if it is no bookmark file),
-// and "current" where the bookmark file has the same bytes. If there is none, a line that says so.
+// Returns a heading and a line for each backup: name, time, size, number of bookmarks ("damaged" if it is not a
+// bookmark file), and "current" if the bookmark file has the same bytes. Without backups, a line that says so.
 std::string backupTable(const std::vector<Backup>& backups, const Styles& styles);

@@ -56,7 +56,7 @@ struct Form {
   Command command;
   std::size_t operandsAtLeast;
   std::size_t operandsAtMost;
-  bool isPreview;  // takes all of the options; the others only --quiet
+  bool isPreview;  // takes all options; the other commands only --quiet
 };
 
 constexpr std::array<Form, 6> forms = {{{"preview", Command::preview, 0, 1, true},
@@ -68,7 +68,7 @@ constexpr std::array<Form, 6> forms = {{{"preview", Command::preview, 0, 1, true
 
 std::string quoted(std::string_view text) { return "“" + std::string(text) + "”"; }
 
-// The arguments with options and operands told apart.
+// The arguments, split into options and operands.
 struct Words {
   std::vector<std::string_view> options;
   std::vector<std::string_view> operands;

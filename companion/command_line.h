@@ -1,4 +1,4 @@
-// What the arguments of the companion ask for.
+// The companion's command line.
 #pragma once
 
 #include <string>
@@ -11,20 +11,20 @@ enum class Command { preview, sort, check, backups, restore, next, help, version
 
 struct Request {
   Command command;
-  std::vector<std::string> operands = {};  // files and backups, as many as the command takes
+  std::vector<std::string> operands = {};  // files and backups, at most as many as the command takes
   bool all = false;
   bool json = false;
   bool quiet = false;
 };
 
-// Why the arguments ask for nothing: a sentence without a full stop.
+// What is wrong with the arguments: a sentence without a full stop.
 struct Complaint {
   std::string text;
 };
 
-// Options may stand anywhere before a "--"; "--help" wins over everything but that.
+// Parses the arguments. Options may stand anywhere before "--". "--help" wins over everything else.
 std::variant<Request, Complaint> requestOf(const Arguments& arguments);
 
-// The forms of the command line, a line each; and what there is to know beyond that.
+// The synopsis of each command, and the rest of the help.
 extern const char* const usageText;
 extern const char* const helpText;

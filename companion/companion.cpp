@@ -29,7 +29,7 @@ namespace {
 
 enum ExitStatus { success = 0, failure = 1, notInOrder = 1, wrongUsage = 2, checkFailed = 3, safariOpen = 75 };
 
-// How many entries a preview lists of any file; beyond these, no more than the file has bytes.
+// A preview may list this many entries, plus one for each byte of the file.
 constexpr std::size_t entriesOfASmallFile = 100'000;
 
 void complain(const std::string& text) { std::cerr << "quilleryctl: " << harmlessText(text) << '\n'; }
@@ -110,7 +110,7 @@ int check(const Request& request) {
   return isInOrder ? success : notInOrder;
 }
 
-// The bytes of the user's bookmark file, to compare backups with; absent if they cannot be read, which is said.
+// The bytes of the user's bookmark file, to compare backups with. None if it cannot be read; that is reported.
 std::optional<Bytes> currentBytes() {
   try {
     return platform().fileSystem.read(bookmarkFile());

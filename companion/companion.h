@@ -1,9 +1,9 @@
-// The command-line companion, after its platform is there.
+// The command-line companion behind main().
 #pragma once
 
 #include "platform/arguments.h"
 #include "platform/calendar.h"
 
-// Does what the arguments say, at the time `now`, prints what came of it and answers the exit status. Nothing that is
-// printed can make a terminal do anything but show it, colours apart, and those are for terminals that want them.
+// Runs the command that the arguments name, prints its result and returns the exit status. `now` is the current time.
+// All printed text is escaped for terminals; colours appear only on a terminal that supports them.
 int runCompanion(const Arguments& arguments, Instant now);

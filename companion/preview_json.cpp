@@ -7,8 +7,8 @@
 
 namespace {
 
-// The text in quotation marks. Everything outside of ASCII, and every control character, is an escape. There and back
-// through UTF-8, because that has no half of a pair.
+// The text as a JSON string, with everything but printable ASCII escaped. The detour through UTF-8 replaces unpaired
+// surrogates.
 std::string quoted(std::u16string_view units) {
   constexpr std::string_view digits = "0123456789abcdef";
   std::string text = "\"";
@@ -39,7 +39,7 @@ class JsonPreview {
  public:
   JsonPreview(SortPreview& preview, bool all) : preview_(preview), all_(all) {}
 
-  // The list of a folder's entries.
+  // Adds the array of a folder's entries.
   void addChildren(const PlistValue& folder, std::size_t level) {
     add(R"("children": [)");
     bool isFirst = true;

@@ -1,4 +1,4 @@
-// A preview for people.
+// A preview as text.
 #pragma once
 
 #include <string>
@@ -6,10 +6,10 @@
 #include "companion/styles.h"
 #include "engine/sort_preview.h"
 
-// A line for each entry that a sort would move and for the folders on the way to it, or with `all` for every entry,
-// in the order after the sort. A moved entry has an arrow in front, up or down as it goes, and behind it its place
-// among the folder's entries now and then, counted from 1. Empty if there is nothing to show.
+// Returns a line for each entry that a sort would move and for the folders above it, or with `all` for every entry, in
+// the order after the sort. A moved entry has an arrow up or down before it, and after it its places before and after
+// the sort, from 1. Returns "" if the tree is in order and `all` is false.
 std::string previewText(SortPreview& preview, const PlistValue& root, bool all, const Styles& styles);
 
-// How much was found to be moved by then, in one line.
+// Returns the number of moved entries that previewText() met, in one line.
 std::string previewSummary(const SortPreview& preview);

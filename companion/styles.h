@@ -1,10 +1,10 @@
-// How parts of a line stand out on a terminal.
+// Emphasis on a terminal.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// Text in bold, in green, or dim; as it is where there are no colours.
+// Returns text in bold, green or dim, or unchanged without colours.
 class Styles {
  public:
   explicit Styles(bool hasColors) : hasColors_(hasColors) {}
@@ -22,5 +22,5 @@ class Styles {
   bool hasColors_;
 };
 
-// Those for standard output: colours if that is a terminal that can show them and NO_COLOR does not forbid them.
+// The styles for standard output: with colours if it is a terminal that supports them and NO_COLOR is not set.
 Styles outputStyles();

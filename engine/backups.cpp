@@ -16,7 +16,7 @@ constexpr unsigned backupFileMode = 0600;
 constexpr std::string_view namePrefix = "Bookmarks-";
 constexpr std::string_view nameSuffix = ".plist";
 
-// Counts the bookmarks of a tree. What several folders hold is counted for each of them, but only once gone through.
+// Counts the bookmarks of a tree. A node that several folders share counts once per folder but is visited only once.
 class BookmarkCount {
  public:
   std::uint64_t in(const PlistValue& node) {
@@ -48,7 +48,7 @@ Backup examine(FileEntry file, const std::optional<Bytes>& current) {
     backup.isCurrent = current == bytes;
     backup.bookmarks = BookmarkCount().in(parseBookmarks(bytes).value);
   } catch (const Error&) {
-    return backup;  // one that is damaged or gone must not hide the others
+    return backup;  // a damaged or deleted backup must not hide the others
   }
   return backup;
 }

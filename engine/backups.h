@@ -1,4 +1,4 @@
-// The backups: a copy of the bookmark file's bytes for each time that the program replaced it. None is ever removed.
+// The backups: before each rewrite, the bookmark file's bytes are copied to a new file. Backups are never deleted.
 #pragma once
 
 #include <cstdint>
@@ -9,20 +9,21 @@
 #include "platform/file_system.h"
 #include "values/bytes.h"
 
-// Where the backups of the current user's bookmark file are kept.
+// The path of the folder with the current user's backups.
 std::string backupsFolder();
 
-// Writes `bytes` to a new file in the backups folder, which is made if it is missing; answers the file's path.
+// Writes `bytes` to a new file in the backups folder, which is created if missing. Returns the file's path. Throws the
+// file system's Error.
 std::string backUp(const Bytes& bytes);
 
-// The files of all backups, the newest first. Not one of them is opened.
+// Lists the files of all backups, newest first, without opening them.
 std::vector<FileEntry> backupFiles();
 
 struct Backup {
   FileEntry file;
-  std::optional<std::uint64_t> bookmarks;  // how many; absent if it cannot be read as a bookmark file
-  bool isCurrent;                          // it holds the very bytes that the bookmark file has now
+  std::optional<std::uint64_t> bookmarks;  // their number; none if the backup is not a readable bookmark file
+  bool isCurrent;                          // the bookmark file has the same bytes
 };
 
-// All backups, the newest first. `current` are the bytes of the bookmark file, absent if they cannot be read.
+// Lists and reads all backups, newest first. `current` are the bytes of the bookmark file, none if it cannot be read.
 std::vector<Backup> listBackups(const std::optional<Bytes>& current);

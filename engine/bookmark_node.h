@@ -1,4 +1,4 @@
-// Bookmark nodes: the dictionaries of Safari's bookmark file, and the few keys of theirs that mean something here.
+// Bookmark nodes: the dictionaries of Safari's bookmark file, and the few keys that the program interprets.
 #pragma once
 
 #include <optional>
@@ -24,19 +24,19 @@ inline constexpr std::u16string_view reservedPrefix = u"com.apple.";
 
 enum class NodeType { list, leaf, other };
 
-// What a node says of itself, found in one pass over its keys. The title is valid for as long as the node is.
+// The interpreted fields of a node, found in one pass over its keys. The title is a view into the node.
 struct NodeFields {
   NodeType type = NodeType::other;
   PlistText title{u""};
-  std::size_t children = PlistValue::absent;  // the index of that entry, whatever its value
+  std::size_t children = PlistValue::absent;  // the index of the `Children` entry, whatever its value
 };
 NodeFields fieldsOf(const PlistValue& node);
 
-// Whether a node is a folder: its type is exactly "WebBookmarkTypeList".
+// Returns true if a node is a folder: its type is exactly "WebBookmarkTypeList".
 bool folder(const PlistValue& node);
 
-// A node's title: its `Title` if that is a string, else its URIDictionary's `title` if that is one, else "".
+// Returns a node's title: `Title` if that is a string, else the `title` of `URIDictionary` if that is one, else "".
 std::u16string title(const PlistValue& node);
 
-// A node's entries: its `Children`, if that is an array of nothing but dictionaries.
+// Returns a node's entries: `Children` if that is an array of dictionaries only, else none.
 std::optional<PlistValue> childrenOf(const PlistValue& node);

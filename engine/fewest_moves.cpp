@@ -7,19 +7,19 @@ namespace {
 
 constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-// A run of entries that keep their order among each other, by its last one.
+// An increasing subsequence, represented by its last entry.
 struct Run {
-  std::uint64_t score = 0;  // its length, and among runs of one length how many of its entries stay at their places
+  std::uint64_t score = 0;  // its length first, then the number of its entries that keep their index
   std::size_t last = none;
 };
 
-// Among runs that are as good, the one that ends further down.
+// Between equal scores, the run that ends further down wins.
 bool isBetter(const Run& run, const Run& other) {
   if (run.score != other.score) return run.score > other.score;
   return run.score != 0 && run.last > other.last;
 }
 
-// The best run among those that end with an entry from before a given place: a Fenwick tree of maxima.
+// The best run that ends below a given rank: a Fenwick tree of maxima.
 class BestRuns {
  public:
   explicit BestRuns(std::size_t count) : best_(count + 1) {}
@@ -40,7 +40,7 @@ class BestRuns {
   std::vector<Run> best_;
 };
 
-// For each place of the order, how many of its places come before the one that the entry is from.
+// For each place of the order, the rank of the place that its entry comes from.
 std::vector<std::size_t> ranks(const FolderOrder& order) {
   std::vector<std::size_t> rankOf(order.places.empty() ? 0 : order.places.back() + 1);
   for (std::size_t rank = 0; rank < order.places.size(); ++rank) rankOf[order.places[rank]] = rank;

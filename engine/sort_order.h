@@ -1,5 +1,5 @@
-// The sort order: in every folder the sub-folders first, then the bookmarks, each group by title as the user's file
-// manager orders names. This is the whole ordering rule of the program.
+// The sort order: in every folder the sub-folders first, then the bookmarks, each group by title in the order of the
+// user's file manager.
 #pragma once
 
 #include <cstddef>
@@ -8,25 +8,25 @@
 
 #include "values/plist_value.h"
 
-// Whether a child takes part in its folder's order: a folder or a bookmark whose title does not begin with
-// "com.apple.". Every other child keeps its exact place.
+// True if a child takes part in its folder's order: a folder or a bookmark whose title does not begin with
+// "com.apple.". Every other child keeps its index.
 bool sortable(const PlistValue& child);
 
-// What a sort does to the entries of one folder: `places`, ascending, are the places that the sortable ones have among
-// all entries, and the one that goes to places[k] is at from[k] before. Both are empty where these stay as they are.
+// How a sort rearranges one folder. `places`, ascending, are the indices of the sortable entries; the entry that a sort
+// puts at places[k] is at from[k] before. Both are empty if no entry moves.
 struct FolderOrder {
   std::vector<std::size_t> places;
   std::vector<std::size_t> from;
 };
 
-// `node` with every folder below it in order. With `root` true its own children keep their order and only their
-// contents are sorted. The Reading List is left whole, at any depth. Whatever does not move shares the storage
-// of `node`, so a node that is in order already is returned as it is.
+// Returns `node` with every folder below it in order. With `root` true its own children keep their order and only their
+// contents are sorted. The Reading List is left unchanged at any depth. The result shares storage with `node` wherever
+// nothing moves; a node that is in order is returned as it is.
 PlistValue sorted(const PlistValue& node, bool root);
 
-// Told, while a sort goes on, of every node that it changes: once, as the node was, after those below it. The order is
-// empty where only something below the node changes.
+// Called once per changed node, children first, with the node as it was before the sort. The order is empty if only
+// something below the node changes.
 using ChangeListener = std::function<void(const PlistValue& node, const FolderOrder& order)>;
 
-// Tells of all that sorted(node, root) changes.
-void tellChanges(const PlistValue& node, bool root, const ChangeListener& listener);
+// Calls `listener` with everything that sorted(node, root) would change.
+void reportChanges(const PlistValue& node, bool root, const ChangeListener& listener);

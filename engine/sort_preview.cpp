@@ -9,7 +9,7 @@
 #include "engine/sorter_error.h"
 
 SortPreview::SortPreview(const PlistValue& root, std::size_t entriesAtMost) : entriesLeft_(entriesAtMost) {
-  tellChanges(root, true, [this](const PlistValue& node, const FolderOrder& order) {
+  reportChanges(root, true, [this](const PlistValue& node, const FolderOrder& order) {
     Change& change = changes_[node.identity()];
     if (order.places.empty()) return;
     const std::size_t count = childrenOf(node)->size();

@@ -1,4 +1,4 @@
-// What a sort would do to a bookmark tree, entry by entry, without doing it.
+// What a sort would change in a bookmark tree, entry by entry.
 #pragma once
 
 #include <cstddef>
@@ -8,39 +8,38 @@
 
 #include "values/plist_value.h"
 
-// An entry of a folder as a sort would leave it. Places are among all entries of the folder, counted from 0.
+// An entry of a folder after a sort. Places are indices among all entries of the folder, from 0.
 struct PreviewEntry {
-  PlistValue node;     // as it is now
-  std::size_t from;    // its place now
-  std::size_t to;      // its place after a sort
-  bool isMoved;        // it has to be taken out and put in elsewhere; see fewestMoves()
-  bool changesInside;  // the sort moves something below it
+  PlistValue node;     // before the sort
+  std::size_t from;    // its place before the sort
+  std::size_t to;      // its place after the sort
+  bool isMoved;        // see fewestMoves()
+  bool changesInside;  // the sort changes something below it
 };
 
-// Sorts a tree as the sort job does and remembers what became of each folder. A node that several folders hold is
-// looked at once; a walk over the entries meets it wherever it is.
+// Sorts a tree as the sort job does and keeps the changes of each folder. A node that several folders share is sorted
+// once, but forEachEntry() visits it in each of them.
 class SortPreview {
  public:
-  // `root` is the top of a bookmark file. A walk meets at most `entriesAtMost` entries, because nested folders that
-  // hold the same ones again and again could make a small file into a list without end; a file that is not made like
-  // that lists fewer entries than it has bytes.
+  // `root` is the root of a bookmark file. `entriesAtMost` limits how many entries are visited in all, because nested
+  // shared folders can make a small hostile file into an endless list. Any other file has fewer entries than bytes.
   SortPreview(const PlistValue& root, std::size_t entriesAtMost);
 
   bool isInOrder() const { return changes_.empty(); }
 
-  // Whether a sort changes anything in a folder or below it.
+  // Returns true if a sort changes anything in a folder or below it.
   bool changes(const PlistValue& folder) const { return changes_.contains(folder.identity()); }
 
-  // Calls `visit` for each entry of a folder, in the order after a sort; for none if it is no folder that can be
-  // walked. Throws Error once all calls together have met too many.
+  // Calls `visit` for each entry of a folder, in the order after the sort. No-op for a node without valid children.
+  // Throws SorterError::previewHasTooManyLines once all calls together exceed the limit.
   void forEachEntry(const PlistValue& folder, const std::function<void(const PreviewEntry&)>& visit);
 
-  // Of the entries met so far: how many are moved, and in how many folders.
+  // The number of moved entries visited so far, and of the folders that contain them.
   std::size_t movedEntries() const { return movedEntries_; }
   std::size_t foldersWithMoves() const { return foldersWithMoves_; }
 
  private:
-  // Of the entry at each place after a sort: where it is from, and whether it is moved. Empty where all entries stay.
+  // For each place after the sort: the place before it, and whether the entry is moved. Empty if no entry moves.
   struct Change {
     std::vector<std::size_t> from;
     std::vector<bool> moved;

@@ -7,11 +7,11 @@
 
 #include "platform/calendar.h"
 
-// The user's calendar, in the system's time zone at the moment of the call.
+// The user's calendar in the system's current time zone.
 std::shared_ptr<const Calendar> currentCalendar();
 
-// The earliest instant strictly after `after` that falls on one of `days` (1 is Sunday, 7 is Saturday; other
-// numbers are ignored) at the local time `hour`:`minute`; absent when no day is chosen. A time that a change of
-// the clock skips is due at the first instant after the gap; one that occurs twice is due the first time only.
+// Returns the earliest instant strictly after `after` on one of `days` (1 is Sunday, 7 is Saturday; other numbers are
+// ignored) at the local time `hour`:`minute`, or none if no day is chosen. Where a daylight-saving change skips that
+// time, the sort is due at the first instant after the gap; where it repeats the time, the first time only.
 std::optional<Instant> nextSortDate(Instant after, int hour, int minute, const std::vector<int>& days,
                                     const Calendar& calendar = *currentCalendar());

@@ -1,74 +1,106 @@
 #!/usr/bin/env python3
-"""Checks who includes whom: that the portable core sees no operating system and the native layers decide nothing.
+"""Checks that every file includes only what its room may include, and that no files include each other in a circle.
 
 usage: check_includes.py [FOLDER]
 
-FOLDER is the root of the tree unless given. Prints every include that breaks a rule; exit status 1 if there is one.
-The first rule whose pattern matches a file's path is the one that holds for it.
+FOLDER is the root of the tree; the default is the tree of this script. Prints each include that breaks a rule. The exit
+status is 1 if there is one.
 """
-import fnmatch
 import pathlib
 import re
 import sys
 
-VALUES = ["engine/plist_*.h", "engine/bytes.h", "engine/base64.h"]
-CORE = ["engine/*", "schedule/*", "app/*", "access/*", "companion/*"]
-INTERFACES = ["platform/*.h"]  # not the folders below it; see matches()
-ANY = ["*"]
+# A room is a folder. Each may include itself, the rooms named here, and other libraries only if it says so.
+# The drawing in docs/architecture.md shows the same.
+LIBRARIES = "libraries"
+ROOMS = {
+    "values": set(),
+    "platform": {"values"},
+    "engine": {"platform", "values"},
+    "schedule": {"platform", "values"},
+    "app": {"engine", "schedule", "platform", "values"},
+    "companion": {"engine", "schedule", "platform", "values"},
+    "platform/posix": {"platform", "values", LIBRARIES},
+    "platform/linux/plist": {"platform", "platform/posix", "values", LIBRARIES},
+    "platform/linux": {"platform/linux/plist", "platform/posix", "platform", "values", LIBRARIES},
+    "platform/linux/session": {"platform/linux", "platform/posix", "platform", "values", LIBRARIES},
+    "platform/qt": {"platform/linux/session", "platform/linux", "platform/posix", "platform", "values", LIBRARIES},
+    "platform/macos": {"platform/posix", "platform", "values", LIBRARIES},
+    "platform/macos/desktop": {"platform/macos", "platform/posix", "platform", "values", LIBRARIES},
+}
+# Tests and tools may include every room.
+FREE = ["tests", "bench", "fuzz", "tools"]
+# Beyond that: one room's rule for the headers of other libraries, as a pattern that must not match.
+FORBIDDEN_LIBRARIES = {"platform/linux/session": re.compile("Q[A-Z]"), "platform/linux": re.compile("Q[A-Z]")}
 
-# (files, our own headers that they may include, whether other libraries' and the system's are allowed)
-RULES = [
-    (["app/*main.cpp"], CORE + INTERFACES, False),
-    (VALUES + ["engine/plist_*.cpp", "engine/base64.cpp"], VALUES, False),
-    (INTERFACES, INTERFACES + ["engine/plist_value.h", "engine/bytes.h"], False),
-    (CORE, CORE + INTERFACES, False),
-    (["platform/posix/**"], INTERFACES + VALUES + ["platform/posix/**"], True),
-    (["platform/linux/**"], INTERFACES + VALUES + ["platform/linux/**", "platform/posix/**", "app/product.h"], True),
-    (["platform/macos/**"], INTERFACES + VALUES + ["platform/macos/**", "platform/posix/**", "app/product.h"], True),
-    (["tests/**", "bench/**", "fuzz/**", "tools/**"], ANY, True),
-]
-
-INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
+INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*([<"])([^>"]+)[>"]')
 STANDARD = re.compile(r"[a-z][a-z0-9_]*")
 
 
-def matches(path, patterns):
-    """Whether a path fits a pattern; "*" stops at a slash, "**" does not."""
-    for pattern in patterns:
-        if pattern == "*" or pattern.endswith("/**"):
-            if path.startswith(pattern.rstrip("*")):
-                return True
-        elif path.count("/") == pattern.count("/") and fnmatch.fnmatchcase(path, pattern):
-            return True
-    return False
+def room_of(path):
+    return path.rpartition("/")[0]
 
 
-def complaints(root, path):
-    name = path.relative_to(root).as_posix()
-    rule = next((rule for rule in RULES if matches(name, rule[0])), None)
-    if rule is None:
-        yield f"{name}: no rule says what this file may include"
+def includes_of(text):
+    """Each include as its line number, "<" or '"', and the header."""
+    for number, line in enumerate(text.splitlines(), 1):
+        if found := INCLUDE.match(line):
+            yield number, *found.groups()
+
+
+def complaints(name, text):
+    room = room_of(name)
+    if name.split("/")[0] in FREE:
         return
-    _, allowed, libraries = rule
-    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
-        found = INCLUDE.match(line)
-        if not found:
-            continue
-        kind, header = found.groups()
-        if kind == '"' and not matches(header, allowed):
-            yield f'{name}:{number}: may not include "{header}"'
-        if kind == "<" and not libraries and not STANDARD.fullmatch(header):
-            yield f"{name}:{number}: may include the standard library only, not <{header}>"
+    if room not in ROOMS:
+        yield f"{name}: the folder is not one of the rooms"
+        return
+    for number, kind, header in includes_of(text):
+        if kind == '"':
+            if room_of(header) not in ROOMS[room] | {room}:
+                yield f'{name}:{number}: may not include "{header}"'
+        elif LIBRARIES not in ROOMS[room]:
+            if not STANDARD.fullmatch(header):
+                yield f"{name}:{number}: may include only the standard library, not <{header}>"
+        elif (pattern := FORBIDDEN_LIBRARIES.get(room)) and pattern.match(header):
+            yield f"{name}:{number}: may not include <{header}>"
+
+
+def circles(texts):
+    """Circles of modules: a header and the source of the same name are one module."""
+    def module(name):
+        return re.sub(r"\.(h|cpp|mm|h\.in)$", "", name)
+
+    edges = {}
+    for name, text in texts.items():
+        own = edges.setdefault(module(name), set())
+        own |= {module(header) for _, kind, header in includes_of(text) if kind == '"'} - {module(name)}
+    state = {}
+
+    def visit(node, path):
+        state[node] = "open"
+        for following in sorted(edges.get(node, ())):
+            if state.get(following) == "open":
+                yield " -> ".join(path[path.index(following):] + [following])
+            elif following not in state:
+                yield from visit(following, path + [following])
+        state[node] = "done"
+
+    for node in sorted(edges):
+        if node not in state:
+            yield from visit(node, [node])
 
 
 def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent)
-    folders = ["access", "app", "bench", "companion", "engine", "fuzz", "platform", "schedule", "tests", "tools"]
+    folders = sorted({room.split("/")[0] for room in ROOMS}) + FREE
     files = sorted(path for folder in folders for path in (root / folder).rglob("*")
                    if path.suffix in {".h", ".cpp", ".mm", ".in"} and "data" not in path.parts)
     if not files:
-        sys.exit("check_includes.py: there are no sources here")
-    found = [complaint for path in files for complaint in complaints(root, path)]
+        sys.exit(f"check_includes.py: there are no sources in {root}")
+    texts = {path.relative_to(root).as_posix(): path.read_text(encoding="utf-8") for path in files}
+    found = [complaint for name, text in texts.items() for complaint in complaints(name, text)]
+    found += [f"circle of includes: {circle}" for circle in circles(texts)]
     print("\n".join(found) if found else f"{len(files)} files keep to the rules.")
     sys.exit(1 if found else 0)
 
