@@ -16,7 +16,7 @@
 
 namespace {
 
-// As wide as lines are easy to read, in letters.
+// A line width that is easy to read, in letters.
 constexpr int lettersInLine = 56;
 
 QLabel* makeText(const std::string& text, bool isBold, int width) {
@@ -74,7 +74,7 @@ QWidget* AlertDialog::makeTexts(const Alert& alert) {
   return scroller;
 }
 
-// Not by the box that Qt has for buttons: it puts them where the desktop would, whatever their order.
+// Does not use QDialogButtonBox, which orders the buttons by the desktop's rules.
 void AlertDialog::makeButtons(const std::vector<std::string>& titles) {
   auto* const row = new QHBoxLayout;
   row->addStretch(1);

@@ -11,15 +11,15 @@
 
 #include "platform/user_interface.h"
 
-// All of its texts are to be seen, lines being broken where they must; what is taller than the screen can be scrolled.
-// The buttons are in their order from the left, the first being the default. Escape and closing the window press the
-// button "Cancel", or the only one; where there is neither, they do nothing.
+// Shows all of its texts: long lines wrap, and texts taller than the screen scroll. The buttons are in order from the
+// left, and the first is the default. Escape and closing the window press the button "Cancel" or the only button, and
+// are no-ops if there is neither.
 class AlertDialog : public QDialog {
  public:
   explicit AlertDialog(const Alert& alert);
 
-  // The button that was pressed. Where none was, because the application ends, what Escape would have pressed, or else
-  // the last: the one that is furthest from going ahead.
+  // Returns the index of the pressed button. If none was pressed because the application ends, returns the button of
+  // Escape or, if there is none, the last one, because that is the least likely to start something.
   std::size_t answer() const;
 
  protected:

@@ -4,14 +4,14 @@
 #include <QDBusMessage>
 #include <utility>
 
-#include "platform/qt/posted_work.h"
 #include "platform/linux/object_path.h"
+#include "platform/qt/posted_work.h"
 
 namespace {
 
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 
-// Every one of these takes a dictionary of what the launcher has to say.
+// `platform_data` is a dictionary with facts about the launcher.
 constexpr const char* description = R"(<interface name="org.freedesktop.Application">
   <method name="Activate"><arg type="a{sv}" name="platform_data" direction="in"/></method>
   <method name="Open">
@@ -36,7 +36,7 @@ ApplicationService::ApplicationService(const std::string& name, ApplicationReque
     : name_(QString::fromStdString(name)), requests_(std::move(requests)) {
   QDBusConnection& bus = session_.bus();
   if (!bus.isConnected()) return;
-  // In this order, so that whoever finds the name finds what it stands for.
+  // In this order, so that the object exists once the name has an owner.
   bus.registerVirtualObject(QString::fromStdString(objectPath(name)), this);
   bus.interface()->registerService(name_, QDBusConnectionInterface::QueueService);
 }
@@ -56,7 +56,7 @@ bool ApplicationService::handleMessage(const QDBusMessage& message, const QDBusC
   return true;
 }
 
-// What the message asks for; empty if that is unknown here.
+// Returns the request that the message makes; empty if it is unknown.
 std::function<void()> ApplicationService::requestOf(const QDBusMessage& message) const {
   if (isCall(message, "Activate", "a{sv}") || isCall(message, "Open", "asa{sv}")) return requests_.reopen;
   if (isCall(message, "ActivateAction", "sava{sv}") && message.arguments().value(0).toString() == "quit")

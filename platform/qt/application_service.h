@@ -1,4 +1,4 @@
-// The application as its user's session sees it: a name on the session bus, and what can be asked of it there.
+// The application's name and interface on the session bus.
 #pragma once
 
 #include <QDBusVirtualObject>
@@ -8,13 +8,13 @@
 #include "platform/qt/session_connection.h"
 
 struct ApplicationRequests {
-  std::function<void()> reopen;  // the application was opened though it runs
+  std::function<void()> reopen;  // the user opened the running application again
   std::function<void()> quit;
 };
 
-// Owns the name for as long as it lives, or waits for it where another process has it, and has the interface
-// org.freedesktop.Application at the name's object path. A request is answered at once and made by the loop after that.
-// Without a session bus there is nothing of all that. There must be a QCoreApplication.
+// Owns the name as long as it lives, or queues for it if another process has it, and implements
+// org.freedesktop.Application at the name's object path. Replies to a request at once, and posts the request to the
+// loop. Without a session bus, does nothing. A QCoreApplication must exist.
 class ApplicationService : private QDBusVirtualObject {
  public:
   ApplicationService(const std::string& name, ApplicationRequests requests);

@@ -1,6 +1,4 @@
-# The desktop layer of Linux, drawn by Qt.
-
-# What Qt draws, and its event loop. A library of its own, so that the companion does not load Qt.
+# The desktop layer of Linux on Qt: windows, menus, the tray and the event loop. The companion does not link it.
 find_package(Qt6 REQUIRED COMPONENTS Core DBus Svg Widgets)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
 file(READ packaging/icons/quillery.svg QUILLERY_ICON)
@@ -11,9 +9,9 @@ configure_file(platform/qt/icon_files.h.in platform/qt/icon_files.h @ONLY)
 file(GLOB qt_sources CONFIGURE_DEPENDS platform/qt/*.cpp)
 add_library(quillery_qt STATIC ${qt_sources})
 target_link_libraries(quillery_qt PUBLIC quillery_linux_session Qt6::Core Qt6::Widgets
-                                  PRIVATE PkgConfig::SYSTEMD PkgConfig::XCB Qt6::DBus Qt6::Svg)
+                                  PRIVATE PkgConfig::XCB Qt6::DBus Qt6::Svg)
 
-# The icons where an installed program has them; in the build tree, too, for the programs that run there.
+# The icons in their installed places, and in the same place in the build tree for programs that run there.
 set(icon_folder ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
 install(FILES packaging/icons/quillery.svg DESTINATION ${icon_folder}/scalable/apps
         RENAME ${QUILLERY_BUNDLE_IDENTIFIER}.svg)

@@ -11,11 +11,11 @@ QFont fittedFont(QFont font, const std::function<bool(const QFont&)>& fits) {
 }
 
 bool labelShows(const QString& text, const QFont& font, QSize size, bool wraps) {
-  // On a screen of a fractional scale, letters may be a little wider than they are measured to be.
+  // On a screen with a fractional scale, text may be slightly wider than its measured width.
   constexpr int spare = 1;
   const int width = size.width() - spare;
-  constexpr int farAway = 1 << 20;
-  const QRect room(0, 0, wraps ? width : farAway, farAway);
+  constexpr int unlimited = 1 << 20;
+  const QRect room(0, 0, wraps ? width : unlimited, unlimited);
   const int flags = static_cast<int>(Qt::AlignTop) | (wraps ? Qt::TextWordWrap : 0);
   const QRect needed = QFontMetrics(font).boundingRect(room, flags, text);
   return needed.width() <= width && needed.height() <= size.height();

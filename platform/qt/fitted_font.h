@@ -1,4 +1,4 @@
-// Making text fit the frame that it was given.
+// Chooses fonts with which text fits its frame.
 #pragma once
 
 #include <QFont>
@@ -6,8 +6,9 @@
 #include <QString>
 #include <functional>
 
-// The font, or else the largest smaller one with which `fits` holds; the smallest that can be read if none does.
+// Returns the largest font, up to the given size, for which `fits` returns true; the smallest readable font if there is
+// none.
 QFont fittedFont(QFont font, const std::function<bool(const QFont&)>& fits);
 
-// Whether a label of this size shows all of the text. One that wraps does so between words.
+// Returns true if a label of this size shows all of the text. A label that wraps breaks lines between words.
 bool labelShows(const QString& text, const QFont& font, QSize size, bool wraps);

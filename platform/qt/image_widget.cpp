@@ -13,7 +13,7 @@ void ImageWidget::paintEvent(QPaintEvent*) {
   painter.drawImage(place, image_);
 }
 
-// A picture that is made of shapes is drawn anew for each size.
+// Reads the file again for each size, so that a vector image stays sharp.
 void ImageWidget::load(QSize pixels) {
   if (loadedFor_ == pixels) return;
   loadedFor_ = pixels;

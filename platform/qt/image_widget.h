@@ -5,8 +5,8 @@
 #include <QString>
 #include <QWidget>
 
-// Shows as much of its frame as the picture fills in its own proportions, in the middle, in as many pixels as the
-// screen has there. Shows nothing if the file is no picture.
+// Draws the picture as large as its frame allows, with its aspect ratio, centred, at the screen's resolution. Draws
+// nothing if the file is no picture.
 class ImageWidget : public QWidget {
  public:
   ImageWidget(QString path, QWidget* parent) : QWidget(parent), path_(std::move(path)) {}

@@ -1,12 +1,12 @@
-// The program's texts as Qt wants them.
+// Prepares the program's texts for Qt.
 #pragma once
 
 #include <QFontMetrics>
 #include <QString>
 #include <string>
 
-// A title of a control or a menu item. An ampersand is none of Qt's marks for a key.
+// Returns the title of a control or a menu item with ampersands escaped, which would otherwise mark a shortcut key.
 QString controlTitle(const std::string& title);
 
-// The text with places to break a line wherever there would else be none for more than `width`.
+// Returns the text with zero-width spaces in words wider than `width`, so that lines can break there.
 QString breakable(const QString& text, const QFontMetrics& metrics, int width);

@@ -1,19 +1,20 @@
-// The platform of a Linux session with a screen.
+// The platform of a Linux desktop, on Qt.
 #include <QApplication>
 #include <array>
 #include <cstdlib>
 
 #include "platform/linux/session/package_updater.h"
-#include "platform/qt/qt_application.h"
-#include "platform/qt/qt_main_loop.h"
-#include "platform/qt/qt_screen.h"
-#include "platform/qt/qt_user_interface.h"
+#include "platform/linux/session/session_main_loop.h"
 #include "platform/linux/session/session_workspace.h"
 #include "platform/platform.h"
+#include "platform/qt/qt_application.h"
+#include "platform/qt/qt_event_loop.h"
+#include "platform/qt/qt_screen.h"
+#include "platform/qt/qt_user_interface.h"
 
 namespace {
 
-// Qt would end the process by a signal.
+// Without a screen, Qt would abort the process.
 void requireScreen() {
   for (const char* variable : {"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"})
     if (std::getenv(variable) != nullptr) return;
@@ -34,7 +35,7 @@ class NativeDesktop {
                   screenless.processes,
                   screenless.userDefaults,
                   &desktop_} {
-    // Where there is no tray, this is how its user comes to the menu.
+    // Without a tray, the user reaches the menu by opening the program again.
     application_.setReopened([this] {
       if (screen_.isWithoutTray()) screen_.popUpMenu();
     });
@@ -47,10 +48,11 @@ class NativeDesktop {
   std::array<char, 9> name_{"quillery"};
   std::array<char*, 2> arguments_{name_.data(), nullptr};
   QApplication qt_{argumentCount_, arguments_.data()};
-  QtApplication application_{qt_};
-  QtMainLoop mainLoop_;
-  SessionWorkspace workspace_{mainLoop_};
-  QtScreen screen_;
+  QtEventLoop eventLoop_;
+  QtApplication application_{qt_, eventLoop_};
+  SessionMainLoop mainLoop_{eventLoop_};
+  SessionWorkspace workspace_{eventLoop_};
+  QtScreen screen_{eventLoop_};
   QtUserInterface userInterface_{application_};
   PackageUpdater updater_;
   const Desktop desktop_{application_, mainLoop_, workspace_, screen_, updater_};
@@ -61,7 +63,7 @@ class NativeDesktop {
 
 const Platform& nativeDesktopPlatform() {
   requireScreen();
-  // Never destroyed: at the end of the process Qt's own statics are gone before it would be its turn.
+  // Never destroyed, because Qt's own statics would be destroyed before it.
   static const auto* const desktop = new NativeDesktop(nativePlatform());
   return desktop->platform();
 }

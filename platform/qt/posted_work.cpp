@@ -3,7 +3,7 @@
 #include <QTimer>
 #include <utility>
 
-// A timer without delay rather than a queued call, which the analyser of clang takes for a leak of Qt's.
+// Uses a timer without delay because clang's analyser reports a queued call as a leak.
 void post(QObject& owner, Work work) {
   auto* const timer = new QTimer(&owner);
   timer->setSingleShot(true);

@@ -5,12 +5,12 @@
 #include <string>
 #include <utility>
 
+#include "platform/linux/session/termination_signals.h"
 #include "platform/product.h"
 #include "platform/qt/application_service.h"
 #include "platform/qt/icon_files.h"
 #include "platform/qt/posted_work.h"
 #include "platform/qt/svg_icon.h"
-#include "platform/linux/session/termination_signals.h"
 
 namespace {
 
@@ -27,8 +27,8 @@ QWidgetList visibleWindows() {
 
 }  // namespace
 
-QtApplication::QtApplication(QApplication& application) {
-  QApplication::setApplicationName(text(product::name));  // no display name: Qt would add that to every title
+QtApplication::QtApplication(QApplication& application, EventLoop& loop) : loop_(loop) {
+  QApplication::setApplicationName(text(product::name));  // no display name, which Qt would add to every title
   QApplication::setApplicationVersion(text(product::version));
   QApplication::setDesktopFileName(text(product::bundleIdentifier));
   QApplication::setQuitOnLastWindowClosed(false);
@@ -38,8 +38,8 @@ QtApplication::QtApplication(QApplication& application) {
 
 void QtApplication::run() {
   if (isTerminating_) return;
-  QObject receiver;  // of what is posted, so that nothing of it runs after the loop
-  const TerminationSignals termination([this] { terminate(); });
+  QObject receiver;  // owns the posted work, so that it does not run after the loop
+  const TerminationSignals termination(loop_, [this] { terminate(); });
   const ApplicationService service(std::string(product::bundleIdentifier),
                                    {.reopen = [this] { reopen(); }, .quit = [this] { terminate(); }});
   post(receiver, [this] {
@@ -56,7 +56,7 @@ void QtApplication::terminate() {
   isAsking_ = false;
   if (!isAllowed) return;
   isTerminating_ = true;
-  QApplication::exit();  // not quit, which asks the windows, and those that cannot be closed refuse
+  QApplication::exit();  // not quit, which a window that cannot be closed refuses
 }
 
 void QtApplication::reopen() {

@@ -7,34 +7,34 @@
 #include <memory>
 
 #include "platform/application.h"
+#include "platform/linux/session/event_loop.h"
 
 class QtApplication : public Application {
  public:
-  // Names Qt's application and gives it the program's icon. It must outlive this one, and there is one of these at a
-  // time.
-  explicit QtApplication(QApplication& application);
+  // Gives Qt's application the program's name and icon. Both parameters must outlive this. Only one may live at a time.
+  QtApplication(QApplication& application, EventLoop& loop);
   QtApplication(const QtApplication&) = delete;
   QtApplication& operator=(const QtApplication&) = delete;
 
   void setDelegate(const std::weak_ptr<ApplicationDelegate>& delegate) override { delegate_ = delegate; }
 
-  // What else the platform does when the application is opened though it runs, after the delegate was told.
+  // Sets what the platform does, after the delegate, when the user opens the running application again.
   void setReopened(std::function<void()> reopened) { reopened_ = std::move(reopened); }
 
-  // While it runs, the application has its identifier as its name on the session bus, where it can be opened once more
-  // and told to quit (ApplicationService), and SIGTERM and SIGINT terminate it. If the delegate allows it, opening it
-  // raises its windows. Returns at once if it was terminated before.
+  // While it runs, the application owns its identifier as a name on the session bus, where it can be opened again and
+  // asked to quit (ApplicationService), and SIGTERM and SIGINT terminate it. Opening it again raises its windows if the
+  // delegate allows that. Returns at once if the application was terminated before.
   void run() override;
 
-  // All nested loops end, too: those of dialogs and menus return as if nothing had been chosen. While the delegate is
-  // being asked, it is not asked again.
+  // Also ends nested loops: dialogs and menus return as if nothing had been chosen. A call while the delegate decides
+  // is a no-op.
   void terminate() override;
 
-  // Whether the loop is ending or has ended. No dialog may be shown any more: its own loop would not run.
+  // Returns true if the loop is ending or has ended. No dialog may be shown then, because its loop would not run.
   bool isTerminating() const { return isTerminating_; }
 
  private:
-  // Requests of the desktop to quit, which Qt would otherwise handle by itself.
+  // Intercepts requests of the desktop to quit, which Qt would handle itself.
   class QuitFilter : public QObject {
    public:
     explicit QuitFilter(QtApplication& owner) : owner_(owner) {}
@@ -46,6 +46,7 @@ class QtApplication : public Application {
 
   void reopen();
 
+  EventLoop& loop_;
   std::weak_ptr<ApplicationDelegate> delegate_;
   std::function<void()> reopened_;
   bool isAsking_ = false;

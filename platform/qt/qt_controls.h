@@ -1,5 +1,5 @@
-// The controls that a program holds on to, over Qt's widgets. They outlive their window, but then nothing comes of what
-// they are told, and they answer as a control that was never used.
+// The program's handles for Qt's widgets. They may outlive their window: then setters are no-ops, and getters return
+// the values of an unused control.
 #pragma once
 
 #include <QAbstractButton>
@@ -28,7 +28,7 @@ class QtPopUpButton : public PopUpButton {
  public:
   explicit QtPopUpButton(QComboBox* comboBox) : comboBox_(comboBox) {}
   std::size_t selectedIndex() const override;
-  // An index that there is not is ignored.
+  // Ignores an index that is out of range.
   void select(std::size_t index) override;
   void setEnabled(bool enabled) override;
 
@@ -36,8 +36,8 @@ class QtPopUpButton : public PopUpButton {
   QPointer<QComboBox> comboBox_;
 };
 
-// The hours and minutes are those of the system's time zone. Unless its user changes them, the date is the very
-// instant that it was set to; otherwise it is on the same day, and the minute has just begun.
+// Shows hours and minutes in the system's time zone. `dateValue` returns exactly the date that was set until the user
+// changes the time; then the start of the chosen minute on the same day.
 class QtDatePicker : public DatePicker {
  public:
   explicit QtDatePicker(QTimeEdit* timeEdit) : timeEdit_(timeEdit) { QtDatePicker::setDateValue({}); }

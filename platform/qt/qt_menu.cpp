@@ -18,7 +18,7 @@ void QtMenuItem::setEnabled(bool enabled) {
 
 void QtMenuItem::setOn(bool on) {
   if (!action_) return;
-  action_->setCheckable(true);  // only now: where some items may have check marks, all others are indented
+  action_->setCheckable(true);  // not earlier, because one checkable item indents all others
   action_->setData(on);
   action_->setChecked(on);
 }
@@ -26,7 +26,7 @@ void QtMenuItem::setOn(bool on) {
 std::shared_ptr<MenuItem> QtMenu::addItem(const std::string& title, Action action) {
   QAction* const item = menu_.addAction(QString());
   QObject::connect(item, &QAction::triggered, item, [item, action = std::move(action)] {
-    if (item->isCheckable()) item->setChecked(item->data().toBool());  // Qt has changed it; the program decides that
+    if (item->isCheckable()) item->setChecked(item->data().toBool());  // undoes the change by Qt: the program decides
     if (action) post(*item, action);
   });
   return std::make_shared<QtMenuItem>(item, title);

@@ -1,4 +1,4 @@
-// A menu of Qt's.
+// Menus on Qt.
 #pragma once
 
 #include <QAction>
@@ -9,7 +9,7 @@
 
 #include "platform/menu.h"
 
-// An item outlives its menu, but then nothing comes of what it is told.
+// May outlive its menu: then setters have no effect on the screen.
 class QtMenuItem : public MenuItem {
  public:
   QtMenuItem(QAction* action, const std::string& title);
@@ -24,14 +24,14 @@ class QtMenuItem : public MenuItem {
   std::string title_;
 };
 
-// There must be a QApplication. An item's action runs from the loop once the menu is closed, so that it may show a
-// dialog even if the menu was another program's picture of this one.
+// A QApplication must exist. The loop runs an item's action after the menu has closed, so that the action may show a
+// dialog even if another program displays the menu.
 class QtMenu : public Menu {
  public:
   std::shared_ptr<MenuItem> addItem(const std::string& title, Action action) override;
   void addSeparator() override;
 
-  // It is remembered, but Qt never decides which items are enabled.
+  // Only stores the value: Qt never decides which items are enabled.
   void setAutoenablesItems(bool autoenables) override { autoenablesItems_ = autoenables; }
   bool autoenablesItems() const { return autoenablesItems_; }
 

@@ -4,7 +4,7 @@
 #include "platform/qt/qt_window.h"
 
 std::shared_ptr<StatusItem> QtScreen::makeStatusItem() {
-  const auto item = std::make_shared<QtStatusItem>();
+  const auto item = std::make_shared<QtStatusItem>(loop_);
   statusItem_ = item;
   return item;
 }

@@ -1,24 +1,29 @@
-// What the program puts on the screen, by Qt's widgets.
+// Status item, menus and windows on Qt's widgets.
 #pragma once
 
 #include <memory>
 
+#include "platform/linux/session/event_loop.h"
 #include "platform/qt/qt_status_item.h"
 #include "platform/screen.h"
 
-// There must be a QApplication before it and for as long as anything that it made is there. Actions must not throw.
+// A QApplication must exist as long as this and all that it has made. Actions must not throw.
 class QtScreen : public Screen {
  public:
+  // The loop must outlive it and its status items.
+  explicit QtScreen(EventLoop& loop) : loop_(loop) {}
+
   std::shared_ptr<StatusItem> makeStatusItem() override;
   std::shared_ptr<Menu> makeMenu() override;
   std::shared_ptr<Window> makeWindow(const WindowDescription& description) override;
 
-  // Whether there is a status item that waits for a tray: nobody can see it then.
+  // Returns true if there is a status item but no tray that shows it.
   bool isWithoutTray() const;
 
-  // Opens the menu of the last status item at the pointer, if that is there and has one.
+  // Opens the menu of the last status item at the pointer; a no-op without an item or a menu.
   void popUpMenu();
 
  private:
+  EventLoop& loop_;
   std::weak_ptr<QtStatusItem> statusItem_;  // the last one made
 };

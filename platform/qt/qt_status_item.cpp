@@ -25,8 +25,8 @@ bool QtStatusItem::PaletteWatch::eventFilter(QObject* object, QEvent* event) {
   return false;
 }
 
-QtStatusItem::QtStatusItem() {
-  if (tray_.isThere()) {
+QtStatusItem::QtStatusItem(EventLoop& loop) : tray_(loop) {
+  if (tray_.isAvailable()) {
     makeTrayIcon();
   } else {
     std::cerr << "quillery: no system tray; opening the program again shows its menu\n";
@@ -80,7 +80,7 @@ QIcon QtStatusItem::icon() const {
   return image_.isTemplate ? QIcon::fromTheme(name + "-symbolic", QIcon::fromTheme(name)) : QIcon::fromTheme(name);
 }
 
-// A tray is given no place without an image.
+// An icon without an image stays out of the tray.
 void QtStatusItem::updateIcon() {
   if (!trayIcon_) return;
   const QIcon icon = this->icon();

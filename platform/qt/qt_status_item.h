@@ -1,4 +1,4 @@
-// The program's place in the desktop's tray of status icons.
+// The program's icon in the desktop's system tray.
 #pragma once
 
 #include <QObject>
@@ -7,31 +7,33 @@
 #include <memory>
 #include <string>
 
+#include "platform/linux/session/event_loop.h"
+#include "platform/menu.h"
 #include "platform/qt/qt_menu.h"
 #include "platform/qt/system_tray.h"
-#include "platform/menu.h"
 
-// Not every desktop has a tray. Where there is none, a line on standard error says so, and the icon appears as soon as
-// one does. There must be a QApplication.
+// A desktop may have no tray. Then a line on standard error reports that, and the icon appears once there is a tray. A
+// QApplication must exist.
 class QtStatusItem : public StatusItem {
  public:
-  QtStatusItem();
+  // The loop must outlive it.
+  explicit QtStatusItem(EventLoop& loop);
 
-  // The symbol "bookmark" is the program's own; of others, the icon theme's is taken.
+  // The symbol "bookmark" is the program's own; the icon theme provides all others.
   void setImage(const SymbolImage& image) override;
-  // Without one, the image's description is shown.
+  // An empty text shows the image's description.
   void setToolTip(const std::string& text) override;
   void setAppearsDisabled(bool appearsDisabled) override;
-  // It must be one that QtScreen made. Either button of the mouse opens it.
+  // The menu must be one of QtScreen. Either mouse button opens it.
   void setMenu(std::shared_ptr<Menu> menu) override;
   std::shared_ptr<Menu> menu() const override { return menu_; }
 
   bool isInTray() const { return trayIcon_ != nullptr; }
-  // Opens the menu at the pointer; nothing happens if there is none.
+  // Opens the menu at the pointer; a no-op without a menu.
   void popUpMenu();
 
  private:
-  // Calls `changed` when the desktop takes on other colours.
+  // Calls `changed` when the desktop's colours change.
   class PaletteWatch : public QObject {
    public:
     explicit PaletteWatch(std::function<void()> changed);

@@ -13,7 +13,7 @@ void activate(QWidget& window) {
   window.activateWindow();
 }
 
-// The dialog that the others wait for, or else the active window, or any that is to be seen; null if there is none.
+// Returns the modal dialog, else the active window, else any visible window; null if there is none.
 QWidget* frontWindow() {
   if (QWidget* const modal = QApplication::activeModalWidget()) return modal;
   if (QWidget* const active = QApplication::activeWindow()) return active;

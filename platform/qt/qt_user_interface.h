@@ -1,4 +1,4 @@
-// Alerts by Qt's dialogs.
+// Alerts on Qt's dialogs.
 #pragma once
 
 #include "platform/qt/qt_application.h"
@@ -9,14 +9,14 @@ class QtUserInterface : public UserInterface {
   // The application must outlive it.
   explicit QtUserInterface(const QtApplication& application) : application_(application) {}
 
-  // There is no more to it: a program is among the running ones here only while it has a window.
+  // No-op on Linux: only programs with a window are listed as running.
   void becomeAccessory() override {}
 
-  // Raises the dialog or the window that is in front among the program's own. If there is none, the next dialog is
-  // raised. A desktop may let it call for attention instead.
+  // Raises the program's front dialog or window, or the next dialog if there is none now. The desktop may only mark it
+  // as demanding attention.
   void activateIgnoringOthers() override;
 
-  // Once the application terminates, and from then on, the answer is that of AlertDialog without a button pressed.
+  // Once the application is terminating, returns the answer of an AlertDialog without a pressed button.
   std::size_t runModal(const Alert& alert) override;
 
  private:

@@ -28,12 +28,12 @@
 namespace {
 
 Qt::WindowFlags flagsFor(const WindowDescription& description) {
-  // A dialog's window: desktops give it no buttons to minimise it or to make it fill the screen.
+  // Desktops give a dialog no buttons to minimise or maximise it.
   const Qt::WindowFlags flags = Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
   return description.isClosable ? flags | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint : flags;
 }
 
-// The room that a button of this font has for its title.
+// Returns the width that a button with this font has for its title.
 int titleWidth(const QAbstractButton& button, QStyle::SubElement contents, const QFont& font) {
   QStyleOptionButton option;
   option.initFrom(&button);
@@ -42,7 +42,7 @@ int titleWidth(const QAbstractButton& button, QStyle::SubElement contents, const
   return button.style()->subElementRect(contents, &option, &button).width();
 }
 
-// `margins` is what is to be free on the left and on the right of the title together.
+// `margins` is the total space to keep free on the left and the right of the title.
 void fitTitle(QAbstractButton& button, QStyle::SubElement contents, int margins) {
   button.setFont(fittedFont(button.font(), [&](const QFont& font) {
     const QFontMetrics metrics(font);
@@ -51,7 +51,7 @@ void fitTitle(QAbstractButton& button, QStyle::SubElement contents, int margins)
   }));
 }
 
-// For fields, which themselves know how wide they must be for all that they may show.
+// For fields, whose size hint covers every value that they can show.
 void fitContent(QWidget& field) {
   field.setFont(fittedFont(field.font(), [&](const QFont& font) {
     field.setFont(font);
@@ -67,7 +67,7 @@ QFont labelFont(const Label& label, QFont font) {
   return font;
 }
 
-// Breaks words only where no size would do.
+// Breaks words only if the text fits in no font size.
 void showText(QLabel& label, const QString& text, const QFont& wanted) {
   const auto shows = [&](const QString& content, const QFont& font) {
     return labelShows(content, font, label.size(), label.wordWrap());
@@ -84,14 +84,14 @@ void showText(QLabel& label, const QString& text, const QFont& wanted) {
   label.setText(content);
 }
 
-// As the user's language writes times, without seconds.
+// Returns the time format of the user's locale, without seconds.
 QString timeFormat() {
   const QString format = QLocale().timeFormat(QLocale::ShortFormat);
   return format.contains('s') ? "HH:mm" : format;
 }
 
-// Qt takes no digit where there are two already; on its own it selects them for the keyboard's user, not for the
-// mouse's.
+// Selects the hour or minute on a click, as Qt does for the keyboard only. Without a selection, Qt ignores digits typed
+// after two others.
 class TimeField : public QTimeEdit {
  public:
   explicit TimeField(QWidget* parent) : QTimeEdit(parent) { lineEdit()->installEventFilter(this); }
@@ -105,7 +105,7 @@ class TimeField : public QTimeEdit {
 
 }  // namespace
 
-// Gets the keys that the control with the keyboard's focus has no use for; an open list keeps its own.
+// Receives keys that the focused control ignores. An open list receives its own keys.
 class QtWindow::Widget : public QWidget {
  public:
   Widget(Qt::WindowFlags flags, bool isClosable) : QWidget(nullptr, flags), isClosable_(isClosable) {}
@@ -205,7 +205,7 @@ QWidget& QtWindow::widget() { return *widget_; }
 
 void QtWindow::orderOut() { widget_->hide(); }
 
-// The origin of a frame is at the bottom here and at the top there.
+// The origin of a frame is at the bottom, and that of a Qt widget at the top.
 void QtWindow::place(QWidget* control, const Frame& frame) {
   control->setGeometry(frame.x, widget_->height() - frame.y - frame.height, frame.width, frame.height);
   control->show();

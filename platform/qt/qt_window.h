@@ -1,4 +1,4 @@
-// A window of Qt's widgets.
+// Windows on Qt's widgets.
 #pragma once
 
 #include <QAbstractButton>
@@ -8,12 +8,12 @@
 
 #include "platform/window.h"
 
-// A point is a pixel before the screen's scale. Text is as large as the desktop writes, or smaller where its frame has
-// no room for that; a label of size 13 is as large as the desktop's text, and others are in proportion.
+// A point is a device-independent pixel. Text has the desktop's size, or a smaller one if its frame is too small. A
+// label of size 13 has the desktop's size, and other sizes are in proportion.
 class QtWindow : public Window {
  public:
   explicit QtWindow(const WindowDescription& description);
-  // The widgets go by the event loop: an action that runs in one of them may give up the window.
+  // The event loop deletes the widgets later, because an action of one of them may destroy the window.
   ~QtWindow() override;
   QtWindow(const QtWindow&) = delete;
   QtWindow& operator=(const QtWindow&) = delete;
@@ -25,7 +25,7 @@ class QtWindow : public Window {
   void add(const Label& label) override;
   void add(const Image& image) override;
 
-  // In the middle of the screen that the pointer is on.
+  // Uses the screen with the pointer.
   void center() override;
   void makeKeyAndOrderFront() override;
   void orderOut() override;
@@ -40,5 +40,5 @@ class QtWindow : public Window {
   void press(QAbstractButton* button, KeyEquivalent key);
 
   Widget* widget_;
-  QPointer<QWidget> lastControl_;  // in the order of Tab
+  QPointer<QWidget> lastControl_;  // in Tab order
 };

@@ -1,12 +1,12 @@
-// A connection to the session bus by Qt's library, for what is exported there and watched.
+// Qt's connection to the session bus, for exported objects and watched names.
 #pragma once
 
 #include <QDBusConnection>
 #include <QString>
 
-// The bus is that of DBUS_SESSION_BUS_ADDRESS, or the one in the user's runtime folder; none is started. Qt's own
-// connection for the session would start one, and keeps to what that variable was when it was first used. There must
-// be a QCoreApplication.
+// Connects to the bus of DBUS_SESSION_BUS_ADDRESS or in the user's runtime folder, and starts no bus.
+// QDBusConnection::sessionBus() would start one, and would keep the value that the variable had at first use. A
+// QCoreApplication must exist.
 class SessionConnection {
  public:
   SessionConnection();
@@ -14,7 +14,7 @@ class SessionConnection {
   SessionConnection(const SessionConnection&) = delete;
   SessionConnection& operator=(const SessionConnection&) = delete;
 
-  // One that is not connected where there is no bus.
+  // Not connected if there is no bus.
   QDBusConnection& bus() { return bus_; }
 
  private:

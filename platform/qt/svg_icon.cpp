@@ -30,7 +30,7 @@ class SvgIconEngine : public QIconEngine {
     paint(&painter, QRect(QPoint(), size), mode, state);
     return image;
   }
-  // Those that trays and window managers ask for.
+  // The sizes that trays and window managers request.
   QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override {
     QList<QSize> sizes;
     for (const int side : {16, 22, 24, 32, 48, 64, 128, 256}) sizes.append(QSize(side, side));

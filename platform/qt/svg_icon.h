@@ -1,14 +1,14 @@
-// Icons of files in the format SVG, sharp at every size.
+// Icons from SVG files, sharp at every size.
 #pragma once
 
 #include <QByteArray>
 #include <QIcon>
 #include <QString>
 
-// An icon that draws the file. Where the desktop's icon theme has one of this name, it is told of that name, too, so
-// that it can draw its own.
+// Returns an icon that draws the SVG file. If the icon theme has an icon with this name, the icon has the name too, so
+// that the desktop can draw the theme's.
 QIcon svgIcon(const QByteArray& file, const QString& name);
 
-// The same for a file of one colour, "#2e3436", which gives way to the colour that the desktop writes with now. Its
-// disabled form is pale, and has no name.
+// Returns the same for a file whose only colour is "#2e3436", drawn in the desktop's current text colour. The disabled
+// icon is pale and has no name.
 QIcon symbolicIcon(const QByteArray& file, const QString& name, QIcon::Mode mode);

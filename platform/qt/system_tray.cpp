@@ -23,15 +23,15 @@ bool hasNotifierHost(const QDBusConnection& bus) {
       QDBusMessage::createMethodCall(watcherName, watcherPath, "org.freedesktop.DBus.Properties", "Get");
   question.setArguments({QString(watcherName), "IsStatusNotifierHostRegistered"});
   question.setAutoStartService(false);
-  constexpr int patience = 1000;  // milliseconds
-  const QVariant answer = bus.call(question, QDBus::Block, patience).arguments().value(0);
-  return answer.value<QDBusVariant>().variant().toBool();
+  constexpr int timeout = 1000;  // milliseconds
+  const QVariant reply = bus.call(question, QDBus::Block, timeout).arguments().value(0);
+  return reply.value<QDBusVariant>().variant().toBool();
 }
 
 template <class Reply>
 using ReplyPointer = std::unique_ptr<Reply, decltype(&std::free)>;
 
-// Older trays own a selection of the first screen.
+// A tray of the XEmbed protocol owns a selection on the first screen.
 bool hasSelectionOwner(xcb_connection_t* display) {
   constexpr std::string_view name = "_NET_SYSTEM_TRAY_S0";
   const auto question = xcb_intern_atom(display, 0, static_cast<std::uint16_t>(name.size()), name.data());
@@ -44,9 +44,11 @@ bool hasSelectionOwner(xcb_connection_t* display) {
 
 }  // namespace
 
-SystemTray::SystemTray() : services_(watcherName, session_.bus(), QDBusServiceWatcher::WatchForRegistration) {}
+SystemTray::SystemTray(EventLoop& loop)
+    : services_(watcherName, session_.bus(), QDBusServiceWatcher::WatchForRegistration),
+      signals_(loop, MessageBus::session) {}
 
-bool SystemTray::isThere() {
+bool SystemTray::isAvailable() {
   if (session_.bus().isConnected() && hasNotifierHost(session_.bus())) return true;
   const auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
   return x11 != nullptr && x11->connection() != nullptr && hasSelectionOwner(x11->connection());
@@ -54,16 +56,17 @@ bool SystemTray::isThere() {
 
 void SystemTray::await(std::function<void()> arrived) {
   arrived_ = std::move(arrived);
-  QObject::connect(&services_, &QDBusServiceWatcher::serviceRegistered, &receiver_, [this] { look(); });
-  const auto postLook = [this](sd_bus_message*) { post(receiver_, [this] { look(); }); };
-  signals_.hear(watcherName, watcherPath, watcherName, "StatusNotifierHostRegistered", postLook);
-  signals_.ask("GetId", nullptr, postLook);  // once it is answered, the above is heard; what came before that is there
-  QObject::connect(&nextLook_, &QTimer::timeout, &receiver_, [this] { look(); });
-  nextLook_.start(std::chrono::minutes(1));
+  QObject::connect(&services_, &QDBusServiceWatcher::serviceRegistered, &receiver_, [this] { check(); });
+  const auto postCheck = [this](sd_bus_message*) { post(receiver_, [this] { check(); }); };
+  signals_.subscribe(watcherName, watcherPath, watcherName, "StatusNotifierHostRegistered", postCheck);
+  // Once the bus has replied, the subscription is in force; the check then finds a host that registered before.
+  signals_.callBus("GetId", nullptr, postCheck);
+  QObject::connect(&nextCheck_, &QTimer::timeout, &receiver_, [this] { check(); });
+  nextCheck_.start(std::chrono::minutes(1));
 }
 
-void SystemTray::look() {
-  if (!arrived_ || !isThere()) return;
-  nextLook_.stop();
+void SystemTray::check() {
+  if (!arrived_ || !isAvailable()) return;
+  nextCheck_.stop();
   std::exchange(arrived_, nullptr)();
 }

@@ -1,38 +1,38 @@
-// Whether the desktop has a tray for status icons.
+// Detects the system tray of the desktop.
 #pragma once
 
-#include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QObject>
 #include <QTimer>
 #include <functional>
 
 #include "platform/linux/session/bus_connection.h"
+#include "platform/linux/session/event_loop.h"
 #include "platform/qt/session_connection.h"
 
-// Qt looks only once which kind of tray there is, when it is first asked for an icon or whether there is a tray, and
-// keeps to that. A program that starts with the session may be earlier than its panel, so Qt is not to be asked before
-// this knows of a tray. There must be a QGuiApplication.
+// Qt determines the kind of tray only once, when its tray icon is first used. A program that starts with the session
+// may start before the panel, so use Qt's tray icon only after this has found a tray. A QGuiApplication must exist.
 class SystemTray {
  public:
-  SystemTray();
+  // The loop must outlive it.
+  explicit SystemTray(EventLoop& loop);
   SystemTray(const SystemTray&) = delete;
   SystemTray& operator=(const SystemTray&) = delete;
 
-  // Whether there is one now: a host of status notifiers on the session bus or, on an X screen, an owner of the tray's
-  // selection. A panel that does not answer counts as none after a second.
-  bool isThere();
+  // Returns true if there is a tray now: a status notifier host on the session bus or, on X11, an owner of the tray's
+  // selection. A panel that does not reply within a second does not count.
+  bool isAvailable();
 
-  // Calls `arrived` once, as soon as there is one: when it says so on the session bus, or else within a minute.
+  // Calls `arrived` once when there is a tray: when the tray announces itself on the session bus, else within a minute.
   void await(std::function<void()> arrived);
 
  private:
-  void look();
+  void check();
 
   SessionConnection session_;
   QDBusServiceWatcher services_;
-  BusConnection signals_{MessageBus::session};
-  QTimer nextLook_;
-  QObject receiver_;  // of what the signals post, so that it goes with this
+  BusConnection signals_;
+  QTimer nextCheck_;
+  QObject receiver_;  // owns posted checks
   std::function<void()> arrived_;
 };

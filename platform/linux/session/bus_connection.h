@@ -1,56 +1,74 @@
-// A connection to a message bus that Qt's event loop serves.
+// A connection to a message bus that an event loop serves.
 #pragma once
 
-#include <QSocketNotifier>
 #include <chrono>
 #include <functional>
 #include <list>
+#include <memory>
 #include <string>
 
+#include "platform/linux/session/event_loop.h"
 #include "platform/linux/session_bus.h"
 
 enum class MessageBus { session, system };
 
-// Where there is no bus, nothing is ever answered and nothing is heard; the same from the moment on when it goes away.
-// Nobody waits for the bus but `serveUntil`.
+// A method of an application on the bus.
+struct BusMethod {
+  std::string application;  // its name on the bus
+  std::string path;
+  std::string interface;
+  std::string name;
+};
+
+// Without a bus, or once the bus has gone, every function is a no-op and no handler is called. Only `serveUntil`
+// blocks.
 //
-// The receivers of messages run within the library that reads them: they must not throw, nest an event loop, or destroy
-// the connection. What may do so is to be posted by them instead.
+// Message handlers run inside the library that reads the messages: they must not throw, nest an event loop or destroy
+// the connection. They may post work that does.
 class BusConnection {
  public:
-  // What is done with a message. It is null in place of an answer that is an error.
-  using Receiver = std::function<void(sd_bus_message*)>;
+  // The message is null for a failed call.
+  using MessageHandler = std::function<void(sd_bus_message*)>;
 
-  // The bus is that of DBUS_SESSION_BUS_ADDRESS or DBUS_SYSTEM_BUS_ADDRESS, or the usual one of the user or the system.
-  // None is started. There must be a QCoreApplication.
-  explicit BusConnection(MessageBus bus);
+  // Appends the arguments of a call. Returns false if that fails.
+  using Arguments = std::function<bool(sd_bus_message* call)>;
+
+  // Connects to the bus of DBUS_SESSION_BUS_ADDRESS or DBUS_SYSTEM_BUS_ADDRESS, or to the usual bus of the user or the
+  // system. Starts no bus. The loop must outlive the connection.
+  BusConnection(EventLoop& loop, MessageBus bus);
   ~BusConnection() = default;
   BusConnection(const BusConnection&) = delete;
   BusConnection& operator=(const BusConnection&) = delete;
 
   bool isOpen() const { return bus_ != nullptr; }
 
-  // Hears this signal from now on: before the answer to any later question, even.
-  void hear(const char* sender, const char* path, const char* interface, const char* signal, Receiver receiver);
+  // Calls `handler` for each such signal from now on. The subscription is in force before any later call is answered.
+  void subscribe(const char* sender, const char* path, const char* interface, const char* signal,
+                 MessageHandler handler);
 
-  // Asks the bus itself, with one string as the argument or none (null). However long the answer takes, it is received;
-  // at once and as an error if the question cannot be sent.
-  void ask(const char* question, const char* argument, Receiver receiver);
+  // Calls a method; the bus starts the application if needed. Calls `handler` once, with the reply, however late, or
+  // with null if the call fails, which may be at once, or the connection breaks.
+  void call(const BusMethod& method, const Arguments& arguments, MessageHandler handler);
 
-  // Calls a method of the application that owns the name, with an empty dictionary of strings and variants, and does
-  // not care for an answer. The bus starts the application if it can and must.
-  void callWithoutOptions(const std::string& name, const std::string& path, const char* interface, const char* method);
+  // Calls a method of the bus itself, with one string as the argument or none (null).
+  void callBus(const char* method, const char* argument, MessageHandler handler);
 
-  // Serves this connection alone, until `done` or for as long as patience lasts.
-  void serveUntil(const std::function<bool()>& done, std::chrono::microseconds patience);
+  // Calls a method without asking for a reply; the bus starts the application if needed.
+  void send(const BusMethod& method, const Arguments& arguments);
+
+  // Serves this connection alone, until `done` returns true or the timeout has passed.
+  void serveUntil(const std::function<bool()>& done, std::chrono::microseconds timeout);
 
  private:
   void serve() noexcept;
-  void watch();
-  static void watch(QSocketNotifier& notifier, int descriptor, bool isWanted);
+  void disconnect();
+  void updateWatches();
 
-  std::list<Receiver> listeners_;
-  BusHandle bus_;  // null once it broke
-  QSocketNotifier reader_{QSocketNotifier::Read};
-  QSocketNotifier writer_{QSocketNotifier::Write};
+  EventLoop& loop_;
+  std::list<MessageHandler> subscribers_;
+  bool isBroken_ = false;
+  BusHandle bus_;  // null once it is broken
+  int watchedDescriptor_ = -1;
+  std::unique_ptr<DescriptorWatch> reader_;  // null without a descriptor, as is `writer_`
+  std::unique_ptr<DescriptorWatch> writer_;
 };

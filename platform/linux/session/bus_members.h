@@ -1,4 +1,4 @@
-// Who is on a bus, and which names they have to do with.
+// Tracks bus connections and the names they own or queue for.
 #pragma once
 
 #include <map>
@@ -7,26 +7,26 @@
 #include <string>
 #include <vector>
 
-// A process that had to do with a name has left the bus.
+// A process that owned or queued for a name has left the bus.
 struct Departure {
   std::string name;
-  int process = 0;  // -1 if the bus never told
+  int process = 0;  // -1 if unknown
 };
 
-// Connections are known by their unique names. What is said of one that is not on the bus is ignored.
+// Connections are identified by their unique names. Facts about a connection that is not on the bus are ignored.
 class BusMembers {
  public:
   void arrived(const std::string& connection);
   void hasProcess(const std::string& connection, int process);
-  // It owns the name or waits for it. That stays true of it even if it gives the name up: an application that quits
-  // does so before it leaves.
+  // The connection owns the name or is queued for it. This stays recorded when the connection releases the name,
+  // because an application that quits does so before it leaves the bus.
   void hasName(const std::string& connection, const std::string& name);
 
-  // A departure for each name of the connection, in alphabetical order, but for those that another connection of the
-  // same process has: the process is there until the last of them leaves.
+  // Returns a departure for each name of the connection, in alphabetical order. Omits names that another connection of
+  // the same process has: the process departs with the last of them.
   std::vector<Departure> left(const std::string& connection);
 
-  // The processes that have the name, one entry for each connection, in no particular order.
+  // Returns the processes that have the name, one element per connection, in no particular order.
   std::vector<int> processesWith(const std::string& name) const;
 
  private:

@@ -1,11 +1,11 @@
-// Which applications are installed, by their desktop entries.
+// Finds installed applications by their desktop entries.
 #pragma once
 
 #include <optional>
 #include <string>
 
-// The path of the desktop entry "<identifier>.desktop": in the folder "applications" of the user's data folder, or else
-// of the first of the system's data folders that has it (XDG_DATA_HOME, XDG_DATA_DIRS). A hyphen of the identifier may
-// stand for a folder below it. The first one found counts, so one that says that it is hidden hides those that follow.
-// Absent, too, if the entry does not describe an application, or names a program to try that is not there.
+// Returns the path of the desktop entry "<identifier>.desktop" in the folder "applications" of the first data folder
+// that has it: XDG_DATA_HOME, then those of XDG_DATA_DIRS. A hyphen in the identifier may stand for a subfolder. An
+// entry hides those in later folders even if it is not usable. Absent if the entry says it is hidden, does not describe
+// an application, or names a program to try that is not installed.
 std::optional<std::string> findDesktopEntry(const std::string& identifier);

@@ -17,7 +17,7 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// The character that a backslash and this one stand for; absent if they mean nothing together.
+// Returns the character for a backslash and this one; absent if they are no escape.
 std::optional<char> escaped(char character) {
   switch (character) {
     case 's': return ' ';
@@ -45,8 +45,8 @@ std::string environment(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-// The user's locale as it may be written behind a key, the best first: of "de_AT.UTF-8@euro" come "de_AT@euro",
-// "de_AT", "de@euro" and "de".
+// Returns the user's locale as keys may be marked with it, best first: "de_AT@euro", "de_AT", "de@euro" and "de" for
+// "de_AT.UTF-8@euro".
 std::vector<std::string> localesOfKeys() {
   std::string locale;
   for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"})
@@ -65,14 +65,14 @@ std::optional<DesktopEntry> DesktopEntry::read(const std::string& path) {
   if (!std::filesystem::is_regular_file(path, ignored)) return std::nullopt;
   std::ifstream file(path, std::ios::binary);
   DesktopEntry entry;
-  bool counts = false;
+  bool isInGroup = false;
   for (std::string line; std::getline(file, line);) {
     const std::string_view content = trimmed(line);
     const std::size_t separator = content.find('=');
     if (content.empty() || content.front() == '#') continue;
     if (content.front() == '[')
-      counts = content == group;
-    else if (counts && separator != std::string_view::npos)
+      isInGroup = content == group;
+    else if (isInGroup && separator != std::string_view::npos)
       entry.values_.emplace(trimmed(content.substr(0, separator)), trimmed(content.substr(separator + 1)));
   }
   if (entry.text("Type") != "Application") return std::nullopt;

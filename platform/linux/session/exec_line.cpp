@@ -5,19 +5,19 @@
 
 namespace {
 
-// Codes for files, and those that are no longer used and mean nothing.
+// Codes for files, and deprecated codes, which expand to nothing.
 constexpr std::string_view codesForFiles = "fFuU";
-constexpr std::string_view formerCodes = "dDnNvm";
+constexpr std::string_view deprecatedCodes = "dDnNvm";
 constexpr std::string_view escapedInQuotes = "\"`$\\";
 
 bool contains(std::string_view characters, char character) {
   return characters.find(character) != std::string_view::npos;
 }
 
-// The line's arguments without their quotes; absent if a quote is not closed.
+// Returns the line's arguments without their quotes; absent if a quote is not closed.
 std::optional<std::vector<std::string>> argumentsOf(const std::string& line) {
   std::vector<std::string> arguments;
-  std::optional<std::string> argument;  // absent between two of them
+  std::optional<std::string> argument;  // absent between arguments
   bool isQuoted = false;
   for (std::size_t index = 0; index < line.size(); ++index) {
     const char character = line[index];
@@ -39,17 +39,17 @@ std::optional<std::vector<std::string>> argumentsOf(const std::string& line) {
   return arguments;
 }
 
-// What a field code stands for; absent if there is none such.
+// Returns the expansion of a field code; absent if the code is not valid.
 std::optional<std::string> expansion(char code, const DesktopEntry& entry, const std::string& location) {
   if (code == '%') return "%";
   if (code == 'c') return entry.localizedText("Name").value_or("");
   if (code == 'k') return location;
   if (code == 'i') return entry.localizedText("Icon").value_or("");
-  if (contains(codesForFiles, code) || contains(formerCodes, code)) return "";
+  if (contains(codesForFiles, code) || contains(deprecatedCodes, code)) return "";
   return std::nullopt;
 }
 
-// An argument with its field codes expanded; absent if one of them is not valid.
+// Returns the argument with its field codes expanded; absent if a code is not valid.
 std::optional<std::string> expanded(const std::string& argument, const DesktopEntry& entry,
                                     const std::string& location) {
   std::string text;
@@ -75,7 +75,7 @@ std::optional<std::vector<std::string>> commandOf(const DesktopEntry& entry, con
   for (const std::string& argument : *arguments) {
     const auto text = expanded(argument, entry, location);
     if (!text) return std::nullopt;
-    if (text->empty() && !argument.empty()) continue;  // nothing but codes that stand for nothing
+    if (text->empty() && !argument.empty()) continue;  // only codes that expand to nothing
     if (argument == "%i") command.emplace_back("--icon");
     command.push_back(*text);
   }

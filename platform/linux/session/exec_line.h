@@ -7,7 +7,8 @@
 
 #include "platform/linux/session/desktop_entry.h"
 
-// The program and its arguments that the entry's Exec line says, for a start without files: arguments in double quotes
-// are unquoted, `%i`, `%c`, `%k` and `%%` are expanded, in quotes too, and codes for files are taken out. `location` is
-// the entry's path. Absent if there is no such line or it is not valid.
+// Returns the program and arguments of the entry's Exec line for a start without files: double quotes are removed,
+// `%i`,
+// `%c`, `%k` and `%%` are expanded, inside quotes too, and codes for files are removed. `location` is the entry's path.
+// Absent if the line is missing or not valid.
 std::optional<std::vector<std::string>> commandOf(const DesktopEntry& entry, const std::string& location);

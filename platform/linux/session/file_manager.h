@@ -1,24 +1,34 @@
-// The programs that the desktop has for addresses, folders and files.
+// The desktop's programs for addresses, folders and files.
 #pragma once
 
-#include <QObject>
+#include <chrono>
 #include <memory>
 #include <string>
 
-#include "platform/qt/session_connection.h"
+#include "platform/linux/session/bus_connection.h"
+#include "platform/linux/session/clock_timers.h"
+#include "platform/linux/session/event_loop.h"
 
-// Opens an address, or a folder or file by its path, in the program that the user has for it: xdg-open knows which. One
-// that could be taken for an option is ignored, and nothing tells of a failure.
+// Opens an address, or a folder or file by its path, in the user's program for it, with xdg-open. Ignores a target that
+// xdg-open would take for an option. Failures are not reported.
 void openWithDesktop(const std::string& target);
 
-// There must be a QCoreApplication.
 class FileManager {
  public:
-  // Asks the file manager on the session bus to show the folder of this file with the file selected; the bus starts it
-  // if it must. If there is none, or it cannot, the folder is opened.
+  // The usual timeout of a D-Bus call, in which the file manager may have to start.
+  static constexpr std::chrono::seconds defaultTimeout{25};
+
+  // The loop must outlive it. Throws Error if the system creates no timer.
+  explicit FileManager(EventLoop& loop, std::chrono::milliseconds timeout = defaultTimeout)
+      : loop_(loop), timeout_(timeout), clock_(loop, CLOCK_MONOTONIC) {}
+
+  // Asks the file manager on the session bus to show the file selected in its folder; the bus starts the file manager
+  // if needed. If that fails or takes longer than the timeout, opens the folder instead.
   void reveal(const std::string& path);
 
  private:
-  std::unique_ptr<SessionConnection> session_;  // kept, because the bus drops a request whose sender has left
-  QObject receiver_;                            // of answers, which go with it
+  EventLoop& loop_;
+  std::chrono::milliseconds timeout_;
+  ClockTimers clock_;
+  std::unique_ptr<BusConnection> bus_;  // stays open, because the bus drops the calls of a closed connection
 };

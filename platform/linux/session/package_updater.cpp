@@ -21,7 +21,7 @@ class PackageUpdaterController : public UpdaterController {
   bool canCheckForUpdates() const override { return false; }
   Observation observeCanCheckForUpdates(std::function<void()> handler) override {
     handler();
-    return std::make_shared<bool>(false);  // nothing ever changes, so there is nothing to hold
+    return std::make_shared<bool>(false);  // the value never changes
   }
   void checkForUpdates() override {}
 

@@ -1,4 +1,4 @@
-// Updates where the system's package manager brings them: the program itself has nothing to check.
+// The updater of a program that the system's package manager updates: the program itself checks nothing.
 #pragma once
 
 #include <memory>
@@ -8,11 +8,11 @@
 
 class PackageUpdater : public Updater {
  public:
-  // The settings must outlive it and every controller.
+  // The settings must outlive it and its controllers.
   explicit PackageUpdater(UserDefaults& userDefaults) : userDefaults_(userDefaults) {}
 
-  // A controller that never can check, and tells its delegate nothing. Whether it checks automatically is no more than
-  // a setting that is kept: "SUEnableAutomaticChecks", which is true unless it is a Boolean that is false.
+  // Returns a controller that can never check and never calls its delegate. It only stores the setting of automatic
+  // checks, "SUEnableAutomaticChecks", which is true unless it is the Boolean false.
   std::shared_ptr<UpdaterController> start(const std::weak_ptr<UpdaterDelegate>& delegate) override;
 
  private:

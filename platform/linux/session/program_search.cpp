@@ -1,10 +1,27 @@
 #include "platform/linux/session/program_search.h"
 
-#include <QFile>
-#include <QStandardPaths>
+#include <paths.h>
+#include <unistd.h>
 
-std::optional<std::string> findProgram(const std::string& program) {
-  const QString found = QStandardPaths::findExecutable(QFile::decodeName(program.c_str()));
-  if (found.isEmpty()) return std::nullopt;
-  return QFile::encodeName(found).toStdString();
+#include <filesystem>
+#include <sstream>
+#include <system_error>
+
+#include "platform/posix/surroundings.h"
+
+namespace {
+
+bool isExecutable(const std::string& path) {
+  std::error_code ignored;
+  return std::filesystem::is_regular_file(path, ignored) && access(path.c_str(), X_OK) == 0;
+}
+
+}  // namespace
+
+bool isProgramInstalled(const std::string& program) {
+  if (program.starts_with('/')) return isExecutable(program);
+  std::istringstream folders(variableOfEnvironment("PATH").value_or(_PATH_DEFPATH));
+  for (std::string folder; std::getline(folders, folder, ':');)
+    if (!folder.empty() && isExecutable(folder.append("/").append(program))) return true;
+  return false;
 }

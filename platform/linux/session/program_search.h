@@ -1,8 +1,7 @@
-// Where a program is.
+// Finds programs.
 #pragma once
 
-#include <optional>
 #include <string>
 
-// The path of a program that can be executed: the one given, or for a name without a slash the first in PATH.
-std::optional<std::string> findProgram(const std::string& program);
+// Returns true if the program can be executed: the file of an absolute path, or of a relative one in a folder of PATH.
+bool isProgramInstalled(const std::string& program);

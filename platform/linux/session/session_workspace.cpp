@@ -5,12 +5,12 @@
 #include <filesystem>
 #include <utility>
 
+#include "platform/linux/detached_process.h"
+#include "platform/linux/object_path.h"
 #include "platform/linux/session/desktop_entries.h"
 #include "platform/linux/session/desktop_entry.h"
 #include "platform/linux/session/exec_line.h"
 #include "platform/linux/session/termination_watch.h"
-#include "platform/linux/detached_process.h"
-#include "platform/linux/object_path.h"
 
 namespace {
 
@@ -30,15 +30,18 @@ class TerminatedApplication : public RunningApplication {
   Departure departure_;
 };
 
-// Held by nobody but the observer, and by the work that is calling the handler.
+// Owned by the observer, and by the work that is calling the handler.
 struct TerminationObservation {
   TerminationHandler handler;
   std::unique_ptr<TerminationWatch> watch;
 };
 
 struct WakeObservation {
+  WakeObservation(EventLoop& loop, std::function<void()> woken)
+      : handler(std::move(woken)), bus(loop, MessageBus::system) {}
+
   std::function<void()> handler;
-  BusConnection bus{MessageBus::system};
+  BusConnection bus;
 };
 
 bool isEndOfSleep(sd_bus_message* prepareForSleep) {
@@ -56,9 +59,11 @@ void SessionWorkspace::openApplication(const std::string& location) {
   const std::optional<DesktopEntry> entry = DesktopEntry::read(location);
   if (!entry) return;
   if (entry->isTrue("DBusActivatable")) {
-    if (!activation_ || !activation_->isOpen()) activation_ = std::make_unique<BusConnection>(MessageBus::session);
+    if (!activation_ || !activation_->isOpen())
+      activation_ = std::make_unique<BusConnection>(loop_, MessageBus::session);
     const std::string name = std::filesystem::path(location).stem();
-    activation_->callWithoutOptions(name, objectPath(name), applicationInterface, "Activate");
+    const auto appendNoOptions = [](sd_bus_message* call) { return sd_bus_message_append(call, "a{sv}", 0) >= 0; };
+    activation_->send({name, objectPath(name), applicationInterface, "Activate"}, appendNoOptions);
   } else if (const auto command = commandOf(*entry, location)) {
     startDetached(*command, entry->text("Path").value_or(""));
   }
@@ -73,28 +78,27 @@ void SessionWorkspace::revealFile(const std::string& path) { fileManager_.reveal
 Observation SessionWorkspace::observeTerminations(TerminationHandler handler) {
   const auto observation = std::make_shared<TerminationObservation>();
   observation->handler = std::move(handler);
-  const auto tell = [&mainLoop = mainLoop_, observer = std::weak_ptr(observation)](const Departure& departure) {
-    mainLoop.post([observer, departure] {
+  const auto report = [&loop = loop_, observer = std::weak_ptr(observation)](const Departure& departure) {
+    loop.post([observer, departure] {
       if (const auto present = observer.lock()) present->handler(std::make_shared<TerminatedApplication>(departure));
     });
   };
-  observation->watch = std::make_unique<TerminationWatch>(tell, patience_);
+  observation->watch = std::make_unique<TerminationWatch>(loop_, report, timeout_);
   return observation;
 }
 
 Observation SessionWorkspace::observeWake(std::function<void()> handler) {
-  const auto observation = std::make_shared<WakeObservation>();
-  observation->handler = std::move(handler);
-  const auto tell = [&mainLoop = mainLoop_, observer = std::weak_ptr(observation)](sd_bus_message* message) {
+  const auto observation = std::make_shared<WakeObservation>(loop_, std::move(handler));
+  const auto report = [&loop = loop_, observer = std::weak_ptr(observation)](sd_bus_message* message) {
     if (!isEndOfSleep(message)) return;
-    mainLoop.post([observer] {
+    loop.post([observer] {
       if (const auto present = observer.lock()) present->handler();
     });
   };
-  observation->bus.hear(loginManagerName, loginManagerPath, loginManagerInterface, "PrepareForSleep", tell);
-  // Once the bus answers this, it has heard the above.
-  const auto isHeard = std::make_shared<bool>(false);
-  observation->bus.ask("GetId", nullptr, [isHeard](sd_bus_message*) { *isHeard = true; });
-  observation->bus.serveUntil([&] { return *isHeard; }, patience_);
+  observation->bus.subscribe(loginManagerName, loginManagerPath, loginManagerInterface, "PrepareForSleep", report);
+  // Once the bus has replied to a later call, the subscription is in force.
+  const auto hasReplied = std::make_shared<bool>(false);
+  observation->bus.callBus("GetId", nullptr, [hasReplied](sd_bus_message*) { *hasReplied = true; });
+  observation->bus.serveUntil([&] { return *hasReplied; }, timeout_);
   return observation;
 }

@@ -7,48 +7,48 @@
 #include <string>
 
 #include "platform/linux/session/bus_connection.h"
+#include "platform/linux/session/event_loop.h"
 #include "platform/linux/session/file_manager.h"
-#include "platform/main_loop.h"
 #include "platform/workspace.h"
 
-// An application's identifier is its name on the session bus and the name of its desktop entry. There must be a
-// QCoreApplication; all is to be called on its thread. What cannot be heard because there is no bus, or no longer, is
-// not heard, and nothing complains.
+// An application's identifier is its name on the session bus and the name of its desktop entry. Everything happens on
+// the thread of the event loop. Without a bus, observers are not called, and there is no error.
 class SessionWorkspace : public Workspace {
  public:
-  // How long a hung bus may hold up the start of an observation.
-  static constexpr std::chrono::seconds defaultPatience{2};
+  // How long a hung bus may delay the start of an observation.
+  static constexpr std::chrono::seconds defaultTimeout{2};
 
-  // Handlers run as work posted to the loop, which outlives the workspace and its observations.
-  explicit SessionWorkspace(MainLoop& mainLoop, std::chrono::microseconds patience = defaultPatience)
-      : mainLoop_(mainLoop), patience_(patience) {}
+  // Handlers run as work posted to the loop, which must outlive the workspace and its observations. Throws Error if the
+  // system creates no timer.
+  explicit SessionWorkspace(EventLoop& loop, std::chrono::microseconds timeout = defaultTimeout)
+      : loop_(loop), timeout_(timeout), fileManager_(loop) {}
 
-  // The desktop entry's path; see desktop_entries.h.
+  // Returns the desktop entry's path; see desktop_entries.h.
   std::optional<std::string> locateApplication(const std::string& bundleIdentifier) override;
 
-  // Starts what the desktop entry says: by the session bus if it is DBusActivatable, otherwise its command, as a
-  // process that has nothing to do with this one. Its working folder is the entry's Path, or ours. Terminal is ignored.
+  // Starts the application of a desktop entry: through the session bus if the entry is DBusActivatable, otherwise as a
+  // detached process with the entry's command and Path, or our working folder. Ignores Terminal.
   void openApplication(const std::string& location) override;
 
-  // By xdg-open.
+  // Both use xdg-open.
   void openAddress(const std::string& address) override;
   void openFolder(const std::string& path) override;
 
-  // By the file manager on the session bus; if it is not to be had, the file's folder is opened.
+  // Uses the file manager on the session bus, or opens the file's folder if there is none.
   void revealFile(const std::string& path) override;
 
-  // Tells of each process that owned a name on the session bus or waited for one, once it has left the bus, under each
-  // such name; of those, too, that were there before. TerminationWatch says what may go unnoticed. A process that the
-  // bus never told of has the identifier -1. Nothing can be asked of the application any more: `terminate` answers
-  // false.
+  // Reports each process that owned or queued for a name on the session bus, once per name, after it has left the bus.
+  // Processes from before the observation count; TerminationWatch describes what may go unnoticed. The process
+  // identifier is -1 if the bus did not report it. `terminate` of the application returns false. Throws Error if the
+  // system creates no timer.
   Observation observeTerminations(TerminationHandler handler) override;
 
-  // By the login manager's announcement that a sleep is over.
+  // Uses the login manager's signal at the end of a sleep.
   Observation observeWake(std::function<void()> handler) override;
 
  private:
-  MainLoop& mainLoop_;
-  std::chrono::microseconds patience_;
-  std::unique_ptr<BusConnection> activation_;  // kept, because the bus drops a request whose sender has left
+  EventLoop& loop_;
+  std::chrono::microseconds timeout_;
+  std::unique_ptr<BusConnection> activation_;  // stays open, because the bus drops the calls of a closed connection
   FileManager fileManager_;
 };

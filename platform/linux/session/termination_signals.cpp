@@ -13,12 +13,12 @@
 
 namespace {
 
-// A handler can be given nothing, so it finds this here.
+// Global because a signal handler takes no argument.
 std::atomic<int> signalledDescriptor{-1};
 
 extern "C" void noteSignal(int) {
   const int savedError = errno;
-  // If the pipe is full, there is a note in it already.
+  // If the pipe is full, the loop has a note to read already.
   if (write(signalledDescriptor, "", 1) < 0) errno = savedError;
 }
 
@@ -38,17 +38,17 @@ void discardAll(int descriptor) {
 
 }  // namespace
 
-TerminationSignals::TerminationSignals(std::function<void()> received)
-    : TerminationSignals(makePipe(), std::move(received)) {}
+TerminationSignals::TerminationSignals(EventLoop& loop, std::function<void()> received)
+    : TerminationSignals(loop, makePipe(), std::move(received)) {}
 
-TerminationSignals::TerminationSignals(std::pair<FileDescriptor, FileDescriptor> pipe, std::function<void()> received)
-    : reader_(std::move(pipe.first)), writer_(std::move(pipe.second)) {
-  QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this, received = std::move(received)] {
-    discardAll(reader_.get());
-    received();
-  });
-  notifier_.setSocket(reader_.get());
-  notifier_.setEnabled(true);
+TerminationSignals::TerminationSignals(EventLoop& loop, std::pair<FileDescriptor, FileDescriptor> pipe,
+                                       std::function<void()> received)
+    : reader_(std::move(pipe.first)),
+      writer_(std::move(pipe.second)),
+      watch_(loop.watch(reader_.get(), Readiness::readable, [this, received = std::move(received)] {
+        discardAll(reader_.get());
+        received();
+      })) {
   signalledDescriptor = writer_.get();
   struct sigaction action {};
   action.sa_handler = noteSignal;

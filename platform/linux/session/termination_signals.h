@@ -1,30 +1,31 @@
-// The system's requests to end, as events of the loop.
+// SIGTERM and SIGINT as events of the loop.
 #pragma once
 
-#include <QSocketNotifier>
 #include <csignal>
 #include <functional>
+#include <memory>
 #include <utility>
 
+#include "platform/linux/session/event_loop.h"
 #include "platform/posix/file_descriptor.h"
 
-// Takes SIGTERM and SIGINT for as long as it lives; what was to become of them before is so again after it. Only one of
-// these may live at a time. There must be a QCoreApplication.
+// Handles SIGTERM and SIGINT as long as it lives, then restores the handlers before it. Only one may live at a time.
 class TerminationSignals {
  public:
-  // `received` is called by the loop after one of them or several.
-  explicit TerminationSignals(std::function<void()> received);
+  // Calls `received` from the loop after one or more signals. The loop must outlive it. Throws Error if the system
+  // creates no pipe.
+  TerminationSignals(EventLoop& loop, std::function<void()> received);
   ~TerminationSignals();
   TerminationSignals(const TerminationSignals&) = delete;
   TerminationSignals& operator=(const TerminationSignals&) = delete;
 
  private:
-  // The two ends of a pipe.
-  TerminationSignals(std::pair<FileDescriptor, FileDescriptor> pipe, std::function<void()> received);
+  // `pipe` is its reading and its writing end.
+  TerminationSignals(EventLoop& loop, std::pair<FileDescriptor, FileDescriptor> pipe, std::function<void()> received);
 
   FileDescriptor reader_;
   FileDescriptor writer_;
-  QSocketNotifier notifier_{QSocketNotifier::Read};
+  std::unique_ptr<DescriptorWatch> watch_;
   struct sigaction oldTermination_ {};
   struct sigaction oldInterrupt_ {};
 };

@@ -20,45 +20,43 @@ std::vector<std::string> strings(sd_bus_message* message) {
 
 }  // namespace
 
-TerminationWatch::TerminationWatch(Receiver receiver, std::chrono::microseconds patience)
-    : receiver_(std::move(receiver)) {
-  nextLook_.setSingleShot(true);
-  QObject::connect(&nextLook_, &QTimer::timeout, &nextLook_, [this]() noexcept { lookAgain(); });
-  bus_.hear(messageBusName, messageBusPath, messageBusName, "NameOwnerChanged", [this](sd_bus_message* message) {
+TerminationWatch::TerminationWatch(EventLoop& loop, DepartureHandler handler, std::chrono::microseconds timeout)
+    : handler_(std::move(handler)), clock_(loop, CLOCK_MONOTONIC), bus_(loop, MessageBus::session) {
+  bus_.subscribe(messageBusName, messageBusPath, messageBusName, "NameOwnerChanged", [this](sd_bus_message* message) {
     const char* name = nullptr;
     const char* oldOwner = nullptr;
     const char* newOwner = nullptr;
     if (sd_bus_message_read(message, "sss", &name, &oldOwner, &newOwner) > 0) ownerChanged(name, oldOwner, newOwner);
   });
-  ask("ListNames", nullptr, [this](sd_bus_message* answer) {
-    const std::vector<std::string> names = strings(answer);
+  callBus("ListNames", nullptr, [this](sd_bus_message* reply) {
+    const std::vector<std::string> names = strings(reply);
     for (const std::string& name : names)
-      if (isUniqueName(name)) takeIn(name);
+      if (isUniqueName(name)) add(name);
     for (const std::string& name : names)
-      if (!isUniqueName(name)) takeIn(name);
+      if (!isUniqueName(name)) add(name);
   });
-  bus_.serveUntil([this] { return unanswered_ == 0; }, patience);
+  bus_.serveUntil([this] { return unansweredCalls_ == 0; }, timeout);
 }
 
-// Answers arrive in the order of the bus's news, so they are never older than what is known.
-void TerminationWatch::ask(const char* question, const char* argument, BusConnection::Receiver receiver) {
-  ++unanswered_;
-  bus_.ask(question, argument, [this, receiver = std::move(receiver)](sd_bus_message* answer) {
-    --unanswered_;
-    if (answer != nullptr) receiver(answer);
+// The bus sends replies and signals in one order, so a reply is never older than what is known.
+void TerminationWatch::callBus(const char* method, const char* argument, BusConnection::MessageHandler handler) {
+  ++unansweredCalls_;
+  bus_.callBus(method, argument, [this, handler = std::move(handler)](sd_bus_message* reply) {
+    --unansweredCalls_;
+    if (reply != nullptr) handler(reply);
   });
 }
 
-void TerminationWatch::takeIn(const std::string& name) {
+void TerminationWatch::add(const std::string& name) {
   if (isUniqueName(name)) {
     members_.arrived(name);
-    ask("GetConnectionUnixProcessID", name.c_str(), [this, name](sd_bus_message* answer) {
+    callBus("GetConnectionUnixProcessID", name.c_str(), [this, name](sd_bus_message* reply) {
       std::uint32_t process = 0;
-      if (sd_bus_message_read_basic(answer, 'u', &process) > 0) members_.hasProcess(name, static_cast<int>(process));
+      if (sd_bus_message_read_basic(reply, 'u', &process) > 0) members_.hasProcess(name, static_cast<int>(process));
     });
   } else {
     names_.insert(name);
-    askForLine(name);
+    requestQueue(name);
   }
 }
 
@@ -75,32 +73,40 @@ void TerminationWatch::ownerChanged(const std::string& name, const std::string& 
 }
 
 void TerminationWatch::arrived(const std::string& connection) {
-  takeIn(connection);
+  add(connection);
   newcomers_.insert(connection);
-  looksLeft_ = looks;
-  // A look that is due sooner stays, so that a crowd of arrivals does not put it off for ever.
-  if (!nextLook_.isActive() || nextLook_.remainingTimeAsDuration() > firstLook) nextLook_.start(firstLook);
+  checksLeft_ = queueChecks;
+  // An earlier check stays, so that a stream of arrivals cannot postpone it forever.
+  const bool isCheckSoon =
+      nextCheck_ && nextCheck_->isValid() && nextCheckTime_ - std::chrono::steady_clock::now() <= firstCheckDelay;
+  if (!isCheckSoon) checkQueuesAfter(firstCheckDelay);
 }
 
 void TerminationWatch::left(const std::string& connection) {
   newcomers_.erase(connection);
-  for (const Departure& departure : members_.left(connection)) receiver_(departure);
+  for (const Departure& departure : members_.left(connection)) handler_(departure);
 }
 
-// All that have the name, not only the one that owns it.
-void TerminationWatch::askForLine(const std::string& name) {
-  ask("ListQueuedOwners", name.c_str(), [this, name](sd_bus_message* answer) {
-    for (const std::string& connection : strings(answer)) members_.hasName(connection, name);
+// Requests all connections that have the name, not only its owner.
+void TerminationWatch::requestQueue(const std::string& name) {
+  callBus("ListQueuedOwners", name.c_str(), [this, name](sd_bus_message* reply) {
+    for (const std::string& connection : strings(reply)) members_.hasName(connection, name);
   });
 }
 
-void TerminationWatch::lookAgain() {
+void TerminationWatch::checkQueuesAfter(std::chrono::milliseconds delay) {
+  if (nextCheck_) nextCheck_->invalidate();
+  nextCheckTime_ = std::chrono::steady_clock::now() + delay;
+  nextCheck_ = clock_.after(delay, [this](Timer&) { checkQueues(); });
+}
+
+void TerminationWatch::checkQueues() {
   if (newcomers_.empty() || !bus_.isOpen()) return;
-  if (unanswered_ == 0)  // a bus that takes its time is not asked faster
-    for (const std::string& name : names_) askForLine(name);
-  --looksLeft_;
-  if (looksLeft_ > 0)
-    nextLook_.start(firstLook * (1 << (looks - looksLeft_)));
+  if (unansweredCalls_ == 0)  // a slow bus gets no further calls
+    for (const std::string& name : names_) requestQueue(name);
+  --checksLeft_;
+  if (checksLeft_ > 0)
+    checkQueuesAfter(firstCheckDelay * (1 << (queueChecks - checksLeft_)));
   else
     newcomers_.clear();
 }

@@ -17,6 +17,7 @@
 #include "platform/qt/fitted_font.h"
 #include "platform/qt/interface_text.h"
 #include "platform/qt/qt_application.h"
+#include "platform/qt/qt_event_loop.h"
 #include "platform/qt/qt_window.h"
 #include "tests/support/program.h"
 
@@ -105,7 +106,8 @@ TEST(Fitting, everythingInAWindowIsToBeSeenWhateverTheDesktopsFont) {
 }
 
 TEST(Fitting, anAlertIsAsLargeAsItsTexts) {
-  const QtApplication application(*qApp);  // whose icon the alert has
+  QtEventLoop loop;
+  const QtApplication application(*qApp, loop);  // sets the icon of the alert
   AlertDialog alert({"Quillery could not sort the bookmarks because Safari is running.",
                      longText + "\n\n" + std::string(90, 'W') + "\n\n/home/ann/" + std::string(120, 'x') + "/y.plist",
                      {"Quit Safari & Sort", "Cancel", "Settings …"}});

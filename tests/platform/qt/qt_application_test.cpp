@@ -16,15 +16,16 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/object_path.h"
 #include "platform/product.h"
 #include "platform/qt/application_service.h"
+#include "platform/qt/qt_event_loop.h"
 #include "platform/qt/qt_user_interface.h"
 #include "platform/qt/qt_window.h"
-#include "platform/linux/object_path.h"
-#include "tests/platform/qt/dialog_driver.h"
-#include "tests/platform/qt/event_loop.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
+#include "tests/platform/qt/dialog_driver.h"
+#include "tests/platform/qt/run_until.h"
 #include "tests/support/session_bus.h"
 
 namespace {
@@ -75,7 +76,8 @@ class QtApplicationTest : public testing::Test {
   }
 
   std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
-  QtApplication application_{*qApp};
+  QtEventLoop loop_;
+  QtApplication application_{*qApp, loop_};
   QtUserInterface userInterface_{application_};
 };
 
@@ -183,7 +185,7 @@ TEST_F(QtApplicationTest, signalsOfTheSystemTerminateIt) {
   for (const int number : {SIGTERM, SIGINT}) {
     struct sigaction before {};
     sigaction(number, nullptr, &before);
-    QtApplication application(*qApp);
+    QtApplication application(*qApp, loop_);
     application.setDelegate(delegate_);
     delegate_->told.clear();
     delegate_->launched = [&] {

@@ -1,6 +1,5 @@
-// The real event loop and the real clocks. "Not" is shown by what comes after: the loop keeps the order.
-#include "platform/qt/qt_main_loop.h"
-
+// The main loop on Qt's event loop and the real clocks. To show that something does not happen, the tests wait for
+// something later: the loop keeps the order.
 #include <dirent.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/qt/event_loop.h"
+#include "platform/linux/session/session_main_loop.h"
+#include "platform/qt/qt_event_loop.h"
+#include "tests/platform/qt/run_until.h"
 
 namespace {
 
@@ -45,7 +46,8 @@ class QtMainLoopTest : public testing::Test {
   }
 
   std::vector<std::string> noted_;
-  QtMainLoop loop_;
+  QtEventLoop eventLoop_;
+  SessionMainLoop loop_{eventLoop_};
 };
 
 TEST_F(QtMainLoopTest, nowIsTheClockOnTheWall) {
@@ -290,7 +292,7 @@ TEST_F(QtMainLoopTest, firingsMissedWhileTheHandlerRanAreMadeOnceWhenItReturns) 
 
 // Lets a timer of 50 ms fire 75 ms after it was made, and then again, and answers whether it did so before 110 ms had
 // passed; absent if the machine was too busy to tell.
-std::optional<bool> keepsToTheInterval(QtMainLoop& loop) {
+std::optional<bool> keepsToTheInterval(MainLoop& loop) {
   std::optional<steady_clock::time_point> firstFiring;
   std::vector<std::string> order;
   const auto before = steady_clock::now();
@@ -342,7 +344,8 @@ TEST_F(QtMainLoopTest, aLoopThatIsDestroyedDropsWhatStillWaits) {
   std::shared_ptr<Timer> once;
   std::shared_ptr<Timer> repeating;
   {
-    QtMainLoop other;
+    QtEventLoop eventLoop;
+    SessionMainLoop other(eventLoop);
     other.post([this, held] { note("posted")(); });
     other.after(0ms, [this, held] { note("after")(); });
     once = other.timerAt(Instant{}, [this, held](Timer&) { note("once")(); });

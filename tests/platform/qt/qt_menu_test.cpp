@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/qt/event_loop.h"
+#include "tests/platform/qt/run_until.h"
 
 namespace {
 

@@ -12,9 +12,10 @@
 #include <string>
 
 #include "platform/qt/icon_files.h"
+#include "platform/qt/qt_event_loop.h"
 #include "platform/qt/qt_screen.h"
 #include "platform/qt/svg_icon.h"
-#include "tests/platform/qt/event_loop.h"
+#include "tests/platform/qt/run_until.h"
 
 namespace {
 
@@ -28,7 +29,8 @@ class QtStatusItemTest : public testing::Test {
     complaint_ = testing::internal::GetCapturedStderr();
   }
 
-  QtScreen screen_;
+  QtEventLoop loop_;
+  QtScreen screen_{loop_};
   std::shared_ptr<StatusItem> item_;
   std::string complaint_;
 };

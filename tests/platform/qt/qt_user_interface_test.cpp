@@ -14,8 +14,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/qt/qt_event_loop.h"
 #include "tests/platform/qt/dialog_driver.h"
-#include "tests/platform/qt/event_loop.h"
+#include "tests/platform/qt/run_until.h"
 
 namespace {
 
@@ -36,7 +37,8 @@ std::vector<std::string> titlesFromTheLeft(const QDialog& dialog) {
 
 class QtUserInterfaceTest : public testing::Test {
  protected:
-  QtApplication application_{*qApp};
+  QtEventLoop loop_;
+  QtApplication application_{*qApp, loop_};
   QtUserInterface userInterface_{application_};
 };
 

@@ -19,9 +19,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/qt/event_loop.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
+#include "tests/platform/qt/run_until.h"
 
 namespace {
 

@@ -10,9 +10,10 @@
 #include <atomic>
 #include <string>
 
-#include "tests/platform/qt/event_loop.h"
+#include "platform/qt/qt_event_loop.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
+#include "tests/platform/qt/run_until.h"
 #include "tests/support/session_bus.h"
 
 namespace {
@@ -67,31 +68,32 @@ class SystemTrayTest : public testing::Test {
   ScratchFolder scratch_;
   SessionBus bus_{scratch_};
   EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
+  QtEventLoop loop_;
   int arrivals_ = 0;
 };
 
 TEST_F(SystemTrayTest, isThereWherePanelsHaveAHost) {
-  SystemTray tray;
-  EXPECT_FALSE(tray.isThere());
+  SystemTray tray(loop_);
+  EXPECT_FALSE(tray.isAvailable());
   {
     const Panel panel(bus_.address(), true);
-    EXPECT_TRUE(tray.isThere());
+    EXPECT_TRUE(tray.isAvailable());
   }
-  EXPECT_FALSE(tray.isThere());
+  EXPECT_FALSE(tray.isAvailable());
   const Panel panel(bus_.address(), false);
-  EXPECT_FALSE(tray.isThere()) << "there is the service, but nothing that shows icons";
+  EXPECT_FALSE(tray.isAvailable()) << "there is the service, but nothing that shows icons";
   EXPECT_TRUE(panel.wasAsked());
 }
 
 TEST_F(SystemTrayTest, aPanelThatComesLaterIsNoticed) {
-  SystemTray tray;
+  SystemTray tray(loop_);
   await(tray);
   const Panel panel(bus_.address(), true);
   EXPECT_TRUE(runUntil([&] { return arrivals_ > 0; }));
 }
 
 TEST_F(SystemTrayTest, aHostThatComesLaterIsNoticedOnce) {
-  SystemTray tray;
+  SystemTray tray(loop_);
   await(tray);
   Panel panel(bus_.address(), false);
   EXPECT_TRUE(runUntil([&] { return panel.wasAsked(); }));
@@ -99,7 +101,7 @@ TEST_F(SystemTrayTest, aHostThatComesLaterIsNoticedOnce) {
   panel.registerHost();
   EXPECT_TRUE(runUntil([&] { return arrivals_ > 0; }));
   panel.registerHost();
-  SystemTray other;
+  SystemTray other(loop_);
   int arrivalsThere = 0;
   other.await([&] { ++arrivalsThere; });
   EXPECT_TRUE(runUntil([&] { return arrivalsThere > 0; }));
@@ -108,9 +110,9 @@ TEST_F(SystemTrayTest, aHostThatComesLaterIsNoticedOnce) {
 
 TEST_F(SystemTrayTest, withoutABusThereIsNone) {
   address_.set("disabled:");
-  SystemTray tray;
+  SystemTray tray(loop_);
   await(tray);
-  EXPECT_FALSE(tray.isThere());
+  EXPECT_FALSE(tray.isAvailable());
   EXPECT_EQ(arrivals_, 0);
 }
 

@@ -12,12 +12,12 @@
 #include <sstream>
 #include <string>
 
-#include "platform/qt/qt_main_loop.h"
+#include "platform/linux/session/session_main_loop.h"
 #include "platform/linux/session/session_workspace.h"
-#include "tests/platform/linux/session/bus_client.h"
-#include "tests/platform/qt/event_loop.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
+#include "tests/platform/linux/session/bus_client.h"
+#include "tests/platform/linux/session/poll_loop.h"
 #include "tests/support/session_bus.h"
 
 namespace {
@@ -44,12 +44,13 @@ class OpenApplicationTest : public testing::Test {
   }
 
   std::string found() {
-    EXPECT_TRUE(runUntil([&] { return std::filesystem::exists(scratch_.path("found")); })) << "nothing was started";
+    EXPECT_TRUE(loop_.runUntil([&] { return std::filesystem::exists(scratch_.path("found")); }))
+        << "nothing was started";
     return contentOf(scratch_.path("found"));
   }
 
   ScratchFolder scratch_;
-  QtMainLoop loop_;
+  PollLoop loop_;
   SessionWorkspace workspace_{loop_};
 };
 
@@ -142,9 +143,9 @@ class OpenByBusTest : public OpenApplicationTest {
   }
 
   // Serves the application's connection until it is called, and answers how: path, method, arguments.
-  static std::string nextCall(const BusClient& application) {
+  std::string nextCall(const BusClient& application) {
     std::string call;
-    EXPECT_TRUE(runUntil([&] {
+    EXPECT_TRUE(loop_.runUntil([&] {
       sd_bus_message* message = nullptr;
       if (sd_bus_process(application.bus(), &message) <= 0 || message == nullptr) return false;
       if (sd_bus_message_is_method_call(message, nullptr, nullptr) > 0)
@@ -173,7 +174,7 @@ TEST_F(OpenByBusTest, oneThatRunsIsAskedToComeToTheFront) {
 
 TEST_F(OpenByBusTest, oneThatDoesNotRunIsStartedByTheBusAndAskedThen) {
   workspace_.openApplication(entry());
-  EXPECT_TRUE(runUntil([&] { return std::filesystem::exists(scratch_.path("started-it")); }));
+  EXPECT_TRUE(loop_.runUntil([&] { return std::filesystem::exists(scratch_.path("started-it")); }));
   workspace_.openApplication(makeEntry("com.example.Missing.desktop", "DBusActivatable=true\nExec=true\n"));
   BusClient application;
   application.take(name);
@@ -183,14 +184,15 @@ TEST_F(OpenByBusTest, oneThatDoesNotRunIsStartedByTheBusAndAskedThen) {
 
 TEST_F(OpenByBusTest, aBusThatWasReplacedIsAskedAnew) {
   workspace_.openApplication(entry());
-  EXPECT_TRUE(runUntil([&] { return std::filesystem::exists(scratch_.path("started-it")); }));
+  EXPECT_TRUE(loop_.runUntil([&] { return std::filesystem::exists(scratch_.path("started-it")); }));
   bus_.stop();
   const SessionBus again(scratch_);
   BusClient application;
   application.take(name);
-  bool isHeardOf = false;
-  loop_.after(0ms, [&] { isHeardOf = true; });
-  EXPECT_TRUE(runUntil([&] { return isHeardOf; }));
+  SessionMainLoop mainLoop(loop_);
+  bool isNoticed = false;
+  mainLoop.after(0ms, [&] { isNoticed = true; });
+  EXPECT_TRUE(loop_.runUntil([&] { return isNoticed; }));
   workspace_.openApplication(entry());
   EXPECT_EQ(nextCall(application), "/com/example/Some_App2 org.freedesktop.Application.Activate a{sv}");
 }

@@ -14,13 +14,13 @@
 #include <utility>
 #include <vector>
 
-#include "platform/qt/qt_main_loop.h"
+#include "platform/linux/session/session_main_loop.h"
 #include "platform/linux/session/session_workspace.h"
 #include "platform/linux/session/termination_watch.h"
-#include "tests/platform/linux/session/bus_client.h"
-#include "tests/platform/qt/event_loop.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
+#include "tests/platform/linux/session/bus_client.h"
+#include "tests/platform/linux/session/poll_loop.h"
 #include "tests/support/session_bus.h"
 
 namespace {
@@ -52,7 +52,7 @@ class SessionTerminationsTest : public testing::Test {
   void catchUp(Told& told) {
     const std::string end = marker + std::to_string(++markers_);
     BusClient().take(end.c_str());
-    EXPECT_TRUE(runUntil(
+    EXPECT_TRUE(loop_.runUntil(
         [&] { return std::any_of(told.begin(), told.end(), [&](const auto& entry) { return entry.first == end; }); }));
     std::erase_if(told, [](const auto& entry) { return entry.first.starts_with(marker); });
   }
@@ -66,7 +66,8 @@ class SessionTerminationsTest : public testing::Test {
   ScratchFolder scratch_;
   SessionBus bus_{scratch_};
   EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
-  QtMainLoop loop_;
+  PollLoop loop_;
+  SessionMainLoop mainLoop_{loop_};
   SessionWorkspace workspace_{loop_};
   Told told_;
   int markers_ = 0;
@@ -217,7 +218,7 @@ TEST_F(SessionTerminationsTest, anObserverThatGaveUpIsNotToldWhatWasOnItsWay) {
   }
   catchUp(told_);
   EXPECT_EQ(told_.size(), 2U);
-  EXPECT_TRUE(runUntil([&] { return another == nullptr; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return another == nullptr; }));
   EXPECT_THAT(toldToo, ElementsAre(Pair("com.apple.Mail", 0), Pair("handler", 0)));
 }
 
@@ -228,11 +229,11 @@ TEST_F(SessionTerminationsTest, aHandlerMayRunALoopOfItsOwnInWhichOthersAreTold)
       workspace_.observeTerminations([&](const std::shared_ptr<RunningApplication>& application) {
         if (application->bundleIdentifier() != safari) return;
         { BusClient().take("com.apple.Mail"); }
-        EXPECT_TRUE(runUntil([&] { return !told_.empty() && told_.back().first == "com.apple.Mail"; }));
+        EXPECT_TRUE(loop_.runUntil([&] { return !told_.empty() && told_.back().first == "com.apple.Mail"; }));
         isOver = true;
       });
   { BusClient().take(safari); }
-  EXPECT_TRUE(runUntil([&] { return isOver; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return isOver; }));
 }
 
 TEST_F(SessionTerminationsTest, observingStartsNothing) {
@@ -247,9 +248,9 @@ TEST_F(SessionTerminationsTest, aBusThatGoesAwayTellsNothingMoreAndKeepsNobodyBu
   const Observation observation = observe(told_);
   bus_.stop();
   bool isLater = false;
-  loop_.after(200ms, [&] { isLater = true; });
+  mainLoop_.after(200ms, [&] { isLater = true; });
   const std::clock_t start = std::clock();
-  EXPECT_TRUE(runUntil([&] { return isLater; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return isLater; }));
   EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 10);
   EXPECT_THAT(told_, IsEmpty());
 }
@@ -268,7 +269,7 @@ TEST_F(SessionTerminationsTest, aBusThatHangsHoldsNobodyUpForLong) {
   impatient.openApplication("/nonexistent.desktop");
   EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
   kill(bus_.process(), SIGCONT);
-  EXPECT_TRUE(runUntil([&] {
+  EXPECT_TRUE(loop_.runUntil([&] {
     BusClient().take(marker);
     return !told_.empty();
   })) << "the bus answers in the end";
@@ -289,8 +290,8 @@ TEST_F(SessionTerminationsTest, withoutABusNothingIsTold) {
     const Observation observation = observe(told_);
     EXPECT_NE(observation, nullptr);
     bool isLater = false;
-    loop_.after(1ms, [&] { isLater = true; });
-    EXPECT_TRUE(runUntil([&] { return isLater; }));
+    mainLoop_.after(1ms, [&] { isLater = true; });
+    EXPECT_TRUE(loop_.runUntil([&] { return isLater; }));
   }
   EXPECT_THAT(told_, IsEmpty());
 }
@@ -298,8 +299,8 @@ TEST_F(SessionTerminationsTest, withoutABusNothingIsTold) {
 class TerminationWatchTest : public SessionTerminationsTest {
  protected:
   Told told_;
-  TerminationWatch watch_{[this](const Departure& departure) { told_.emplace_back(departure.name, departure.process); },
-                          2s};
+  TerminationWatch watch_{
+      loop_, [this](const Departure& departure) { told_.emplace_back(departure.name, departure.process); }, 2s};
 };
 
 TEST_F(TerminationWatchTest, whoGetsInLineLaterIsFound) {
@@ -307,7 +308,7 @@ TEST_F(TerminationWatchTest, whoGetsInLineLaterIsFound) {
   NameOwner second(safari);
   NameOwner third(safari, 2);
   const std::vector<int> processes{first.process(), second.process(), third.process()};
-  EXPECT_TRUE(runUntil([&] { return watch_.processesWith(safari).size() == 4; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return watch_.processesWith(safari).size() == 4; }));
   second.leave();
   catchUp(told_);
   EXPECT_THAT(told_, ElementsAre(Pair(safari, processes[1])));
@@ -321,12 +322,12 @@ TEST_F(TerminationWatchTest, whoGetsInLineLongAfterItArrivedIsFound) {
   BusClient waiting;
   BusClient owning;
   owning.take(safari);
-  EXPECT_TRUE(runUntil([&] { return watch_.processesWith(safari).size() == 1; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return watch_.processesWith(safari).size() == 1; }));
   bool isLater = false;
-  loop_.after(4 * TerminationWatch::firstLook, [&] { isLater = true; });
-  EXPECT_TRUE(runUntil([&] { return isLater; }));
+  mainLoop_.after(4 * TerminationWatch::firstCheckDelay, [&] { isLater = true; });
+  EXPECT_TRUE(loop_.runUntil([&] { return isLater; }));
   waiting.take(safari);
-  EXPECT_TRUE(runUntil([&] { return watch_.processesWith(safari).size() == 2; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return watch_.processesWith(safari).size() == 2; }));
 }
 
 TEST_F(TerminationWatchTest, theBusItselfIsNobody) {

@@ -6,12 +6,12 @@
 #include <optional>
 #include <string>
 
-#include "platform/qt/qt_main_loop.h"
+#include "platform/linux/session/session_main_loop.h"
 #include "platform/linux/session/session_workspace.h"
-#include "tests/platform/linux/session/bus_client.h"
-#include "tests/platform/qt/event_loop.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
+#include "tests/platform/linux/session/bus_client.h"
+#include "tests/platform/linux/session/poll_loop.h"
 #include "tests/support/session_bus.h"
 
 namespace {
@@ -35,7 +35,8 @@ class SessionWakeTest : public testing::Test {
   SessionBus bus_{scratch_};
   EnvironmentScope address_{"DBUS_SYSTEM_BUS_ADDRESS", bus_.address()};
   BusClient loginManager_{bus_.address()};
-  QtMainLoop loop_;
+  PollLoop loop_;
+  SessionMainLoop mainLoop_{loop_};
   SessionWorkspace workspace_{loop_};
   int woken_ = 0;
 };
@@ -46,7 +47,7 @@ TEST_F(SessionWakeTest, theEndOfASleepIsTold) {
     announceSleep(loginManager_, true);
     announceSleep(loginManager_, false);
     EXPECT_EQ(woken_, sleep - 1) << "nothing is told but by the loop";
-    EXPECT_TRUE(runUntil([&] { return woken_ == sleep; })) << sleep;
+    EXPECT_TRUE(loop_.runUntil([&] { return woken_ == sleep; })) << sleep;
   }
 }
 
@@ -64,11 +65,11 @@ TEST_F(SessionWakeTest, nothingElseIsAWake) {
   announceSleep(stranger, false);
   const BusClient last(bus_.address());  // the bus has passed on all of that once it has served one that came after it
   bool isRead = false;
-  loop_.after(20ms, [&] { isRead = true; });  // what has come is read before what falls due later
-  EXPECT_TRUE(runUntil([&] { return isRead; }));
+  mainLoop_.after(20ms, [&] { isRead = true; });  // what has come is read before what falls due later
+  EXPECT_TRUE(loop_.runUntil([&] { return isRead; }));
   EXPECT_EQ(woken_, 0);
   announceSleep(loginManager_, false);
-  EXPECT_TRUE(runUntil([&] { return woken_ == 1; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return woken_ == 1; }));
 }
 
 TEST_F(SessionWakeTest, aLoginManagerThatStartsLaterIsHeard) {
@@ -77,7 +78,7 @@ TEST_F(SessionWakeTest, aLoginManagerThatStartsLaterIsHeard) {
   BusClient next(bus_.address());
   next.take("org.freedesktop.login1");
   announceSleep(next, false);
-  EXPECT_TRUE(runUntil([&] { return woken_ == 1; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return woken_ == 1; }));
 }
 
 TEST_F(SessionWakeTest, anObserverIsToldUntilItsReferenceIsGivenUp) {
@@ -91,7 +92,7 @@ TEST_F(SessionWakeTest, anObserverIsToldUntilItsReferenceIsGivenUp) {
   });
   announceSleep(loginManager_, false);
   announceSleep(loginManager_, false);
-  EXPECT_TRUE(runUntil([&] { return woken_ == 2 && another == nullptr; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return woken_ == 2 && another == nullptr; }));
   EXPECT_EQ(wokenToo, 2) << "one call, which ran to its end";
 }
 
@@ -99,9 +100,9 @@ TEST_F(SessionWakeTest, aBusThatGoesAwayKeepsNobodyBusy) {
   const Observation observation = workspace_.observeWake([this] { ++woken_; });
   bus_.stop();
   bool isLater = false;
-  loop_.after(200ms, [&] { isLater = true; });
+  mainLoop_.after(200ms, [&] { isLater = true; });
   const std::clock_t start = std::clock();
-  EXPECT_TRUE(runUntil([&] { return isLater; }));
+  EXPECT_TRUE(loop_.runUntil([&] { return isLater; }));
   EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 10);
   EXPECT_EQ(woken_, 0);
 }
@@ -112,8 +113,8 @@ TEST_F(SessionWakeTest, withoutABusNothingIsTold) {
   EXPECT_NE(observation, nullptr);
   announceSleep(loginManager_, false);
   bool isLater = false;
-  loop_.after(1ms, [&] { isLater = true; });
-  EXPECT_TRUE(runUntil([&] { return isLater; }));
+  mainLoop_.after(1ms, [&] { isLater = true; });
+  EXPECT_TRUE(loop_.runUntil([&] { return isLater; }));
   EXPECT_EQ(woken_, 0);
 }
 

@@ -1,4 +1,4 @@
-#include "tests/platform/qt/event_loop.h"
+#include "tests/platform/qt/run_until.h"
 
 #include <QCoreApplication>
 #include <QTimer>
