@@ -1,0 +1,2 @@
+// A program that only links: see tests/CMakeLists.txt.
+int main() {}
