@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""Measures what the menu-bar program costs its user, on a desktop of its own.
+"""Measures the costs of the menu-bar program on a private desktop.
 
 usage: desktop_costs.py INSTALLATION [--starts N]
 
-Prints how long it takes from the start of the process until a panel can read its whole menu (the first start of all,
-which also sets up the start at login, and then warm ones), its resident memory, and how often it wakes the processor
-when nothing happens.
+Prints the time from the start of the process until a panel can read its whole menu (for the very first start, which
+also sets up the start at login, and for warm starts), its resident memory, and how often it wakes the processor while
+idle.
 """
 import argparse
 import pathlib
@@ -22,20 +22,21 @@ from quillery import Quillery  # noqa: E402
 from status_item import item_names, StatusItem  # noqa: E402
 from waiting import wait_for  # noqa: E402
 
-ITEMS = 11  # of the menu
+ITEMS = 11  # in the menu
 
 
 def milliseconds_to_menu(desktop):
-    """Starts the program. Answers it, and the time until its menu could be read."""
+    """Starts the program and waits until its menu can be read. Returns the program and the time that this took."""
+    def has_menu():
+        try:
+            return any(len(StatusItem(desktop.bus, name).menu()) == ITEMS for name in item_names(desktop.bus))
+        except GLib.Error:  # the item is not complete yet
+            return False
+
     start = time.monotonic()
     quillery = Quillery(desktop)
-    while True:
-        try:
-            if any(len(StatusItem(desktop.bus, name).menu()) == ITEMS for name in item_names(desktop.bus)):
-                return quillery, (time.monotonic() - start) * 1000
-        except GLib.Error:  # not all of it is there yet
-            pass
-        time.sleep(0.0005)
+    wait_for(has_menu, "a complete menu", pause=0.0005)
+    return quillery, (time.monotonic() - start) * 1000
 
 
 def main():
@@ -45,7 +46,7 @@ def main():
     arguments = parser.parse_args()
     with Desktop(arguments.installation, has_accessibility=False) as desktop:
         quillery, first = milliseconds_to_menu(desktop)
-        wait_for(lambda: len(desktop.processes()) == 1, "a first start that has settled")
+        wait_for(lambda: len(desktop.processes()) == 1, "the instance that the login agent started to exit")
         times = []
         for _ in range(arguments.starts):
             quillery.quit()
@@ -54,9 +55,9 @@ def main():
             times.append(taken)
         print(f"start to menu, ms: first {first:.0f}; warm {min(times):.0f} to {max(times):.0f}, "
               f"median {statistics.median(times):.0f}, of {len(times)}")
-        print(f"wakes in a minute with nothing to do: {quillery.wakes_in_an_idle_minute()}")
+        print(f"wakes in an idle minute: {quillery.wakes_in_an_idle_minute()}")
         memory = quillery.resident_memory()
-        print("resident memory, MB: {VmRSS:.1f}, of which its own {RssAnon:.1f}".format(**memory))
+        print("resident memory, MB: {VmRSS:.1f}, of which private {RssAnon:.1f}".format(**memory))
 
 
 if __name__ == "__main__":

@@ -1,10 +1,10 @@
-// Measures one bookmark file: the whole sort job, each of its steps, and plain input and output of the same bytes, in
-// turn and in one process, so that what the machine is doing meanwhile meets all of them.
+// Measures, on one bookmark file, the whole sort job, each of its steps, and plain input and output of the same bytes.
+// They run in turn in one process, so that other load on the machine affects all of them alike.
 //
 // usage: quillery_bench FILE ROUNDS flush|noflush
 //
-// Works in a scratch home folder beside the file. Prints one line for each thing measured: its name, a tab, and the
-// median of the rounds in milliseconds.
+// Works in a scratch home folder beside the file. Prints a line per measurement: its name, a tab, and the median of the
+// rounds in milliseconds.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -37,7 +37,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-// Figures by name, in the order in which they first came.
+// Times by name, in the order of the first measurement of each name.
 class Figures {
  public:
   template <class Action>
@@ -85,7 +85,7 @@ struct Descriptor {
   int number;
 };
 
-// Memory that is not written to before it is read into.
+// Memory that is not initialised, because it is read into next.
 using Uninitialised = std::unique_ptr<std::byte[]>;  // NOLINT(modernize-avoid-c-arrays)
 
 struct Block {
@@ -120,8 +120,8 @@ void plainWrite(const std::string& path, const Block& block, bool flush) {
   check(fsync(folder.number) == 0, path);
 }
 
-// What any program must do to the same bytes: read, write a backup, read again and compare, write and rename over the
-// file.
+// The input and output that any safe program needs for the same bytes: read, write a backup, read again and compare,
+// write a new file and rename it over the old one.
 void plainInputAndOutput(const std::string& file, const std::string& backup, bool flush) {
   const std::string temporary = file + ".plain";
   const Block block = plainRead(file);
@@ -132,9 +132,9 @@ void plainInputAndOutput(const std::string& file, const std::string& backup, boo
   std::filesystem::rename(temporary, file);
 }
 
-// Takes and gives back so much memory, written to. On a virtual machine whose host takes back what is free, the first
-// use of memory after a while costs far more than the rest of the work, and at random; done just before a
-// measurement, this keeps it out of both sides alike.
+// Allocates, writes to and frees this much memory. On a virtual machine whose host reclaims free memory, the first use
+// of memory after a pause costs far more than the rest of the work, and varies. Called before each measurement, this
+// keeps that cost out of all of them.
 void warmMemory(std::size_t size) {
   void* block = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   check(block != MAP_FAILED, "memory");
@@ -142,7 +142,7 @@ void warmMemory(std::size_t size) {
   munmap(block, size);
 }
 
-// The steps of the job one by one, as the job makes them.
+// Measures the steps of the job separately, in the order of the job.
 void steps(Figures& figures, FileSystem& files, const std::filesystem::path& scratch) {
   PropertyLists& propertyLists = platform().propertyLists;
   const std::string path = bookmarkFile();

@@ -3,10 +3,10 @@
 
 usage: run.py BUILD_FOLDER [--large] [--rounds N]
 
-Makes bookmark files of 500, 10,000 and 100,000 bookmarks (with --large 1,000,000 too) in both formats and measures,
-one after the other on the same file: the whole job and its steps, plain input and output of the same bytes, both
-without and with flushing to disk, the plain Python script, and the memory of one run of the companion. Times are
-medians; what they are compared with ran just before or after them, so quote the ratios.
+Makes bookmark files of 500, 10,000 and 100,000 bookmarks (with --large also 1,000,000) in both formats. Measures in
+turn on the same file: the whole job and its steps, plain input and output of the same bytes, both without and with
+flushing to disk, the plain Python script, and the memory of one run of the companion. Times are medians. The figures of
+a ratio are measured in direct succession, so quote ratios rather than times.
 """
 import argparse
 import os
@@ -36,7 +36,7 @@ def script_time(path, scratch):
 
 
 def peak_memory(companion, path, scratch):
-    """Bytes at the most of one run of the companion, as the system counted them."""
+    """The peak resident memory of one run of the companion in bytes, as counted by the system."""
     home = scratch / "memory home"
     shutil.rmtree(home, ignore_errors=True)
     (home / "Library/Safari").mkdir(parents=True)
@@ -46,7 +46,7 @@ def peak_memory(companion, path, scratch):
         child = subprocess.Popen([companion, "sort"], env=environment, stdout=null)
         _, status, usage = os.wait4(child.pid, 0)
     if status != 0:
-        sys.exit(f"run.py: the companion ended with status {status}")
+        sys.exit(f"run.py: the companion exited with wait status {status}")
     shutil.rmtree(home)
     return usage.ru_maxrss * 1024
 

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Shows that a clean clone passes the README's two commands in a Debian 12 that has nothing but git.
+# Checks that a fresh clone passes the README's two commands in a Debian 12 that has nothing but git.
 # usage: sudo tools/bare_debian.sh [MIRROR]
-# Makes a root with debootstrap (minbase and git) in a scratch folder, clones this repository's HEAD there and runs
-# `./dev demo` and `./dev test` in it. MIRROR is where this machine's own apt takes Debian 12 from, unless given.
-# Needs root, debootstrap and some 3 GB below TMPDIR; all of it is removed again.
+# Installs Debian (minbase and git) with debootstrap into a scratch folder, clones this repository's HEAD there and runs
+# `./dev demo` and `./dev test` in it. MIRROR defaults to the mirror from which this machine's apt takes Debian 12.
+# Needs root, debootstrap and about 3 GB below TMPDIR. Removes everything at the end.
 set -euo pipefail
 repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # shellcheck source=tools/bare_root.sh

@@ -1,5 +1,5 @@
-// Prints a bookmark file as an indented tree, for people: a line for each node, folders marked with a triangle.
-// Whatever a title may hold, no control character reaches the terminal.
+// Prints a bookmark file as an indented tree: one line per node, folders marked with a triangle. Titles are untrusted,
+// so no control character of a title reaches the terminal.
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "values/harmless_text.h"
 #include "engine/bookmark_node.h"
 #include "platform/error.h"
 #include "platform/linux/plist/property_list_codec.h"
+#include "values/harmless_text.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ void printNode(const PlistValue& node, std::size_t level) {
   for (std::size_t index = 0; children && index < children->size(); ++index) printNode(children->at(index), level + 1);
 }
 
-// Prints what is below the root; the root itself has no title worth a line.
+// Prints the nodes below the root; the root itself has no useful title.
 int printFile(const char* path) {
   std::ifstream file(path, std::ios::binary);
   const Bytes bytes(std::string(std::istreambuf_iterator<char>(file), {}));

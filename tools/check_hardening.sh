@@ -1,22 +1,22 @@
 #!/usr/bin/env bash
-# Checks that programs were built so that mistakes in them are hard to make use of.
+# Checks that programs were built with the usual hardening, which makes bugs in them harder to exploit.
 # usage: check_hardening.sh PROGRAM...
-# Each must be loaded at an address that differs from run to run, have no memory that can be both written and run, have
-# its tables of functions read-only by the time it starts, guard the stacks of its functions, and have its libraries
-# looked for nowhere but where the system looks. Exit status 1 if one does not, with a line for each lack. (Whether the
-# compiler found a call whose size it could check shows in no program.)
+# Each program must be position-independent, have no memory that is both writable and executable, have relocations that
+# are read-only once it runs, have stack protectors, and name no library search path of its own. Prints a line for each
+# missing protection; exit status 1 if there is any. (_FORTIFY_SOURCE is not checked: a program without a call that the
+# compiler could check looks the same as one built without it.)
 set -euo pipefail
-lacks=0
+missing=0
 
-lack() {
+report() {
   echo "$1"
-  lacks=$((lacks + 1))
+  missing=$((missing + 1))
 }
 
-# Prints a line unless the text, which readelf made of the program, has a match.
+# Prints a line unless the given output of readelf for the program matches a pattern.
 expect() {
   local program=$1 what=$2 text=$3 pattern=$4
-  grep --quiet --extended-regexp "$pattern" <<<"$text" || lack "$program: $what"
+  grep --quiet --extended-regexp "$pattern" <<<"$text" || report "$program: $what"
 }
 
 for program in "$@"; do
@@ -26,9 +26,9 @@ for program in "$@"; do
   expect "$program" "is not position-independent" "$dynamic" 'FLAGS_1.*PIE'
   expect "$program" "has an executable stack" "$segments" 'GNU_STACK .* RW +0x'
   expect "$program" "has no read-only relocations" "$segments" 'GNU_RELRO'
-  expect "$program" "does not bind its functions at the start" "$dynamic" 'FLAGS_1.*NOW'
-  expect "$program" "does not guard its stacks" "$symbols" '__stack_chk_fail'
-  [[ ! $dynamic =~ (RPATH|RUNPATH) ]] || lack "$program: looks for libraries in a folder of its own"
+  expect "$program" "binds functions lazily" "$dynamic" 'FLAGS_1.*NOW'
+  expect "$program" "has no stack protector" "$symbols" '__stack_chk_fail'
+  [[ ! $dynamic =~ (RPATH|RUNPATH) ]] || report "$program: has its own library search path"
 done
-((lacks == 0)) || exit 1
+((missing == 0)) || exit 1
 echo "Hardened: $*"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Sorts the sample bookmark files in a scratch home folder and shows, and checks, what happens.
+# Sorts the sample bookmark files in a scratch home folder, shows the result and checks it.
 # usage: demo.sh BUILD_FOLDER
-# Exit status 1 if anything is not as it should be. Nothing outside the scratch folder is touched.
+# Exit status 1 if a check fails. Touches nothing outside the scratch folder.
 set -euo pipefail
 build=$1
 samples=$(cd "$(dirname "${BASH_SOURCE[0]}")/../tests/data/demo" && pwd)
@@ -15,7 +15,7 @@ else
   bold='' dim='' green='' red='' plain=''
 fi
 
-# A scratch home with one of the samples; sets the names of what is in it.
+# Makes a scratch home with one of the samples and sets home, bookmarks and backups to its paths.
 prepare() {
   home=$scratch/$1
   bookmarks=$home/Library/Safari/Bookmarks.plist
@@ -24,13 +24,13 @@ prepare() {
   cp "$samples/Bookmarks.$1.plist" "$bookmarks"
 }
 
-# One unattended sort by the companion, in a session where nothing runs.
+# Sorts once, unattended, without a session bus, so Safari counts as closed.
 sort_once() {
   env HOME="$home" XDG_RUNTIME_DIR="$home/run" DBUS_SESSION_BUS_ADDRESS="unix:path=$home/run/no-bus" \
     "$build/quilleryctl" sort
 }
 
-# Prints a line that says whether a command succeeded.
+# Runs a command as a check: prints the text with a tick if it succeeds, with a cross if it fails.
 expect() {
   local what=$1
   shift
@@ -44,13 +44,12 @@ expect() {
 
 equals() { [[ $1 == "$2" ]]; }
 backup_count() { find "$backups" -type f | wc -l; }
-# What a file begins with; the first bytes tell the formats apart.
 begins_with() { equals "$(head -c "${#1}" "$2")" "$1"; }
 
-# How many columns a line takes in a terminal.
+# Prints the width of a line in terminal columns.
 columns() { printf '%s' "$1" | LC_ALL=C.UTF-8 wc -L; }
 
-# Prints a line of a tree in a field of the given width; folders stand out.
+# Prints a line of a tree, padded to the given width; folders are bold.
 field() {
   local line=$1 width=$2 emphasis='' space
   [[ $line != *▸* ]] || emphasis=$bold
@@ -69,11 +68,12 @@ show_trees() {
   done
 }
 
-# The whole demonstration in one format, whose files begin with the given bytes.
+# Runs the demo with one format, whose files begin with the given bytes.
 demonstrate() {
   local format=$1 start=$2 name=$3
   prepare "$format"
-  printf '\n%s%s%s  %s\n' "$bold" "$name" "$plain" "${dim}~/Library/Safari/Bookmarks.plist, $(stat -c %s "$bookmarks") bytes$plain"
+  printf '\n%s%s%s  %s\n' "$bold" "$name" "$plain" \
+    "${dim}~/Library/Safari/Bookmarks.plist, $(stat -c %s "$bookmarks") bytes$plain"
   local before after result status=0 backup
   before=$("$build/tools/bookmark_tree" "$bookmarks")
   result=$(sort_once) || status=$?
@@ -81,21 +81,21 @@ demonstrate() {
   show_trees "$before" "$after"
   printf '\n%s$ quilleryctl sort%s\n%s\n\n' "$dim" "$plain" "${result//"$home"/\~}"
 
-  expect "it ended with status 0 and said so" equals "$status ${result%%:*}" "0 Bookmarks sorted"
+  expect "the sort succeeded: exit status 0 and a message" equals "$status ${result%%:*}" "0 Bookmarks sorted"
   expect "no title was lost or added" equals "$(sort <<<"$before" | tr -d ' ')" "$(sort <<<"$after" | tr -d ' ')"
-  expect "the file is still in its format" begins_with "$start" "$bookmarks"
+  expect "the file kept its format" begins_with "$start" "$bookmarks"
   expect "there is one backup" equals "$(backup_count)" 1
   backup=$(find "$backups" -type f || true)
-  expect "the message names it" equals "${result##*$'\n'}" "Backup: $backup"
-  expect "it holds the old bytes" cmp --silent "$samples/Bookmarks.$format.plist" "$backup"
-  expect "only you can read it: mode 0600, in a folder of mode 0700" \
+  expect "the message names the backup" equals "${result##*$'\n'}" "Backup: $backup"
+  expect "the backup has the old bytes" cmp --silent "$samples/Bookmarks.$format.plist" "$backup"
+  expect "only you can read the backup: mode 0600, in a folder of mode 0700" \
     equals "$(stat -c %a "$backup") $(stat -c %a "$backups")" "600 700"
 
   cp "$bookmarks" "$home/sorted"
   status=0
   result=$(sort_once) || status=$?
-  expect "a second sort finds it in order: it says nothing" equals "$status$result" 0
-  expect "and neither writes the file nor makes a backup" \
+  expect "a second sort finds the file in order and prints nothing" equals "$status$result" 0
+  expect "the second sort neither writes the file nor makes a backup" \
     equals "$(cmp "$home/sorted" "$bookmarks" && backup_count)" 1
 }
 
@@ -104,8 +104,8 @@ demonstrate xml "<?xml" "The same bookmarks as XML"
 
 echo
 if ((failures > 0)); then
-  echo "${red}$failures of the checks failed.${plain}"
+  echo "${red}$failures checks failed.${plain}"
   exit 1
 fi
-echo "Folders come first, then bookmarks, each in natural order; the root's own entries, the Reading List and Safari's"
-echo "own entries (com.apple.…) stay where they were. The scratch home folder is removed again."
+echo "Folders come first, then bookmarks, each in natural order. The entries of the root, the Reading List and Safari's"
+echo "own entries (com.apple.…) stay where they were. The scratch home folder is removed."

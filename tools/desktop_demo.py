@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Shows the program at work on a desktop that nobody sees, with a sample home folder and a stand-in for Safari.
+"""Runs the program on a headless desktop, with a sample home folder and a stand-in for Safari.
 
 usage: desktop_demo.py INSTALLATION BOOKMARK_TREE SCREENSHOT
 
-Chooses "Sort Now…" from the menu while Safari is open, and prints what happens; BOOKMARK_TREE is the program that
-prints bookmark files. The picture at the end goes to SCREENSHOT. Exit status 1 if anything does not come about.
+Chooses "Sort Now…" from the menu while Safari is open, and prints each step. BOOKMARK_TREE is the program that prints
+bookmark files. Saves the final screen to SCREENSHOT. Exit status 1 if a step does not happen in time.
 """
 import pathlib
 import subprocess
@@ -37,23 +37,23 @@ def main():
         desktop.bookmarks.write_bytes((ROOT / "tests/data/demo/Bookmarks.binary.plist").read_bytes())
         before = tree(bookmark_tree, desktop)
         desktop.start_safari()
-        print("A display, a panel with a tray and a sample home folder are there; Safari (a stand-in) is open.")
+        print("A headless display, a tray and a sample home folder are ready. Safari (a stand-in) is open.")
         quillery = Quillery(desktop)
         quillery.open_menu_in_older_tray()
         print("Quillery runs. From its menu: Sort Now…")
         desktop.screen.type("Down", "Down", "Down", "Return")
         alert = quillery.alert("Safari is open")
-        print(f"It asks: {' | '.join(alert.buttons())}. Return chooses the first.")
+        print(f"It asks: {' | '.join(alert.buttons())}. Return presses the first button.")
         desktop.screen.type("Return")
         wait_for(lambda: desktop.safari_events() == ["started", "asked to quit", "quit", "started"],
-                 "a Safari that quit and came back")
-        print("Safari was asked to quit, it quit, and it is open again. Meanwhile:")
+                 "Safari to quit and reopen")
+        print("Safari was asked to quit, quit, and is open again. In between, the file was sorted:")
         wait_for(quillery.lines, "a printed line")
         show_trees(before, tree(bookmark_tree, desktop))
         print(quillery.lines().replace(str(desktop.home), "~"))
         quillery.open_menu_in_older_tray()
         desktop.screenshot(pathlib.Path(screenshot))
-        print(f"What was on the screen at the end: {screenshot}")
+        print(f"Screenshot of the end: {screenshot}")
 
 
 if __name__ == "__main__":

@@ -1,19 +1,19 @@
 #!/usr/bin/env bash
-# Runs each fuzz harness for a while and says what came of it.
+# Runs each fuzz harness for the given time and prints a table of the results.
 # usage: fuzz.sh BUILD_FOLDER SECONDS
-# What the fuzzer finds interesting stays in BUILD_FOLDER/corpus for the next run; an input that breaks a harness
-# is kept in BUILD_FOLDER/crashes. Exit status 1 if there was one.
+# New inputs stay in BUILD_FOLDER/corpus for the next run; an input that crashes a harness is saved in
+# BUILD_FOLDER/crashes. Exit status 1 if a harness crashed.
 set -euo pipefail
 build=$1
 seconds=$2
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/../fuzz" && pwd)
 
-# Bounds of one input: its size in bytes, the seconds it may take, and the memory in MiB.
+# Limits for one input: size in bytes, time in seconds, memory in MiB.
 readonly largest_input=4096 longest=25 most_memory=2048
 
 statistic() { sed -n "s/^stat::$1: *//p" "$2"; }
 
-# Runs the harness of one format and prints its line of the table; fails if it crashed.
+# Runs the harness of one format and prints its row of the table; fails if it crashed.
 run_harness() {
   local format=$1 log="$build/$1.log" status=0 dictionary=()
   mkdir -p "$build/corpus/$format" "$build/crashes"
@@ -32,6 +32,6 @@ for format in binary xml old_style; do
   run_harness "$format" || failures=$((failures + 1))
 done
 if ((failures > 0)); then
-  echo "The inputs are in $build/crashes. Put each one into fuzz/corpus when it is mended." >&2
+  echo "The inputs are in $build/crashes. Add each of them to fuzz/corpus once it is fixed." >&2
   exit 1
 fi

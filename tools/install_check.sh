@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Shows that a Debian package of ours installs in a bare Debian 12, works there, and leaves nothing behind when purged.
+# Checks that our Debian package installs in a bare Debian 12, works there, and leaves nothing behind when purged.
 # usage: sudo tools/install_check.sh PACKAGE.deb [MIRROR]
-# Makes a root with debootstrap (minbase) in a scratch folder, installs there what the package says it depends on and
-# nothing more, then the package itself with dpkg alone; runs the self-test, one sort, and the menu-bar program on a
-# virtual display; purges the package and compares every file and folder with what was there before. MIRROR is where
-# this machine's own apt takes Debian 12 from, unless given. Needs root, debootstrap, Xvfb and 1 GB below TMPDIR.
+# Installs Debian (minbase) with debootstrap into a scratch folder, then the dependencies that the package declares and
+# nothing else, then the package with dpkg alone. Runs the self-test, one sort, and the menu-bar program on a virtual
+# display. Purges the package and compares every file and folder with the state before the installation. MIRROR
+# defaults to the mirror from which this machine's apt takes Debian 12. Needs root, debootstrap, Xvfb and 1 GB below
+# TMPDIR.
 set -euo pipefail
 repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # shellcheck source=tools/bare_root.sh
@@ -15,10 +16,10 @@ package=${1:-}
 command -v Xvfb >/dev/null || fail "this needs Xvfb (the package xvfb)"
 name=$(dpkg-deb --field "$package" Package)
 
-# What dpkg itself writes down about any package, and no package can leave as it was.
+# The files in which dpkg records every package, so they differ after any purge.
 readonly kept_by_dpkg='(var/lib/dpkg|var/log/dpkg\.log)(/|$)'
 
-# Runs a command line as an ordinary user in a home folder that has the sample bookmark file.
+# Runs a command line as an ordinary user whose home folder has the sample bookmark file.
 as_user() {
   inside "${@:1:$#-1}" HOME=/tmp/home XDG_RUNTIME_DIR=/tmp/home/run "cd / && exec setpriv --reuid=1000 --regid=1000 \
     --clear-groups ${*: -1}"
@@ -32,12 +33,12 @@ install_dependencies() {
   grep --count '^Setting up ' "$scratch/apt.log" | sed 's/$/ packages/'
 }
 
-# Every file of the root with its kind, mode, owner and content, one to a line, by name.
+# Lists every file of the root, sorted by name: type, mode and owner, and the checksum of a regular file.
 listing() {
   (
     cd "$root"
     find . -xdev -path ./proc -prune -o -printf '%P\t%y %m %U:%G %l\n'
-    find . -xdev -path ./proc -prune -o -type f -print0 | xargs -0 sha256sum | sed -E 's|^(\S+)  \./(.*)|\2\tholds \1|'
+    find . -xdev -path ./proc -prune -o -type f -print0 | xargs -0 sha256sum | sed -E 's|^(\S+)  \./(.*)|\2\tsha256 \1|'
   ) | LC_ALL=C sort
 }
 
@@ -63,8 +64,8 @@ sort_once() {
   ! cmp --quiet "$repository/tests/data/demo/Bookmarks.xml.plist" "$file" || fail "the bookmark file did not change"
 }
 
-# The display is this machine's, so that the program has nothing there but what its package brings. There is no tray,
-# which the program says once its menu is ready; then it is told to quit.
+# Xvfb runs outside the root, so that the program has only what its package brings. There is no tray, so the program
+# prints a line about that once its menu is ready; then it gets SIGTERM.
 start_on_screen() {
   local display
   exec {displays}< <(exec Xvfb -displayfd 1 -ac -nolisten tcp 2>"$scratch/Xvfb.log")
@@ -74,8 +75,8 @@ start_on_screen() {
   as_user DISPLAY=":$display" "timeout 60 sh -c 'cd /tmp/home && mkfifo lines && { quillery 2>lines & }
     exec 3<lines && read -r line <&3; echo \"\$line\"; kill -TERM \$! && wait \$!; echo \"status \$?\"'" |
     tee "$scratch/screen"
-  grep --quiet '^quillery: no system tray' "$scratch/screen" || fail "the program did not start as it should"
-  grep --quiet --line-regexp 'status 0' "$scratch/screen" || fail "the program did not end as it should"
+  grep --quiet '^quillery: no system tray' "$scratch/screen" || fail "the program did not report that there is no tray"
+  grep --quiet --line-regexp 'status 0' "$scratch/screen" || fail "the program did not exit with status 0"
 }
 
 purge() {
@@ -86,15 +87,15 @@ purge() {
 compare() {
   local changed
   changed=$(LC_ALL=C comm -3 "$scratch/before" "$scratch/after" | sed 's/^\t//' | cut -f 1 | sort -u)
-  echo "Changed, but dpkg's own:"
+  echo "Changed only in dpkg's own records:"
   grep -E "^$kept_by_dpkg" <<<"$changed" | sed 's/^/  /'
   changed=$(grep -vE "^$kept_by_dpkg" <<<"$changed") || return 0
   echo "$changed"
-  fail "this is not what it was before the package was installed"
+  fail "these differ from before the installation"
 }
 
 stage "bare $suite" make_root "${2:-}"
-stage "what $name depends on" install_dependencies
+stage "dependencies of $name" install_dependencies
 listing >"$scratch/before"
 stage "dpkg --install" install_package
 stage "quillery --self-test" self_test
@@ -102,6 +103,6 @@ stage "quilleryctl sort" sort_once
 stage "quillery on a display" start_on_screen
 stage "dpkg --purge" purge
 listing >"$scratch/after"
-stage "what is left" compare
-printf '\nThe package installs, works and goes without a trace.\n'
+stage "leftovers" compare
+printf '\nThe package installs, works and leaves nothing behind when purged.\n'
 printf '%s\n' "${times[@]}"

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Writes the demo's bookmark files: one tree of Safari's shape, once binary and once XML.
+"""Writes the demo's bookmark files: one tree with Safari's structure, in binary and in XML.
 
 usage: make_demo_bookmarks.py [FOLDER]
 
-FOLDER is tests/data/demo unless given. The same bytes come out each time.
+FOLDER defaults to tests/data/demo. The output is the same on every run.
 """
 import datetime
 import pathlib
@@ -54,7 +54,8 @@ def saved(title, address, day, preview):
 
 def synced(entry):
     name = entry["WebBookmarkUUID"]
-    entry["Sync"] = {"Key": "\"" + name[:8] + "\"", "ServerData": bytes.fromhex(name.replace("-", "")) * 3, "ServerID": name}
+    data = bytes.fromhex(name.replace("-", "")) * 3
+    entry["Sync"] = {"Key": "\"" + name[:8] + "\"", "ServerData": data, "ServerID": name}
     return entry
 
 
@@ -70,7 +71,8 @@ def tree():
             leaf("éclairs", "https://kitchen.example.org/eclairs"),
             leaf("Eggs, poached", "https://kitchen.example.org/eggs"),
             folder("soups", leaf("Minestrone", "https://kitchen.example.org/minestrone")),
-            folder("Bread", leaf("Rye", "https://kitchen.example.org/rye"), leaf("baguette", "https://kitchen.example.org/baguette")),
+            folder("Bread", leaf("Rye", "https://kitchen.example.org/rye"),
+                   leaf("baguette", "https://kitchen.example.org/baguette")),
         ),
         leaf("Änderungen", "https://news.example.org/de"),
         leaf("chapter 9", "https://books.example.org/9b"),
@@ -89,8 +91,10 @@ def tree():
     )
     reading_list = folder(
         "com.apple.ReadingList",
-        saved("Why tides are late", "https://journal.example.com/tides", 14, "The moon passes overhead, and the sea follows."),
-        saved("A short history of the full stop", "https://journal.example.com/stop", 9, "It was not always at the end."),
+        saved("Why tides are late", "https://journal.example.com/tides", 14,
+              "The moon passes overhead, and the sea follows."),
+        saved("A short history of the full stop", "https://journal.example.com/stop", 9,
+              "It was not always at the end."),
     )
     return {
         "Children": [proxy("History", "History"), bar, menu, reading_list],

@@ -1,12 +1,12 @@
 # shellcheck shell=bash
-# What Bash offers after "quilleryctl". It needs nothing of the package bash-completion but to be found by it.
+# Bash completion for quilleryctl. The package bash-completion loads this file; the functions use nothing of it.
 
 _quilleryctl_names() {
   local words=$1
   mapfile -t COMPREPLY < <(compgen -W "$words" -- "${COMP_WORDS[COMP_CWORD]}")
 }
 
-# The names are anybody's: "compgen -W" would run commands that are in them.
+# The names of backups are untrusted, and "compgen -W" would execute commands in them.
 _quilleryctl_backups() {
   local name names
   mapfile -t names < <(quilleryctl backups --quiet 2>/dev/null)

@@ -1,17 +1,17 @@
-# What fish offers after "quilleryctl".
+# fish completion for quilleryctl.
 set -l commands preview sort check backups restore next
 
 complete -c quilleryctl -f
-complete -c quilleryctl -s h -l help -d 'Print what there is to know'
+complete -c quilleryctl -s h -l help -d 'Print the help'
 complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'
 complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a preview -d 'Show what a sort would move'
 complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a sort -d 'Sort once'
-complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a check -d 'Say whether the bookmarks are in order'
+complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a check -d 'Print whether a sort is needed'
 complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a backups -d 'List the backups'
-complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a restore -d 'Bring a backup back'
-complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a next -d 'Say when the next sort is due'
-complete -c quilleryctl -n "__fish_seen_subcommand_from $commands" -s q -l quiet -d 'Print no more than is needed'
-complete -c quilleryctl -n '__fish_seen_subcommand_from preview' -s a -l all -d 'The whole tree'
-complete -c quilleryctl -n '__fish_seen_subcommand_from preview' -s j -l json -d 'For programs'
+complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a restore -d 'Restore a backup'
+complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a next -d 'Print when the next sort is due'
+complete -c quilleryctl -n "__fish_seen_subcommand_from $commands" -s q -l quiet -d 'Print as little as possible'
+complete -c quilleryctl -n '__fish_seen_subcommand_from preview' -s a -l all -d 'Show the whole tree'
+complete -c quilleryctl -n '__fish_seen_subcommand_from preview' -s j -l json -d 'Print JSON for programs'
 complete -c quilleryctl -n '__fish_seen_subcommand_from preview sort check restore' -F
 complete -c quilleryctl -n '__fish_seen_subcommand_from restore' -a '(quilleryctl backups --quiet 2>/dev/null)'

@@ -1,5 +1,5 @@
 #compdef quilleryctl
-# What Zsh offers after "quilleryctl".
+# Zsh completion for quilleryctl.
 
 _quilleryctl_backups() {
   local -a names
@@ -17,21 +17,21 @@ _quilleryctl() {
   commands=(
     'preview:show what a sort would move'
     'sort:sort once'
-    'check:say whether the bookmarks are in order'
+    'check:print whether a sort is needed'
     'backups:list the backups'
-    'restore:bring a backup back'
-    'next:say when the next sort is due'
+    'restore:restore a backup'
+    'next:print when the next sort is due'
   )
-  quiet=('(-q --quiet)'{-q,--quiet}'[print no more than is needed]')
-  _arguments -C '(- *)'{-h,--help}'[print what there is to know]' '(- *)--version[print the version]' \
+  quiet=('(-q --quiet)'{-q,--quiet}'[print as little as possible]')
+  _arguments -C '(- *)'{-h,--help}'[print the help]' '(- *)--version[print the version]' \
     '1: :->command' '*:: :->arguments'
   case $state in
     command) _describe 'command' commands ;;
     arguments)
       case $line[1] in
         preview)
-          _arguments $quiet '(-a --all)'{-a,--all}'[the whole tree]' '(-j --json)'{-j,--json}'[for programs]' \
-            '1:bookmark file:_files'
+          _arguments $quiet '(-a --all)'{-a,--all}'[show the whole tree]' \
+            '(-j --json)'{-j,--json}'[print JSON for programs]' '1:bookmark file:_files'
           ;;
         sort | check) _arguments $quiet '1:bookmark file:_files' ;;
         restore) _arguments $quiet '1:backup:_quilleryctl_backups' '2:bookmark file:_files' ;;

@@ -1,8 +1,8 @@
-# Draws the program's icon in one size, for desktops and formats that want no SVG.
+# Renders the program's icon in one size, for desktops and formats without SVG.
 find_program(RSVG_CONVERT rsvg-convert)
 set(QUILLERY_ICON_FILE ${CMAKE_CURRENT_LIST_DIR}/quillery.svg)
 
-# Adds the rule that makes `file` (absolute), a square of `size` pixels. Needs RSVG_CONVERT.
+# Adds a rule that makes `file` (an absolute path), a square PNG of `size` pixels. Needs RSVG_CONVERT.
 function(add_png_icon size file)
   add_custom_command(
     OUTPUT ${file}

@@ -1,5 +1,5 @@
-# Sparkle, pinned by version and checksum, and fetched while configuring; only on a Mac, where it also goes into the
-# bundle. A build that has it elsewhere says where in SPARKLE_FOLDER, the folder that Sparkle.framework is in.
+# Sparkle, pinned by version and checksum. CMake fetches it while configuring, on a Mac only, where it also goes into
+# the bundle. To use another copy, set SPARKLE_FOLDER to the folder that contains Sparkle.framework.
 if(NOT SPARKLE_FOLDER)
   include(FetchContent)
   FetchContent_Declare(
@@ -9,6 +9,6 @@ if(NOT SPARKLE_FOLDER)
   FetchContent_MakeAvailable(sparkle)
   set(SPARKLE_FOLDER ${sparkle_SOURCE_DIR}/Sparkle.xcframework/macos-arm64_x86_64)
   if(NOT EXISTS ${SPARKLE_FOLDER}/Sparkle.framework/Headers/Sparkle.h)
-    message(FATAL_ERROR "Sparkle's archive holds no ${SPARKLE_FOLDER}/Sparkle.framework.")
+    message(FATAL_ERROR "Sparkle's archive does not contain ${SPARKLE_FOLDER}/Sparkle.framework.")
   endif()
 endif()

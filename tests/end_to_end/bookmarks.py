@@ -1,4 +1,4 @@
-"""A bookmark file of Safari's shape, and its titles in a form that is easy to compare."""
+"""A bookmark file with Safari's structure, and its titles in a form that is easy to compare."""
 import plistlib
 
 
@@ -40,7 +40,7 @@ def unsorted_tree():
     }
 
 
-# What `titles` answers for the tree above once it is in order.
+# What `titles` returns for the tree above once it is sorted.
 SORTED_TITLES = [
     "History",
     ["BookmarksBar",
@@ -51,7 +51,7 @@ SORTED_TITLES = [
 
 
 def titles(node):
-    """The titles of what a folder holds: text for a bookmark, a list that begins with its title for a folder."""
+    """The titles in a folder: text for a bookmark, and for a folder a list that starts with the folder's own title."""
     return [[child["Title"], *titles(child)] if "Children" in child
             else child.get("Title") or child["URIDictionary"]["title"] for child in node["Children"]]
 

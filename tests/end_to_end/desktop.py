@@ -1,5 +1,5 @@
-"""A desktop of its own for one run of the program: a display, a session bus, a panel and a home folder in a scratch
-folder, all gone at the end."""
+"""A private desktop for one run of the program: a display, a session bus, a panel and a home folder in a scratch
+folder. All of it is removed at the end."""
 import contextlib
 import os
 import pathlib
@@ -19,7 +19,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 PYTHON = sys.executable
 SAFARI = "com.apple.Safari"
 
-# Stands in for the program that opens addresses and folders, and writes down which.
+# Replaces the program that opens addresses and folders, and records its argument.
 OPENER = """#!/bin/sh
 printf '%s\\n' "$1" >> "$HOME/opened"
 """
@@ -32,9 +32,9 @@ Exec={command}
 
 
 class Desktop(contextlib.ExitStack):
-    """`installation` is the folder in which the program is installed. There is a panel for status notifiers
-    ("notifiers"), one that has only the older tray of X ("older tray"), or none (None). Programs tell what they show,
-    as to a screen reader, if it has accessibility."""
+    """`installation` is the folder in which the program is installed. `panel` is "notifiers" for a panel with status
+    notifiers, "older tray" for one with X's older system tray only, or None. With `has_accessibility`, programs expose
+    their windows and controls as they do to a screen reader."""
 
     def __init__(self, installation, panel="notifiers", has_accessibility=True, environment=()):
         super().__init__()
@@ -81,13 +81,13 @@ class Desktop(contextlib.ExitStack):
         self.environment["DISPLAY"] = f":{number}"
 
     def _start_server(self, option, *command):
-        """Starts a program that has an option to write to a descriptor where it can be reached, as soon as it can.
-        Answers what it writes."""
+        """Starts a program with an option that makes it write its address to a descriptor once it is ready. Returns
+        that address."""
         reader, writer = os.pipe()
         self.start(*command, *option.format(writer).split(), pass_fds=[writer])
         os.close(writer)
-        with os.fdopen(reader) as answer:
-            return answer.readline().strip()
+        with os.fdopen(reader) as output:
+            return output.readline().strip()
 
     def _start_bus(self):
         address = self._start_server("--print-address={}", "dbus-daemon", "--session", "--nofork", "--nopidfile",
@@ -102,14 +102,14 @@ class Desktop(contextlib.ExitStack):
         self.start("openbox")
         if panel == "older tray":
             self.start("trayer", "--edge", "top", "--align", "right", "--width", "20", "--height", "24")
-            wait_for(self.screen.has_older_tray, "a tray")
+            wait_for(self.screen.has_older_tray, "an older system tray")
         elif panel == "notifiers":
             self.start(PYTHON, str(HERE / "status_notifier_host.py"))
             wait_for(lambda: self.bus.has_owner(WATCHER), "a host for status notifiers")
 
     def start(self, *command, **more):
-        """Starts a program that is stopped at the end at the latest; what it says goes to a file in the scratch
-        folder."""
+        """Starts a program, which is stopped with the desktop if it still runs. Its output goes to a file in the
+        scratch folder."""
         with open(self.scratch / f"{pathlib.Path(command[0]).name}.log", "ab") as log:
             process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL,
                                        **{"stdout": log, "stderr": log, **more})
@@ -142,7 +142,7 @@ class Desktop(contextlib.ExitStack):
         return [PYTHON, str(HERE / "stand_in_safari.py"), str(self.journal), str(self.bookmarks), *self.safari_options]
 
     def install_safari(self, *options):
-        """Makes Safari known to the desktop; `options` are those of the stand-in. Answers its entry."""
+        """Installs the stand-in for Safari, with these options, as a desktop entry. Returns the path of the entry."""
         self.safari_options = list(options)
         entry = self.home / ".local/share/applications" / f"{SAFARI}.desktop"
         command = " ".join(f'"{word}"' for word in self.safari_command())
@@ -150,7 +150,7 @@ class Desktop(contextlib.ExitStack):
         return entry
 
     def start_safari(self, *options):
-        """Starts Safari as its user would, and waits until it runs."""
+        """Starts Safari as its user does, and waits until it runs."""
         self.install_safari(*options)
         process = self.start(*self.safari_command())
         wait_for(lambda: self.safari_events()[-1:] == ["started"], "a running Safari")
@@ -160,18 +160,18 @@ class Desktop(contextlib.ExitStack):
         return self.bus.has_owner(SAFARI)
 
     def safari_events(self):
-        """What happened to Safari so far, in order."""
+        """What has happened to Safari so far, in order."""
         return self.journal.read_text(encoding="utf-8").splitlines()
 
-    # --- What the program leaves ---
+    # --- Traces of the program ---
 
     def opened(self):
-        """The addresses and folders that the desktop was asked to open."""
+        """The addresses and folders that programs have asked the desktop to open."""
         record = self.home / "opened"
         return record.read_text(encoding="utf-8").splitlines() if record.exists() else []
 
     def processes(self):
-        """The processes that run for this home folder what is installed."""
+        """The IDs of the processes that run an installed program with this home folder."""
         found = []
         for process in filter(str.isdigit, os.listdir("/proc")):
             try:
@@ -184,7 +184,7 @@ class Desktop(contextlib.ExitStack):
         return found
 
     def screenshot(self, path, frame=None):
-        """Takes a picture of the screen, or of a part of it: x, y, width and height."""
+        """Takes a screenshot; `frame` (x, y, width, height) limits it to a part of the screen."""
         path.parent.mkdir(parents=True, exist_ok=True)
         part = ["--geometry", "{2}x{3}+{0}+{1}".format(*frame)] if frame else []
         subprocess.run(["maim", "--hidecursor", *part, str(path)], env=self.environment, check=True)

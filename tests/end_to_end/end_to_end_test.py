@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Runs the installed program on a desktop of its own, as its user does, beside a stand-in for Safari.
+"""Runs the installed program on a private desktop, as its user does, beside a stand-in for Safari.
 
 usage: end_to_end_test.py INSTALLATION SCREENSHOTS [EndToEndTest.NAME ...]
 
-INSTALLATION is the folder in which the program is installed; pictures of its windows and menus go to SCREENSHOTS.
+INSTALLATION is the folder in which the program is installed; screenshots of its windows and menus go to SCREENSHOTS.
 """
 import os
 import pathlib
@@ -34,7 +34,7 @@ SAFARI_IS_OPEN = "Safari is open"
 
 
 def tidy(text):
-    """A text as it was given, without what was put in so that long words wrap."""
+    """A displayed text without its line breaks and the zero-width spaces that let long words wrap."""
     return text.replace("\u200b", "").replace("\n", " ")
 
 
@@ -46,20 +46,20 @@ class EndToEndTest(unittest.TestCase):
         self.before = self.desktop.bookmarks.read_bytes()
 
     def launch(self, *arguments):
-        """Starts the program and waits for its item in the panel and for its setup."""
+        """Starts the program and waits for its item in the panel."""
         quillery = Quillery(self.desktop, *arguments)
         quillery.item
         return quillery
 
     def launch_with_agent(self, *arguments):
-        """Starts the program for the first time and waits until its login agent is registered, and until the instance
-        that this starts at once has found the first and left."""
+        """Starts the program for the first time and waits until its login agent is registered, and until the second
+        instance, which the registration starts at once, has found the first one and exited."""
         quillery = self.launch(*arguments)
-        wait_for(self.agent_log.exists, "an agent that was started")
+        wait_for(self.agent_log.exists, "the login agent to start")
         wait_for(lambda: self.desktop.processes() == [quillery.process.pid], "one instance")
         return quillery
 
-    # --- What is looked at ---
+    # --- Expectations ---
 
     @property
     def agent_file(self):
@@ -81,7 +81,7 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(self.desktop.backup_files(), [])
 
     def expect_one_backup(self, content=None):
-        """That there is one backup, of these bytes, which only its owner can read. Answers its path."""
+        """Expects exactly one backup, with these bytes, which only its owner can read. Returns its path."""
         backups = self.desktop.backup_files()
         self.assertEqual(len(backups), 1)
         self.assertEqual(backups[0].read_bytes(), content or self.before)
@@ -89,8 +89,8 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(stat.S_IMODE(backups[0].parent.stat().st_mode), 0o700)
         return backups[0]
 
-    def expect_left(self, quillery, lines="", has_agent=True, **settings):
-        """What it has left beside the bookmark file and backups: the printed lines, the login agent, the settings."""
+    def expect_traces(self, quillery, lines="", has_agent=True, **settings):
+        """Expects these traces besides the bookmark file and backups: printed lines, login agent, settings."""
         self.assertEqual(quillery.lines(), lines)
         self.assertEqual(self.autostart_entry.exists(), has_agent)
         self.assertEqual(plistlib.loads(self.agent_file.read_bytes()) if self.agent_file.exists() else None,
@@ -112,13 +112,13 @@ class EndToEndTest(unittest.TestCase):
         wait_for(lambda: quillery.lines() == lines, f"the printed lines {lines!r}")
 
     def picture(self, name, window):
-        """Takes a picture of a window and of a little of what is around it."""
+        """Takes a screenshot of a window with a margin."""
         x, y, width, height = window.frame()
         left, top = max(x - 24, 0), max(y - 44, 0)
         self.desktop.screenshot(SCREENSHOTS / f"{name}.png", (left, top, x + width + 24 - left, y + height + 24 - top))
 
     def expect_alert(self, quillery, title, message, buttons, picture):
-        """That an alert says this and offers these buttons. Answers it."""
+        """Waits for an alert with this title and expects its message and buttons. Returns the alert."""
         alert = quillery.alert(title)
         self.assertEqual([tidy(text) for text in alert.texts()], [title, tidy(message)])
         self.assertEqual(alert.buttons(), buttons)
@@ -127,7 +127,7 @@ class EndToEndTest(unittest.TestCase):
 
     # --- Sorting now ---
 
-    def test_sort_now_sorts_at_once_while_safari_is_closed(self):
+    def test_sort_now_sorts_at_once_if_safari_is_closed(self):
         self.arrange()
         self.desktop.install_safari()
         quillery = self.launch_with_agent()
@@ -137,17 +137,17 @@ class EndToEndTest(unittest.TestCase):
         backup = self.expect_one_backup()
         alert = self.expect_alert(quillery, "Bookmarks sorted", SORTED_ALERT.format(backup), ["OK"], "alert-sorted")
         quillery.press(alert, "OK")
-        wait_for(quillery.has_no_windows, "a closed alert")
+        wait_for(quillery.has_no_windows, "the alert to close")
 
         quillery.choose("Sort Now…")
         self.expect_alert(quillery, "Already sorted", "Your Safari bookmarks are already in order.", ["OK"],
                           "alert-already-sorted")
         self.desktop.screen.type("Return")
-        wait_for(quillery.has_no_windows, "an alert that Return closes")
+        wait_for(quillery.has_no_windows, "Return to close the alert")
         self.expect_one_backup()
         self.assertEqual(self.desktop.safari_events(), [])
         self.assertEqual(quillery.quit(), 0)
-        self.expect_left(quillery)
+        self.expect_traces(quillery)
 
     def test_sort_now_keeps_the_format_of_an_xml_file(self):
         self.arrange()
@@ -160,46 +160,46 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(self.desktop.titles(), SORTED_TITLES)
         self.expect_one_backup(before)
 
-    def test_sort_now_quits_safari_sorts_what_it_left_and_reopens_it(self):
+    def test_sort_now_quits_safari_sorts_and_reopens_it(self):
         self.arrange()
-        self.desktop.start_safari("--adds", "Left by Safari")
+        self.desktop.start_safari("--adds", "Saved by Safari")
         quillery = self.launch_with_agent()
         quillery.choose("Sort Now…")
         self.expect_alert(
             quillery, SAFARI_IS_OPEN,
-            "Quit Safari normally, sort your bookmarks, then reopen Safari. Any Safari save prompt must be resolved before "
-            "sorting can continue.", ["Quit Safari, Sort & Reopen", "Retry", "Cancel"], "alert-safari-is-open")
+            "Quit Safari normally, sort your bookmarks, then reopen Safari. Any Safari save prompt must be resolved "
+            "before sorting can continue.", ["Quit Safari, Sort & Reopen", "Retry", "Cancel"], "alert-safari-is-open")
         self.desktop.screen.type("Return")
         wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit", "quit", "started"],
-                 "a Safari that quit and came back")
-        left = unsorted_tree()
-        bookmarks_bar(left)["Children"].append(leaf("Left by Safari"))
+                 "Safari to quit and reopen")
+        saved = unsorted_tree()
+        bookmarks_bar(saved)["Children"].append(leaf("Saved by Safari"))
         self.assertEqual(titles(plistlib.loads(self.desktop.bookmarks.read_bytes()))[1],
                          ["BookmarksBar", ["Articles"], ["Recipes", ["Cakes"], "Bread", "Soup"], "Chapter 9",
-                          "Chapter 10", "éclairs", "Eggs", "Left by Safari", "zebra"])
-        backup = self.expect_one_backup(serialized(left))
+                          "Chapter 10", "éclairs", "Eggs", "Saved by Safari", "zebra"])
+        backup = self.expect_one_backup(serialized(saved))
         self.wait_for_lines(quillery, SORTED.format(backup))
         wait_for(self.desktop.is_safari_running, "a running Safari")
         self.assertTrue(quillery.has_no_windows())
-        self.expect_left(quillery, lines=SORTED.format(backup))
+        self.expect_traces(quillery, lines=SORTED.format(backup))
 
-    def test_cancel_leaves_an_open_safari_and_the_file_alone(self):
+    def test_cancel_leaves_safari_and_the_file_alone(self):
         self.arrange()
         self.desktop.start_safari()
         quillery = self.launch_with_agent()
         quillery.choose("Sort Now…")
         quillery.alert(SAFARI_IS_OPEN)
         self.desktop.screen.type("Escape")
-        wait_for(quillery.has_no_windows, "an alert that Escape closes")
+        wait_for(quillery.has_no_windows, "Escape to close the alert")
         self.assertEqual(self.desktop.safari_events(), ["started"])
         self.expect_untouched()
-        self.expect_left(quillery)
+        self.expect_traces(quillery)
 
-    def test_retry_sorts_at_once_when_safari_has_been_quit_meanwhile(self):
+    def test_retry_sorts_at_once_if_safari_has_quit_meanwhile(self):
         self.arrange()
         safari = self.desktop.start_safari()
         quillery = self.launch_with_agent()
-        quillery.choose("Running — Stop")  # else the quit itself would be followed by a sort
+        quillery.choose("Running — Stop")  # otherwise the quit itself would start a sort
         wait_for(lambda: quillery.status() == "Stopped — Start", "a stopped program")
         quillery.choose("Sort Now…")
         alert = quillery.alert(SAFARI_IS_OPEN)
@@ -213,7 +213,7 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(self.desktop.titles(), SORTED_TITLES)
         self.assertEqual(self.desktop.safari_events(), ["started", "quit"])
 
-    def test_a_file_that_is_no_bookmark_tree_is_left_alone(self):
+    def test_leaves_a_file_that_is_not_a_bookmark_tree_alone(self):
         self.arrange()
         self.desktop.bookmarks.write_bytes(plistlib.dumps({"Title": "Not bookmarks"}))
         self.before = self.desktop.bookmarks.read_bytes()
@@ -228,7 +228,7 @@ class EndToEndTest(unittest.TestCase):
 
     # --- Sorting when Safari quits ---
 
-    def test_safari_quit_by_its_user_is_followed_by_a_sort_one_second_later(self):
+    def test_sorts_one_second_after_the_user_quits_safari(self):
         self.arrange()
         safari = self.desktop.start_safari()
         quillery = self.launch_with_agent()
@@ -241,33 +241,33 @@ class EndToEndTest(unittest.TestCase):
         self.wait_for_lines(quillery, SORTED.format(backup))
         self.assertEqual(self.desktop.safari_events(), ["started", "quit"])
         self.assertTrue(quillery.has_no_windows())
-        self.expect_left(quillery, lines=SORTED.format(backup))
+        self.expect_traces(quillery, lines=SORTED.format(backup))
 
-    def test_stop_persists_over_a_restart_and_safari_quitting_changes_nothing(self):
+    def test_stop_lasts_over_a_restart_and_a_quit_of_safari(self):
         self.arrange()
         quillery = self.launch_with_agent()
-        self.expect_left(quillery)
+        self.expect_traces(quillery)
         quillery.choose("Running — Stop")
         wait_for(lambda: quillery.status() == "Stopped — Start", "a stopped program")
         self.assertEqual(quillery.quit(), 0)
-        self.expect_left(quillery, sortingPaused=True)
+        self.expect_traces(quillery, sortingPaused=True)
 
         quillery = self.launch()
         self.assertEqual(quillery.status(), "Stopped — Start")
         safari = self.desktop.start_safari()
         safari.send_signal(signal.SIGUSR1)
         wait_for(lambda: not self.desktop.is_safari_running(), "a closed Safari")
-        stays(lambda: self.desktop.bookmarks.read_bytes() == self.before, "an untouched file", seconds=2)
+        stays(lambda: self.desktop.bookmarks.read_bytes() == self.before, "an unchanged file", seconds=2)
         self.expect_untouched()
         quillery.choose("Stopped — Start")
         wait_for(lambda: quillery.status() == "Running — Stop", "a running program")
-        self.expect_left(quillery, sortingPaused=False)
+        self.expect_traces(quillery, sortingPaused=False)
 
     # --- The schedule ---
 
     def arrange_before_the_minute(self, seconds):
-        """Arranges a desktop in whose time zone it is so many seconds before a full minute. Answers the hour and minute
-        that comes then."""
+        """Arranges a desktop with a time zone in which the next full minute is this many seconds away. Returns the hour
+        and minute that start then."""
         now = int(time.time())
         offset = (60 - seconds - now) % 60
         rules = self.enterContext(tempfile.NamedTemporaryFile("w"))
@@ -279,7 +279,7 @@ class EndToEndTest(unittest.TestCase):
         local = time.gmtime(now + offset + seconds)
         return local.tm_hour, local.tm_min
 
-    def test_a_schedule_set_in_its_window_sorts_around_an_open_safari_when_its_time_comes(self):
+    def test_a_schedule_set_in_its_window_sorts_on_time(self):
         hour, minute = self.arrange_before_the_minute(seconds=8)
         self.desktop.start_safari()
         quillery = self.launch_with_agent()
@@ -288,61 +288,61 @@ class EndToEndTest(unittest.TestCase):
         self.picture("schedule-off", window)
         self.desktop.screen.press(window.find("check box", "Enable scheduled sorting"))
         picker = window.find("spin box")
-        wait_for(picker.is_enabled, "a time that can be set")
+        wait_for(picker.is_enabled, "an enabled time picker")
         self.desktop.screen.press(picker)
-        wait_for(picker.has_selected_text, "an hour to be typed anew")
+        wait_for(picker.has_selected_text, "a selected hour")
         self.desktop.screen.type(*f"{hour:02}{minute:02}")
         self.picture("schedule", window)
         self.desktop.screen.type("Return")
-        wait_for(quillery.has_no_windows, "a window that Return closes")
+        wait_for(quillery.has_no_windows, "Return to close the window")
         settings = {"sortOnSafariQuit": True, "scheduleDays": [1, 2, 3, 4, 5, 6, 7], "dailyEnabled": True,
                     "dailyHour": hour, "dailyMinute": minute}
-        self.expect_left(quillery, **settings)
+        self.expect_traces(quillery, **settings)
         self.expect_untouched()
 
         wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit", "quit", "started"],
-                 "a Safari that quit and came back", patience=40)
+                 "Safari to quit and reopen", patience=40)
         self.assertEqual(self.desktop.titles(), SORTED_TITLES)
         lines = SORTED.format(self.expect_one_backup())
         self.wait_for_lines(quillery, lines)
         self.assertTrue(quillery.has_no_windows())
-        self.expect_left(quillery, lines=lines, **settings)
+        self.expect_traces(quillery, lines=lines, **settings)
 
-    def test_the_schedule_window_wants_a_day_and_escape_discards_its_edits(self):
+    def test_the_schedule_needs_a_day_and_escape_discards_edits(self):
         self.arrange()
         quillery = self.launch_with_agent()
         quillery.choose("Schedule…")
         window = quillery.window("Schedule")
         self.desktop.screen.press(window.find("check box", "Enable scheduled sorting"))
         presets = window.find("combo box")
-        wait_for(presets.is_enabled, "presets that can be chosen")
+        wait_for(presets.is_enabled, "enabled presets")
         self.desktop.screen.press(presets)
         wait_for(presets.is_expanded, "an open list")
         self.desktop.screen.type("End", "Return")
         days = [window.find("check box", day) for day in ("Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat")]
-        wait_for(days[0].is_enabled, "days that can be ticked")
+        wait_for(days[0].is_enabled, "enabled check boxes of days")
         for day in days:
             self.desktop.screen.press(day)
-            wait_for(lambda: not day.is_checked(), "a day that is not ticked")
+            wait_for(lambda: not day.is_checked(), "an unchecked day")
         quillery.press(window, "Save")
         alert = self.expect_alert(quillery, "Choose a day", "Select at least one day for scheduled sorting.", ["OK"],
                                   "alert-choose-a-day")
         quillery.press(alert, "OK")
         quillery.window("Schedule")
         self.desktop.screen.type("Escape")
-        wait_for(quillery.has_no_windows, "a window that Escape closes")
-        self.expect_left(quillery)
+        wait_for(quillery.has_no_windows, "Escape to close the window")
+        self.expect_traces(quillery)
 
     # --- Safari that does not quit ---
 
-    def test_a_safari_that_does_not_close_within_45_seconds_is_given_up_once_and_left_alone(self):
+    def test_gives_up_once_if_safari_is_still_open_after_45_seconds(self):
         self.arrange()
         self.desktop.start_safari("--refuses")
         quillery = self.launch_with_agent()
         quillery.choose("Sort Now…")
         quillery.alert(SAFARI_IS_OPEN)
         self.desktop.screen.type("Return")
-        wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit"], "a Safari that was asked to quit")
+        wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit"], "a request to Safari to quit")
         asked_at = time.monotonic()
         wait_for(quillery.windows, "an alert", patience=60)
         waited = time.monotonic() - asked_at
@@ -352,26 +352,26 @@ class EndToEndTest(unittest.TestCase):
             "Sorting was skipped. Resolve any Safari save prompts and try again. Safari was not force-quit.", ["OK"],
             "alert-safari-did-not-close")
         quillery.press(alert, "OK")
-        wait_for(quillery.has_no_windows, "a closed alert")
-        stays(quillery.has_no_windows, "said once", seconds=1)
+        wait_for(quillery.has_no_windows, "the alert to close")
+        stays(quillery.has_no_windows, "no second alert", seconds=1)
         self.assertEqual(self.desktop.safari_events(), ["started", "asked to quit"])
         self.assertTrue(self.desktop.is_safari_running())
         self.expect_untouched()
-        self.expect_left(quillery)
+        self.expect_traces(quillery)
         quillery.choose("Sort Now…")
         quillery.alert(SAFARI_IS_OPEN)
 
-    def test_sigterm_in_the_middle_of_a_wait_ends_it_in_order(self):
+    def test_sigterm_during_a_wait_ends_the_program_in_order(self):
         self.arrange()
         safari = self.desktop.start_safari("--refuses")
         quillery = self.launch_with_agent()
         quillery.choose("Sort Now…")
         quillery.alert(SAFARI_IS_OPEN)
         self.desktop.screen.type("Return")
-        wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit"], "a Safari that was asked to quit")
+        wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit"], "a request to Safari to quit")
         quillery.send_signal(signal.SIGTERM)
         self.assertEqual(quillery.wait(), 0)
-        self.expect_left(quillery)
+        self.expect_traces(quillery)
         self.expect_untouched()
         safari.send_signal(signal.SIGUSR1)
         wait_for(lambda: not self.desktop.is_safari_running(), "a closed Safari")
@@ -386,66 +386,66 @@ class EndToEndTest(unittest.TestCase):
     def grant_access(self):
         (self.desktop.scratch / "elsewhere").rename(self.desktop.bookmarks)
 
-    def test_the_access_window_closes_by_itself_once_access_is_granted(self):
+    def test_the_access_window_closes_once_access_is_granted(self):
         self.arrange()
         self.take_access()
         quillery = self.launch()
         window = quillery.window("Quillery")
         self.assertEqual([tidy(text) for text in window.texts()], [
             ACCESS_HEADING,
-            "Enable Quillery in System Settings → Privacy & Security → Full Disk Access.  This window closes when access "
-            "is available. If macOS requests Quit & Reopen, allow it."])
+            "Enable Quillery in System Settings → Privacy & Security → Full Disk Access.  This window closes when "
+            "access is available. If macOS requests Quit & Reopen, allow it."])
         self.assertEqual(window.buttons(), ["Cancel", "Retry", "Open Settings"])
         self.picture("access", window)
         self.desktop.screen.type("Return")
-        wait_for(lambda: len(self.desktop.opened()) == 2, "opened settings, and the folder that has the program")
+        wait_for(lambda: len(self.desktop.opened()) == 2, "the opened settings and the folder of the program")
         self.assertCountEqual(self.desktop.opened(), [
             "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles", str(INSTALLATION.parent)])
         quillery.press(window, "Retry")
         stays(quillery.windows, "a window that waits for access", seconds=1.5)
-        self.expect_left(quillery, has_agent=False)
+        self.expect_traces(quillery, has_agent=False)
         self.grant_access()
-        wait_for(quillery.has_no_windows, "a window that closed by itself")
+        wait_for(quillery.has_no_windows, "the window to close by itself")
         wait_for(self.autostart_entry.exists, "a registered login agent")
         self.assertEqual(quillery.status(), "Running — Stop")
-        self.expect_left(quillery)
+        self.expect_traces(quillery)
         self.expect_untouched()
 
-    def test_access_that_is_lost_stops_sorting_until_it_is_granted_again(self):
+    def test_lost_access_stops_sorting_until_it_is_granted_again(self):
         self.arrange()
         quillery = self.launch_with_agent()
         self.take_access()
         quillery.choose("Sort Now…")
-        wait_for(lambda: quillery.status() == ACCESS_REQUIRED, "a status that says so")
-        self.expect_left(quillery)
-        quillery.tell("Activate", "(a{sv})", {})
+        wait_for(lambda: quillery.status() == ACCESS_REQUIRED, f"the status “{ACCESS_REQUIRED}”")
+        self.expect_traces(quillery)
+        quillery.send("Activate", "(a{sv})", {})
         window = quillery.window("Quillery")
         self.assertIn(ACCESS_HEADING, window.texts())
         self.desktop.screen.type("Escape")
-        wait_for(quillery.has_no_windows, "a window that Escape closes")
+        wait_for(quillery.has_no_windows, "Escape to close the window")
         self.assertEqual(quillery.status(), ACCESS_REQUIRED)
         self.grant_access()
         quillery.choose(ACCESS_REQUIRED)
         wait_for(lambda: quillery.status() == "Running — Stop", "a running program")
         self.expect_untouched()
 
-    def test_without_access_cancel_registers_no_agent(self):
+    def test_cancel_without_access_registers_no_agent(self):
         self.arrange()
         self.take_access()
         quillery = self.launch()
         quillery.press(quillery.window("Quillery"), "Cancel")
-        wait_for(quillery.has_no_windows, "a closed window")
-        wait_for(lambda: quillery.status() == ACCESS_REQUIRED, "a status that says so")
-        self.expect_left(quillery, has_agent=False)
+        wait_for(quillery.has_no_windows, "the window to close")
+        wait_for(lambda: quillery.status() == ACCESS_REQUIRED, f"the status “{ACCESS_REQUIRED}”")
+        self.expect_traces(quillery, has_agent=False)
 
     # --- The login agent ---
 
-    def test_the_first_run_registers_the_login_agent_and_the_second_changes_nothing(self):
+    def test_only_the_first_run_registers_the_login_agent(self):
         self.arrange()
         quillery = self.launch_with_agent()
-        self.expect_left(quillery)
+        self.expect_traces(quillery)
         self.assertTrue(self.agent_file.read_bytes().startswith(b"<?xml"))
-        # What RunAtLoad started had nothing to say.
+        # RunAtLoad started a second instance, which printed nothing.
         self.assertEqual(self.agent_log.read_text(encoding="utf-8"), "")
         self.assertEqual((self.agent_log.parent / "quillery-errors.log").read_text(encoding="utf-8"), "")
         self.assertEqual(quillery.quit(), 0)
@@ -453,7 +453,7 @@ class EndToEndTest(unittest.TestCase):
         before = [self.identity(path) for path in (self.agent_file, self.autostart_entry)]
         quillery = self.launch()
         quillery.choose("About Quillery…")
-        quillery.window("About Quillery")  # commands come after the setup
+        quillery.window("About Quillery")  # the setup is done, because commands run after it
         self.assertEqual([self.identity(path) for path in (self.agent_file, self.autostart_entry)], before)
         self.assertEqual(quillery.errors.read_text(encoding="utf-8"), "")
 
@@ -462,7 +462,7 @@ class EndToEndTest(unittest.TestCase):
         status = path.stat()
         return status.st_ino, status.st_mtime_ns, path.read_bytes()
 
-    def test_a_login_start_beside_a_running_instance_leaves_at_once(self):
+    def test_a_login_start_exits_if_an_instance_is_running(self):
         self.arrange()
         quillery = self.launch_with_agent()
         second = Quillery(self.desktop, "--login")
@@ -470,15 +470,15 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(second.lines(), "")
         self.assertEqual(second.errors.read_text(encoding="utf-8"), "")
         self.assertEqual(quillery.status(), "Running — Stop")
-        self.expect_left(quillery)
+        self.expect_traces(quillery)
         self.expect_untouched()
 
-    def test_a_login_start_alone_runs(self):
+    def test_a_login_start_without_another_instance_runs(self):
         self.arrange()
         quillery = self.launch_with_agent("--login")
         self.assertEqual(quillery.status(), "Running — Stop")
 
-    def test_a_login_agent_that_cannot_be_loaded_is_said_once(self):
+    def test_reports_once_that_the_login_agent_cannot_be_loaded(self):
         self.arrange()
         (self.desktop.home / ".config").mkdir()
         (self.desktop.home / ".config/autostart").write_text("in the way", encoding="utf-8")
@@ -487,10 +487,10 @@ class EndToEndTest(unittest.TestCase):
             quillery, "Login setup failed", "Could not enable automatic sorting. Please reopen the installed app.",
             ["OK"], "alert-login-setup-failed")
         quillery.press(alert, "OK")
-        wait_for(quillery.has_no_windows, "a closed alert")
+        wait_for(quillery.has_no_windows, "the alert to close")
         self.assertEqual(quillery.status(), "Running — Stop")
 
-    def test_a_program_on_a_disk_image_asks_to_be_installed_and_ends(self):
+    def test_on_a_disk_image_asks_to_be_installed_and_exits(self):
         self.arrange()
         mount = ["bwrap", "--dev-bind", "/dev", "/dev", "--bind", str(INSTALLATION), "/Volumes/Quillery"]
         for name in sorted(set(os.listdir("/")) - {"dev", "Volumes"}):
@@ -499,7 +499,7 @@ class EndToEndTest(unittest.TestCase):
                       ["--dev-bind", str(path), str(path)] if path.is_dir() else [])
         trial = subprocess.run([*mount, "true"], stderr=subprocess.PIPE, text=True)
         if trial.returncode != 0:
-            self.skipTest(f"nothing can be mounted here: {trial.stderr.strip()}")
+            self.skipTest(f"no permission to mount: {trial.stderr.strip()}")
         quillery = Quillery(self.desktop, program=[*mount, "/Volumes/Quillery/bin/quillery"])
         self.expect_alert(quillery, "Install the app first",
                           "Drag the app into Applications, then open the installed copy.", ["OK"],
@@ -510,7 +510,7 @@ class EndToEndTest(unittest.TestCase):
 
     # --- Commands, windows and the panel ---
 
-    def test_the_menu_has_its_items_in_order(self):
+    def test_the_menu_has_all_items_in_order(self):
         self.arrange()
         quillery = self.launch_with_agent()
         self.assertEqual(quillery.item.titles(), [
@@ -532,7 +532,7 @@ class EndToEndTest(unittest.TestCase):
         for title in ("Website", "Support", "Open Backups"):
             count = len(self.desktop.opened())
             quillery.press(window, title)
-            wait_for(lambda: len(self.desktop.opened()) == count + 1, f"what “{title}” opens")
+            wait_for(lambda: len(self.desktop.opened()) == count + 1, f"“{title}” to open something")
         self.assertEqual(self.desktop.opened(), [
             "https://quillery.example.com/", "mailto:support@quillery.example.com?subject=Quillery",
             str(self.desktop.backups)])
@@ -540,7 +540,7 @@ class EndToEndTest(unittest.TestCase):
         quillery.choose("About Quillery…")
         self.assertEqual(len(quillery.windows()), 1)
 
-    def test_backups_that_cannot_be_opened_are_said(self):
+    def test_reports_that_backups_cannot_be_opened(self):
         self.arrange()
         self.desktop.backups.parent.mkdir(parents=True)
         self.desktop.backups.write_text("in the way", encoding="utf-8")
@@ -560,11 +560,11 @@ class EndToEndTest(unittest.TestCase):
         self.desktop.screen.type("Down", "Return")
         quillery.window("About Quillery")
 
-    def test_where_there_is_no_tray_opening_it_again_shows_the_menu_at_the_pointer(self):
+    def test_without_a_tray_reopening_shows_the_menu_at_the_pointer(self):
         self.arrange(panel=None)
         quillery = Quillery(self.desktop)
         wait_for(self.autostart_entry.exists, "a registered login agent")
-        quillery.tell("Activate", "(a{sv})", {})
+        quillery.send("Activate", "(a{sv})", {})
         x, y, _, _ = quillery.wait_for_menu()
         self.assertLess(max(abs(x - 512), abs(y - 384)), 8)  # the pointer starts in the middle of the screen
         self.desktop.screen.type("Down", "Return")
@@ -572,15 +572,15 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(quillery.errors.read_text(encoding="utf-8"),
                          "quillery: no system tray; opening the program again shows its menu\n")
 
-    def test_an_idle_program_wakes_the_processor_at_most_once_a_minute(self):
+    def test_wakes_the_processor_at_most_once_an_idle_minute(self):
         self.arrange(has_accessibility=False)
         quillery = self.launch_with_agent()
         self.assertLessEqual(quillery.wakes_in_an_idle_minute(), 1)
 
-    def test_the_quit_action_of_the_session_ends_it_in_order(self):
+    def test_the_quit_action_of_the_session_ends_the_program(self):
         self.arrange()
         quillery = self.launch_with_agent()
-        quillery.tell("ActivateAction", "(sava{sv})", "quit", [], {})
+        quillery.send("ActivateAction", "(sava{sv})", "quit", [], {})
         self.assertEqual(quillery.wait(), 0)
         self.expect_untouched()
 

@@ -1,13 +1,12 @@
-"""The program under test, started as its user would start it."""
+"""The program under test, started as its user starts it."""
 import pathlib
 import plistlib
 import signal
-import time
 
 from gi.repository import GLib
 
 from status_item import StatusItem
-from waiting import wait_for
+from waiting import increase_in, wait_for, wait_until_steady
 
 IDENTIFIER = "com.fenwarde.quillery"
 OBJECT = "/com/fenwarde/quillery"
@@ -16,7 +15,7 @@ APPLICATION = "org.freedesktop.Application"
 
 class Quillery:
     def __init__(self, desktop, *arguments, program=None):
-        """`program` is a command that runs it below itself, instead of the installed program."""
+        """`program` is a command that runs the program as its child, instead of the installed program."""
         self.desktop = desktop
         self.output = desktop.scratch / "quillery.out"
         self.errors = desktop.scratch / "quillery.err"
@@ -43,13 +42,14 @@ class Quillery:
         return self.desktop.screen.viewable(lambda name: name == "Quillery")
 
     def open_menu_in_older_tray(self):
-        """Clicks its icon there. Answers the frame of the menu that opens: x, y, width and height."""
+        """Clicks the program's icon in the older tray. Returns the frame of its menu: x, y, width and height."""
         x, y, width, height = wait_for(self._own_windows, "an icon in the tray")[0]
         self.desktop.screen.click(x + width // 2, y + height // 2)
         return self.wait_for_menu(besides=[(x, y, width, height)])
 
     def wait_for_menu(self, besides=()):
-        """The frame of its menu once that is open; `besides` are those of its windows that are there already."""
+        """Waits until the menu is open. Returns its frame; `besides` are the frames of windows that were open
+        before."""
         return wait_for(lambda: [frame for frame in self._own_windows() if frame not in besides], "an open menu")[0]
 
     def status(self):
@@ -63,10 +63,10 @@ class Quillery:
 
     def window(self, title):
         return self.desktop.screen.window(self.identifier, lambda window: window.title == title,
-                                          f"a window “{title}” in front")
+                                          f"an active window “{title}”")
 
     def alert(self, text):
-        """The alert, or any other window, that says this."""
+        """Waits for the alert, or any other window, with this text."""
         return self.desktop.screen.window(self.identifier, lambda window: text in window.texts(),
                                           f"an alert “{text}”")
 
@@ -76,52 +76,47 @@ class Quillery:
     def has_no_windows(self):
         return not self.windows()
 
-    # --- What it leaves ---
+    # --- Traces ---
 
     def lines(self):
-        """What it has printed."""
+        """Everything that the program has printed."""
         return self.output.read_text(encoding="utf-8")
 
     def defaults(self):
-        """Its stored settings."""
+        """The stored settings."""
         path = self.desktop.home / f".config/{IDENTIFIER}.plist"
         return plistlib.loads(path.read_bytes()) if path.exists() else {}
 
-    # --- What it costs ---
+    # --- Costs ---
 
     def _figures(self):
-        """What the system says of each of its threads, and of it as a whole, by name."""
+        """The fields of /proc's status file for each thread of the program."""
         for status in pathlib.Path(f"/proc/{self.identifier}/task").glob("*/status"):
             yield dict(line.split(":", 1) for line in status.read_text().splitlines())
 
     def resident_memory(self):
-        """In megabytes, all of it ("VmRSS") and what is not of files ("RssAnon")."""
+        """Resident memory in megabytes: all of it ("VmRSS") and the part that is not backed by files ("RssAnon")."""
         figures = next(self._figures())
         return {name: int(figures[name].split()[0]) / 1000 for name in ("VmRSS", "RssAnon")}
 
     def wakes(self):
-        """How often its threads have stopped to wait for something so far."""
+        """How often the threads of the program have blocked so far."""
         return sum(int(figures["voluntary_ctxt_switches"]) for figures in self._figures())
 
     def wakes_in_an_idle_minute(self):
-        """Waits until it has been left alone for some time: for a minute after a program has come to the session bus
-        it looks now and then whether that has got in line for a name. Answers how often it wakes in the next minute."""
-        previous, quiet_since = self.wakes(), time.monotonic()
-        while time.monotonic() - quiet_since < 35:
-            time.sleep(1)
-            if (wakes := self.wakes()) != previous:
-                previous, quiet_since = wakes, time.monotonic()
-        time.sleep(60)
-        return self.wakes() - previous
+        """Waits until the program is idle, then returns how often it wakes in one minute. It is not idle at first: for
+        a minute after a program connects to the session bus, it polls whether that program queues for a name."""
+        wait_until_steady(self.wakes, "an idle program", seconds=35)
+        return increase_in(self.wakes, seconds=60)
 
-    # --- Its end and its bus name ---
+    # --- Exit and bus name ---
 
-    def tell(self, method, signature, *arguments):
-        self.desktop.bus.tell(IDENTIFIER, OBJECT, APPLICATION, method, GLib.Variant(signature, arguments))
+    def send(self, method, signature, *arguments):
+        self.desktop.bus.send(IDENTIFIER, OBJECT, APPLICATION, method, GLib.Variant(signature, arguments))
 
     def wait(self):
-        """Waits for its end and answers its exit status."""
-        wait_for(lambda: self.process.poll() is not None, "an end of the program")
+        """Waits until the program exits. Returns its exit status."""
+        wait_for(lambda: self.process.poll() is not None, "the program to exit")
         return self.process.returncode
 
     def quit(self):

@@ -1,4 +1,5 @@
-"""What is on the screen, found by what an assistive technology is told (AT-SPI 2), and worked with pointer and keys."""
+"""The contents of the screen, read over the interface for assistive technologies (AT-SPI 2), and operated with pointer
+and keys."""
 from gi.repository import GLib
 from Xlib import X, XK, display
 from Xlib.ext import xtest
@@ -8,7 +9,7 @@ from waiting import wait_for
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 ROOT = "/org/a11y/atspi/accessible/root"
-# Numbers of AtspiStateType.
+# Values of AtspiStateType.
 ACTIVE, CHECKED, ENABLED, EXPANDED, SHOWING = 1, 4, 8, 10, 25
 
 
@@ -30,14 +31,14 @@ class Element:
         return self.bus.call(self.name, self.path, ACCESSIBLE, "GetRoleName")[0]
 
     def is_a(self, role, title=None):
-        """Whether it has that role and, if one is given, that title; what is not there any more has none."""
+        """Returns true if the element has this role and, if given, this title; false if the element is gone."""
         try:
             return self.role == role and (title is None or self.title == title)
         except GLib.Error:
             return False
 
     def children(self):
-        """What is in this, nothing if it is not there any more, such as a list that was closed."""
+        """The children of the element; none if the element is gone, such as a closed list."""
         try:
             return [Element(self.bus, *child) for child in
                     self.bus.call(self.name, self.path, ACCESSIBLE, "GetChildren")[0]]
@@ -45,7 +46,7 @@ class Element:
             return []
 
     def below(self):
-        """All that is in this, from the top down."""
+        """All descendants, parents first."""
         for child in self.children():
             yield child
             yield from child.below()
@@ -67,26 +68,26 @@ class Element:
         return self.bus.call(self.name, self.path, "org.a11y.atspi.Text", "GetNSelections")[0] > 0
 
     def frame(self):
-        """x, y, width and height on the screen, in pixels, y from its top."""
+        """x, y, width and height on the screen, in pixels; y counts from the top."""
         return self.bus.call(self.name, self.path, "org.a11y.atspi.Component", "GetExtents",
                              GLib.Variant("(u)", (0,)))[0]
 
     def texts(self):
-        """What its labels say, from the top down."""
+        """The texts of the labels, in order."""
         return [element.title for element in self.below() if element.is_a("label") and element.title]
 
     def buttons(self):
         return [element.title for element in self.below() if element.is_a("push button")]
 
     def find(self, role, title=None):
-        """The first control of that role and title, once there is one."""
+        """Waits for a control of this role and title. Returns the first one."""
         def look():
             return next((element for element in self.below() if element.is_a(role, title)), None)
         return wait_for(look, f"a {role} {title or ''}")
 
 
 class Screen:
-    """The screen of a desktop whose applications tell what they show."""
+    """The screen of a desktop whose applications support accessibility."""
 
     def __init__(self, display_name, session_bus):
         self.display = display.Display(display_name)
@@ -94,7 +95,7 @@ class Screen:
         self.accessibility = Bus(session_bus.call("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")[0])
 
     def windows(self, process):
-        """The windows that a process shows, none if it does not answer any more."""
+        """The windows that a process shows; none if the process does not reply any more."""
         try:
             applications = Element(self.accessibility, "org.a11y.atspi.Registry", ROOT).children()
             own = [one for one in applications if self.accessibility.process_of(one.name) == process]
@@ -103,12 +104,12 @@ class Screen:
             return []
 
     def window(self, process, matches, what):
-        """The window of a process for which `matches` is true, once it is there and has the keyboard."""
+        """Waits for an active window of a process for which `matches` returns true."""
         def find():
             try:
                 return next((window for window in self.windows(process)
                              if window.has_state(ACTIVE) and matches(window)), None)
-            except GLib.Error:  # it went while it was looked at
+            except GLib.Error:  # the window closed in the meantime
                 return None
         return wait_for(find, what)
 
@@ -119,13 +120,13 @@ class Screen:
         self.display.sync()
 
     def press(self, element):
-        """Clicks in a control, near its left edge, where a check box has its box. Keys may overtake a click, which the
-        window manager looks at first: wait for what it does before you type."""
+        """Clicks a control near its left edge, where a check box has its box. The window manager handles the click
+        first, so keys typed at once may arrive before it: wait for the effect of the click before typing."""
         x, y, width, height = element.frame()
         self.click(x + min(width // 2, 10), y + height // 2)
 
     def type(self, *keys):
-        """Presses keys, one after the other, named as X names them: "Return", "Escape", "Down", "a"."""
+        """Presses and releases keys in turn, by their X names: "Return", "Escape", "Down", "a"."""
         for key in keys:
             code = self.display.keysym_to_keycode(XK.string_to_keysym(key))
             xtest.fake_input(self.display, X.KeyPress, code)
@@ -136,7 +137,7 @@ class Screen:
         return self.display.get_selection_owner(self.display.intern_atom("_NET_SYSTEM_TRAY_S0")) != X.NONE
 
     def viewable(self, matches):
-        """The frames of the windows that can be seen and for which `matches` is true; asked of their X class."""
+        """The frames of the visible windows for whose X class `matches` returns true."""
         return list(self._viewable(self.root, matches))
 
     def _viewable(self, window, matches):
@@ -150,12 +151,12 @@ class Screen:
                     corner = self.root.translate_coords(child, 0, 0)
                     yield corner.x, corner.y, geometry.width, geometry.height
                 yield from self._viewable(child, matches)
-            except Exception as problem:  # Xlib has one class for each; a window may go while it is looked at
+            except Exception as problem:  # a window may close meanwhile; Xlib makes these classes at run time
                 if type(problem).__name__ not in {"BadWindow", "BadDrawable"}:
                     raise
 
     def paint(self, red, green, blue):
-        """Gives the screen's background a colour."""
+        """Sets the background colour of the screen."""
         self.root.change_attributes(background_pixel=red << 16 | green << 8 | blue)
         self.root.clear_area()
         self.display.sync()

@@ -1,7 +1,7 @@
 """Calls over a message bus."""
 from gi.repository import Gio, GLib
 
-SECONDS = 20  # for an answer; a modal window keeps nothing waiting, so none takes that long
+SECONDS = 20  # timeout for a reply; even a modal window delays none, so this is never reached in a passing test
 
 
 class Bus:
@@ -12,12 +12,12 @@ class Bus:
         self.connection = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
 
     def call(self, name, path, interface, method, arguments=None):
-        """What a method answers, as Python values. Raises GLib.Error."""
+        """Calls a method and returns its reply as Python values. Raises GLib.Error."""
         return self.connection.call_sync(name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE,
                                          SECONDS * 1000, None).unpack()
 
-    def tell(self, name, path, interface, method, arguments=None):
-        """Calls a method and does not wait for its answer."""
+    def send(self, name, path, interface, method, arguments=None):
+        """Calls a method without waiting for its reply."""
         self.connection.call(name, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE, -1, None, None)
         self.connection.flush_sync(None)
 

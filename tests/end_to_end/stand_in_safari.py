@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Stands in for Safari: owns its name on the session bus, and quits when it is asked to, unless told not to.
+"""A stand-in for Safari: owns Safari's name on the session bus, and quits on request.
 
 usage: stand_in_safari.py JOURNAL BOOKMARKS [--refuses] [--adds TITLE]
 
-Adds a line to JOURNAL for everything that happens to it: "started", "asked to quit", "SIGTERM", "quit". Its user quits
-it with SIGUSR1. With --refuses it stays open when it is asked to quit, as one that shows a save prompt; with --adds it
+Appends a line to JOURNAL for each event: "started", "asked to quit", "SIGTERM", "quit". SIGUSR1 stands for its user
+quitting it. With --refuses it stays open when it is asked to quit, like a Safari with a save prompt. With --adds it
 writes a bookmark of that title to the bookmarks bar in BOOKMARKS as it quits.
 """
 import argparse

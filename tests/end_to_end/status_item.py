@@ -1,5 +1,5 @@
-"""A program's status item and its menu, as a panel reads them: freedesktop.org's StatusNotifierItem, and the
-com.canonical.dbusmenu interface of its menu."""
+"""A program's status item and its menu, read as a panel reads them: over freedesktop.org's StatusNotifierItem and
+com.canonical.dbusmenu."""
 from gi.repository import GLib
 
 from status_notifier_host import NAME as WATCHER
@@ -22,11 +22,12 @@ class StatusItem:
 
     @staticmethod
     def of(bus, process):
-        """The item that a process has, once it has one."""
+        """Waits for the status item of a process."""
         def find():
             try:
-                return next((StatusItem(bus, name) for name in item_names(bus) if bus.process_of(name) == process), None)
-            except GLib.Error:  # the owner of a name has just left
+                names = (name for name in item_names(bus) if bus.process_of(name) == process)
+                return next((StatusItem(bus, name) for name in names), None)
+            except GLib.Error:  # the owner of the name has just left the bus
                 return None
         return wait_for(find, f"a status item of process {process}")
 
@@ -34,21 +35,21 @@ class StatusItem:
         return self.bus.property(self.name, "/StatusNotifierItem", ITEM, "ToolTip")[2]
 
     def menu(self):
-        """(identifier, properties) of each item of the menu, in order; no properties means those of any item."""
+        """(identifier, properties) of each item of the menu, in order; properties with default values are left out."""
         layout = self.bus.call(self.name, self.menu_path, MENU, "GetLayout", GLib.Variant("(iias)", (0, -1, [])))[1]
         return [child[:2] for child in layout[2]]
 
     def titles(self):
-        """The titles of the menu; None stands for a separator."""
+        """The titles of the menu's items; None for a separator."""
         return [properties.get("label") for _, properties in self.menu()]
 
     def properties(self, title):
         return next(properties for _, properties in self.menu() if properties.get("label") == title)
 
     def choose(self, title):
-        """Chooses an item, once there is one of that title; does not wait until its command is done."""
+        """Waits for an item of this title and chooses it, without waiting for the command to finish."""
         def find():
             return [identifier for identifier, properties in self.menu() if properties.get("label") == title]
         identifier = wait_for(find, f"a menu item “{title}”")[0]
         arguments = GLib.Variant("(isvu)", (identifier, "clicked", GLib.Variant("i", 0), 0))
-        self.bus.tell(self.name, self.menu_path, MENU, "Event", arguments)
+        self.bus.send(self.name, self.menu_path, MENU, "Event", arguments)

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""The part of a desktop's panel that status notifiers need: says that there is a host and keeps the list of items.
+"""The part of a desktop's panel that status notifiers need: reports a registered host and keeps the list of items.
 
-It draws nothing; the tests read the items and their menus as a panel does. The interface is freedesktop.org's
+It draws nothing; the tests read the items and their menus themselves. The interface is freedesktop.org's
 StatusNotifierWatcher.
 """
 from gi.repository import Gio, GLib

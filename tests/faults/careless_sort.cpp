@@ -1,5 +1,5 @@
-// Sorts once, as the companion does, but writes files carelessly: in their place, without a temporary file. The tests
-// of faults must notice.
+// Sorts once, as the companion does, but overwrites files in place instead of renaming a temporary file over them. The
+// fault tests must report losses.
 #include <cstdlib>
 #include <exception>
 #include <fstream>

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Tries every fault that a sort on real files can meet, and tells whether the user's bookmarks came through.
+"""Tries every fault that a sort on real files can meet, and checks that no bookmarks are lost.
 
 usage: faults.py [--only KIND] [--expect-losses] SHORT_TRANSFERS COMMAND...
 
-COMMAND sorts the bookmarks of the home folder that HOME names, and SHORT_TRANSFERS is the library of short reads and
-writes. Prints a table of the points tried and everything that is wrong. Exit status 1 if anything is; with
---expect-losses if no bookmarks are lost, which shows that a careless program does not get through. With --only those
-kinds of fault are tried that have KIND in their name. Exit status 77 where nothing can be traced.
+COMMAND sorts the bookmarks of the home folder in HOME, and SHORT_TRANSFERS is the library for short reads and writes.
+Prints a table of the points that were tried, and every problem. Exit status 1 if there is a problem; with
+--expect-losses, if no bookmarks are lost, which proves that losses are noticed. --only limits the run to kinds of fault
+with KIND in their name. Exit status 77 if strace does not work here.
 """
 import argparse
 import collections
@@ -32,9 +32,9 @@ class Trial:
     def __init__(self, scratch, command, format_name):
         self.scratch = scratch
         self.command = command
-        self.sample = Sample(format_name, self.sorted_without_trouble)
+        self.sample = Sample(format_name, self.sorted_undisturbed)
         self.tried = collections.Counter()
-        self.endings = collections.Counter()  # of the sorts that a fault met
+        self.endings = collections.Counter()  # how the disturbed sorts ended
         self.verdicts = []
 
     def new_home(self, content, disk=None):
@@ -43,7 +43,7 @@ class Trial:
             surroundings.mount("-t", "tmpfs", "-o", disk, "none", folder)
         return ScratchHome(pathlib.Path(folder) / "home", content)
 
-    def sorted_without_trouble(self, content):
+    def sorted_undisturbed(self, content):
         home = self.new_home(content)
         result = home.run(self.command)
         assert result.status == 0, result.text
@@ -70,7 +70,7 @@ class Trial:
         verdict.after_next_run(home, self.sample, before, home.run(self.command), judged)
         if point.disk:
             surroundings.unmount(home.root.parent)
-        return point, judged, "killed" if result.status < 0 else "gave up" if result.status else "went through"
+        return point, judged, "killed" if result.status < 0 else "failed" if result.status else "succeeded"
 
     def note(self, point, judged, ending):
         self.tried[point.kind] += 1
@@ -82,7 +82,7 @@ class Trial:
 
 
 def try_all(trials, library, kind):
-    """Tries every point of every trial whose kind has `kind` in its name, as many at a time as there are processors."""
+    """Tries every point of every trial whose kind has `kind` in its name, one per processor at a time."""
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         running = [(trial, pool.submit(trial.try_point, point)) for trial in trials
                    for point in trial.all_points(library) if kind in point.kind]
@@ -97,10 +97,10 @@ def print_table(trials):
     kinds = list(dict.fromkeys(kind for trial in trials for kind in trial.tried))
     rows = [(kind, [trial.tried[kind] for trial in trials]) for kind in kinds]
     rows.append(("points tried", [sum(trial.tried.values()) for trial in trials]))
-    for ending in ("went through", "gave up", "killed"):
+    for ending in ("succeeded", "failed", "killed"):
         rows.append((f"  the sort {'was ' if ending == 'killed' else ''}{ending}",
                      [trial.endings[ending] for trial in trials]))
-    rows.append(("saved between the last look and the rename, and overwritten",
+    rows.append(("saved between the last check and the rename, and overwritten",
                  [trial.count(lambda judged: judged.overwrote) for trial in trials]))
     rows.append(("other flaws", [trial.count(lambda judged: judged.flaws) for trial in trials]))
     rows.append(("lost", [trial.count(lambda judged: judged.lost) for trial in trials]))
@@ -118,14 +118,14 @@ def print_problems(trials):
 
 
 def require_strace():
-    """Ends the program where it cannot work, in words that tell why."""
+    """Exits with the reason if strace does not work here."""
     try:
         tried = subprocess.run(["strace", "-o", "/dev/null", "true"], capture_output=True, text=True, check=False)
         problem = tried.stderr.strip() if tried.returncode != 0 else ""
     except FileNotFoundError:
-        problem = "there is no strace"
+        problem = "strace is not installed"
     if problem:
-        print(f"faults: skipped 'nothing can be traced here: {problem}'")
+        print(f"faults: skipped 'strace does not work here: {problem}'")
         sys.exit(77)
 
 
@@ -145,7 +145,7 @@ def main():
         try_all(trials, os.path.abspath(arguments.library), arguments.only)
     print_table(trials)
     if not surroundings.may_mount():
-        print("full disks and read-only file systems: skipped 'nothing can be mounted here'")
+        print("full disks and read-only file systems: skipped 'no permission to mount'")
     print(f"{time.monotonic() - start:.0f} s")
     lost = any(judged.lost for trial in trials for _, judged in trial.verdicts)
     if arguments.expect_losses:

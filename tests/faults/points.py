@@ -1,4 +1,5 @@
-"""The points at which a sort can meet a fault: each system call that it makes on the home folder, and each fault."""
+"""The points at which a fault can disturb a sort: each of its system calls on the home folder with each fault, and
+faults that exist from the start."""
 import os
 import shutil
 
@@ -8,11 +9,12 @@ from system_calls import ERRORS
 
 
 class Point:
-    """A fault to try. `run` takes a home and a command, and answers how the sort ended. `before` and `relieve` take a
-    home: the one brings the fault about, the other ends it before anything is judged. `disk` holds the options of a
-    file system in memory that the home is to be on. For `put`, `unseen` and `gone` see verdict.after_fault."""
+    """A fault to try. `run` takes a home and a command, and returns the result of the sort. `before` and `relieve` take
+    a home: `before` causes the fault, `relieve` removes it before the result is judged. `disk` has the mount options of
+    the tmpfs that the home is on, if any. For `put`, `unseen` and `gone` see verdict.after_fault."""
 
-    def __init__(self, kind, name, run=None, *, put=None, unseen=False, gone=False, disk=None, before=None, relieve=None):
+    def __init__(self, kind, name, run=None, *, put=None, unseen=False, gone=False, disk=None, before=None,
+                 relieve=None):
         self.kind = kind
         self.name = name
         self.run = run or (lambda home, command: home.run(command))
@@ -41,7 +43,8 @@ def at_each_call(calls, sample):
         for kind, put, change in CHANGES:
             content = sample.saved if put == "saved" else put
             yield Point(kind, str(call), lambda home, command, call=call, change=change:
-                        tracer.interrupted_after(home, command, call, lambda: change(home, sample)), put=(content,), unseen=unseen, gone=put is None)
+                        tracer.interrupted_after(home, command, call, lambda: change(home, sample)),
+                        put=(content,), unseen=unseen, gone=put is None)
 
 
 def save(home, sample):
@@ -60,15 +63,15 @@ def put_folder(home, _):
 
 
 CHANGES = [
-    ("Safari saves another after a call", "saved", save),
-    ("the file vanishes after a call", None, remove),
-    ("a folder takes its place after a call", FOLDER, put_folder),
+    ("Safari saves another file after a call", "saved", save),
+    ("the file is removed after a call", None, remove),
+    ("a folder replaces the file after a call", FOLDER, put_folder),
 ]
 
 
 def last_look(calls):
-    """The numbers of the call that looks at the bookmark file for the last time, and of the one that replaces it. What
-    somebody else does to the file between the two is not seen."""
+    """The indices of the last call that checks the bookmark file and of the call that replaces it. The sort cannot
+    notice a change of the file between the two."""
     about_it = [number for number, call in enumerate(calls) if (call.place or "").endswith("/Bookmarks.plist")]
     replaced = next((number for number in about_it if calls[number].name == "rename"), len(calls))
     looked = max(number for number in about_it if number < replaced)
@@ -76,13 +79,13 @@ def last_look(calls):
 
 
 def from_the_start(sample):
-    """What is not as it should be before the sort begins."""
-    yield Point("the file is not there", "", put=(None,), before=lambda home: remove(home, sample))
-    yield Point("a folder is in its place", "", put=(FOLDER,), before=lambda home: put_folder(home, sample))
+    """Faults that exist before the sort starts."""
+    yield Point("the file is missing", "", put=(None,), before=lambda home: remove(home, sample))
+    yield Point("a folder is in place of the file", "", put=(FOLDER,), before=lambda home: put_folder(home, sample))
 
 
 def restore(home, sample):
-    """Puts the old file back where a fault has taken it away, so that the next run has something to sort."""
+    """Puts the old file back if the fault removed it, so that the next run has a file to sort."""
     content = home.content()
     if content == FOLDER:
         assert (home.bookmarks / "inside").read_text() == "kept"
@@ -93,13 +96,13 @@ def restore(home, sample):
 
 
 def with_limited_files(sample, page=os.sysconf("SC_PAGE_SIZE")):
-    """A file may not grow beyond a limit: the write that would cross it is short, and the next one fails or kills."""
+    """A limit on the size of files: the write that crosses it is short, and the next one fails or kills the process."""
     limits = sorted({0, 1, len(sample.old) - 1, *range(page, len(sample.old), page)})
     for limit in limits:
         limited = ["prlimit", f"--fsize={limit}", "--core=0"]
         yield Point("killed in the middle of a write", f"at byte {limit}", lambda home, command, limited=limited:
                     home.run([*limited, "env", "--default-signal=XFSZ", *command]))
-        yield Point("a file cannot grow further", f"than {limit} bytes", lambda home, command, limited=limited:
+        yield Point("a file cannot grow", f"beyond {limit} bytes", lambda home, command, limited=limited:
                     home.run([*limited, "env", "--ignore-signal=XFSZ", *command]))
 
 

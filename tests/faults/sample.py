@@ -1,4 +1,4 @@
-"""Bookmark files to sort: what a user has, and what Safari may put in its place meanwhile."""
+"""Bookmark files to sort: the user's file, and the one that Safari may save over it during the sort."""
 import pathlib
 import plistlib
 import sys
@@ -18,10 +18,10 @@ def bookmark_file(format_name, extra_title):
 
 
 class Sample:
-    """A user's file in one format, another that Safari saved in its place, and both as a sort leaves them."""
+    """A user's file in one format, the one that Safari saves over it, and both of them sorted."""
 
     def __init__(self, format_name, sort):
-        """`sort` takes the bytes of a file and answers those that a sort without any trouble makes of them."""
+        """`sort` takes the bytes of a file and returns the bytes after an undisturbed sort."""
         self.format = format_name
         self.old = bookmark_file(format_name, "a bookmark")
         self.saved = bookmark_file(format_name, "a bookmark that Safari has just saved")

@@ -1,11 +1,11 @@
-"""A home folder with a bookmark file, and what is in it after a sort."""
+"""A home folder with a bookmark file, and its contents after a sort."""
 import os
 import pathlib
 import re
 import subprocess
 
-BOOKMARK_MODE = 0o640  # not what a new file gets, so that a file that lost its mode is noticed
-FOLDER = "a folder"  # what `content` answers where the bookmark file should be
+BOOKMARK_MODE = 0o640  # differs from the mode of a new file, so that a lost mode is noticed
+FOLDER = "a folder"  # the result of `content` if a folder is in place of the bookmark file
 BACKUP_NAME = re.compile(r"Bookmarks-[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\.plist")
 
 
@@ -26,14 +26,14 @@ class ScratchHome:
         self.put(content)
 
     def put(self, content):
-        """Replaces the bookmark file as Safari does: by a new one that is renamed over it."""
+        """Replaces the bookmark file as Safari does: renames a new file over it."""
         new = self.root / "being-saved"
         new.write_bytes(content)
         new.chmod(BOOKMARK_MODE)
         new.rename(self.bookmarks)
 
     def content(self):
-        """The bytes of the bookmark file; FOLDER, or None if there is nothing."""
+        """The bytes of the bookmark file, FOLDER if it is a folder, or None if it does not exist."""
         if self.bookmarks.is_dir():
             return FOLDER
         return self.bookmarks.read_bytes() if self.bookmarks.exists() else None
@@ -42,23 +42,23 @@ class ScratchHome:
         return [path for path in self.backups.glob("*") if BACKUP_NAME.fullmatch(path.name)]
 
     def leftovers(self):
-        """Files that are neither the bookmark file nor a backup, or lie below it if it is a folder."""
+        """Files that are neither the bookmark file, nor below it if it is a folder, nor a backup."""
         files = [path for path in self.root.rglob("*") if not path.is_dir() or path.is_symlink()]
         known = {self.bookmarks, *self.backup_files()}
         return [str(path.relative_to(self.root)) for path in files
                 if path not in known and self.bookmarks not in path.parents]
 
     def environment(self, **more):
-        """For a program whose home this is, in a session where nothing runs."""
+        """The environment of a program with this home folder and without a session bus."""
         variables = {key: value for key, value in os.environ.items() if key not in ("XDG_CONFIG_HOME", "LD_PRELOAD")}
         nowhere = self.root.parent / "no-session"
-        # A sanitizer of leaks cannot work where strace does, nor does it like to be loaded second.
+        # LeakSanitizer cannot run under strace, and AddressSanitizer wants to be the first library that is loaded.
         return {**variables, "HOME": str(self.root), "XDG_RUNTIME_DIR": str(nowhere),
                 "DBUS_SESSION_BUS_ADDRESS": f"unix:path={nowhere}/bus",
                 "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0", **more}
 
     def run(self, command, **more):
-        """Runs a command to its end, with more variables in its environment if any are given."""
+        """Runs a command to its end, with additional environment variables if given."""
         done = subprocess.run(command, env=self.environment(**more), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               cwd="/", check=False)
         return Result(done.returncode, done.stdout.decode(errors="replace"))

@@ -1,5 +1,5 @@
-// A library to be loaded before the C library: reads and writes transfer fewer bytes than they were asked to, as they
-// may. QUILLERY_LONGEST_TRANSFER says how many at most.
+// A library for LD_PRELOAD that makes read and write transfer at most QUILLERY_LONGEST_TRANSFER bytes per call, as
+// POSIX allows.
 #include <dlfcn.h>
 #include <sys/types.h>
 

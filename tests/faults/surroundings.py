@@ -1,4 +1,4 @@
-"""Faults of the disk and the folders that a home is in. They need what a machine may lack: permission to mount."""
+"""Faults of the disk and of folders. Some need permission to mount, which a machine may lack."""
 import os
 import subprocess
 
@@ -9,13 +9,14 @@ INSIDE = "QUILLERY_FAULTS_MAY_MOUNT"
 
 
 def enter_namespace(arguments):
-    """Starts this program again where it may mount without anybody else's noticing; returns if that cannot be."""
+    """Restarts this program in a private mount namespace; returns if that is not possible here."""
     if INSIDE in os.environ:
         return
     for options in (["--mount"], ["--user", "--map-root-user", "--mount"]):
         inside = ["unshare", *options]
         try:
-            possible = subprocess.run([*inside, "mount", "-t", "tmpfs", "none", "/mnt"], capture_output=True, check=False)
+            possible = subprocess.run([*inside, "mount", "-t", "tmpfs", "none", "/mnt"], capture_output=True,
+                                      check=False)
         except FileNotFoundError:
             return
         if possible.returncode == 0:
@@ -40,13 +41,13 @@ def filler(home):
 
 
 def leave_pages(home, pages):
-    """Fills the disk but for that many pages."""
+    """Fills the disk except for this many pages."""
     with open(filler(home), "wb") as file:
         os.posix_fallocate(file.fileno(), 0, max(1, os.statvfs(home.root).f_bavail - pages) * PAGE)
 
 
 def leave_files(home, count):
-    """Makes so many files that there is room for only `count` more."""
+    """Creates files until there is room for only `count` more."""
     filler(home).mkdir()
     for number in range(os.statvfs(home.root).f_favail - count):
         (filler(home) / str(number)).touch()
@@ -55,17 +56,17 @@ def leave_files(home, count):
 def on_full_disks(sample):
     pages = len(sample.old) // PAGE + 1
     for left in range(2 * pages + 4):
-        yield Point("the disk has little room", f"{left} pages", disk="size=1m",
+        yield Point("the disk is nearly full", f"{left} pages free", disk="size=1m",
                     before=lambda home, left=left: leave_pages(home, left),
                     relieve=lambda home: filler(home).unlink())
     for left in range(7):
-        yield Point("the disk has room for few files", f"{left} files", disk="nr_inodes=64",
+        yield Point("the disk is nearly out of inodes", f"{left} free", disk="nr_inodes=64",
                     before=lambda home, left=left: leave_files(home, left),
                     relieve=lambda home: subprocess.run(["rm", "-r", str(filler(home))], check=True))
 
 
 def read_only(name, folder_of):
-    """A folder on a file system that cannot be written to, the rest of the home on one that can."""
+    """A folder on a read-only file system; the rest of the home is writable."""
     def before(home):
         folder = folder_of(home)
         folder.mkdir(parents=True, mode=0o700, exist_ok=True)
@@ -76,7 +77,7 @@ def read_only(name, folder_of):
 
 
 def without_permission(name, path_of, mode):
-    """Something in the home that its owner may not use as a sort would; the superuser gives up that privilege."""
+    """A file or folder of the home without some permission; root drops the capabilities that override permissions."""
     modes = {}
 
     def before(home):

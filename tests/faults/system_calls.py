@@ -1,8 +1,8 @@
-"""System calls as strace prints them, and the errors that each can give."""
+"""System calls as strace prints them, and the errors that each can return."""
 import re
 
-# What the manual page of each call names and an ordinary file system on Linux can give to a program that calls it
-# rightly, with a disk that fails, fills up or turns read-only, and with limits that are reached.
+# The errors in the manual page of each call that an ordinary file system on Linux can return to a correct program if
+# the disk fails, is full or read-only, or a limit is reached.
 OF_PATHS = ["EACCES", "EIO", "ELOOP", "ENOENT", "ENOMEM", "ENOTDIR"]
 OF_CHANGES = ["EDQUOT", "ENOSPC", "EPERM", "EROFS"]
 OF_TRANSFERS = ["EINTR", "EIO"]
@@ -31,8 +31,8 @@ LINE = re.compile(r"(?:\d+ +)?(\w+)\((.*)")
 
 
 class Call:
-    """The `ordinal`-th call of that name in a process, counted from 1; `place` is what it is about, in a form that is
-    the same in every run, or None if it has nothing to do with the home folder."""
+    """The `ordinal`-th call of this name in a process, counted from 1. `place` is the path that it refers to, in a form
+    that is the same in every run, or None if it does not refer to the home folder."""
 
     def __init__(self, name, ordinal, place):
         self.name = name
@@ -44,7 +44,7 @@ class Call:
 
 
 def place_of(arguments, home):
-    """Those parts of a call's arguments and result that are below `home`, without what is random in their names."""
+    """The paths below `home` in a call's arguments and result, with the random parts of their names replaced by "*"."""
     found = re.findall(re.escape(str(home)) + r'(/[^">]*)?', arguments)
     names = [re.sub(r"-[0-9A-F]{8}-[0-9A-F-]{27}", "-*", re.sub(r"/\.quillery-\w+", "/.quillery-*", name))
              for name in found]
@@ -52,7 +52,7 @@ def place_of(arguments, home):
 
 
 def calls_of(lines, home):
-    """The calls in what strace printed of a process."""
+    """The calls in strace's output for a process."""
     counts = {}
     calls = []
     for line in lines:

@@ -1,4 +1,4 @@
-"""Runs a program under strace, which makes one of its system calls fail, or ends or stops it there."""
+"""Runs a program under strace, which makes one of its system calls fail, or kills or stops the program there."""
 import os
 import re
 import signal
@@ -9,7 +9,7 @@ from system_calls import calls_of
 
 
 class Trace:
-    """What came of a traced run."""
+    """The result of a traced run: how the program ended, and strace's output."""
 
     def __init__(self, result, lines):
         self.result = result
@@ -17,7 +17,7 @@ class Trace:
 
 
 def run(home, command, *options, when_stopped=None):
-    """Runs a command under strace; `when_stopped` is called with its process when a signal has stopped it."""
+    """Runs a command under strace. Calls `when_stopped` with the process ID when SIGSTOP has stopped the program."""
     reading, writing = os.pipe()
     strace = ["strace", "-f", "-y", "-s", "0", "-o", f"/dev/fd/{writing}", *options, "--", *command]
     with subprocess.Popen(strace, env=home.environment(), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, cwd="/",
@@ -53,14 +53,14 @@ def killed_before(home, command, call):
 
 
 def stopped_after(home, command, call, action):
-    """Stops the program once the call has returned, calls `action` with its process, and answers how it ended."""
+    """Stops the program once the call has returned and calls `action` with its process ID. Returns the result."""
     trace = tampering(home, command, call, "signal=SIGSTOP", action)
     require(re.search(r"\) += -?\d+", hit(trace, home, call)), call, trace)
     return trace.result
 
 
 def interrupted_after(home, command, call, action):
-    """Lets somebody else act while the program has got as far as that call."""
+    """Calls `action` between this call of the program and the next one, then lets the program continue."""
     def act_and_continue(process):
         action()
         os.kill(process, signal.SIGCONT)
@@ -79,13 +79,14 @@ def tampering(home, command, call, change, when_stopped=None):
 
 
 def hit(trace, home, call):
-    """The line of the call that was to be changed; empty if another was in its place."""
+    """The line of the call that strace should tamper with; empty if a different call was in its place."""
     calls = [line for line in trace.lines if calls_of([line], home.root)]
     line = calls[call.ordinal - 1] if len(calls) >= call.ordinal else ""
     return line if line and calls_of([line], home.root)[0].place == call.place else ""
 
 
 def require(condition, call, trace):
-    """The run took another way than the one that was traced, so it proves nothing."""
+    """Raises RuntimeError unless the condition holds: then the run made other calls than the traced one, so it proves
+    nothing."""
     if not condition:
         raise RuntimeError(f"strace did not reach {call}:\n" + "\n".join(trace.lines[-12:]) + trace.result.text)

@@ -1,4 +1,4 @@
-"""Whether a user's bookmarks came through: what must hold of a home folder after each fault."""
+"""What must hold for a home folder after each fault, so that no bookmarks are lost."""
 import re
 import stat
 
@@ -8,23 +8,23 @@ TEMPORARY_NAME = re.compile(r"(.*/)?\.quillery-\w{6}")
 
 
 class Verdict:
-    """What is wrong: `lost` is about the user's bookmarks, `flaws` is everything else."""
+    """The problems after a fault: `lost` has those with the user's bookmarks, `flaws` has all others."""
 
     def __init__(self):
         self.lost = []
         self.flaws = []
-        self.overwrote = False  # whether a save that the sort could not know of was replaced
+        self.overwrote = False  # true if the sort replaced a save that it could not notice
 
     def __bool__(self):
         return not self.lost and not self.flaws
 
 
 def after_fault(home, sample, result, put=None, unseen=False, gone=False):
-    """Judges a home folder after a run that a fault met.
+    """Judges a home folder after a run with a fault.
 
-    `put` is the content that somebody else gave the bookmark file meanwhile (None in a tuple: no file), as a tuple of
-    one; `unseen` says that it happened after the sort had looked for such a change for the last time. `gone` says that
-    the sort may have found no file, so that what it wrote is a new one.
+    `put` is a tuple of one: the content that another program gave the bookmark file during the run, None for no file.
+    `unseen` is true if that happened after the sort's last check for such a change. `gone` is true if the sort may have
+    found no file, so that it wrote a new one.
     """
     verdict = Verdict()
     content = home.content()
@@ -42,15 +42,14 @@ def after_fault(home, sample, result, put=None, unseen=False, gone=False):
         if result.status >= 0 or not TEMPORARY_NAME.fullmatch(name):
             verdict.flaws.append(f"{name} is left after {ending(result)}")
     if result.status == 1 and "Bookmarks could not be sorted: " not in result.text:
-        verdict.flaws.append(f"a failure without a message: {result.text!r}")
+        verdict.flaws.append(f"it failed without a message: {result.text!r}")
     if result.status > 1:
         verdict.flaws.append(f"it ended with {ending(result)}: {result.text!r}")
     return verdict
 
 
 def after_next_run(home, sample, before, result, verdict):
-    """Adds to a verdict what is wrong after the next run, which nothing hindered, on a bookmark file of the bytes
-    `before`."""
+    """Adds to a verdict the problems after the next run, which was undisturbed and found the bookmark file `before`."""
     if result.status != 0 or home.content() != sample.sorted_of.get(before):
         verdict.lost.append(f"the next run ended with {ending(result)} and leaves "
                             f"{description(home.content(), sample)}: {result.text!r}")
@@ -65,7 +64,7 @@ def check_backups(home, sample, verdict, wanted):
         if path.read_bytes() in sample.sorted_of:
             whole += 1
         else:
-            verdict.lost.append(f"a backup holds {description(path.read_bytes(), sample)}")
+            verdict.lost.append(f"a backup is {description(path.read_bytes(), sample)}")
     if wanted and not whole:
         verdict.lost.append("the file is sorted and there is no backup")
 
@@ -82,10 +81,10 @@ def ending(result):
 
 
 def description(content, sample):
-    names = {None: "gone", FOLDER: FOLDER, sample.old: "the old one", sample.saved: "what Safari saved"}
+    names = {None: "missing", FOLDER: FOLDER, sample.old: "the old file", sample.saved: "the file that Safari saved"}
     if content in names:
         return names[content]
     if content in sample.sorted_of:
         return "sorted"
     whole = any(known.startswith(content) for known in sample.sorted_of)
-    return f"{'the first' if whole else 'some other'} {len(content)} bytes"
+    return f"{'only the first' if whole else 'some other'} {len(content)} bytes"

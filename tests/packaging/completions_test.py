@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What the shells offer after "quilleryctl", and that nothing which describes the program leaves out a part of it.
+"""Tests of the shells' completions for "quilleryctl", and that help, completions and manual page are complete.
 
 usage: completions_test.py QUILLERYCTL BUILD_FOLDER
 """
@@ -35,11 +35,11 @@ class Completions(unittest.TestCase):
         self.folder = home / "here"
         self.folder.mkdir()
         (self.folder / "Other.plist").touch()
-        # Shells keep what they know below these folders.
+        # Shells store their own state in these folders.
         kept = {name: str(home) for name in ("HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME")}
         path = f"{COMPANION.parent}:{os.environ['PATH']}"
-        self.environment = dict(os.environ, PATH=path, LANG="C.UTF-8", DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent",
-                                **kept)
+        self.environment = dict(os.environ, PATH=path, LANG="C.UTF-8",
+                                DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent", **kept)
 
     def shell(self, arguments):
         return run(arguments, env=self.environment, cwd=self.folder)
@@ -47,19 +47,20 @@ class Completions(unittest.TestCase):
     def bash(self, *words, separator=None):
         script = """source "$1"; shift; COMP_WORDS=(quilleryctl "$@"); COMP_CWORD=$#; _quilleryctl
                     printf '%s\\n' "${COMPREPLY[@]}" """
-        return sorted(self.shell(["bash", "--norc", "-c", script, "bash", COMPLETIONS / "quilleryctl.bash", *words]).strip().split(separator))
+        output = self.shell(["bash", "--norc", "-c", script, "bash", COMPLETIONS / "quilleryctl.bash", *words])
+        return sorted(output.strip().split(separator))
 
     def fish(self, *words):
         if not shutil.which("fish"):
-            self.skipTest("there is no fish")
+            self.skipTest("fish is not installed")
         script = f"source {COMPLETIONS / 'quilleryctl.fish'}; complete -C 'quilleryctl {' '.join(words)}'"
         lines = self.shell(["fish", "--no-config", "-c", script]).splitlines()
         return sorted(line.split("\t")[0] for line in lines)
 
     def zsh(self, state, *line):
-        """What is handed to the shell's own functions, one word to a line, in this state of the command line."""
+        """The words passed to zsh's completion functions in this state of the command line, one per line."""
         if not shutil.which("zsh"):
-            self.skipTest("there is no zsh")
+            self.skipTest("zsh is not installed")
         script = f"""for name in _arguments _files; do
                        functions[$name]='print -rl -- $0 "$@"; state={state}; line=({" ".join(line)})'
                      done
@@ -71,24 +72,24 @@ class Completions(unittest.TestCase):
         self.assertEqual(self.bash(""), COMMANDS)
         self.assertEqual(self.bash("--quiet", "s"), ["sort"])
 
-    def test_bash_offers_the_options_that_a_command_has(self):
+    def test_bash_offers_the_options_of_each_command(self):
         self.assertEqual(self.bash("-"), ["--help", "--version"])
         self.assertEqual(self.bash("preview", "-"), ["--all", "--help", "--json", "--quiet"])
         for command in ("sort", "check", "backups", "restore", "next"):
             self.assertEqual(self.bash(command, "--"), ["--help", "--quiet"])
 
-    def test_bash_offers_files_where_one_may_be_named(self):
+    def test_bash_offers_files_where_a_command_takes_one(self):
         for words in (["preview"], ["sort"], ["check", "-q"], ["restore", "x"]):
             self.assertEqual(self.bash(*words, "O"), ["Other.plist"])
         for words in (["backups"], ["next"], ["sort", "x"], ["restore", "x", "y"]):
             self.assertEqual(self.bash(*words, "O"), [])
 
-    def test_bash_offers_backups_to_restore_or_paths(self):
+    def test_bash_offers_backups_or_paths_for_restore(self):
         self.assertEqual(self.bash("restore", ""), BACKUPS)
         self.assertEqual(self.bash("restore", "--quiet", "Bookmarks-B"), BACKUPS[1:])
         self.assertEqual(self.bash("restore", "./O"), ["./Other.plist"])
 
-    def test_names_of_backups_are_no_commands(self):
+    def test_executes_no_command_in_the_name_of_a_backup(self):
         hostile = "Bookmarks-$(touch obeyed) `touch obeyed`;touch obeyed.plist"
         (self.backups / hostile).touch()
         self.bash("restore", "")
@@ -101,7 +102,7 @@ class Completions(unittest.TestCase):
         self.assertEqual(self.fish(""), COMMANDS)
         self.assertEqual(self.fish("so"), ["sort"])
 
-    def test_fish_offers_the_options_that_a_command_has(self):
+    def test_fish_offers_the_options_of_each_command(self):
         self.assertEqual(self.fish("--"), ["--help", "--version"])
         self.assertEqual(self.fish("preview", "--"), ["--all", "--help", "--json", "--quiet"])
         for command in ("sort", "check", "backups", "restore", "next"):
@@ -117,7 +118,7 @@ class Completions(unittest.TestCase):
         offered = self.zsh("command")
         self.assertEqual(sorted(line.split(":")[0] for line in offered[offered.index("_describe") + 1:]), COMMANDS)
 
-    def test_zsh_offers_the_options_that_a_command_has(self):
+    def test_zsh_offers_the_options_of_each_command(self):
         def options(command):
             offered = self.zsh("arguments", command)
             last = len(offered) - offered[::-1].index("_arguments")
@@ -135,18 +136,18 @@ class Completions(unittest.TestCase):
 
 
 class Descriptions(unittest.TestCase):
-    """Every command and option of the program is in each text that describes it."""
+    """Every command and option of the program is in its help, its completions and its manual page."""
 
     def setUp(self):
         self.help = run([COMPANION, "--help"])
         self.commands = sorted(set(re.findall(r"quilleryctl (\w+)", self.help)))
         self.options = sorted(set(re.findall(r"--\w+", self.help)))
 
-    def test_the_help_has_them_all(self):
+    def test_the_help_has_all_commands_and_options(self):
         self.assertEqual(self.commands, COMMANDS)
         self.assertEqual(self.options, ["--all", "--help", "--json", "--quiet", "--version"])
 
-    def test_the_completions_have_them_all(self):
+    def test_the_completions_have_all_commands_and_options(self):
         for shell in ("bash", "zsh", "fish"):
             text = (COMPLETIONS / f"quilleryctl.{shell}").read_text()
             for command in self.commands:
@@ -155,7 +156,7 @@ class Descriptions(unittest.TestCase):
                 name = rf"-l {option[2:]}\b" if shell == "fish" else option
                 self.assertRegex(text, name, shell)
 
-    def test_the_manual_page_has_them_all_and_the_exit_statuses(self):
+    def test_the_manual_page_has_all_and_the_exit_statuses(self):
         page = (BUILD / "packaging/linux/quilleryctl.1").read_text().replace("\\-", "-")
         for command in self.commands:
             self.assertRegex(page, rf"(?m)^\.B quilleryctl {command}$")
@@ -167,9 +168,9 @@ class Descriptions(unittest.TestCase):
         self.assertEqual(re.findall(r"(?m)^\.B (\d+)$", section), ["0", "1", "2", "3", "75"])
         self.assertEqual(statuses, ["0", "1", "2", "3", "75"])
 
-    def test_the_manual_page_has_no_mistakes_that_its_formatter_sees(self):
+    def test_the_manual_page_formats_without_warnings(self):
         if not shutil.which("man"):
-            self.skipTest("there is no man")
+            self.skipTest("man is not installed")
         result = subprocess.run(["man", "--warnings", "-l", BUILD / "packaging/linux/quilleryctl.1"], text=True,
                                 capture_output=True, env=dict(os.environ, LC_ALL="C.UTF-8", MANWIDTH="80", PAGER="cat"))
         self.assertEqual(result.stderr, "")

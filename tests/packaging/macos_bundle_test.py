@@ -1,4 +1,4 @@
-"""What a Mac finds in the application bundle, as far as it can be read here: its information, entitlements and icon.
+"""Tests of the parts of the macOS application bundle that any system can read: Info.plist, entitlements and icon.
 
 usage: macos_bundle_test.py BUILD_FOLDER
 """
@@ -17,7 +17,7 @@ MADE = BUILD / "packaging/macos"
 
 
 def product(name):
-    """A value of the maker's, as the program has it."""
+    """A product value as compiled into the program."""
     return re.search(f'{name} = "(.*)"', (BUILD / "platform/product.h").read_text()).group(1)
 
 
@@ -25,7 +25,7 @@ class Information(unittest.TestCase):
     def setUp(self):
         self.information = plistlib.loads((MADE / "Info.plist").read_bytes())
 
-    def test_names_the_program_as_the_program_does(self):
+    def test_matches_the_product_values_of_the_program(self):
         self.assertEqual(self.information["CFBundleIdentifier"], product("bundleIdentifier"))
         for key in ("CFBundleName", "CFBundleDisplayName", "CFBundleExecutable"):
             self.assertEqual(self.information[key], product("name"), key)
@@ -33,19 +33,19 @@ class Information(unittest.TestCase):
             self.assertEqual(self.information[key], product("version"), key)
         self.assertEqual(self.information["NSHumanReadableCopyright"], product("copyright"))
 
-    def test_leaves_no_value_to_be_filled_in(self):
+    def test_has_no_placeholder_or_empty_value(self):
         self.assertNotRegex((MADE / "Info.plist").read_text(), "@|\\$")
         for key, value in self.information.items():
             self.assertNotEqual(value, "", key)
 
-    def test_is_of_an_application_without_a_dock_icon(self):
+    def test_is_an_application_without_a_dock_icon(self):
         self.assertEqual(self.information["CFBundlePackageType"], "APPL")
         self.assertIs(self.information["LSUIElement"], True)
 
-    def test_asks_for_macos_12(self):
+    def test_requires_macos_12(self):
         self.assertEqual(self.information["LSMinimumSystemVersion"], "12.0")
 
-    def test_tells_sparkle_where_to_look_whom_to_trust_and_how_often(self):
+    def test_has_the_update_feed_its_key_and_its_interval(self):
         self.assertEqual(self.information["SUFeedURL"], product("feedAddress"))
         self.assertRegex(self.information["SUFeedURL"], "^https://")
         self.assertEqual(self.information["SUPublicEDKey"], product("feedPublicKey"))
@@ -53,25 +53,26 @@ class Information(unittest.TestCase):
         self.assertIs(self.information["SUEnableAutomaticChecks"], True)
         self.assertEqual(self.information["SUScheduledCheckInterval"], 24 * 60 * 60)
 
-    def test_enables_none_of_sparkles_services_for_sandboxes(self):
+    def test_enables_no_sandbox_service_of_sparkle(self):
         self.assertFalse([key for key in self.information if key.endswith("Service")])
 
-    def test_fetches_sparkle_by_its_checksum(self):
+    def test_pins_sparkle_by_its_checksum(self):
         fetched = (SOURCE / "sparkle.cmake").read_text(encoding="utf-8")
         self.assertRegex(fetched, r"URL https://\S+\s+URL_HASH SHA256=[0-9a-f]{64}\)")
 
 
 class Entitlements(unittest.TestCase):
-    def test_there_are_none_and_no_comment_that_the_kernel_would_not_read(self):
+    def test_are_empty_and_without_comments(self):
+        # The kernel does not read entitlements with comments.
         data = (SOURCE / "quillery.entitlements").read_bytes()
         self.assertEqual(plistlib.loads(data), {})
         self.assertNotIn(b"<!--", data)
 
 
 def icon_entries(data):
-    """The types of an icon file and the bytes of each, in order."""
+    """The entries of an icon file: bytes by type, in the order of the file."""
     kind, length = struct.unpack(">4sI", data[:8])
-    assert kind == b"icns" and length == len(data), "no icon file, or one cut short"
+    assert kind == b"icns" and length == len(data), "not an icon file, or truncated"
     entries, offset = {}, 8
     while offset < len(data):
         kind, length = struct.unpack(">4sI", data[offset : offset + 8])
@@ -82,7 +83,7 @@ def icon_entries(data):
 
 
 class Icon(unittest.TestCase):
-    def test_each_image_has_the_size_that_its_name_says(self):
+    def test_each_image_has_the_size_in_its_name(self):
         images = sorted((MADE / "AppIcon.iconset").iterdir())
         sizes = {}
         for image in images:
@@ -91,14 +92,14 @@ class Icon(unittest.TestCase):
             data = image.read_bytes()
             self.assertEqual(data[:8], b"\x89PNG\r\n\x1a\n", image.name)
             self.assertEqual(struct.unpack(">II", data[16:24]), (pixels, pixels), image.name)
-            self.assertEqual(data[25], 6, f"{image.name} has no transparency")  # the colour type
+            self.assertEqual(data[25], 6, f"{image.name} has no transparency")  # the PNG colour type
             sizes.setdefault(int(points), []).append(pixels)
         self.assertEqual(sizes, {points: [points, 2 * points] for points in (16, 32, 128, 256, 512)})
 
-    def test_the_packed_icon_is_whole_and_holds_the_sizes(self):
+    def test_the_packed_icon_is_complete_in_all_sizes(self):
         entries = icon_entries((MADE / "AppIcon.icns").read_bytes())
         self.assertGreaterEqual(len(entries), 5)
-        if sys.platform != "darwin":  # where the packer writes the types that have a fixed meaning
+        if sys.platform != "darwin":  # Linux's png2icns writes exactly these types; iconutil may choose others
             masks = {b"s8mk": 16, b"l8mk": 32, b"t8mk": 128}
             self.assertEqual(set(entries), {b"is32", b"il32", b"it32", b"ic08", b"ic09", b"ic10", *masks})
             for kind, size in masks.items():

@@ -1,7 +1,6 @@
-"""What the script that makes the disk image asks of macOS's tools, and in which order.
+"""Tests which of macOS's tools tools/macos/make_dmg.sh calls, with which arguments and in which order.
 
-The tools are stand-ins that write down what they are called with: this shows what the script does with them, not that
-Apple's do what it hopes for.
+The tools are stand-ins that record their arguments. So this tests the script, not how Apple's tools react to it.
 """
 
 import os
@@ -56,12 +55,12 @@ class DiskImage(unittest.TestCase):
         return subprocess.run(arguments, env=environment, capture_output=True, text=True, check=False)
 
     def called(self, tool):
-        """The calls of one tool, with what they name as it is called inside the application."""
+        """The arguments of each call of one tool."""
         lines = [line for line in self.calls.read_text().splitlines() if line.startswith(tool + " ")]
         return [line.removeprefix(tool + " ") for line in lines]
 
     def signed(self):
-        """What was signed, in order: paths inside the application, "." for itself."""
+        """What was signed, in order: paths relative to the application, "." for the application itself."""
         paths = [pathlib.Path(call.split()[-1]) for call in self.called("codesign") if "--sign" in call.split()]
         return [os.path.relpath(path, self.packed(path)) if self.packed(path) else path.name for path in paths]
 
@@ -84,7 +83,7 @@ class DiskImage(unittest.TestCase):
         self.assertIn("needs a Mac", result.stderr)
         self.assertEqual(self.called("codesign"), [])
 
-    def test_without_an_identity_signs_for_this_mac_alone_and_says_so(self):
+    def test_signs_ad_hoc_without_an_identity_and_reports_it(self):
         result = self.run_script()
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(self.signed(), self.inside_out)
@@ -92,10 +91,10 @@ class DiskImage(unittest.TestCase):
             self.assertTrue(call.startswith(("--force --sign - ", "--verify ")), call)
             self.assertNotIn("runtime", call)
         self.assertEqual(self.called("xcrun"), [])
-        self.assertIn("Left out: signing and notarising", result.stdout)
+        self.assertIn("Skipped: signing and notarising", result.stdout)
         self.assertTrue((self.folder / "Quillery-1.2.3.dmg").is_file())
 
-    def test_with_an_identity_signs_from_the_inside_out_then_the_image(self):
+    def test_signs_inside_out_with_an_identity_then_the_image(self):
         result = self.run_script(QUILLERY_SIGNING_IDENTITY="Maker")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(self.signed(), [*self.inside_out, "Quillery-1.2.3.dmg"])
@@ -103,10 +102,10 @@ class DiskImage(unittest.TestCase):
         for call in code:
             self.assertTrue(call.startswith("--force --timestamp --options runtime --sign Maker "), call)
         self.assertTrue(image.startswith("--force --timestamp --sign Maker "), image)
-        self.assertIn("Left out: notarising", result.stdout)
+        self.assertIn("Skipped: notarising", result.stdout)
         self.assertEqual(self.called("xcrun"), [])
 
-    def test_keeps_what_the_services_are_entitled_to_and_entitles_the_application_alone(self):
+    def test_sets_only_the_applications_entitlements(self):
         self.run_script(QUILLERY_SIGNING_IDENTITY="Maker")
         calls = self.called("codesign")
         keeping = [call.split("/")[-1] for call in calls if "--preserve-metadata=entitlements" in call]
@@ -114,7 +113,7 @@ class DiskImage(unittest.TestCase):
         entitled = [call.split("/")[-1] for call in calls if "--entitlements quillery.entitlements" in call]
         self.assertEqual(entitled, ["Quillery.app"])
 
-    def test_notarises_the_signed_image_last_and_leaves_nothing_out(self):
+    def test_notarises_the_signed_image_last(self):
         result = self.run_script(QUILLERY_SIGNING_IDENTITY="Maker", QUILLERY_NOTARY_PROFILE="profile")
         self.assertEqual(result.returncode, 0, result.stderr)
         image = self.folder / "Quillery-1.2.3.dmg"
@@ -126,24 +125,24 @@ class DiskImage(unittest.TestCase):
                 f"xcrun stapler validate {image}",
             ],
         )
-        self.assertNotIn("Left out", result.stdout)
+        self.assertNotIn("Skipped", result.stdout)
 
-    def test_packs_nothing_that_could_not_be_signed(self):
+    def test_packs_nothing_if_signing_fails(self):
         result = self.run_script(failing="codesign*Autoupdate")
         self.assertNotEqual(result.returncode, 0)
         self.assertEqual(self.called("hdiutil"), [])
 
-    def test_packs_nothing_whose_signature_does_not_hold(self):
+    def test_packs_nothing_if_a_signature_is_invalid(self):
         result = self.run_script(failing="codesign --verify*")
         self.assertNotEqual(result.returncode, 0)
         self.assertEqual(self.called("hdiutil"), [])
 
-    def test_fails_if_the_image_is_not_accepted(self):
+    def test_fails_if_stapling_fails(self):
         identity = {"QUILLERY_SIGNING_IDENTITY": "Maker", "QUILLERY_NOTARY_PROFILE": "profile"}
         result = self.run_script(failing="xcrun stapler staple*", **identity)
         self.assertNotEqual(result.returncode, 0)
 
-    def test_leaves_the_built_application_as_it_was(self):
+    def test_leaves_the_built_application_unchanged(self):
         self.run_script(QUILLERY_SIGNING_IDENTITY="Maker")
         for call in self.called("codesign"):
             self.assertNotIn(str(self.application), call)

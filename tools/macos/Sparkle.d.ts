@@ -1,5 +1,5 @@
-// What the program may use of Sparkle 2, in the notation of the listings of the system's frameworks, for which there is
-// none. Written from the documentation in Sparkle's public headers: SPUUpdater.h, SPUUpdaterDelegate.h,
+// The part of Sparkle 2 that the program may use, in the notation of the published listings, which do not cover
+// Sparkle. Written from the documentation in Sparkle's public headers: SPUUpdater.h, SPUUpdaterDelegate.h,
 // SPUStandardUpdaterController.h, SPUStandardUserDriverDelegate.h and SPUUserUpdateState.h.
 
 declare const SPUUserUpdateStage: {

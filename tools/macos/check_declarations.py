@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Proves our declarations of the Mac's frameworks against listings of what these frameworks have.
+"""Checks our declarations of the Mac's frameworks against published listings of these frameworks.
 
 usage: check_declarations.py ZIG OURS LISTINGS
 
-OURS is the folder with our declarations in include/, the complaints that are answered in not_listed.txt, and listings
-of frameworks for which LISTINGS, the folder of the published ones, has none. Prints what was compared, what cannot be,
-and each complaint; exit status 1 if there is one.
+OURS is the folder with our declarations (include/), the accepted complaints (not_listed.txt), and our own listings of
+frameworks that LISTINGS, the folder of the published ones, does not cover. Prints what was compared, what cannot be
+compared, and each complaint; exit status 1 if there is any.
 """
 import pathlib
 import sys
@@ -16,7 +16,7 @@ from listing import ListingError, listing_paths, read_listings
 
 
 class Reasons:
-    """The complaints that are known and answered: a file of lines, each group with its reason indented below it."""
+    """The accepted complaints: a file of lines, each group with its reason indented below it."""
 
     def __init__(self, path):
         self.reasons, group, self.used = {}, [], set()
@@ -27,33 +27,33 @@ class Reasons:
             elif line.strip() and not line.startswith("#"):
                 group = [*group, line] if group and group[-1] not in self.reasons else [line]
 
-    def answers(self, complaint):
-        """Whether there is a reason for a complaint, which counts as used then."""
+    def accepts(self, complaint):
+        """Returns true if there is a reason for the complaint, and marks the reason as used."""
         key = complaint.split(";")[0]
         if key in self.reasons:
             self.used.add(key)
         return key in self.reasons
 
     def unused(self):
-        """The lines that nothing complained of."""
+        """The lines that match no complaint."""
         return [key for key in self.reasons if key not in self.used]
 
 
 def report(result, reasons, own):
-    """Says what was compared and what is open; answers the complaints that are left."""
+    """Prints what was compared and what the listings do not show; returns the complaints without a reason."""
     print("Compared with the listings:", ", ".join(count(number, noun) for noun, number in result.counts.items()) + ".")
-    complaints = [complaint for complaint in result.complaints if not reasons.answers(complaint)]
-    print("\nWhat the listings leave open:")
-    for name, why in result.open:
+    complaints = [complaint for complaint in result.complaints if not reasons.accepts(complaint)]
+    print("\nNot shown by the listings, so not compared:")
+    for name, why in result.not_shown:
         print(f"  {name}: {why}")
     for reason in sorted({reasons.reasons[line] for line in reasons.used}):
         print("\n".join(f"  {line}" for line in sorted(reasons.used) if reasons.reasons[line] == reason))
         print(f"    {reason}")
-    print("  Of all numbers, how many bytes they have; of strings, whether they are objects, C's or selectors; since\n"
-          "  when there is what is declared, and whether it may be nil.")
+    print("  The size of numbers; whether a string is an object, a C string or a selector; the system version that\n"
+          "  introduced a declaration; whether a value may be nil.")
     if own:
-        print(f"  Of {', '.join(own)}, everything: the listing is our own.")
-    return complaints + [f"not_listed.txt: nobody complains: {line}" for line in reasons.unused()]
+        print(f"  Everything of {', '.join(own)}, because the listing is our own.")
+    return complaints + [f"not_listed.txt: matches no complaint: {line}" for line in reasons.unused()]
 
 
 def main():

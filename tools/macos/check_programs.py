@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Looks at built programs for macOS: that they are what a Mac expects, and that all they call is listed.
+"""Checks programs built for macOS: that a Mac can load them, and that every selector that they send is listed.
 
 usage: check_programs.py OURS LISTINGS [PROGRAM FRAMEWORK,FRAMEWORK...]...
 
-OURS and LISTINGS are as for check_declarations.py. Each PROGRAM must be for all processors and load exactly those
-frameworks. Prints what was seen, and each complaint; exit status 1 if there is one.
+OURS and LISTINGS are as for check_declarations.py. Each PROGRAM must be built for all processors and load exactly the
+given frameworks. Prints a summary of each program, and each complaint; exit status 1 if there is any.
 """
 import os
 import pathlib
@@ -23,7 +23,7 @@ RUN_PATH = "@executable_path/../Frameworks"
 
 
 class Selectors:
-    """All selectors that listings know, for the question whether one of them exists."""
+    """All selectors in the listings."""
 
     def __init__(self, listing):
         self.listing = listing
@@ -31,25 +31,26 @@ class Selectors:
         self.known = {key for entry in entries for key in keys_of(entry)}
         self.of_classes = {key for entry in listing.classes.values() for key in keys_of(entry)}
 
-    def knows(self, selector):
-        """Whether any class or protocol has it."""
+    def has(self, selector):
+        """Returns true if any class or protocol has the selector."""
         return bool(getters(selector) & self.known)
 
     def calls(self, selector, protocols):
-        """Whether the system may call it on an object whose class adopts these protocols."""
+        """Returns true if the system may call the selector on an object whose class adopts these protocols."""
         adopted = [self.listing.protocols[name] for name in protocols if name in self.listing.protocols]
         known = {key for entry in adopted for key in keys_of(entry)}
         return bool(getters(selector) & (known | self.of_classes))
 
 
 def keys_of(entry):
-    """The joined selector and the number of arguments of each method and accessor of a listed class or protocol."""
+    """The joined selector and the argument count of each method and accessor of a listed class or protocol."""
     methods = [*entry.methods, *(method for item in entry.properties for method in accessors(item))]
     return {(joined(method.name), len(method.arguments)) for method in methods}
 
 
 def getters(selector):
-    """The keys by which a listing may know a selector; a Boolean property's getter also by the property's name."""
+    """The keys under which a listing may have a selector; the getter of a Boolean property also has the property's
+    name."""
     keys = {(joined(selector), selector.count(":"))}
     if selector.startswith("is") and selector[2:3].isupper() and ":" not in selector:
         keys.add((selector[2].lower() + selector[3:], 0))
@@ -57,7 +58,7 @@ def getters(selector):
 
 
 class Inspection:
-    """What came of looking at one program file: complaints, and lines that say what was seen."""
+    """The result of checking one program file: complaints, and lines of a summary."""
 
     def __init__(self, path, frameworks, selectors):
         self.path, self.name, self.selectors = path, os.path.basename(path), selectors
@@ -68,7 +69,7 @@ class Inspection:
     def run(self):
         try:
             programs = read_programs(self.path)
-            self.compare("it is for", PROCESSORS, sorted(program.processor for program in programs))
+            self.compare("its processors are", PROCESSORS, sorted(program.processor for program in programs))
             for program in programs:
                 self.inspect(program)
                 self.inspect_selectors(program)
@@ -82,44 +83,45 @@ class Inspection:
 
     def inspect(self, program):
         where = f"for {program.processor}"
-        self.compare(f"{where}, its kind of file is", EXECUTABLE, program.kind)
+        self.compare(f"{where}, its file type is", EXECUTABLE, program.kind)
         self.compare(f"{where}, its platform is", MACOS, program.platform)
         self.compare(f"{where}, the minimum system is", MINIMUM_SYSTEM, program.minimum_system)
         self.compare(f"{where}, it loads", sorted({*self.libraries, *SYSTEM_LIBRARIES}), sorted(program.libraries))
-        self.compare(f"{where}, it looks for frameworks in", self.run_paths, program.run_paths)
+        self.compare(f"{where}, its framework search path is", self.run_paths, program.run_paths)
         if not program.flags & POSITION_INDEPENDENT:
-            self.complaints.append(f"{self.name}: {where}, it must run at one address")
+            self.complaints.append(f"{self.name}: {where}, it is not position-independent")
         if MAIN not in program.commands:
             self.complaints.append(f"{self.name}: {where}, it has no entry point")
         if program.processor == "arm64" and CODE_SIGNATURE not in program.commands:
-            self.complaints.append(f"{self.name}: {where}, it is not signed, so no Mac would start it")
+            self.complaints.append(f"{self.name}: {where}, it is not signed, so no Mac starts it")
         libraries = ", ".join(os.path.basename(name) for name in program.libraries)
         self.seen.append(f"{self.name}, {program.processor}: {len(program.data):,} bytes, "
                          f"macOS {program.minimum_system}, loads {libraries}")
 
     def inspect_selectors(self, program):
-        """Our own classes' selectors are left out, unless nothing of ours sends them: then the system must."""
+        """Skips the selectors of our own classes that our own code sends; those that it does not send must be listed,
+        because only the system can call them."""
         classes, sent = program.classes(), program.sent_selectors()
         own = {selector for entry in classes for selector in entry.selectors}
         where = f"{self.name}: for {program.processor},"
         for selector in sorted(sent - own):
-            if not self.selectors.knows(selector):
-                self.complaints.append(f"{where} it sends {selector}, which no class or protocol is listed with")
+            if not self.selectors.has(selector):
+                self.complaints.append(f"{where} it sends {selector}, which no listed class or protocol has")
         called = 0
         for entry in classes:
             for selector in entry.selectors:
-                if selector in sent or selector.startswith("."):  # the compiler's own begin with a dot
+                if selector in sent or selector.startswith("."):  # the compiler's own selectors begin with a dot
                     continue
                 called += 1
                 if not self.selectors.calls(selector, entry.protocols):
-                    self.complaints.append(f"{where} {entry.name} has {selector}, which it does not send itself and no "
-                                           "protocol that it adopts is listed with")
-        self.seen.append(f"{self.name}, {program.processor}: {len(sent - own)} selectors of the system's sent, "
-                         f"{count(len(classes), 'class')} of its own, {count(called, 'method')} for the system to call")
+                    self.complaints.append(f"{where} {entry.name} has {selector}, which the program never sends and "
+                                           "no adopted protocol has in its listing")
+        self.seen.append(f"{self.name}, {program.processor}: sends {len(sent - own)} selectors of the system, defines "
+                         f"{count(len(classes), 'class')} with {count(called, 'method')} that the system calls")
 
 
 def listed(values):
-    """A value, or several, in words."""
+    """A value, or a list of values, as text."""
     return (", ".join(map(str, values)) or "nothing") if isinstance(values, list) else str(values)
 
 

@@ -1,25 +1,25 @@
-"""Compares our declarations of frameworks with the listings of what these frameworks really have."""
+"""Compares our declarations of frameworks with published listings of these frameworks."""
 import collections
 import difflib
 
 from interface import ANY_OBJECT, STRING, Kind, Method, joined, setter_of
 
-# Frameworks whose headers bring others' along, so that what they are listed for may be declared there.
+# Frameworks whose headers include those of other frameworks, so a header may declare what the others list.
 BRINGS = {
     "CoreGraphics": {"CoreFoundation", "Runtime"},
     "CoreFoundation": {"Runtime"},
     "Foundation": {"CoreFoundation", "CoreGraphics", "Runtime"},
 }
-ROOT_PROTOCOL = "NSObjectProtocol"  # as listings call the protocol that has the name of the root class
+ROOT_PROTOCOL = "NSObjectProtocol"  # the name in listings of the protocol NSObject, which is also a class
 
 
 def fits(ours, theirs, listing):
-    """Whether a declared kind is the listed one, as far as a listing tells."""
+    """Returns true if a declared kind matches the listed one, as far as a listing shows."""
     theirs = settled(theirs, listing)
     if ours.what == "block" and theirs.what == "block":
         pairs = zip((*ours.arguments, ours.result), (*theirs.arguments, theirs.result))
         return len(ours.arguments) == len(theirs.arguments) and all(fits(*pair, listing) for pair in pairs)
-    if ours.what == "number":  # options of which none is declared are a number with the enumeration's name
+    if ours.what == "number":  # options without a declared case are a number with the enumeration's name
         return theirs.what == "number" or theirs == Kind("enumeration", ours.name)
     if ours.what == "reference":
         return theirs in (ANY_OBJECT, Kind("pointer"))
@@ -27,7 +27,7 @@ def fits(ours, theirs, listing):
 
 
 def settled(kind, listing):
-    """A listed kind, with the structures told from the classes, and strings as everywhere."""
+    """A listed kind in the form of our own: structures told apart from classes, NSString as a string."""
     if kind.what == "object" and kind.name in listing.structures:
         return Kind("structure", kind.name)
     if kind == Kind("object", "NSString"):
@@ -36,11 +36,11 @@ def settled(kind, listing):
 
 
 class Comparison:
-    """What came of comparing: complaints, what a listing leaves open (what and why), and how much was compared."""
+    """The result of comparing: complaints, what a listing does not show (name and reason), and counts."""
 
     def __init__(self, ours, listing):
         self.ours, self.listing = ours, listing
-        self.complaints, self.open, self.counts = [], [], collections.Counter()
+        self.complaints, self.not_shown, self.counts = [], [], collections.Counter()
 
     def run(self):
         for entry in self.ours.classes.values():
@@ -58,7 +58,8 @@ class Comparison:
         return self
 
     def find(self, table, what, entry):
-        """The listed thing of that name; complains and answers None if there is none, or in another framework only."""
+        """Returns the listed thing of that name. Complains if it is not listed, and returns None, or if it belongs to
+        another framework."""
         self.counts[what] += 1
         name = entry.name if entry.name in table else "_" + entry.name.lstrip("_")
         if name not in table:
@@ -91,7 +92,7 @@ class Comparison:
             self.compare_members(entry, lineage, demand_optional=True)
 
     def lineage(self, entry):
-        """A listed class or protocol with all that it inherits from and adopts."""
+        """A listed class or protocol with everything that it inherits from and adopts."""
         result, waiting = [], [entry]
         while waiting:
             current = waiting.pop(0)
@@ -107,7 +108,7 @@ class Comparison:
         for protocol in entry.protocols:
             self.counts["adopted protocol"] += 1
             if (ROOT_PROTOCOL if protocol == "NSObject" else protocol) not in names:
-                self.complaints.append(f"{entry.name}: does not adopt {protocol} by its listing")
+                self.complaints.append(f"{entry.name}: does not adopt {protocol} in its listing")
 
     def compare_members(self, entry, lineage, demand_optional=False):
         methods = [method for ancestor in lineage for method in ancestor.methods]
@@ -124,7 +125,7 @@ class Comparison:
             self.compare_property(f"{entry.name}.{item.name}", item, properties, methods, demand_optional)
 
     def judge(self, where, method, listed, all_methods, demand_optional):
-        """Complains of a method that fits none of those that are listed under its name, of what fits worst least."""
+        """Complains about a method that matches no listed method of its name, reporting the closest one."""
         if not listed:
             near = difflib.get_close_matches(joined(method.name), [other.name for other in all_methods], 1)
             self.complaints.append(f"{where}: no such selector is listed{hint(near)}")
@@ -134,21 +135,21 @@ class Comparison:
         self.complaints += [f"{where}: {trouble}" for trouble in fewest]
 
     def troubles(self, method, other, demand_optional):
-        """What is wrong with a declared method beside a listed one of its name."""
+        """The differences between a declared method and a listed one of the same name."""
         if len(method.arguments) != len(other.arguments):
-            yield f"takes {count(len(other.arguments), 'argument')} by its listing, not {len(method.arguments)}"
+            yield f"takes {count(len(other.arguments), 'argument')} in its listing, not {len(method.arguments)}"
             return
         if method.name.count(":") != len(method.arguments):
-            yield "has not one colon for each argument"
+            yield "does not have one colon per argument"
         if method.on_class != other.on_class:
-            yield f"is a method of the {'class' if other.on_class else 'instance'} by its listing"
+            yield f"is a method of the {'class' if other.on_class else 'instance'} in its listing"
         if not fits(method.result, other.result, self.listing):
-            yield f"answers {settled(other.result, self.listing)} by its listing, not {method.result}"
+            yield f"returns {settled(other.result, self.listing)} in its listing, not {method.result}"
         for number, (ours, theirs) in enumerate(zip(method.arguments, other.arguments), 1):
             if not fits(ours, theirs, self.listing):
-                yield f"argument {number} is {settled(theirs, self.listing)} by its listing, not {ours}"
+                yield f"argument {number} is {settled(theirs, self.listing)} in its listing, not {ours}"
         if demand_optional and method.optional != other.optional:
-            yield f"is {'optional' if other.optional else 'required'} by its listing"
+            yield f"is {'optional' if other.optional else 'required'} in its listing"
 
     def compare_property(self, where, item, properties, methods, demand_optional):
         listed = [other for other in properties if other.name == item.name]
@@ -162,24 +163,25 @@ class Comparison:
 
     def property_troubles(self, item, other, demand_optional):
         if item.on_class != other.on_class:
-            yield f"is a property of the {'class' if other.on_class else 'instance'} by its listing"
+            yield f"is a property of the {'class' if other.on_class else 'instance'} in its listing"
         if not fits(item.kind, other.kind, self.listing):
-            yield f"is {settled(other.kind, self.listing)} by its listing, not {item.kind}"
+            yield f"is {settled(other.kind, self.listing)} in its listing, not {item.kind}"
         if other.readonly and not item.readonly:
-            yield "is read-only by its listing"
+            yield "is read-only in its listing"
         if demand_optional and item.optional != other.optional:
-            yield f"is {'optional' if other.optional else 'required'} by its listing"
+            yield f"is {'optional' if other.optional else 'required'} in its listing"
 
     def compare_getter(self, where, item, listed):
-        """A getter called otherwise than its property. Where a listing has the accessors, too, they say its name."""
+        """Checks a getter whose name differs from its property's. Some listings have the accessors as methods, which
+        shows the getter's name."""
         other = f"is{item.name[0].upper()}{item.name[1:]}"
         if item.getter == item.name:
             if other in listed and item.name not in listed:
-                self.complaints.append(f"{where}: its getter is {other} by its listing")
+                self.complaints.append(f"{where}: its getter is {other} in its listing")
         elif item.getter != other:
-            self.complaints.append(f"{where}: no getter is called {item.getter}")
+            self.complaints.append(f"{where}: a getter cannot be called {item.getter}")
         elif other not in listed:
-            self.open.append((where, f"the listing does not say that its getter is {other}"))
+            self.not_shown.append((where, f"the listing does not show that its getter is {other}"))
 
     # --- The rest -----------------------------------------------------------------------------------------------------
 
@@ -197,9 +199,9 @@ class Comparison:
             return
         if not fits(constant.kind, found.kind, self.listing):
             kind = settled(found.kind, self.listing)
-            self.complaints.append(f"{constant.name}: is {kind} by its listing, not {constant.kind}")
+            self.complaints.append(f"{constant.name}: is {kind} in its listing, not {constant.kind}")
         if constant.value is not None:
-            self.open.append((constant.name, f"the listing does not say that its value is {constant.value}"))
+            self.not_shown.append((constant.name, f"the listing does not show that its value is {constant.value}"))
 
     def compare_enumeration(self, enumeration):
         found = self.find(self.listing.enumerations, "enumeration", enumeration)
@@ -212,10 +214,10 @@ class Comparison:
                 near = [case for case in found.cases if difflib.get_close_matches(case, [name], 1, 0.3)][:1]
                 self.complaints.append(f"{name}: no such case of {enumeration.name} is listed{hint(near)}")
             elif found.cases[ending] != value:
-                self.complaints.append(f"{name}: is {found.cases[ending]} by its listing, not {value}")
+                self.complaints.append(f"{name}: is {found.cases[ending]} in its listing, not {value}")
             elif not begins_alike(name.removesuffix(ending), enumeration.name):
                 where = f"{ending} of {enumeration.name}"
-                self.complaints.append(f"{name}: {where} is listed, but hardly with this beginning")
+                self.complaints.append(f"{name}: {where} is listed, but probably with another prefix")
 
     def compare_structure(self, structure):
         found = self.find(self.listing.structures, "structure", structure)
@@ -226,12 +228,12 @@ class Comparison:
             for ours, theirs in zip(structure.fields, found.fields))
         if not fitting:
             fields = ", ".join(f"{name} ({settled(kind, self.listing)})" for name, kind in found.fields)
-            self.complaints.append(f"{structure.name}: has by its listing {fields}")
+            self.complaints.append(f"{structure.name}: has in its listing {fields}")
 
 
 def begins_alike(beginning, name):
-    """Whether the cases of an enumeration may begin so: with words that its own name begins with, "NSCalendar" of
-    NSCalendarOptions. A plural says what one case is: "NSEventModifierFlag" of NSEventModifierFlags."""
+    """Returns true if the cases of an enumeration may have this prefix: the first words of the enumeration's name, such
+    as "NSCalendar" of NSCalendarOptions, or its singular, such as "NSEventModifierFlag" of NSEventModifierFlags."""
     following = name[len(beginning):len(beginning) + 1]
     return beginning != "" and name.startswith(beginning) and (following in ("", "s") or following.isupper())
 

@@ -1,4 +1,5 @@
-"""Reads our own declarations of frameworks, with the compiler that uses them: include/<Framework>/<Framework>.h."""
+"""Reads our declarations of frameworks, include/<Framework>/<Framework>.h, with the compiler that also builds with
+them."""
 import json
 import os
 import pathlib
@@ -22,7 +23,8 @@ BUILT_IN = {
 
 
 class DeclarationError(Exception):
-    """The declarations do not compile, or say what cannot be read; the message says what and where."""
+    """The declarations do not compile, or have something that cannot be compared; the message names it and its
+    place."""
 
 
 def framework_names(folder):
@@ -31,7 +33,7 @@ def framework_names(folder):
 
 
 def syntax_tree(zig, folder):
-    """The compiler's own reading of all declarations in a folder."""
+    """The compiler's syntax tree of all declarations in a folder."""
     with tempfile.TemporaryDirectory() as scratch:
         source = pathlib.Path(scratch, "all.mm")
         source.write_text("".join(f"#import <{name}/{name}.h>\n" for name in framework_names(folder)), encoding="utf-8")
@@ -40,15 +42,15 @@ def syntax_tree(zig, folder):
         compiled = subprocess.run(command, capture_output=True, text=True, check=False)
         if compiled.returncode != 0:
             raise DeclarationError(compiled.stderr)
-        # The exit status says nothing here: zig misses the object file, which is not made when the tree is printed.
+        # Ignore the exit status: zig expects an object file, which the compiler does not write when it prints the tree.
         printed = subprocess.run([*command, "-Xclang", "-ast-dump=json"], capture_output=True, text=True, check=False)
     return json.loads(printed.stdout)
 
 
 def declared_with_files(tree):
-    """Each declaration of the outermost level, out of its `extern "C"`, with the file that it is in.
+    """Each top-level declaration, taken out of its `extern "C"`, with its file.
 
-    The tree names a file only where it is another than that of the place named just before, so all places are followed.
+    The tree names a file only where it differs from that of the previous location, so this follows all locations.
     """
     current = ""
 
@@ -83,7 +85,7 @@ def declared_with_files(tree):
 
 
 def value_of(node):
-    """The number that a constant's initializer comes to, or None if it is none that can be read."""
+    """The number to which a constant's initializer evaluates, or None if this reader cannot evaluate it."""
     inner = [child for child in node.get("inner", []) if "Attr" not in child["kind"]]
     if "value" in node:
         return int(node["value"]) if re.fullmatch(r"-?\d+", node["value"]) else float(node["value"])
@@ -99,7 +101,7 @@ def value_of(node):
 
 
 class DeclarationReader:
-    """Turns the compiler's reading into an interface."""
+    """Turns the compiler's syntax tree into an interface."""
 
     def __init__(self, folder):
         self.folder = os.path.abspath(folder)
@@ -107,7 +109,7 @@ class DeclarationReader:
         self.types, self.tags, self.objects, self.nameless = {}, {}, set(), {}
 
     def framework_of(self, file):
-        """The framework whose declarations a file holds, "" if it is none of ours."""
+        """The framework that a file declares, "" if it is not one of our files."""
         path = os.path.abspath(file)
         return pathlib.Path(path).relative_to(self.folder).parts[0] if path.startswith(self.folder + os.sep) else ""
 
@@ -138,14 +140,15 @@ class DeclarationReader:
             self.objects.add(name)
 
     def learn_options(self, before, node):
-        """A set of options, which in C++ is a number's name and, right after it, nameless cases of the same type."""
+        """Recognises a set of options, which in C++ is a typedef of a number followed by an unnamed enumeration of the
+        same type."""
         if before["kind"] == "TypedefDecl" and node["kind"] == "EnumDecl" and "name" not in node:
             if node.get("fixedUnderlyingType", {}).get("qualType") == before["type"]["qualType"]:
                 node["name"] = before["name"]
                 self.tags[before["name"]] = "enumeration"
 
     def kind_of(self, text, parameters=frozenset()):
-        """The kind of a type as the compiler writes it; `parameters` are names that stand for any object."""
+        """The kind of a type in the compiler's notation; `parameters` are generic type parameters."""
         text = " ".join(QUALIFIERS.sub(" ", text).split()).replace("* *", "**")
         if text in BUILT_IN:
             return BUILT_IN[text]
@@ -214,8 +217,8 @@ class DeclarationReader:
         cases, following = {}, 0
         for child in node.get("inner", []):
             if child["kind"] == "EnumConstantDecl":
-                said = value_of(child)
-                cases[child["name"]] = following if said is None else said
+                explicit = value_of(child)
+                cases[child["name"]] = following if explicit is None else explicit
                 following = cases[child["name"]] + 1
         name = node.get("name")
         if name and cases:
@@ -229,7 +232,7 @@ class DeclarationReader:
         name = node["interface"]["name"] if node["kind"] == "ObjCCategoryDecl" else node["name"]
         parent = node.get("super", {}).get("name", "")
         if not parent and "inner" not in node and "protocols" not in node:
-            return  # only its name, which something refers to
+            return  # a forward declaration
         entries = self.interface.protocols if is_protocol else self.interface.classes
         entry = entries.setdefault(name, Class(name, framework))
         entry.parent = entry.parent or parent
@@ -242,7 +245,7 @@ class DeclarationReader:
             self.add_member(entry, child, parameters, optional)
 
     def add_member(self, entry, node, parameters, optional):
-        is_optional = optional is not None and "loc" in node and optional.holds(node)
+        is_optional = optional is not None and "loc" in node and optional.contains(node)
         if node["kind"] == "ObjCPropertyDecl":
             name, kind = node["name"], self.kind_of(node["type"]["qualType"], parameters)
             entry.properties.append(Property(name, node.get("class", False), kind, node.get("readonly", False),
@@ -257,24 +260,25 @@ class DeclarationReader:
 
 
 class OptionalParts:
-    """Which members of a protocol are optional, which the compiler's tree does not say: the last word before each."""
+    """Tells which members of a protocol are optional. The compiler's tree lacks that, so this reads the last @optional
+    or @required before a member in the source."""
 
     def __init__(self, file, protocol):
         self.text = pathlib.Path(file).read_bytes()
         self.start = offset_of(protocol)
 
-    def holds(self, member):
+    def contains(self, member):
         words = re.findall(rb"@(optional|required)\b", self.text[self.start:offset_of(member)])
         return bool(words) and words[-1] == b"optional"
 
 
 def offset_of(node):
-    """Where a declaration is in its file, also if a macro wrote it."""
+    """The offset of a declaration in its file; for one that a macro expands to, the offset of the macro."""
     return node["loc"].get("expansionLoc", node["loc"])["offset"]
 
 
 def split_result(text):
-    """What a function's type answers: all before its last list of arguments."""
+    """The return type in a function's type: everything before its last argument list."""
     depth = 0
     for place in range(len(text) - 1, -1, -1):
         depth += {")": 1, "(": -1}.get(text[place], 0)

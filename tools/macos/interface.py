@@ -1,19 +1,22 @@
-"""What a framework offers, as our declarations and the published listings both say it: the names, and of each type the
-kind, which is as much as a listing tells."""
+"""The interface of a framework in the form that our declarations and the published listings have in common: names, and
+the kind of each type, because a listing shows no more of a type."""
 import dataclasses
 
 
 @dataclasses.dataclass(frozen=True)
 class Kind:
-    """A type as far as it can be compared. `what` is one of
+    """The comparable part of a type. `what` is one of
 
-    void, boolean, string            (a string is an NSString, a C string or a selector: a listing does not tell)
-    number                           of any size, with the name that was given to it, if any
-    object, with the name of the class or protocol, or "id" if it may be any object
-    enumeration, structure           with the name
-    self                             the class that the method is called on
-    pointer, reference, array        to memory; to an object of Core Foundation; of anything
-    block                            with what it takes, and answers
+    void, boolean
+    string                   an NSString, a C string or a selector, which listings do not tell apart
+    number                   of any size; `name` is its typedef, if any
+    object                   `name` is the class or protocol, or "id" for any object
+    enumeration, structure   `name` is its name
+    self                     the class on which the method is called
+    pointer                  to memory
+    reference                to an object of Core Foundation
+    array                    of any elements
+    block                    with the kinds of its arguments and its result
     """
     what: str
     name: str = ""
@@ -43,7 +46,7 @@ class Method:
 
 @dataclasses.dataclass
 class Property:
-    """A property; a listing does not say what its getter is called (`getter` is empty there)."""
+    """A property; listings do not show the name of its getter, so `getter` is empty there."""
     name: str
     on_class: bool
     kind: Kind
@@ -54,8 +57,8 @@ class Property:
 
 @dataclasses.dataclass
 class Class:
-    """A class, or a protocol, which has no parent; `protocols` are those that it says it adopts, and `thrown` says that
-    its objects are exceptions."""
+    """A class, or a protocol, which has no parent. `protocols` are the directly adopted ones; `thrown` is true if its
+    objects are exceptions."""
     name: str
     framework: str
     parent: str = ""
@@ -67,7 +70,7 @@ class Class:
 
 @dataclasses.dataclass
 class Function:
-    """A function; `exported` if it is a symbol of its framework's library."""
+    """A function; `exported` is true if it is a symbol of its framework's library."""
     name: str
     framework: str
     result: Kind
@@ -77,7 +80,7 @@ class Function:
 
 @dataclasses.dataclass
 class Constant:
-    """A constant; `value` is None if it is not said. `exported` if it is a symbol of its framework's library."""
+    """A constant; `value` is None if it is unknown. `exported` is true if it is a symbol of its framework's library."""
     name: str
     framework: str
     kind: Kind
@@ -87,7 +90,7 @@ class Constant:
 
 @dataclasses.dataclass
 class Enumeration:
-    """An enumeration and the values of its cases; a listing leaves out how all of their names begin."""
+    """An enumeration and the values of its cases; listings omit the common prefix of the names."""
     name: str
     framework: str
     cases: dict
@@ -103,7 +106,7 @@ class Structure:
 
 @dataclasses.dataclass
 class Interface:
-    """All of it, by name."""
+    """Everything that is declared or listed, by name."""
     classes: dict = dataclasses.field(default_factory=dict)
     protocols: dict = dataclasses.field(default_factory=dict)
     functions: dict = dataclasses.field(default_factory=dict)
@@ -113,7 +116,7 @@ class Interface:
 
 
 def joined(selector):
-    """A selector as listings write it: "setObject:forKey:" is setObjectForKey."""
+    """A selector in the notation of listings: "setObject:forKey:" is setObjectForKey."""
     first, *others = [part for part in selector.split(":") if part] or [""]
     return first + "".join(part[0].upper() + part[1:] for part in others)
 
@@ -124,7 +127,7 @@ def setter_of(name):
 
 
 def split_outside_brackets(text, separator):
-    """The parts of a text between separators that are in no bracket of any kind."""
+    """Splits a text at the separators that are outside all brackets."""
     parts, depth, start = [], 0, 0
     for place, character in enumerate(text):
         if character in "(<[{":

@@ -1,4 +1,4 @@
-"""Reads listings of frameworks: declarations of an Objective-C framework in TypeScript's notation, a file for each."""
+"""Reads listings of frameworks: one file per Objective-C framework, which declares it in TypeScript."""
 import pathlib
 import re
 
@@ -6,7 +6,7 @@ from declarations import framework_names
 from interface import (ANY_OBJECT, ARRAY, BOOLEAN, NUMBER, POINTER, SELF, STRING, VOID, Class, Constant, Enumeration,
                        Function, Interface, Kind, Method, Property, Structure, split_outside_brackets)
 
-ROOTS = ["CoreFoundation", "Runtime"]  # what every framework builds on
+ROOTS = ["CoreFoundation", "Runtime"]  # used by every framework
 
 SIMPLE = {
     "void": VOID, "boolean": BOOLEAN, "number": NUMBER, "string": STRING, "this": SELF, "InstanceType<This>": SELF,
@@ -21,11 +21,11 @@ MEMBER = re.compile(r"  (static )?(readonly |get |set )?([\w$]*)(\?)?(.*);")
 
 
 class ListingError(Exception):
-    """A line that is not in the notation; the message is the file, the number and the line."""
+    """A malformed line; the message is the file, the line number and the line."""
 
 
 class Lines:
-    """The lines of a file that say something, and where the reader is."""
+    """The lines of a file except blank ones and comments, and the position of the reader."""
 
     def __init__(self, path):
         self.path, self.number = path, 0
@@ -41,7 +41,7 @@ class Lines:
 
 
 def kind_of(text, parameters=frozenset()):
-    """The kind that a type in the notation is; `parameters` are names that stand for any object."""
+    """The kind of a type in TypeScript's notation; `parameters` are generic type parameters."""
     text = split_outside_brackets(text, "|")[0]
     if text in SIMPLE:
         return SIMPLE[text]
@@ -58,7 +58,7 @@ def kind_of(text, parameters=frozenset()):
 
 
 def signature(text, arrow, parameters):
-    """The kinds that "<generics>(name: type, …): type" takes and answers; the generics may be absent."""
+    """The kinds of the arguments and of the result in "<generics>(name: type, …): type"; the generics are optional."""
     if text.startswith("<"):
         text = text[len(bracketed(text)):]
     taken = bracketed(text)
@@ -71,7 +71,7 @@ def signature(text, arrow, parameters):
 
 
 def bracketed(text):
-    """The beginning of a text up to the bracket that closes its first character."""
+    """The start of a text up to the bracket that closes the one at its first character."""
     depth = 0
     for place, character in enumerate(text):
         if character in "(<[{":
@@ -84,7 +84,7 @@ def bracketed(text):
 
 
 def type_parameters(text):
-    """The names in "<A = interop.Object, B extends X>", none if the text begins otherwise."""
+    """The names in "<A = interop.Object, B extends X>", none if the text does not start with a bracket."""
     if not text.startswith("<"):
         return frozenset()
     return frozenset(re.match(r"\w+", part)[0] for part in split_outside_brackets(bracketed(text)[1:-1], ","))
@@ -125,13 +125,13 @@ class ListingReader:
         for line in self.remaining:
             if line == "};":
                 return values
-            # A few are strings that stand for fractions.
+            # A few values are strings that represent fractions; these are skipped.
             if case := re.fullmatch(r"  (\w+): (-?\d+),", line):
                 values[case[1]] = int(case[2])
         raise ValueError
 
     def body(self, word, name, rest):
-        """A class, the class of the same name that a protocol has in the notation, a protocol, or a structure."""
+        """Reads a class, a protocol, a structure, or the empty class that the notation declares for each protocol."""
         parameters = type_parameters(rest)
         entry = Class(name, self.framework)
         if extended := re.search(r" extends ([\w, ]+?)(?:<.*>)?(?: implements|$)", rest):
@@ -149,12 +149,13 @@ class ListingReader:
             self.interface.classes.setdefault(name, entry)
 
     def members(self, entry, parameters):
-        """Adds the members up to the end of the body; true if it has the constructor of structures."""
+        """Adds the members up to the end of the body. Returns true if it has a constructor, which only structures
+        have."""
         constructed = False
         for line in self.remaining:
             if line == "}":
                 return constructed
-            if "[Symbol." in line:  # the notation's own way to say that one may loop over it
+            if "[Symbol." in line:  # TypeScript's declaration of an iterator
                 continue
             if line.startswith("  constructor("):
                 constructed = True
@@ -185,8 +186,8 @@ class ListingReader:
 
 
 def listing_paths(ours, listings):
-    """The listing of each framework that is declared in include/ of a folder of ours, and of what they build on: one of
-    our own beside include/ where there is one, otherwise that in the folder of the published ones."""
+    """The paths of the listings of the frameworks in our include/ and of ROOTS: our own listing beside include/ if
+    there is one, otherwise the published one."""
     names = framework_names(ours / "include")
     names += [name for name in ROOTS if name not in names]
     own = {name: ours / f"{name}.d.ts" for name in names}
@@ -194,7 +195,7 @@ def listing_paths(ours, listings):
 
 
 def read_listings(paths):
-    """The interface in all of these files. Where two declare the same, the first holds."""
+    """The combined interface of all these files. If two files declare the same name, the first wins."""
     interface = Interface()
     for path in paths:
         ListingReader(pathlib.Path(path), interface).read()

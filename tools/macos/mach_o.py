@@ -1,4 +1,4 @@
-"""Reads programs for macOS: what they are, what they load, and which Objective-C they hold.
+"""Reads programs for macOS: their file type, the libraries that they load, and their Objective-C classes and selectors.
 
 The format is described in Apple's <mach-o/loader.h>, <mach-o/fat.h> and <mach-o/nlist.h>, the Objective-C part in the
 runtime's own sources (objc-runtime-new.h).
@@ -18,12 +18,12 @@ MACOS = 1
 
 
 class MachOError(Exception):
-    """A file that is no such program; the message says why."""
+    """The file is not a program that can be read; the message gives the reason."""
 
 
 @dataclasses.dataclass
 class ObjectiveCClass:
-    """A class that a program defines: its name, the protocols it adopts, and the selectors that it answers itself."""
+    """A class that a program defines: its name, the protocols that it adopts, and the selectors of its methods."""
     name: str
     protocols: list
     selectors: list
@@ -75,21 +75,21 @@ class Program:
     # --- Objective-C --------------------------------------------------------------------------------------------------
 
     def place_of(self, address):
-        """Where in the file an address of the running program is."""
+        """The offset in the file of an address in the running program."""
         for start, offset, size in self.segments:
             if start <= address < start + size:
                 return offset + address - start
         raise MachOError(f"nothing is at the address {address:#x}")
 
     def pointers(self, section):
-        """The addresses in a section that holds nothing else; none if there is no such section."""
+        """The addresses in a section that has nothing but addresses; none if there is no such section."""
         if CHAINED_FIXUPS in self.commands:
-            raise MachOError("its pointers are chained, which is not read here")
+            raise MachOError("its pointers are chained fixups, which are not supported here")
         _, size, offset = self.sections.get(section, (0, 0, 0))
         return self.unpack(f"<{size // 8}Q", offset)
 
     def sent_selectors(self):
-        """The selectors that the code sends, or takes as such, for an action for example."""
+        """The selectors that the code sends, or refers to with @selector, for an action for example."""
         return {self.text(self.place_of(address)) for address in self.pointers("__objc_selrefs")}
 
     def classes(self):
@@ -98,7 +98,7 @@ class Program:
 
     def class_at(self, place):
         name, selectors, protocols = self.class_data(place)
-        # The class of the class answers its class methods.
+        # The metaclass has the class methods.
         _, class_selectors, _ = self.class_data(self.place_of(self.unpack("<Q", place)[0]))
         return ObjectiveCClass(name, protocols, selectors + class_selectors)
 
@@ -114,7 +114,7 @@ class Program:
         place = self.place_of(address)
         size, count = self.unpack("<2I", place)
         if size != 24:
-            raise MachOError("its lists of methods are relative, which is not read here")
+            raise MachOError("its method lists are relative, which is not supported here")
         names = [self.unpack("<Q", place + 8 + number * 24)[0] for number in range(count)]
         return [self.text(self.place_of(name)) for name in names]
 
@@ -128,7 +128,7 @@ class Program:
 
 
 def read_programs(path):
-    """The parts of a program file, one for each processor. Throws MachOError."""
+    """The parts of a program file, one for each processor. Raises MachOError."""
     with open(path, "rb") as file:
         data = file.read()
     if data[:4] != bytes.fromhex("cafebabe"):

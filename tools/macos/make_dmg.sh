@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Signs the application, packs it as a disk image, and has Apple notarise that; on a Mac, of course.
+# Signs the application, packs it as a disk image, and has Apple notarise the image. Runs on a Mac only.
 # usage: make_dmg.sh APPLICATION ENTITLEMENTS FOLDER
-# Makes FOLDER/NAME-VERSION.dmg; the application itself stays as it was built. What it cannot do without the maker's
-# identity it leaves out, and says so:
+# Makes FOLDER/NAME-VERSION.dmg and leaves the built application unchanged. Without these two it skips steps, and prints
+# which:
 #   QUILLERY_SIGNING_IDENTITY  a "Developer ID Application: ..." in the keychain. Without it the signature is ad hoc:
-#                              the program runs on this Mac, and others refuse it.
-#   QUILLERY_NOTARY_PROFILE    what `xcrun notarytool store-credentials` keeps in the keychain under that name
+#                              the program runs on this Mac, and other Macs refuse it.
+#   QUILLERY_NOTARY_PROFILE    the name of credentials that `xcrun notarytool store-credentials` put in the keychain
 set -euo pipefail
 
 fail() {
@@ -25,9 +25,9 @@ scratch=$(mktemp -d "${TMPDIR:-/tmp}/quillery-dmg.XXXXXX")
 trap 'rm -rf "$scratch"' EXIT
 readonly application=$scratch/image/$name.app
 
-# Signs one piece of code: with the hardened runtime, which notarising asks for, and a time from Apple. The hardened
-# runtime loads no framework of somebody else's, which is what an ad hoc signature makes of all of them, so that has
-# none of it.
+# Signs one piece of code with the hardened runtime, which notarising requires, and a timestamp from Apple. The hardened
+# runtime loads only frameworks signed by the same team or by Apple. Ad hoc signatures have no team, so they do without
+# it.
 sign() {
   if [[ -n $identity ]]; then
     codesign --force --timestamp --options runtime --sign "$identity" "$@"
@@ -36,7 +36,7 @@ sign() {
   fi
 }
 
-# Signs from the inside out, because a signature covers those within.
+# Signs from the inside out, because a signature covers the signatures inside.
 sign_application() {
   local framework=$application/Contents/Frameworks/Sparkle.framework service
   for service in "$framework"/Versions/Current/XPCServices/*.xpc; do
@@ -71,7 +71,7 @@ pack
 
 echo "$image"
 if [[ -z $identity ]]; then
-  echo "Left out: signing and notarising, because QUILLERY_SIGNING_IDENTITY is not set. Other Macs will refuse this image."
+  echo "Skipped: signing and notarising, because QUILLERY_SIGNING_IDENTITY is not set. Other Macs refuse this image."
 elif [[ -z $profile ]]; then
-  echo "Left out: notarising, because QUILLERY_NOTARY_PROFILE is not set. Other Macs will warn of this image."
+  echo "Skipped: notarising, because QUILLERY_NOTARY_PROFILE is not set. Other Macs warn about this image."
 fi

@@ -1,24 +1,25 @@
 #!/usr/bin/env python3
-"""Makes what the linker needs of the frameworks, out of our declarations: text stubs, which name their symbols.
+"""Makes text stubs of the frameworks for the linker, out of our declarations.
 
 usage: make_stubs.py ZIG DECLARATIONS FOLDER
 
-DECLARATIONS is the folder of our declarations. The stubs go to FOLDER, one framework each, and one of the library that
-the compiler itself calls for Objective-C. What is not declared is in no stub, so a program that uses it does not link.
+DECLARATIONS is the folder of our declarations. Writes to FOLDER one stub per framework, and one of the Objective-C
+runtime, which the compiler calls by itself. A symbol that is not declared is in no stub, so a program that uses it does
+not link.
 """
 import pathlib
 import sys
 
 from declarations import DeclarationError, framework_names, read_declarations
 
-# Where a Mac has its frameworks' libraries; the versions are letters that have not changed since there are Macs with
-# this system.
+# The letters in the install names of the frameworks' libraries. They have not changed since the first macOS.
 VERSIONS = {"AppKit": "C", "Foundation": "C"}
 INSTALL_NAMES = {"Sparkle": "@rpath/Sparkle.framework/Versions/B/Sparkle"}
 PROCESSORS = "arm64-macos, x86_64-macos"
 
-# What the compiler calls by itself: https://clang.llvm.org/docs/AutomaticReferenceCounting.html#runtime-support for
-# reference counting, and the same compiler's calls for messages, properties, loops and exceptions.
+# The functions that the compiler calls by itself: for reference counting those in
+# https://clang.llvm.org/docs/AutomaticReferenceCounting.html#runtime-support, and those for messages, properties, loops
+# and exceptions.
 RUNTIME = """
 objc_autorelease objc_autoreleasePoolPop objc_autoreleasePoolPush objc_autoreleaseReturnValue objc_copyWeak
 objc_destroyWeak objc_initWeak objc_loadWeak objc_loadWeakRetained objc_moveWeak objc_release objc_retain
@@ -34,7 +35,7 @@ _objc_empty_cache objc_ehtype_vtable OBJC_EHTYPE_id objc_sync_enter objc_sync_ex
 
 
 def stub(install_name, symbols, classes):
-    """The text of a stub."""
+    """The text of one stub."""
     lines = ["--- !tapi-tbd", "tbd-version: 4", f"targets: [ {PROCESSORS} ]", f"install-name: '{install_name}'"]
     if symbols or classes:
         lines += ["exports:", f"  - targets: [ {PROCESSORS} ]"]
@@ -52,7 +53,7 @@ def install_name_of(framework):
 
 
 def stubs_of(interface, frameworks):
-    """Pairs of a stub's path in its folder and its text."""
+    """Pairs of a stub's path, relative to the output folder, and its text."""
     yield "libobjc.tbd", stub("/usr/lib/libobjc.A.dylib", RUNTIME, ["NSObject"])
     for framework in frameworks:
         things = [*interface.functions.values(), *interface.constants.values()]

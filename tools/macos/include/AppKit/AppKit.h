@@ -1,4 +1,4 @@
-// What the program uses of AppKit, declared for a build where the framework's own headers are not at hand. Names, types
+// What the program uses of AppKit, declared for builds without the framework's own headers. Names, types
 // and values are those of the framework's public documentation.
 #pragma once
 
@@ -54,7 +54,7 @@ typedef enum NSApplicationTerminateReply : NSUInteger {
 // --- Images, fonts and text ---
 
 @interface NSImage : NSObject
-- (void)setTemplate:(BOOL)isTemplate;  // no property, whose name C++ would take for a word of its own
+- (void)setTemplate:(BOOL)isTemplate;  // a method because "template", the name of the property, is a C++ keyword
 - (nullable instancetype)initWithContentsOfFile:(NSString*)fileName;
 + (nullable instancetype)imageWithSystemSymbolName:(NSString*)name
                           accessibilityDescription:(nullable NSString*)description;
@@ -65,7 +65,7 @@ typedef enum NSApplicationTerminateReply : NSUInteger {
 + (NSFont*)boldSystemFontOfSize:(CGFloat)fontSize;
 @end
 
-// Intel processors have the two in the other order.
+// On Intel processors these two values are swapped.
 typedef enum NSTextAlignment : NSInteger {
 #if defined(__x86_64__)
   NSTextAlignmentCenter = 2

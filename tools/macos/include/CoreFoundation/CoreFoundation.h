@@ -1,4 +1,4 @@
-// What the program uses of CoreFoundation, declared for a build where the framework's own headers are not at hand.
+// What the program uses of CoreFoundation, declared for builds without the framework's own headers.
 #pragma once
 
 #include <objc/objc.h>

@@ -1,4 +1,4 @@
-// What the program uses of CoreGraphics, declared for a build where the framework's own headers are not at hand.
+// What the program uses of CoreGraphics, declared for builds without the framework's own headers.
 #pragma once
 
 #import <CoreFoundation/CoreFoundation.h>

@@ -1,4 +1,4 @@
-// What the program uses of Foundation, declared for a build where the framework's own headers are not at hand. Names,
+// What the program uses of Foundation, declared for builds without the framework's own headers. Names,
 // types and values are those of the framework's public documentation.
 #pragma once
 

@@ -1,4 +1,4 @@
-// What the program uses of Sparkle 2, declared for a build where the framework's own headers are not at hand. Names and
+// What the program uses of Sparkle 2, declared for builds without the framework's own headers. Names and
 // types are those of its public documentation.
 #pragma once
 
