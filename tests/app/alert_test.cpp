@@ -1,4 +1,4 @@
-// The one way the program reports something.
+// The alert helper: a dialog, or one printed line while `automatic` is true.
 #include "app/alert.h"
 
 #include <gmock/gmock.h>
@@ -18,14 +18,14 @@ class AlertTest : public testing::Test {
   VirtualMachine machine_;
 };
 
-TEST_F(AlertTest, isADialogInFrontOfEverythingWhileSomebodyWatches) {
+TEST_F(AlertTest, showsADialogInFrontIfNotAutomatic) {
   machine_.userInterface.willAnswer(0);
   alert("Bookmarks sorted", "You can reopen Safari.");
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("accessory", "activate", "alert Bookmarks sorted"));
   ASSERT_EQ(machine_.userInterface.alerts().size(), 1U);
   EXPECT_EQ(machine_.userInterface.alerts()[0].messageText, "Bookmarks sorted");
   EXPECT_EQ(machine_.userInterface.alerts()[0].informativeText, "You can reopen Safari.");
-  EXPECT_THAT(machine_.userInterface.alerts()[0].buttons, IsEmpty()) << "the platform's single one";
+  EXPECT_THAT(machine_.userInterface.alerts()[0].buttons, IsEmpty()) << "the platform adds its single default button";
 }
 
 TEST_F(AlertTest, ignoresTheAnswer) {
@@ -33,7 +33,7 @@ TEST_F(AlertTest, ignoresTheAnswer) {
   alert("Title", "Message");
 }
 
-TEST_F(AlertTest, isOneFlushedLineAndNoWindowWhileAutomatic) {
+TEST_F(AlertTest, printsOneFlushedLineAndNoWindowWhileAutomatic) {
   automatic = true;
   alert("Bookmarks could not be sorted", "Unrecognised Safari bookmark format. No changes made.");
   EXPECT_THAT(
@@ -41,26 +41,26 @@ TEST_F(AlertTest, isOneFlushedLineAndNoWindowWhileAutomatic) {
       ElementsAre("printed Bookmarks could not be sorted: Unrecognised Safari bookmark format. No changes made.\n"));
 }
 
-TEST_F(AlertTest, printsLineBreaksAsTheyAreAndEndsWithOneMore) {
+TEST_F(AlertTest, printsLineBreaksUnchangedAndAddsOne) {
   automatic = true;
   alert("Title", "one\n\ntwo\n");
   alert("Title", "");
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("printed Title: one\n\ntwo\n\n", "printed Title: \n"));
 }
 
-TEST_F(AlertTest, printsNothingThatATerminalWouldObey) {
+TEST_F(AlertTest, escapesTerminalControlCharacters) {
   automatic = true;
   alert("Title", "Backup: /home/\x1b[2J\x07");
   EXPECT_EQ(machine_.output.text(), "Title: Backup: /home/\\u{1B}[2J\\u{07}\n");
 }
 
-TEST_F(AlertTest, printsUtf8AsItIs) {
+TEST_F(AlertTest, printsUtf8Unchanged) {
   automatic = true;
   alert("Title", "System Settings → Privacy");
   EXPECT_EQ(machine_.output.text(), "Title: System Settings → Privacy\n");
 }
 
-TEST_F(AlertTest, onlyReadsAutomatic) {
+TEST_F(AlertTest, doesNotChangeAutomatic) {
   automatic = true;
   alert("Title", "Message");
   EXPECT_TRUE(automatic);

@@ -1,4 +1,4 @@
-// Access to the bookmarks: found out by reading, waited for with a window, and told to whoever asked.
+// Access to the bookmarks: the read probe, the window that waits for access, and the completion.
 #include "app/bookmark_permission_controller.h"
 
 #include <gmock/gmock.h>
@@ -24,11 +24,11 @@ const std::string probed = "read " + bookmarks;
 
 class BookmarkPermission : public ControllerTest {
  protected:
-  // Checks, and notes what it is told under a name.
+  // Calls check() and records what its completion receives, under `name`.
   void check(const std::string& name = "asked") {
     access_->check([this, name](bool isGranted) { told_.push_back(name + (isGranted ? ": granted" : ": refused")); });
   }
-  // Opens the window.
+  // Opens the access window.
   void wait() {
     removeBookmarks();
     check();
@@ -50,13 +50,13 @@ class BookmarkPermission : public ControllerTest {
     EXPECT_TRUE(access_->completion);
     EXPECT_TRUE(window().isVisible());
   }
-  bool isNoted() const { return machine_.defaults.values().contains("bookmarkAccessPreviouslyGranted"); }
+  bool isStored() const { return machine_.defaults.values().contains("bookmarkAccessPreviouslyGranted"); }
 
   std::shared_ptr<BookmarkPermissionController> access_ = std::make_shared<BookmarkPermissionController>();
   std::vector<std::string> told_;
 };
 
-TEST_F(BookmarkPermission, isOneInTheProcess) {
+TEST_F(BookmarkPermission, isASingleton) {
   const auto shared = BookmarkPermissionController::shared();
   EXPECT_NE(shared, nullptr);
   EXPECT_EQ(BookmarkPermissionController::shared(), shared);
@@ -64,7 +64,7 @@ TEST_F(BookmarkPermission, isOneInTheProcess) {
 
 TEST_F(BookmarkPermission, isIdleAtFirst) { expectIdle(); }
 
-TEST_F(BookmarkPermission, isFoundOutByReadingTheFileWithoutAnyOtherEffect) {
+TEST_F(BookmarkPermission, canReadOnlyReadsTheFile) {
   EXPECT_TRUE(access_->canRead());
   machine_.files.failOn("read", EPERM, 2);
   EXPECT_FALSE(access_->canRead());
@@ -75,14 +75,14 @@ TEST_F(BookmarkPermission, isFoundOutByReadingTheFileWithoutAnyOtherEffect) {
 
 // --- Idle ---
 
-TEST_F(BookmarkPermission, thatIsThereIsNotedAndToldBeforeCheckReturns) {
+TEST_F(BookmarkPermission, checkReportsAccessBeforeItReturns) {
   check();
   EXPECT_THAT(told_, ElementsAre("asked: granted"));
-  EXPECT_EQ(noted(), (Entries{probed, granted})) << "and there is never a window";
+  EXPECT_EQ(noted(), (Entries{probed, granted})) << "no window is created";
   expectIdle();
 }
 
-TEST_F(BookmarkPermission, thatIsMissingOpensTheWindowThenPollsAndTellsNobodyYet) {
+TEST_F(BookmarkPermission, checkWithoutAccessOpensTheWindowThenPolls) {
   removeBookmarks();
   check();
   EXPECT_EQ(noted(), (Entries{probed, "window Quillery", "center Quillery", "show Quillery", "activate",
@@ -91,14 +91,14 @@ TEST_F(BookmarkPermission, thatIsMissingOpensTheWindowThenPollsAndTellsNobodyYet
   expectWaiting();
 }
 
-TEST_F(BookmarkPermission, hasAFixedWindowWithoutACloseBox) {
+TEST_F(BookmarkPermission, windowHasAFixedSizeAndNoCloseBox) {
   wait();
   EXPECT_EQ(window().description().width, 480);
   EXPECT_EQ(window().description().height, 330);
   EXPECT_FALSE(window().description().isClosable);
 }
 
-TEST_F(BookmarkPermission, hasAWindowWithAllInItsFrames) {
+TEST_F(BookmarkPermission, windowHasItsControlsInTheirFrames) {
   wait();
   const std::vector<WantedControl> wanted = {
       {"image", "/Applications/Quillery.app/Contents/Resources/AppIcon.icns", {208, 238, 64, 64}, KeyEquivalent::none},
@@ -115,7 +115,7 @@ TEST_F(BookmarkPermission, hasAWindowWithAllInItsFrames) {
   expectControls(window(), wanted);
 }
 
-TEST_F(BookmarkPermission, hasABoldHeadingAndAWrappedTextBothCentred) {
+TEST_F(BookmarkPermission, windowCentresABoldHeadingAndAWrappedText) {
   wait();
   const Label& heading = window().control("Allow access to Safari bookmarks").label;
   EXPECT_EQ(heading.fontSize, 19);
@@ -131,7 +131,7 @@ TEST_F(BookmarkPermission, hasABoldHeadingAndAWrappedTextBothCentred) {
 
 // --- Waiting ---
 
-TEST_F(BookmarkPermission, thatComesClosesTheWindowWithinASecondAndIsToldOnce) {
+TEST_F(BookmarkPermission, pollClosesTheWindowAndReportsAccessOnce) {
   wait();
   machine_.loop.advance(1s);
   EXPECT_EQ(noted(), Entries{probed});
@@ -145,7 +145,7 @@ TEST_F(BookmarkPermission, thatComesClosesTheWindowWithinASecondAndIsToldOnce) {
   EXPECT_THAT(told_, ElementsAre("asked: granted"));
 }
 
-TEST_F(BookmarkPermission, isPolledOnceASecondForAsLongAsItTakes) {
+TEST_F(BookmarkPermission, pollsOnceASecondUntilAccessArrives) {
   EXPECT_EQ(accessPollInterval, 1s);
   wait();
   machine_.loop.advance(1h);
@@ -153,7 +153,7 @@ TEST_F(BookmarkPermission, isPolledOnceASecondForAsLongAsItTakes) {
   expectWaiting();
 }
 
-TEST_F(BookmarkPermission, retriedInVainChangesNothing) {
+TEST_F(BookmarkPermission, retryWithoutAccessChangesNothing) {
   wait();
   window().press("Retry");
   EXPECT_EQ(noted(), Entries{probed});
@@ -161,25 +161,25 @@ TEST_F(BookmarkPermission, retriedInVainChangesNothing) {
   expectWaiting();
 }
 
-TEST_F(BookmarkPermission, retriedOnceItIsThereIsNotedAndTold) {
+TEST_F(BookmarkPermission, retryWithAccessStoresAndReportsIt) {
   wait();
   putUnsortedBookmarks();
   window().press("Retry");
   EXPECT_THAT(told_, ElementsAre("asked: granted"));
-  EXPECT_TRUE(isNoted());
+  EXPECT_TRUE(isStored());
   expectIdle();
 }
 
-TEST_F(BookmarkPermission, cancelledIsToldOnceAndNothingIsNoted) {
+TEST_F(BookmarkPermission, cancelReportsRefusalOnceAndStoresNothing) {
   wait();
   window().press("Cancel");
   EXPECT_EQ(noted(), (Entries{"invalidate every 1000 ms", "hide Quillery"}));
   EXPECT_THAT(told_, ElementsAre("asked: refused"));
-  EXPECT_FALSE(isNoted());
+  EXPECT_FALSE(isStored());
   expectIdle();
 }
 
-TEST_F(BookmarkPermission, cancelledLeavesWhatWasNotedBefore) {
+TEST_F(BookmarkPermission, cancelKeepsAnEarlierGrantStored) {
   machine_.defaults.put("bookmarkAccessPreviouslyGranted", true);
   wait();
   window().pressKey(KeyEquivalent::escape);
@@ -187,7 +187,7 @@ TEST_F(BookmarkPermission, cancelledLeavesWhatWasNotedBefore) {
   EXPECT_EQ(machine_.defaults.values().at("bookmarkAccessPreviouslyGranted"), PlistValue(true));
 }
 
-TEST_F(BookmarkPermission, settingsShowTheProgramAndOpenTheListAndGoOnWaiting) {
+TEST_F(BookmarkPermission, settingsRevealsTheProgramAndKeepsWaiting) {
   wait();
   window().press("Open Settings");
   EXPECT_EQ(noted(), (Entries{"bundle path", "reveal /Applications/Quillery.app",
@@ -195,10 +195,10 @@ TEST_F(BookmarkPermission, settingsShowTheProgramAndOpenTheListAndGoOnWaiting) {
   EXPECT_THAT(told_, IsEmpty());
   expectWaiting();
   window().pressKey(KeyEquivalent::returnKey);
-  EXPECT_EQ(machine_.journal.count("reveal"), 2) << "Return is the same";
+  EXPECT_EQ(machine_.journal.count("reveal"), 2) << "Return presses the same button";
 }
 
-TEST_F(BookmarkPermission, checkedAgainInVainComesToTheFrontAndThatOneIsNeverTold) {
+TEST_F(BookmarkPermission, secondCheckWithoutAccessDropsItsCompletion) {
   wait();
   check("again");
   EXPECT_EQ(noted(), (Entries{probed, "show Quillery"}));
@@ -208,7 +208,7 @@ TEST_F(BookmarkPermission, checkedAgainInVainComesToTheFrontAndThatOneIsNeverTol
   EXPECT_THAT(told_, ElementsAre("asked: granted"));
 }
 
-TEST_F(BookmarkPermission, checkedAgainOnceItIsThereTellsTheFirstThenTheSecond) {
+TEST_F(BookmarkPermission, secondCheckWithAccessCallsBothCompletionsInOrder) {
   wait();
   putUnsortedBookmarks();
   check("again");
@@ -217,7 +217,7 @@ TEST_F(BookmarkPermission, checkedAgainOnceItIsThereTellsTheFirstThenTheSecond) 
   expectIdle();
 }
 
-TEST_F(BookmarkPermission, checkedInItsOwnAnswerWaitsAnew) {
+TEST_F(BookmarkPermission, checkFromACompletionOpensTheWindowAgain) {
   removeBookmarks();
   access_->check([&](bool) { check("in the answer"); });
   window().press("Cancel");
@@ -228,17 +228,17 @@ TEST_F(BookmarkPermission, checkedInItsOwnAnswerWaitsAnew) {
 
 // --- finish ---
 
-TEST_F(BookmarkPermission, refusedWithNothingOpenHasNoEffect) {
+TEST_F(BookmarkPermission, finishFalseWhileIdleHasNoEffect) {
   access_->finish(false);
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(BookmarkPermission, grantedWithNothingOpenIsOnlyNoted) {
+TEST_F(BookmarkPermission, finishTrueWhileIdleOnlyStoresAccess) {
   access_->finish(true);
   EXPECT_EQ(noted(), Entries{granted});
 }
 
-TEST_F(BookmarkPermission, isNotWaitedForByTheTimerAfterTheControllersEnd) {
+TEST_F(BookmarkPermission, timerDoesNotProbeAfterTheControllerIsGone) {
   wait();
   VirtualWindow& orphan = window();
   access_.reset();

@@ -1,4 +1,4 @@
-// Whatever waits holds the controller weakly: it may go at any moment, and what comes later finds it gone.
+// Timers, observers and posted work hold the controller weakly, so it may be destroyed at any moment.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ class ControllerLifetime : public ControllerTest {
  protected:
   ControllerLifetime() { launch(); }
 
-  // Gives up the last reference; nothing that waits may keep it alive.
+  // Drops the last reference. No pending timer or observer may keep the controller alive.
   void destroyController() {
     const std::weak_ptr<SorterDelegate> controller = controller_;
     controller_.reset();
@@ -42,11 +42,11 @@ TEST_F(ControllerLifetime, endsWhileItWaitsForSafariToQuit) {
   machine_.loop.advance(1s);
   destroyController();
   machine_.loop.advance(60s);
-  EXPECT_EQ(noted(), Entries{"invalidate every 250 ms"}) << "nothing is sorted and nothing is opened";
+  EXPECT_EQ(noted(), Entries{"invalidate every 250 ms"}) << "nothing is sorted or opened";
   EXPECT_EQ(safaris(), 0);
 }
 
-TEST_F(ControllerLifetime, endsInTheSecondAfterAQuitOfSafari) {
+TEST_F(ControllerLifetime, endsWithinTheSecondAfterSafariQuits) {
   startSafari();
   machine_.applications.end(safari);
   machine_.loop.advance(500ms);
@@ -55,8 +55,8 @@ TEST_F(ControllerLifetime, endsInTheSecondAfterAQuitOfSafari) {
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(ControllerLifetime, endsBeforeItIsToldOfAQuitOfSafari) {
-  const auto observers = controller_->observers;  // held on to, as by a system that is just calling them
+TEST_F(ControllerLifetime, endsBeforeItObservesThatSafariQuit) {
+  const auto observers = controller_->observers;  // as if the system were just calling them
   destroyController();
   startSafari();
   machine_.applications.end(safari);
@@ -64,7 +64,7 @@ TEST_F(ControllerLifetime, endsBeforeItIsToldOfAQuitOfSafari) {
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(ControllerLifetime, endsBeforeItIsToldOfAWake) {
+TEST_F(ControllerLifetime, endsBeforeItObservesAWake) {
   const auto observers = controller_->observers;
   destroyController();
   machine_.sleep(1h);
@@ -72,7 +72,7 @@ TEST_F(ControllerLifetime, endsBeforeItIsToldOfAWake) {
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(ControllerLifetime, endsItsObservations) {
+TEST_F(ControllerLifetime, stopsObservingWhenItEnds) {
   destroyController();
   startSafari();
   machine_.applications.end(safari);
@@ -90,33 +90,33 @@ TEST_F(ControllerLifetime, endsWhileAnUpdateWaits) {
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
 }
 
-// A dialog is open in the middle of one of its own functions: that one runs to its end first.
+// The controller is released while one of its own functions shows a dialog: that function must finish first.
 class ControllerLifetimeInADialog : public ControllerLifetime {
  protected:
-  std::function<void()> lettingGo() {
+  std::function<void()> releaseTheController() {
     return [this] {
       const std::weak_ptr<SorterDelegate> controller = controller_;
       controller_.reset();
       machine_.loop.advance(60s);
-      EXPECT_FALSE(controller.expired()) << "its function has not come to its end";
+      EXPECT_FALSE(controller.expired()) << "its function has not returned yet";
     };
   }
 };
 
-TEST_F(ControllerLifetimeInADialog, endsWhileItIsAskedAboutSafari) {
+TEST_F(ControllerLifetimeInADialog, endsWhileTheSafariQuestionIsOpen) {
   startSafari();
   const std::weak_ptr<SorterDelegate> controller = controller_;
-  machine_.userInterface.willAnswer(0, lettingGo());
+  machine_.userInterface.willAnswer(0, releaseTheController());
   controller_->sortNow();
   EXPECT_TRUE(controller.expired());
   machine_.loop.advance(60s);
-  EXPECT_EQ(sorts(), 0) << "the wait for Safari finds it gone";
+  EXPECT_EQ(sorts(), 0) << "the poll for Safari finds the controller gone";
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
 }
 
 TEST_F(ControllerLifetimeInADialog, endsWhileTheResultIsShown) {
   const std::weak_ptr<SorterDelegate> controller = controller_;
-  machine_.userInterface.willAnswer(0, lettingGo());
+  machine_.userInterface.willAnswer(0, releaseTheController());
   controller_->sortNow();
   EXPECT_TRUE(controller.expired());
   EXPECT_TRUE(isSorted());
@@ -126,15 +126,15 @@ TEST_F(ControllerLifetimeInADialog, endsWhileTheFailureIsShown) {
   startSafari({.quitsAfter = std::nullopt});
   controller_->closeSortReopen(false);
   const std::weak_ptr<SorterDelegate> controller = controller_;
-  machine_.userInterface.willAnswer(0, lettingGo());
+  machine_.userInterface.willAnswer(0, releaseTheController());
   machine_.loop.advance(45s);
   EXPECT_TRUE(controller.expired());
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
 }
 
-TEST_F(ControllerLifetimeInADialog, endsWhileItIsToldToChooseADay) {
+TEST_F(ControllerLifetimeInADialog, endsWhileChooseADayIsShown) {
   const std::weak_ptr<SorterDelegate> controller = controller_;
-  machine_.userInterface.willAnswer(0, lettingGo());
+  machine_.userInterface.willAnswer(0, releaseTheController());
   saveSchedule({true, {}, true, machine_.loop.now()});
   EXPECT_TRUE(controller.expired());
 }

@@ -1,4 +1,4 @@
-// The timer of the scheduled sort: when it is armed, when it fires, and what a late firing means.
+// The timer of the scheduled sort: when it is armed, when it fires, and when a late firing is skipped.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -17,18 +17,18 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-// Monday, 2026-09-21, 08:00.
+// The tests start on Monday, 2026-09-21, 08:00 UTC.
 class DailyTimer : public ControllerTest {
  protected:
   DailyTimer() { launch(); }
 
-  // Armed for today at 09:30.
+  // Arms the timer for today at 09:30.
   void arm(const std::vector<int>& days = {1, 2, 3, 4, 5, 6, 7}) {
     storeDaily(9, 30, days);
     controller_->scheduleDaily();
     noted();
   }
-  // Lets the timer fire this much too late, because the main thread is occupied.
+  // Lets the timer fire this much too late, as if the main thread were occupied.
   void fireLate(VirtualMainLoop::Duration lateness) {
     machine_.loop.occupy(utc("2026-09-21 09:30:00") - machine_.loop.now() + lateness);
     machine_.loop.run();
@@ -40,6 +40,13 @@ TEST_F(DailyTimer, isArmedForTheNextOccurrence) {
   controller_->scheduleDaily();
   EXPECT_THAT(noted(), ElementsAre("timer at 2026-09-21 09:30:00"));
   EXPECT_TRUE(controller_->dailyTimer->isValid());
+}
+
+TEST_F(DailyTimer, isArmedForTodayWithinTheLastSecondBefore) {
+  machine_.loop.setClock(utc("2026-09-21 09:29:59") + 500ms);
+  storeDaily(9, 30);
+  controller_->scheduleDaily();
+  EXPECT_EQ(nextSort(), "2026-09-21 09:30:00");
 }
 
 TEST_F(DailyTimer, isArmedByScheduleAsWell) {
@@ -54,7 +61,7 @@ TEST_F(DailyTimer, isArmedInTheUsersTimeZone) {
   EXPECT_EQ(nextSort(), "2026-09-21 13:30:00");
 }
 
-TEST_F(DailyTimer, isTheOnlyOneHoweverOftenItIsArmed) {
+TEST_F(DailyTimer, armedAgainReplacesTheEarlierTimer) {
   arm();
   for (int time = 0; time < 3; ++time) controller_->scheduleDaily();
   EXPECT_EQ(machine_.loop.armedTimers(), 1);
@@ -63,7 +70,7 @@ TEST_F(DailyTimer, isTheOnlyOneHoweverOftenItIsArmed) {
                                    "invalidate at 2026-09-21 09:30:00", "timer at 2026-09-21 09:30:00"));
 }
 
-TEST_F(DailyTimer, isGoneIfTheScheduleIsOffEvenIfOneWasArmed) {
+TEST_F(DailyTimer, isRemovedIfTheScheduleIsOff) {
   arm();
   machine_.defaults.put("dailyEnabled", false);
   controller_->scheduleDaily();
@@ -72,7 +79,7 @@ TEST_F(DailyTimer, isGoneIfTheScheduleIsOffEvenIfOneWasArmed) {
   EXPECT_THAT(noted(), ElementsAre("invalidate at 2026-09-21 09:30:00"));
 }
 
-TEST_F(DailyTimer, isGoneIfSortingIsStoppedEvenIfOneWasArmed) {
+TEST_F(DailyTimer, isRemovedIfSortingIsStopped) {
   arm();
   controller_->enabled = false;
   controller_->scheduleDaily();
@@ -91,28 +98,28 @@ TEST_F(DailyTimer, isNotArmedOnAnEmptyListOfDays) {
   EXPECT_EQ(controller_->dailyTimer, nullptr);
 }
 
-TEST_F(DailyTimer, isNotArmedIfNoStoredDayIsOne) {
+TEST_F(DailyTimer, isNotArmedIfNoStoredDayIsValid) {
   arm({0, 8, -1});
   EXPECT_EQ(controller_->dailyTimer, nullptr);
 }
 
-TEST_F(DailyTimer, takesEveryDayIfNoneAreStored) {
+TEST_F(DailyTimer, usesEveryDayIfNoDaysAreStored) {
   machine_.defaults.put("dailyEnabled", true);
   controller_->scheduleDaily();
-  EXPECT_EQ(nextSort(), "2026-09-22 00:00:00") << "at midnight, where no time is stored either";
+  EXPECT_EQ(nextSort(), "2026-09-22 00:00:00") << "midnight is the default time";
 }
 
-TEST_F(DailyTimer, isNotArmedForATimeThatNoDayHas) {
+TEST_F(DailyTimer, isNotArmedForATimeOutOfRange) {
   storeDaily(25, 0);
   controller_->scheduleDaily();
   EXPECT_EQ(nextSort(), "none");
   storeDaily(9, -1);
   controller_->scheduleDaily();
   EXPECT_EQ(nextSort(), "none");
-  EXPECT_THAT(noted(), IsEmpty()) << "and nothing is reported";
+  EXPECT_THAT(noted(), IsEmpty()) << "nothing is reported";
 }
 
-TEST_F(DailyTimer, readsSettingsOfTheWrongTypeAsTheirReadersDo) {
+TEST_F(DailyTimer, convertsSettingsOfTheWrongType) {
   machine_.defaults.put("dailyEnabled", u"YES");
   machine_.defaults.put("dailyHour", u"9 o'clock");
   machine_.defaults.put("dailyMinute", 30.9);
@@ -129,7 +136,7 @@ TEST_F(DailyTimer, onTimeRunsTheSortThenArmsTheNext) {
   EXPECT_FALSE(controller_->busy);
 }
 
-TEST_F(DailyTimer, onTimeAsksAnOpenSafariToQuitAndArmsTheNextBeforeThatHasHappened) {
+TEST_F(DailyTimer, onTimeArmsTheNextBeforeSafariHasQuit) {
   const int process = startSafari();
   arm();
   machine_.loop.advanceTo(utc("2026-09-21 09:30:00"));
@@ -148,37 +155,37 @@ TEST_F(DailyTimer, firesDayAfterDay) {
   EXPECT_EQ(machine_.loop.armedTimers(), 1);
 }
 
-TEST_F(DailyTimer, eightyNineSecondsLateStillSorts) {
+TEST_F(DailyTimer, runsASortThatIs89SecondsLate) {
   arm();
   fireLate(89s);
   EXPECT_EQ(sorts(), 1);
   EXPECT_EQ(nextSort(), "2026-09-22 09:30:00");
 }
 
-TEST_F(DailyTimer, amomentBeforeNinetySecondsLateStillSorts) {
+TEST_F(DailyTimer, runsASortThatIsJustUnder90SecondsLate) {
   arm();
   fireLate(90s - 1ms);
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(DailyTimer, ninetySecondsLateSkipsAndArmsTheNext) {
+TEST_F(DailyTimer, skipsASortThatIs90SecondsLate) {
   arm();
   fireLate(90s);
   EXPECT_EQ(sorts(), 0);
-  EXPECT_THAT(noted(), ElementsAre("timer at 2026-09-22 09:30:00")) << "nothing is read and nothing is said";
+  EXPECT_THAT(noted(), ElementsAre("timer at 2026-09-22 09:30:00")) << "nothing is read or reported";
 }
 
 TEST_F(DailyTimer, hasALatenessLimitOfNinetySeconds) { EXPECT_EQ(latenessLimit, 90s); }
 
-TEST_F(DailyTimer, onTimeButStoppedMeanwhileSortsNothingAndLeavesNoTimer) {
+TEST_F(DailyTimer, onTimeWhileStoppedSortsNothingAndLeavesNoTimer) {
   arm();
-  controller_->enabled = false;  // as a firing in progress would find it
+  controller_->enabled = false;  // without stop(), which would invalidate the timer
   machine_.loop.advanceTo(utc("2026-09-21 09:30:00"));
   EXPECT_THAT(noted(), IsEmpty());
   EXPECT_EQ(controller_->dailyTimer, nullptr);
 }
 
-TEST_F(DailyTimer, onTimeWithoutAccessSortsNothingKeepsTheStateAndArmsTheNext) {
+TEST_F(DailyTimer, onTimeWithoutAccessOnlyArmsTheNext) {
   arm();
   removeBookmarks();
   machine_.loop.advanceTo(utc("2026-09-21 09:30:00"));
@@ -188,21 +195,21 @@ TEST_F(DailyTimer, onTimeWithoutAccessSortsNothingKeepsTheStateAndArmsTheNext) {
   EXPECT_FALSE(controller_->busy);
 }
 
-TEST_F(DailyTimer, onTimeWhileASortRunsSortsNothingAndArmsTheNext) {
+TEST_F(DailyTimer, onTimeWhileBusyOnlyArmsTheNext) {
   arm();
   controller_->busy = true;
   machine_.loop.advanceTo(utc("2026-09-21 09:30:00"));
   EXPECT_THAT(noted(), ElementsAre("timer at 2026-09-22 09:30:00"));
 }
 
-TEST_F(DailyTimer, onTimeWhileAnUpdateWaitsSortsNothingAndArmsTheNext) {
+TEST_F(DailyTimer, onTimeWhileAnUpdateWaitsOnlyArmsTheNext) {
   arm();
   controller_->updateInstallPending = true;
   machine_.loop.advanceTo(utc("2026-09-21 09:30:00"));
   EXPECT_THAT(noted(), ElementsAre("timer at 2026-09-22 09:30:00"));
 }
 
-TEST_F(DailyTimer, onTimeAfterTheControllersEndDoesNothing) {
+TEST_F(DailyTimer, doesNothingAfterTheControllerIsGone) {
   arm();
   controller_.reset();
   machine_.loop.advanceTo(utc("2026-09-21 09:30:00"));
@@ -210,15 +217,15 @@ TEST_F(DailyTimer, onTimeAfterTheControllersEndDoesNothing) {
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
 }
 
-// Whichever comes first after a sleep, the overdue timer or the news of the wake.
+// After a sleep, either the overdue timer or the wake notification comes first.
 class Sleep : public DailyTimer, public testing::WithParamInterface<VirtualMainLoop::Place> {};
-INSTANTIATE_TEST_SUITE_P(WithTheNews, Sleep,
+INSTANTIATE_TEST_SUITE_P(WithTheWake, Sleep,
                          testing::Values(VirtualMainLoop::Place::back, VirtualMainLoop::Place::front),
-                         [](const auto& news) {
-                           return news.param == VirtualMainLoop::Place::back ? "afterTheTimer" : "beforeTheTimer";
+                         [](const auto& wake) {
+                           return wake.param == VirtualMainLoop::Place::back ? "afterTheTimer" : "beforeTheTimer";
                          });
 
-TEST_P(Sleep, fromFridayNineToTenWithAWeekdayScheduleAtHalfPastMeansMonday) {
+TEST_P(Sleep, skipsAMissedFridayAndArmsMonday) {
   machine_.loop.setClock(utc("2026-09-25 08:59:59"));
   arm({2, 3, 4, 5, 6});
   EXPECT_EQ(nextSort(), "2026-09-25 09:30:00");
@@ -228,20 +235,20 @@ TEST_P(Sleep, fromFridayNineToTenWithAWeekdayScheduleAtHalfPastMeansMonday) {
   EXPECT_EQ(nextSort(), "2026-09-28 09:30:00");
   EXPECT_EQ(machine_.loop.armedTimers(), 1);
   EXPECT_EQ(sorts(), 0);
-  EXPECT_THAT(noted(), Not(testing::Contains("read " + bookmarks))) << "missed sorts are skipped without a word";
+  EXPECT_THAT(noted(), Not(testing::Contains("read " + bookmarks))) << "missed sorts are skipped silently";
   machine_.loop.advanceTo(utc("2026-09-28 09:30:00"));
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_P(Sleep, thatEndsAMinuteAfterTheScheduledTimeIsNotMadeUpForIfTheNewsComesFirst) {
+TEST_P(Sleep, endingAMinuteLateSortsOnlyIfTheTimerFiresFirst) {
   arm();
   machine_.sleep(91min, GetParam());
   machine_.loop.run();
-  EXPECT_EQ(sorts(), GetParam() == VirtualMainLoop::Place::back ? 1 : 0) << "a timer sixty seconds late sorts";
+  EXPECT_EQ(sorts(), GetParam() == VirtualMainLoop::Place::back ? 1 : 0) << "a timer 60 s late sorts";
   EXPECT_EQ(nextSort(), "2026-09-22 09:30:00");
 }
 
-TEST_P(Sleep, thatEndsBeforeTheScheduledTimeChangesNothing) {
+TEST_P(Sleep, endingBeforeTheScheduledTimeChangesNothing) {
   arm();
   machine_.sleep(1h, GetParam());
   machine_.loop.run();
@@ -250,7 +257,7 @@ TEST_P(Sleep, thatEndsBeforeTheScheduledTimeChangesNothing) {
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_P(Sleep, overSeveralScheduledTimesMakesUpForNone) {
+TEST_P(Sleep, skipsEveryScheduledTimeItCovers) {
   arm();
   machine_.sleep(73h, GetParam());
   machine_.loop.run();
@@ -258,7 +265,7 @@ TEST_P(Sleep, overSeveralScheduledTimesMakesUpForNone) {
   EXPECT_EQ(nextSort(), "2026-09-24 09:30:00");
 }
 
-TEST_F(DailyTimer, isLeftAloneByAWakeWhileSortingIsStopped) {
+TEST_F(DailyTimer, isNotArmedByAWakeWhileStopped) {
   arm();
   controller_->stop();
   machine_.sleep(1h);
@@ -267,9 +274,9 @@ TEST_F(DailyTimer, isLeftAloneByAWakeWhileSortingIsStopped) {
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
 }
 
-TEST_F(DailyTimer, isNotArmedByAWakeAfterTheControllersEnd) {
+TEST_F(DailyTimer, isNotArmedByAWakeAfterTheControllerIsGone) {
   arm();
-  const auto observers = controller_->observers;  // held on to, as by a system that is just calling them
+  const auto observers = controller_->observers;  // as if the system were just calling them
   controller_.reset();
   machine_.sleep(1h);
   machine_.loop.run();
@@ -292,7 +299,7 @@ TEST_F(DailyTimer, isInvalidatedButKeptByPauseForAccess) {
   EXPECT_EQ(controller_->dailyTimer, timer);
 }
 
-TEST_F(DailyTimer, thatWasInvalidatedIsReplacedByTheNextArming) {
+TEST_F(DailyTimer, isReplacedByTheNextArmingOnceInvalidated) {
   arm();
   const auto timer = controller_->dailyTimer;
   controller_->stop();
@@ -317,7 +324,7 @@ TEST_F(DailyTimer, keepsItsInstantWhenTheTimeZoneChanges) {
   EXPECT_EQ(nextSort(), "2026-09-22 00:30:00") << "the next one is computed in the new zone";
 }
 
-TEST_F(DailyTimer, goesByTheClockOnTheWallWhenThatIsSet) {
+TEST_F(DailyTimer, followsTheWallClockWhenItIsSet) {
   arm();
   machine_.loop.setClock(utc("2026-09-21 09:29:30"));
   machine_.loop.advance(29s);
@@ -326,7 +333,7 @@ TEST_F(DailyTimer, goesByTheClockOnTheWallWhenThatIsSet) {
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(DailyTimer, whoseTimeTheClockWasSetBeyondIsSkipped) {
+TEST_F(DailyTimer, isSkippedIfTheClockIsSetPastItsTime) {
   arm();
   machine_.loop.setClock(utc("2026-09-21 11:00:00"));
   machine_.loop.run();
@@ -334,9 +341,9 @@ TEST_F(DailyTimer, whoseTimeTheClockWasSetBeyondIsSkipped) {
   EXPECT_EQ(nextSort(), "2026-09-22 09:30:00");
 }
 
-TEST_F(DailyTimer, isArmedOnceOverTheHourThatComesTwice) {
+TEST_F(DailyTimer, firesOnceInARepeatedHour) {
   machine_.calendars.moveTo("America/New_York");
-  machine_.loop.setClock(utc("2026-11-01 04:00:00"));  // midnight there; 01:30 comes twice
+  machine_.loop.setClock(utc("2026-11-01 04:00:00"));  // midnight in New York; 01:30 occurs twice
   storeDaily(1, 30);
   controller_->scheduleDaily();
   EXPECT_EQ(nextSort(), "2026-11-01 05:30:00");
@@ -344,7 +351,7 @@ TEST_F(DailyTimer, isArmedOnceOverTheHourThatComesTwice) {
   EXPECT_EQ(nextSort(), "2026-11-02 06:30:00");
 }
 
-TEST_F(DailyTimer, saysNothingToAnyoneWhateverHappens) {
+TEST_F(DailyTimer, reportsNothingWhenItSkips) {
   arm();
   fireLate(2h);
   machine_.sleep(48h);

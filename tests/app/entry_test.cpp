@@ -1,4 +1,4 @@
-// The arguments, the single instance at login, and what is set up before the loop runs.
+// The entry point: its arguments, the single instance at login, and the order of its steps.
 #include "app/entry.h"
 
 #include <gmock/gmock.h>
@@ -21,27 +21,37 @@ constexpr const char* ownIdentifier = "com.fenwarde.quillery";
 
 class Entry : public ControllerTest {
  protected:
+  Entry() { desktopsMade = 0; }
+
   static int run(const Arguments& arguments) {
-    return runQuillery(arguments, []() -> const Platform& { return platform(); });
+    return runQuillery(arguments, []() -> const Platform& {
+      ++desktopsMade;
+      return platform();
+    });
   }
   void expectStarted(const Arguments& arguments) {
     bool hasRun = false;
     machine_.application.whileRunning([&] { hasRun = true; });
     EXPECT_EQ(run(arguments), 0);
     EXPECT_TRUE(hasRun);
+    EXPECT_EQ(desktopsMade, 1);
   }
   void expectNotStarted() const {
+    EXPECT_EQ(desktopsMade, 0);
     EXPECT_EQ(machine_.journal.count("run"), 0);
     EXPECT_EQ(machine_.journal.count("status item"), 0);
     EXPECT_EQ(machine_.journal.count("accessory"), 0);
   }
+
+  // How often runQuillery() asked for the platform with a desktop. Static, because it takes a plain function.
+  inline static int desktopsMade = 0;
 };
 
-TEST_F(Entry, becomesAnAccessoryThenRunsTheLoopWithItsController) {
+TEST_F(Entry, becomesAnAccessoryThenRunsTheLoop) {
   machine_.application.whileRunning([&] {
     EXPECT_EQ(app, &machine_.application);
     ASSERT_NE(delegate, nullptr);
-    EXPECT_EQ(delegate->item, machine_.screen.statusItem()) << "launched";
+    EXPECT_EQ(delegate->item, machine_.screen.statusItem()) << "the launch has finished";
     EXPECT_FALSE(automatic);
   });
   automatic = true;
@@ -54,7 +64,7 @@ TEST_F(Entry, becomesAnAccessoryThenRunsTheLoopWithItsController) {
   EXPECT_EQ(app, nullptr);
 }
 
-TEST_F(Entry, readsTheStoredWishBeforeTheLoopRuns) {
+TEST_F(Entry, readsSortingPausedBeforeTheLoopRuns) {
   machine_.defaults.put("sortingPaused", true);
   machine_.application.whileRunning([&] { EXPECT_FALSE(delegate->enabled); });
   EXPECT_EQ(run({}), 0);
@@ -73,33 +83,34 @@ TEST_F(Entry, selfTestWinsOverLogin) {
   EXPECT_EQ(machine_.journal.count("running?"), 0);
 }
 
-TEST_F(Entry, loginBesideAnotherInstanceEndsBeforeThereIsAnythingToSee) {
+TEST_F(Entry, secondLoginEndsBeforeAnyUserInterfaceExists) {
   machine_.applications.start(ownIdentifier);
   EXPECT_EQ(run({"--login"}), 0);
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("running? com.fenwarde.quillery"));
+  expectNotStarted();
 }
 
 TEST_F(Entry, loginWithoutAnotherInstanceStarts) { expectStarted({"--login"}); }
 
-TEST_F(Entry, loginDoesNotTakeItselfForAnotherInstance) {
+TEST_F(Entry, loginIgnoresItsOwnProcess) {
   machine_.applications.startAs(machine_.processes.processIdentifier(), ownIdentifier);
   expectStarted({"--login"});
 }
 
-TEST_F(Entry, loginBesideItselfAndAnotherInstanceEnds) {
+TEST_F(Entry, loginFindsAnotherInstanceBesideItself) {
   machine_.applications.startAs(machine_.processes.processIdentifier(), ownIdentifier);
   machine_.applications.start(ownIdentifier);
   EXPECT_EQ(run({"--login"}), 0);
   expectNotStarted();
 }
 
-TEST_F(Entry, startedByHandBesideAnotherInstanceStarts) {
+TEST_F(Entry, manualStartDoesNotLookForOtherInstances) {
   machine_.applications.start(ownIdentifier);
   expectStarted({});
   EXPECT_THAT(machine_.journal.entries(), Not(Contains("running? com.fenwarde.quillery"))) << "it does not even ask";
 }
 
-TEST_F(Entry, takesNoPartOfAnArgumentForTheWhole) {
+TEST_F(Entry, matchesWholeArgumentsOnly) {
   machine_.applications.start(ownIdentifier);
   expectStarted({"--login2", "--self-tests", "login"});
 }

@@ -1,4 +1,4 @@
-// What follows every launch: where the program runs from, access, the login agent, the schedule.
+// The setup after every launch: the install location, access, the login agent and the schedule.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ class FirstRunSetup : public ControllerTest {
   }
 };
 
-TEST_F(FirstRunSetup, checksThePlaceThenAccessThenRegistersThenArms) {
+TEST_F(FirstRunSetup, checksLocationAndAccessThenRegistersThenArms) {
   controller_->setUp();
   Entries all = noted();
   ASSERT_GE(all.size(), 4U);
@@ -41,7 +41,7 @@ TEST_F(FirstRunSetup, checksThePlaceThenAccessThenRegistersThenArms) {
   EXPECT_TRUE(isRegistered());
 }
 
-TEST_F(FirstRunSetup, registersBeforeAnythingThatIsPostedAfterLaunch) {
+TEST_F(FirstRunSetup, registersBeforeWorkPostedAfterLaunch) {
   controller_ = std::make_shared<SorterDelegate>();
   controller_->applicationDidFinishLaunching();
   machine_.loop.post([&] { EXPECT_TRUE(isRegistered()); });
@@ -50,21 +50,21 @@ TEST_F(FirstRunSetup, registersBeforeAnythingThatIsPostedAfterLaunch) {
   EXPECT_TRUE(isRegistered());
 }
 
-TEST_F(FirstRunSetup, withAccessLeavesTheStatusLineAlone) {
+TEST_F(FirstRunSetup, leavesTheStatusLineAloneWithAccess) {
   controller_->needsAccess = true;
   controller_->setUp();
   EXPECT_TRUE(controller_->needsAccess);
   EXPECT_THAT(noted(), Not(Contains(StartsWith("title"))));
 }
 
-TEST_F(FirstRunSetup, whileSortingIsStoppedRegistersButArmsNothing) {
+TEST_F(FirstRunSetup, registersButArmsNothingWhileStopped) {
   controller_->stop();
   controller_->setUp();
   EXPECT_TRUE(isRegistered());
   EXPECT_EQ(nextSort(), "none");
 }
 
-TEST_F(FirstRunSetup, onADiskImageSaysSoAndTerminates) {
+TEST_F(FirstRunSetup, terminatesOnADiskImageWithAnAlert) {
   machine_.bundle.moveTo("/Volumes/Quillery/Quillery.app");
   machine_.userInterface.willAnswer(0, [&] { EXPECT_FALSE(machine_.application.hasTerminated()); });
   controller_->setUp();
@@ -74,7 +74,7 @@ TEST_F(FirstRunSetup, onADiskImageSaysSoAndTerminates) {
   EXPECT_FALSE(isRegistered());
 }
 
-TEST_F(FirstRunSetup, takesNoOtherPlaceForADiskImage) {
+TEST_F(FirstRunSetup, takesOnlyPathsUnderVolumesForADiskImage) {
   for (const char* place :
        {"/VolumesX/Quillery.app", "/Volumes", "/Applications/Volumes/Quillery.app", "/volumes/Quillery/Quillery.app"}) {
     machine_.bundle.moveTo(place);
@@ -84,7 +84,7 @@ TEST_F(FirstRunSetup, takesNoOtherPlaceForADiskImage) {
   EXPECT_TRUE(isRegistered());
 }
 
-TEST_F(FirstRunSetup, withoutAccessWaitsForItAndDoesNothingElseYet) {
+TEST_F(FirstRunSetup, onlyWaitsWithoutAccess) {
   removeBookmarks();
   controller_->setUp();
   machine_.loop.advance(10s);
@@ -95,7 +95,7 @@ TEST_F(FirstRunSetup, withoutAccessWaitsForItAndDoesNothingElseYet) {
   EXPECT_FALSE(controller_->needsAccess);
 }
 
-TEST_F(FirstRunSetup, registersAndArmsOnceAccessHasCome) {
+TEST_F(FirstRunSetup, registersAndArmsOnceAccessArrives) {
   removeBookmarks();
   controller_->setUp();
   putUnsortedBookmarks();
@@ -114,7 +114,7 @@ TEST_F(FirstRunSetup, registersAndArmsOnceARetryFindsAccess) {
   EXPECT_EQ(nextSort(), "2026-09-21 09:30:00");
 }
 
-TEST_F(FirstRunSetup, cancelledIsAccessRequiredAndRegistersNothing) {
+TEST_F(FirstRunSetup, cancelMeansAccessRequiredAndNoRegistration) {
   controller_->scheduleDaily();
   const auto timer = controller_->dailyTimer;
   removeBookmarks();
@@ -125,12 +125,12 @@ TEST_F(FirstRunSetup, cancelledIsAccessRequiredAndRegistersNothing) {
                       refreshed(accessTitle)));
   EXPECT_FALSE(controller_->enabled);
   EXPECT_TRUE(controller_->needsAccess);
-  EXPECT_EQ(controller_->dailyTimer, timer) << "invalidated, and kept";
+  EXPECT_EQ(controller_->dailyTimer, timer) << "invalidated but kept";
   EXPECT_FALSE(isRegistered());
   EXPECT_FALSE(machine_.defaults.values().contains("sortingPaused"));
 }
 
-TEST_F(FirstRunSetup, whoseRegistrationFailsSaysSoOnceAndArmsTheTimer) {
+TEST_F(FirstRunSetup, reportsAFailedRegistrationOnceAndArmsTheTimer) {
   machine_.processes.willAnswer("bootstrap", 1);
   machine_.userInterface.willAnswer(0);
   controller_->setUp();
@@ -141,14 +141,14 @@ TEST_F(FirstRunSetup, whoseRegistrationFailsSaysSoOnceAndArmsTheTimer) {
   EXPECT_EQ(nextSort(), "2026-09-21 09:30:00");
 }
 
-TEST_F(FirstRunSetup, whoseRegistrationFailsInTheSystemSaysWhatThatSaid) {
+TEST_F(FirstRunSetup, reportsTheSystemsErrorIfRegistrationFails) {
   machine_.files.failOn("write atomically", ENOSPC);
   machine_.userInterface.willAnswer(0);
   controller_->setUp();
   EXPECT_THAT(machine_.userInterface.alerts().at(0).informativeText, testing::HasSubstr("No space left on device"));
 }
 
-TEST_F(FirstRunSetup, onASecondLaunchChangesNothing) {
+TEST_F(FirstRunSetup, changesNothingOnASecondLaunch) {
   controller_->setUp();
   const auto files = machine_.files.files();
   launch();
@@ -157,7 +157,7 @@ TEST_F(FirstRunSetup, onASecondLaunchChangesNothing) {
   EXPECT_THAT(noted(), Contains(StartsWith("run /bin/launchctl print ")));
 }
 
-TEST_F(FirstRunSetup, holdsTheControllerWhileItWaitsForAccess) {
+TEST_F(FirstRunSetup, keepsTheControllerAliveWhileItWaits) {
   removeBookmarks();
   controller_->setUp();
   const std::weak_ptr<SorterDelegate> controller = controller_;

@@ -1,4 +1,4 @@
-// What is there once the application has launched, and in which order it came.
+// The launch: what it creates, and in which order.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 class Launch : public ControllerTest {};
 
-TEST_F(Launch, setsEverythingUpInItsOrder) {
+TEST_F(Launch, setsEverythingUpInOrder) {
   controller_ = std::make_shared<SorterDelegate>();
   controller_->applicationDidFinishLaunching();
   EXPECT_EQ(noted(), (Entries{"status item",
@@ -73,24 +73,24 @@ TEST_F(Launch, showsStoppedIfSortingWasStopped) {
   EXPECT_EQ(status_->title(), stoppedTitle);
 }
 
-TEST_F(Launch, showsRunningWithoutAccessUntilThatIsChecked) {
+TEST_F(Launch, showsRunningUntilAccessIsChecked) {
   removeBookmarks();
   launch();
   EXPECT_EQ(status_->title(), runningTitle);
   EXPECT_FALSE(controller_->needsAccess);
 }
 
-TEST_F(Launch, postsTheSetupSoThatTheMenuCanBeUsedBeforeIt) {
+TEST_F(Launch, postsTheSetupSoThatTheMenuIsReadyFirst) {
   controller_ = std::make_shared<SorterDelegate>();
   removeBookmarks();
   controller_->applicationDidFinishLaunching();
   EXPECT_EQ(machine_.screen.windows().size(), 0U);
   EXPECT_EQ(machine_.screen.menu().items().size(), 11U);
   machine_.loop.run();
-  EXPECT_EQ(machine_.screen.visibleWindows(), 1) << "now access is asked for";
+  EXPECT_EQ(machine_.screen.visibleWindows(), 1) << "the access window";
 }
 
-TEST_F(Launch, holdsTheControllerUntilTheSetupHasRun) {
+TEST_F(Launch, keepsTheControllerAliveUntilTheSetup) {
   controller_ = std::make_shared<SorterDelegate>();
   controller_->applicationDidFinishLaunching();
   const std::weak_ptr<SorterDelegate> controller = controller_;
@@ -100,7 +100,7 @@ TEST_F(Launch, holdsTheControllerUntilTheSetupHasRun) {
   EXPECT_TRUE(controller.expired());
 }
 
-TEST_F(Launch, hasAMenuWhoseItemsDoWhatTheySay) {
+TEST_F(Launch, menuItemsRunTheirCommands) {
   launch();
   VirtualMenu& menu = machine_.screen.menu();
   menu.item("About Quillery…").choose();
@@ -122,7 +122,7 @@ TEST_F(Launch, hasAMenuWhoseItemsDoWhatTheySay) {
                           "address https://quillery.example.com/", "terminate"));
 }
 
-TEST_F(Launch, hasAMenuThatDoesNothingAfterTheControllersEnd) {
+TEST_F(Launch, menuDoesNothingAfterTheControllerIsGone) {
   launch();
   const auto menu = menu_;
   controller_.reset();
@@ -131,7 +131,7 @@ TEST_F(Launch, hasAMenuThatDoesNothingAfterTheControllersEnd) {
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(Launch, observesAQuitOfSafari) {
+TEST_F(Launch, observesThatSafariQuits) {
   launch();
   startSafari();
   machine_.applications.end(safari);
@@ -139,7 +139,7 @@ TEST_F(Launch, observesAQuitOfSafari) {
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(Launch, observesAWakeWhateverTheState) {
+TEST_F(Launch, observesAWakeInEveryState) {
   launch();
   storeDaily(9, 30);
   machine_.sleep(10min);

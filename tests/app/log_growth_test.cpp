@@ -1,4 +1,4 @@
-// What the program prints goes to its log at login, which nobody looks after: nothing may make it grow but sorts.
+// At login, standard output is a log file that nothing rotates, so only sorts may print to it.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -11,7 +11,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto year = 365 * 24h;
-constexpr std::size_t longestLine = 500;  // bytes of a report, its hint and its paths
+constexpr std::size_t longestReport = 500;  // bytes, with the hint and the paths
 
 class LogGrowth : public ControllerTest {
  protected:
@@ -31,21 +31,21 @@ class LogGrowth : public ControllerTest {
   }
 };
 
-TEST_F(LogGrowth, isOneReportInAYearInWhichOneSortFoundSomethingToDo) {
+TEST_F(LogGrowth, printsOneReportInAYearWithOneSort) {
   machine_.loop.advance(year);
   EXPECT_EQ(sorts(), 1);
   EXPECT_EQ(reports("Bookmarks sorted"), 1U);
-  EXPECT_LT(printed().size(), longestLine);
+  EXPECT_LT(printed().size(), longestReport);
 }
 
-TEST_F(LogGrowth, isAReportADayInAYearInWhichEverySortFails) {
+TEST_F(LogGrowth, printsOneReportADayIfEverySortFails) {
   machine_.files.put(bookmarks, "damaged");
   machine_.loop.advance(year);
   EXPECT_EQ(reports("Bookmarks could not be sorted"), 365U);
-  EXPECT_LT(printed().size(), 365 * longestLine);
+  EXPECT_LT(printed().size(), 365 * longestReport);
 }
 
-TEST_F(LogGrowth, isNothingHoweverOftenSafariIsQuitWhileAllIsInOrder) {
+TEST_F(LogGrowth, printsNothingIfSafariQuitsWithAllInOrder) {
   machine_.loop.advance(24h);
   const std::size_t before = printed().size();
   for (int time = 0; time < 1000; ++time) {

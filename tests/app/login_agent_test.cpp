@@ -1,4 +1,4 @@
-// The login agent: its file, the three runs of launchctl, and what each failure leaves behind.
+// The login agent: its file, the three launchctl commands, and what each failure leaves behind.
 #include "app/login_agent.h"
 
 #include <gmock/gmock.h>
@@ -24,7 +24,7 @@ const std::string bootstrap = "run /bin/launchctl bootstrap gui/501 " + file;
 
 class LoginAgent : public testing::Test {
  protected:
-  // What is noted by one registration, without the folders' creation, which comes first each time.
+  // Registers the agent and returns the journal without the creation of the two folders, which always comes first.
   Entries registered() {
     machine_.journal.clear();
     registerBackgroundJob();
@@ -33,7 +33,7 @@ class LoginAgent : public testing::Test {
               (Entries{"create folder " + agents + " 0755", "create folder " + logs + " 0755"}));
     return {all.begin() + 2, all.end()};
   }
-  // The failure of one registration.
+  // Registers the agent and returns the error as "domain code: description".
   std::string problem() {
     machine_.journal.clear();
     try {
@@ -68,7 +68,7 @@ TEST_F(LoginAgent, isWrittenAndLoadedOnAFirstRun) {
   EXPECT_TRUE(machine_.files.folders().contains(logs));
 }
 
-TEST_F(LoginAgent, isAnXmlPropertyListOfJustSixKeys) {
+TEST_F(LoginAgent, isAnXmlPropertyListWithSixKeys) {
   registerBackgroundJob();
   EXPECT_THAT(machine_.files.content(file), StartsWith("<?xml"));
   const std::string executable = "/Applications/Quillery.app/Contents/MacOS/quillery";
@@ -82,21 +82,21 @@ TEST_F(LoginAgent, isAnXmlPropertyListOfJustSixKeys) {
                       }));
 }
 
-TEST_F(LoginAgent, thatIsThereAndLoadedIsLeftAlone) {
+TEST_F(LoginAgent, isLeftAloneIfStoredAndLoaded) {
   registerBackgroundJob();
   const auto before = machine_.files.files();
   EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print));
   EXPECT_EQ(machine_.files.files(), before);
 }
 
-TEST_F(LoginAgent, thatIsThereButNotLoadedIsWrittenAndLoadedAnew) {
+TEST_F(LoginAgent, isRewrittenAndLoadedIfNotLoaded) {
   registerBackgroundJob();
   machine_.processes.willAnswer("print", 113);
   EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print, bootout, "serialize xml",
                                         "write atomically " + file, bootstrap));
 }
 
-TEST_F(LoginAgent, ofAProgramThatHasMovedIsWrittenAndLoadedAnew) {
+TEST_F(LoginAgent, isRewrittenAndLoadedIfTheProgramMoved) {
   registerBackgroundJob();
   machine_.bundle.moveTo("/Users/user/Applications/Quillery.app");
   EXPECT_THAT(registered(),
@@ -104,13 +104,13 @@ TEST_F(LoginAgent, ofAProgramThatHasMovedIsWrittenAndLoadedAnew) {
   EXPECT_THAT(machine_.files.content(file), HasSubstr("/Users/user/Applications/Quillery.app/Contents/MacOS/quillery"));
 }
 
-TEST_F(LoginAgent, withTheSameContentInBinaryIsLeftAlone) {
+TEST_F(LoginAgent, isLeftAloneInBinaryFormat) {
   registerBackgroundJob();
   put(stored(), PropertyListFormat::binary);
   EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print));
 }
 
-TEST_F(LoginAgent, withItsKeysInAnotherOrderIsLeftAlone) {
+TEST_F(LoginAgent, isLeftAloneWithKeysInAnotherOrder) {
   registerBackgroundJob();
   const PlistValue agent = stored();
   std::vector<PlistEntry> entries;
@@ -120,7 +120,7 @@ TEST_F(LoginAgent, withItsKeysInAnotherOrderIsLeftAlone) {
   EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print));
 }
 
-TEST_F(LoginAgent, withOneKeyMoreIsReplaced) {
+TEST_F(LoginAgent, isReplacedIfItHasAnotherKey) {
   registerBackgroundJob();
   const PlistValue agent = stored();
   std::vector<PlistEntry> entries = {{u"KeepAlive", true}};
@@ -131,19 +131,19 @@ TEST_F(LoginAgent, withOneKeyMoreIsReplaced) {
   EXPECT_EQ(stored(), agent);
 }
 
-TEST_F(LoginAgent, thatIsDamagedIsReplacedWithoutAWord) {
+TEST_F(LoginAgent, isReplacedSilentlyIfDamaged) {
   machine_.files.put(file, "no property list <");
   registered();
   EXPECT_EQ(stored().size(), 6U);
 }
 
-TEST_F(LoginAgent, thatIsNoDictionaryIsReplacedWithoutAWord) {
+TEST_F(LoginAgent, isReplacedSilentlyIfNotADictionary) {
   put(PlistValue::array({1, 2}), PropertyListFormat::xml);
   registered();
   EXPECT_EQ(stored().size(), 6U);
 }
 
-TEST_F(LoginAgent, thatCannotBeReadIsReplacedWithoutAWord) {
+TEST_F(LoginAgent, isReplacedSilentlyIfUnreadable) {
   registerBackgroundJob();
   machine_.files.failOn("read", EACCES, 2);
   EXPECT_THAT(registered(),
@@ -152,13 +152,13 @@ TEST_F(LoginAgent, thatCannotBeReadIsReplacedWithoutAWord) {
 
 // --- Failures ---
 
-TEST_F(LoginAgent, withoutTheFolderOfAgentsFailsAndRunsNothing) {
+TEST_F(LoginAgent, failsWithoutItsFolderAndRunsNothing) {
   machine_.files.failOn("create folder", EACCES);
   EXPECT_THAT(problem(), StartsWith("POSIX 13: "));
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("create folder " + agents + " 0755"));
 }
 
-TEST_F(LoginAgent, withoutTheFolderOfLogsFailsAndRunsNothing) {
+TEST_F(LoginAgent, failsWithoutTheLogFolderAndRunsNothing) {
   machine_.files.failOn("create folder", EACCES, 2);
   EXPECT_THAT(problem(), StartsWith("POSIX 13: "));
   EXPECT_EQ(machine_.journal.count("run"), 0);
@@ -169,7 +169,7 @@ TEST_F(LoginAgent, failsIfLaunchctlCannotBeStartedToPrint) {
   registerBackgroundJob();
   failToRun("print", 3);
   EXPECT_EQ(problem(), "POSIX 2: launchctl is not there.");
-  EXPECT_EQ(machine_.journal.entries().back(), print) << "nothing comes after it";
+  EXPECT_EQ(machine_.journal.entries().back(), print) << "nothing runs after it";
 }
 
 TEST_F(LoginAgent, failsIfLaunchctlCannotBeStartedToBootOut) {
@@ -196,7 +196,7 @@ TEST_F(LoginAgent, failsIfItsFileCannotBeWritten) {
   EXPECT_EQ(machine_.journal.entries().back(), "write atomically " + file) << "bootstrap is not run";
 }
 
-TEST_F(LoginAgent, failsInItsOwnWordsIfBootstrapFails) {
+TEST_F(LoginAgent, failsWithCode4IfBootstrapFails) {
   machine_.processes.willAnswer("bootstrap", 5);
   EXPECT_EQ(problem(), "Sorter 4: Could not enable automatic sorting. Please reopen the installed app.");
 }

@@ -1,4 +1,4 @@
-// The About window, the small commands of the menu, the end of the program and its reopening.
+// The About window, the menu's small commands, termination, and reopening.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ class MenuCommands : public ControllerTest {
 
 // --- The About window ---
 
-TEST_F(MenuCommands, aboutIsAWindowOfItsSizeThatCanBeClosed) {
+TEST_F(MenuCommands, aboutWindowHasItsSizeAndCanBeClosed) {
   controller_->showAbout();
   const WindowDescription& window = about().description();
   EXPECT_EQ(window.width, 510);
@@ -34,7 +34,7 @@ TEST_F(MenuCommands, aboutIsAWindowOfItsSizeThatCanBeClosed) {
   EXPECT_TRUE(window.isClosable);
 }
 
-TEST_F(MenuCommands, aboutIsCentredThenShownInFrontOfEverything) {
+TEST_F(MenuCommands, aboutIsCentredThenShownInFront) {
   controller_->showAbout();
   EXPECT_THAT(noted(),
               ElementsAre("window About Quillery", "center About Quillery", "show About Quillery", "activate"));
@@ -55,7 +55,7 @@ TEST_F(MenuCommands, aboutHasItsIconTextAndButtonsInTheirFrames) {
     EXPECT_EQ(about().control(title).key, KeyEquivalent::none);
 }
 
-TEST_F(MenuCommands, aboutSaysTheVersion) {
+TEST_F(MenuCommands, aboutShowsTheVersion) {
   controller_->showAbout();
   EXPECT_EQ(
       about().only("label").text,
@@ -63,13 +63,13 @@ TEST_F(MenuCommands, aboutSaysTheVersion) {
       "first.\n\nCopyright © 2026 Fenwarde");
 }
 
-TEST_F(MenuCommands, aboutSaysNothingWhereTheVersionIsMissing) {
+TEST_F(MenuCommands, aboutLeavesAMissingVersionEmpty) {
   machine_.bundle.forgetInformation();
   controller_->showAbout();
   EXPECT_THAT(about().only("label").text, testing::StartsWith("Quillery\nVersion  (build )\n\n"));
 }
 
-TEST_F(MenuCommands, aboutChosenTwiceIsOneWindow) {
+TEST_F(MenuCommands, aboutChosenTwiceShowsOneWindow) {
   controller_->showAbout();
   noted();
   controller_->showAbout();
@@ -77,7 +77,7 @@ TEST_F(MenuCommands, aboutChosenTwiceIsOneWindow) {
   EXPECT_EQ(machine_.screen.windows().size(), 1U);
 }
 
-TEST_F(MenuCommands, aboutClosedAndChosenAgainIsTheSameWindow) {
+TEST_F(MenuCommands, aboutReopensTheSameWindow) {
   controller_->showAbout();
   about().close();
   EXPECT_FALSE(about().isVisible());
@@ -86,7 +86,7 @@ TEST_F(MenuCommands, aboutClosedAndChosenAgainIsTheSameWindow) {
   EXPECT_EQ(machine_.screen.windows().size(), 1U);
 }
 
-TEST_F(MenuCommands, aboutHasButtonsThatDoWhatTheySay) {
+TEST_F(MenuCommands, aboutButtonsRunTheirCommands) {
   controller_->showAbout();
   noted();
   for (const char* title : {"Website", "Support", "Open Backups"}) about().press(title);
@@ -102,26 +102,26 @@ TEST_F(MenuCommands, websiteOpensTheProductsPage) {
   EXPECT_THAT(noted(), ElementsAre("address https://quillery.example.com/"));
 }
 
-TEST_F(MenuCommands, supportOpensALetterToTheMaker) {
+TEST_F(MenuCommands, supportOpensAMailtoLink) {
   controller_->support();
   EXPECT_THAT(noted(), ElementsAre("address mailto:support@quillery.example.com?subject=Quillery"));
 }
 
-TEST_F(MenuCommands, openBackupsBeforeAnySortMakesTheEmptyFolderAndOpensIt) {
+TEST_F(MenuCommands, openBackupsCreatesAMissingFolderAndOpensIt) {
   EXPECT_EQ(backupsFolder(), "/home/user/Library/Application Support/Quillery/Backups");
   controller_->openBackups();
   EXPECT_THAT(noted(), ElementsAre("create folder " + backupsFolder() + " 0755", "folder " + backupsFolder()));
   EXPECT_TRUE(machine_.files.folders().contains(backupsFolder()));
 }
 
-TEST_F(MenuCommands, openBackupsAfterASortOpensTheFolderAndLeavesItAsItIs) {
+TEST_F(MenuCommands, openBackupsLeavesAnExistingFolderUnchanged) {
   controller_->tick();
   controller_->openBackups();
   EXPECT_EQ(noted().back(), "folder " + backupsFolder());
   EXPECT_EQ(machine_.files.mode(backupsFolder()), 0700U);
 }
 
-TEST_F(MenuCommands, openBackupsSaysWhyTheFolderCannotBeMade) {
+TEST_F(MenuCommands, openBackupsReportsThatTheFolderCannotBeCreated) {
   machine_.files.failOn("create folder", EACCES);
   machine_.userInterface.willAnswer(0);
   controller_->openBackups();
@@ -130,7 +130,7 @@ TEST_F(MenuCommands, openBackupsSaysWhyTheFolderCannotBeMade) {
   EXPECT_EQ(machine_.journal.count("folder"), 0);
 }
 
-// --- The end ---
+// --- Termination ---
 
 TEST_F(MenuCommands, quitInvalidatesTheTimersThenTerminates) {
   storeDaily(9, 30);
@@ -148,7 +148,7 @@ TEST_F(MenuCommands, quitWithoutTimersTerminates) {
   EXPECT_THAT(noted(), ElementsAre("terminate"));
 }
 
-TEST_F(MenuCommands, quitDuringASequenceLeavesSafariClosedAndUnsorted) {
+TEST_F(MenuCommands, quitDuringASequenceSortsAndReopensNothing) {
   startSafari({.quitsAfter = 10s});
   controller_->closeSortReopen(true);
   controller_->quit();
@@ -158,15 +158,15 @@ TEST_F(MenuCommands, quitDuringASequenceLeavesSafariClosedAndUnsorted) {
   EXPECT_FALSE(isSorted());
 }
 
-TEST_F(MenuCommands, theProgramMayAlwaysTerminateAndStoresNothing) {
+TEST_F(MenuCommands, mayTerminateWhileBusyAndStoresNothing) {
   controller_->busy = true;
   EXPECT_TRUE(controller_->applicationShouldTerminate());
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-// --- Opened again ---
+// --- Reopening ---
 
-TEST_F(MenuCommands, openedAgainAnswersTrueAndChecksTheAccessAfterThat) {
+TEST_F(MenuCommands, reopeningReturnsTrueThenChecksAccess) {
   for (const bool hasVisibleWindows : {true, false}) {
     EXPECT_TRUE(machine_.application.reopen(hasVisibleWindows));
     EXPECT_THAT(noted(), ElementsAre("post"));
@@ -175,23 +175,28 @@ TEST_F(MenuCommands, openedAgainAnswersTrueAndChecksTheAccessAfterThat) {
   }
 }
 
-TEST_F(MenuCommands, openedAgainWithAccessChangesNothing) {
-  controller_->stop();
-  machine_.application.reopen(false);
-  machine_.loop.run();
-  EXPECT_EQ(status_->title(), stoppedTitle);
-  EXPECT_EQ(machine_.screen.windows().size(), 0U);
+TEST_F(MenuCommands, reopeningWithAccessDoesNothingMore) {
+  storeDaily(9, 30);
+  for (const bool isStopped : {false, true}) {
+    if (isStopped) controller_->stop();
+    noted();
+    machine_.application.reopen(false);
+    machine_.loop.run();
+    EXPECT_EQ(noted(), (Entries{"post", "read " + bookmarks, "set bookmarkAccessPreviouslyGranted true"}))
+        << "no refresh, no timer, no login agent";
+    EXPECT_EQ(status_->title(), isStopped ? stoppedTitle : runningTitle);
+  }
 }
 
-TEST_F(MenuCommands, openedAgainWithoutAccessAsksForIt) {
+TEST_F(MenuCommands, reopeningWithoutAccessShowsTheAccessWindow) {
   removeBookmarks();
   machine_.application.reopen(false);
   machine_.loop.run();
   EXPECT_TRUE(access().isVisible());
-  EXPECT_TRUE(controller_->enabled) << "until its user has answered";
+  EXPECT_TRUE(controller_->enabled) << "until the user answers";
 }
 
-TEST_F(MenuCommands, openedAgainWithoutAccessAndCancelledIsAccessRequired) {
+TEST_F(MenuCommands, reopeningAndCancellingMeansAccessRequired) {
   storeDaily(9, 30);
   controller_->scheduleDaily();
   removeBookmarks();
@@ -205,7 +210,7 @@ TEST_F(MenuCommands, openedAgainWithoutAccessAndCancelledIsAccessRequired) {
   EXPECT_TRUE(controller_->needsAccess);
 }
 
-TEST_F(MenuCommands, openedAgainWithoutAccessThatThenComesChangesNothing) {
+TEST_F(MenuCommands, accessThatArrivesAfterReopeningChangesNothing) {
   removeBookmarks();
   machine_.application.reopen(false);
   machine_.loop.run();
@@ -215,7 +220,7 @@ TEST_F(MenuCommands, openedAgainWithoutAccessThatThenComesChangesNothing) {
   EXPECT_EQ(status_->title(), runningTitle);
 }
 
-TEST_F(MenuCommands, openedAgainAfterTheControllersEndTouchesNothingOfIt) {
+TEST_F(MenuCommands, cancellingAfterTheControllerIsGoneDoesNothing) {
   removeBookmarks();
   machine_.application.reopen(false);
   machine_.loop.run();

@@ -1,5 +1,5 @@
-// While a dialog is open its nested loop runs: timers fire, Safari quits, updates ask, the user has a hand free. Never
-// does a second sort begin beside the first; each test says which guard holds.
+// A dialog runs a nested event loop, in which timers fire, Safari quits, updates ask to relaunch and the user chooses
+// commands. A second sort must never begin during the first; the section headings name the guard that prevents it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ class NestedLoops : public ControllerTest {
     noted();
   }
 
-  // Sorts with Safari closed, and lets `meanwhile` happen while the result is shown; answers what was noted meanwhile.
+  // Sorts with Safari closed and runs `meanwhile` while the result is shown. Returns the journal of that time.
   Entries whileTheResultIsShown(const std::function<void()>& meanwhile) {
     Entries during;
     machine_.userInterface.willAnswer(0, [&] {
@@ -40,8 +40,8 @@ class NestedLoops : public ControllerTest {
     controller_->sortNow();
     return during;
   }
-  // The same while it is asked what to do about an open Safari.
-  Entries whileItIsAsked(std::size_t answer, const std::function<void()>& meanwhile) {
+  // The same while the question about an open Safari is shown, which is then answered with this button.
+  Entries whileTheQuestionIsOpen(std::size_t answer, const std::function<void()>& meanwhile) {
     Entries during;
     machine_.userInterface.willAnswer(answer, [&] {
       noted();
@@ -54,25 +54,25 @@ class NestedLoops : public ControllerTest {
   void advanceToTheScheduledTime() { machine_.loop.advanceTo(utc("2026-09-21 09:30:00")); }
 };
 
-// --- The result of a sort is shown: `busy` holds ---
+// --- The result of a sort is shown: `busy` is the guard ---
 
-TEST_F(NestedLoops, theDailyTimerFiresWhileTheResultIsShownAndBusyHoldsItsSort) {
+TEST_F(NestedLoops, dailySortIsSkippedWhileTheResultIsShown) {
   EXPECT_THAT(whileTheResultIsShown([&] { advanceToTheScheduledTime(); }), ElementsAre("timer at 2026-09-22 09:30:00"));
   EXPECT_EQ(sorts(), 1);
   EXPECT_EQ(nextSort(), "2026-09-22 09:30:00");
 }
 
-TEST_F(NestedLoops, safariQuitsWhileTheResultIsShownAndBusyHoldsTheSortAfterIt) {
+TEST_F(NestedLoops, sortOnQuitIsSkippedWhileTheResultIsShown) {
   const Entries during = whileTheResultIsShown([&] {
     startSafari();
     machine_.applications.end(safari);
     machine_.loop.advance(5s);
   });
-  EXPECT_THAT(during, IsEmpty()) << "not even a wait of a second begins";
+  EXPECT_THAT(during, IsEmpty()) << "not even the delay of one second begins";
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(NestedLoops, anUpdateAsksWhileTheResultIsShownAndBusyPostponesIt) {
+TEST_F(NestedLoops, updateIsPostponedWhileTheResultIsShown) {
   int installations = 0;
   whileTheResultIsShown([&] {
     EXPECT_TRUE(controller_->shouldPostponeRelaunch([&] { ++installations; }));
@@ -83,7 +83,7 @@ TEST_F(NestedLoops, anUpdateAsksWhileTheResultIsShownAndBusyPostponesIt) {
   EXPECT_EQ(installations, 1);
 }
 
-TEST_F(NestedLoops, theUserAsksAgainWhileTheResultIsShownAndBusyHolds) {
+TEST_F(NestedLoops, commandsAreIgnoredWhileTheResultIsShown) {
   EXPECT_THAT(whileTheResultIsShown([&] {
                 controller_->sortNow();
                 controller_->tick();
@@ -94,14 +94,14 @@ TEST_F(NestedLoops, theUserAsksAgainWhileTheResultIsShownAndBusyHolds) {
   EXPECT_FALSE(controller_->busy);
 }
 
-TEST_F(NestedLoops, sortingIsStoppedWhileTheResultIsShownAndStaysSo) {
+TEST_F(NestedLoops, sortingStoppedWhileTheResultIsShownStaysStopped) {
   whileTheResultIsShown([&] { controller_->toggleRunning(); });
   EXPECT_FALSE(controller_->enabled);
   EXPECT_FALSE(controller_->busy);
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
 }
 
-TEST_F(NestedLoops, theMachineWakesWhileTheResultIsShownAndTheTimerIsArmedAnew) {
+TEST_F(NestedLoops, wakeRearmsTheTimerWhileTheResultIsShown) {
   whileTheResultIsShown([&] {
     machine_.sleep(2h, VirtualMainLoop::Place::front);
     machine_.loop.run();
@@ -110,8 +110,8 @@ TEST_F(NestedLoops, theMachineWakesWhileTheResultIsShownAndTheTimerIsArmedAnew) 
   EXPECT_EQ(sorts(), 1);
 }
 
-// The job itself asks about a Safari that was opened between its check and the controller's.
-TEST_F(NestedLoops, theDailyTimerFiresWhileTheJobAsksAboutSafariAndBusyHoldsItsSort) {
+// Safari starts between the controller's check and the job's, so the job itself asks about it.
+TEST_F(NestedLoops, dailySortIsSkippedWhileTheJobAsksAboutSafari) {
   int process = 0;
   machine_.journal.after("bundle path", [&](const std::string&) { process = startSafari(); });
   machine_.userInterface.willAnswer(0, [&] {
@@ -126,43 +126,43 @@ TEST_F(NestedLoops, theDailyTimerFiresWhileTheJobAsksAboutSafariAndBusyHoldsItsS
   EXPECT_EQ(machine_.journal.count("quit"), 0);
 }
 
-// --- What to do about an open Safari is asked: nothing is in progress yet, so what comes first may sort ---
+// --- The question about an open Safari is shown: nothing is in progress yet, so whatever comes first may sort ---
 
-TEST_F(NestedLoops, theDailyTimerFiresWhileItIsAskedAndBusyHoldsTheAnswerThatComesAfterIt) {
+TEST_F(NestedLoops, ignoresTheAnswerIfTheTimerFiredMeanwhile) {
   startSafari({.quitsAfter = 30s});
-  whileItIsAsked(quitSortAndReopen, [&] {
+  whileTheQuestionIsOpen(quitSortAndReopen, [&] {
     advanceToTheScheduledTime();
     EXPECT_TRUE(controller_->busy) << "the scheduled sequence has begun";
   });
-  EXPECT_THAT(noted(), IsEmpty()) << "no second sequence begins, and Safari is not asked again";
+  EXPECT_THAT(noted(), IsEmpty()) << "no second sequence begins, and Safari gets no second request";
   machine_.loop.advance(60s);
   EXPECT_EQ(machine_.journal.count("quit"), 1);
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(NestedLoops, theDailyTimerFiresWhileItIsAskedAndBusyHoldsARetry) {
+TEST_F(NestedLoops, ignoresARetryIfTheTimerFiredMeanwhile) {
   startSafari({.quitsAfter = 30s});
-  whileItIsAsked(retry, [&] { advanceToTheScheduledTime(); });
-  EXPECT_THAT(noted(), IsEmpty()) << "it is not asked again";
+  whileTheQuestionIsOpen(retry, [&] { advanceToTheScheduledTime(); });
+  EXPECT_THAT(noted(), IsEmpty()) << "the question is not shown again";
   machine_.loop.advance(60s);
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(NestedLoops, theScheduledSortRunsWhollyWhileItIsAskedAndTheAnswerIsASequenceOfItsOwn) {
+TEST_F(NestedLoops, answerAfterAFinishedDailySortStartsASequence) {
   startSafari();
-  whileItIsAsked(quitSortAndReopen, [&] {
+  whileTheQuestionIsOpen(quitSortAndReopen, [&] {
     advanceToTheScheduledTime();
     machine_.loop.advance(2s);
     EXPECT_EQ(sorts(), 1);
     EXPECT_FALSE(controller_->busy);
   });
-  EXPECT_TRUE(controller_->busy) << "Safari was reopened; it is asked to quit once more";
+  EXPECT_TRUE(controller_->busy) << "Safari was reopened and is asked to quit again";
   machine_.loop.advance(2s);
   EXPECT_EQ(machine_.journal.count("quit"), 2);
-  EXPECT_EQ(sorts(), 1) << "all is in order already";
+  EXPECT_EQ(sorts(), 1) << "all is already in order";
 }
 
-TEST_F(NestedLoops, safariQuitsWhileItIsAskedAndTheSortAfterItLeavesNothingForTheRetry) {
+TEST_F(NestedLoops, retryFindsTheBookmarksSortedByTheSortOnQuit) {
   startSafari();
   machine_.userInterface.willAnswer(retry, [&] {
     machine_.applications.end(safari);
@@ -175,7 +175,7 @@ TEST_F(NestedLoops, safariQuitsWhileItIsAskedAndTheSortAfterItLeavesNothingForTh
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(NestedLoops, safariQuitsWhileItIsAskedAndBusyHoldsTheSortAfterItDuringTheRetry) {
+TEST_F(NestedLoops, sortOnQuitIsSkippedWhileTheRetrySorts) {
   startSafari();
   machine_.userInterface.willAnswer(retry, [&] {
     machine_.applications.end(safari);
@@ -184,23 +184,23 @@ TEST_F(NestedLoops, safariQuitsWhileItIsAskedAndBusyHoldsTheSortAfterItDuringThe
   machine_.userInterface.willAnswer(0, [&] {
     noted();
     machine_.loop.advance(5s);
-    EXPECT_THAT(noted(), IsEmpty()) << "the attempt after the second finds a sort in progress";
+    EXPECT_THAT(noted(), IsEmpty()) << "the delayed attempt finds a sort in progress";
   });
   controller_->sortNow();
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(NestedLoops, anUpdateAsksWhileItIsAskedAndUpdateInstallPendingHoldsTheAnswer) {
+TEST_F(NestedLoops, ignoresTheAnswerIfAnUpdateWaits) {
   startSafari();
-  whileItIsAsked(quitSortAndReopen, [&] { EXPECT_FALSE(controller_->shouldPostponeRelaunch([] {})); });
+  whileTheQuestionIsOpen(quitSortAndReopen, [&] { EXPECT_FALSE(controller_->shouldPostponeRelaunch([] {})); });
   EXPECT_THAT(noted(), IsEmpty());
   EXPECT_FALSE(controller_->busy);
   EXPECT_EQ(machine_.journal.count("quit"), 0);
 }
 
-TEST_F(NestedLoops, anUpdateAsksWhileItIsAskedAndUpdateInstallPendingHoldsTheRetry) {
+TEST_F(NestedLoops, ignoresARetryIfAnUpdateWaits) {
   startSafari();
-  whileItIsAsked(retry, [&] {
+  whileTheQuestionIsOpen(retry, [&] {
     controller_->shouldPostponeRelaunch([] {});
     machine_.applications.end(safari);
     machine_.loop.advance(5s);
@@ -208,14 +208,14 @@ TEST_F(NestedLoops, anUpdateAsksWhileItIsAskedAndUpdateInstallPendingHoldsTheRet
   EXPECT_EQ(sorts(), 0);
 }
 
-TEST_F(NestedLoops, accessIsLostWhileItIsAskedAndTheProbeHoldsTheAnswer) {
+TEST_F(NestedLoops, ignoresTheAnswerIfAccessIsLost) {
   startSafari();
-  whileItIsAsked(quitSortAndReopen, [&] { removeBookmarks(); });
+  whileTheQuestionIsOpen(quitSortAndReopen, [&] { removeBookmarks(); });
   EXPECT_EQ(noted(), Entries{"read " + bookmarks});
   EXPECT_EQ(machine_.journal.count("quit"), 0);
 }
 
-TEST_F(NestedLoops, theUserAsksAgainWhileItIsAskedAndBusyHoldsTheFirstAnswer) {
+TEST_F(NestedLoops, ignoresTheOuterAnswerOfTwoNestedQuestions) {
   startSafari({.quitsAfter = 10s});
   machine_.userInterface.willAnswer(quitSortAndReopen, [&] {
     machine_.userInterface.willAnswer(quitSortAndReopen);
@@ -228,9 +228,9 @@ TEST_F(NestedLoops, theUserAsksAgainWhileItIsAskedAndBusyHoldsTheFirstAnswer) {
   EXPECT_EQ(sorts(), 1);
 }
 
-// --- "Safari did not close" is shown: the sequence is over ---
+// --- "Safari did not close" is shown: the sequence has ended ---
 
-TEST_F(NestedLoops, safariQuitsWhileTheFailureIsShownAndOneSortFollowsIt) {
+TEST_F(NestedLoops, sortsOnceIfSafariQuitsWhileTheFailureIsShown) {
   startSafari({.quitsAfter = std::nullopt});
   controller_->closeSortReopen(false);
   machine_.userInterface.willAnswer(0, [&] {
@@ -243,7 +243,7 @@ TEST_F(NestedLoops, safariQuitsWhileTheFailureIsShownAndOneSortFollowsIt) {
   EXPECT_FALSE(controller_->busy);
 }
 
-TEST_F(NestedLoops, theFailureIsShownOnceHoweverLongItIsShown) {
+TEST_F(NestedLoops, showsTheFailureOnceHoweverLongItStaysOpen) {
   startSafari({.quitsAfter = std::nullopt});
   controller_->closeSortReopen(false);
   machine_.userInterface.willAnswer(0, [&] { machine_.loop.advance(10min); });
@@ -251,11 +251,11 @@ TEST_F(NestedLoops, theFailureIsShownOnceHoweverLongItIsShown) {
   EXPECT_EQ(machine_.userInterface.alerts().size(), 1U);
 }
 
-// --- Unattended work has no dialogs, so nothing is nested in it ---
+// --- Unattended sorts show no dialogs, so nothing is nested in them ---
 
-TEST_F(NestedLoops, anUnattendedSortPrintsThoughADialogIsOpen) {
+TEST_F(NestedLoops, unattendedSortPrintsWhileADialogIsOpen) {
   startSafari();
-  whileItIsAsked(cancel, [&] {
+  whileTheQuestionIsOpen(cancel, [&] {
     advanceToTheScheduledTime();
     machine_.loop.advance(2s);
     EXPECT_FALSE(automatic);

@@ -1,5 +1,5 @@
-// The sort job on a virtual machine: each outcome with what was read, written, created and said, in which order, and
-// what is on the disk afterwards. Unattended (automatic) and with a person in front of it (interactive).
+// A sort, automatic and interactive: for each outcome what it reads, writes, creates and reports, in which order, and
+// what is on the disk afterwards.
 #include "app/perform_sort.h"
 
 #include <gmock/gmock.h>
@@ -39,7 +39,7 @@ const std::string notABookmarkTree = "Unrecognised Safari bookmark format. No ch
 const std::string changedMeanwhile =
     "Safari or bookmark syncing changed the file. Nothing was overwritten; try again once syncing settles.";
 
-// The operations of the job in their order; a run that goes wrong gets as far as some of them.
+// The operations in order; a sort that fails stops after some of them.
 const Entries upToTheQuestions = {"running? com.apple.Safari", "running? com.apple.Safari"};
 const Entries upToReading = upToTheQuestions + Entries{"read " + bookmarks};
 const Entries upToParsing = upToReading + Entries{"parse"};
@@ -66,7 +66,7 @@ PlistValue sortedTree() { return rootNode({folderNode(u"BookmarksBar", {leafNode
 enum class Mode { interactive, automatic };
 
 std::string nameOf(Mode mode) { return mode == Mode::automatic ? "automatic" : "interactive"; }
-void PrintTo(Mode mode, std::ostream* stream) { *stream << nameOf(mode); }  // NOLINT: found by this name
+void PrintTo(Mode mode, std::ostream* stream) { *stream << nameOf(mode); }  // NOLINT: GoogleTest's name
 
 class PerformSortTest : public testing::TestWithParam<Mode> {
  protected:
@@ -85,7 +85,7 @@ class PerformSortTest : public testing::TestWithParam<Mode> {
     const std::size_t printedBefore = machine_.output.text().size();
     automatic = isAutomatic();
     performSort();
-    EXPECT_EQ(automatic, isAutomatic()) << "only read by the sort";
+    EXPECT_EQ(automatic, isAutomatic()) << "the sort does not change it";
     automatic = false;
     if (!isAutomatic()) return endsWithAReport ? machine_.userInterface.alerts().back().messageText : "";
     const std::string printed = machine_.output.text().substr(printedBefore);
@@ -103,7 +103,7 @@ class PerformSortTest : public testing::TestWithParam<Mode> {
     return printed.substr(start, printed.size() - start - 1);
   }
 
-  // The whole journal: these operations, and what is around them in this mode.
+  // Expects the journal to hold these operations and what this mode adds before and after them.
   void expectDone(const Entries& operations, const std::string& title, const std::string& message) const {
     Entries wanted = operations;
     if (isAutomatic()) {
@@ -116,18 +116,18 @@ class PerformSortTest : public testing::TestWithParam<Mode> {
       const Alert& alert = machine_.userInterface.alerts().back();
       EXPECT_EQ(alert.messageText, title);
       EXPECT_EQ(alert.informativeText, message);
-      EXPECT_THAT(alert.buttons, IsEmpty()) << "the platform's single one";
+      EXPECT_THAT(alert.buttons, IsEmpty()) << "the platform adds its single default button";
     }
     EXPECT_THAT(machine_.journal.entries(), ElementsAreArray(wanted));
   }
 
-  // Runs a job that fails after these operations, with this sentence.
+  // Runs a sort that fails after these operations, with exactly this description.
   void expectFailure(const Entries& operations, const std::string& description) {
     EXPECT_EQ(run(), failed);
     expectDone(operations, failed, description + accessHint);
   }
 
-  // Runs a job that fails after these operations, in the words of the system.
+  // Runs a sort that fails after these operations, with a system error that contains `description`.
   void expectSystemFailure(const Entries& operations, const std::string& description) {
     EXPECT_EQ(run(), failed);
     EXPECT_THAT(message(), AllOf(HasSubstr(description), EndsWith(accessHint)));
@@ -139,7 +139,7 @@ class PerformSortTest : public testing::TestWithParam<Mode> {
     EXPECT_EQ(machine_.files.folders(), foldersAtFirst_);
   }
 
-  // The bookmark file is as it was, and there is one backup of it.
+  // Expects an unchanged bookmark file and one backup of it.
   void expectOnlyABackup(unsigned mode = 0600) const {
     auto wanted = filesAtFirst_;
     wanted[backup] = {filesAtFirst_.at(bookmarks).content, mode};
@@ -151,7 +151,7 @@ class PerformSortTest : public testing::TestWithParam<Mode> {
   std::map<std::string, unsigned> foldersAtFirst_;
 };
 
-// Only the one mode or the other.
+// Tests of one mode only.
 class UnattendedPerformSortTest : public PerformSortTest {};
 class WatchedPerformSortTest : public PerformSortTest {};
 
@@ -164,18 +164,19 @@ INSTANTIATE_TEST_SUITE_P(Mode, WatchedPerformSortTest, testing::Values(Mode::int
 
 // Sorted
 
-TEST_P(PerformSortTest, sortsInItsOrderOfStepsAndSaysWhereTheBackupIs) {
+TEST_P(PerformSortTest, sortsStepByStepAndNamesTheBackup) {
   EXPECT_EQ(run(), sorted);
   expectDone(
       upToWriting, sorted,
       "Folders come first, followed by bookmarks in alphabetical order. You can reopen Safari.\n\nBackup: " + backup);
   EXPECT_EQ(outlineOf(machine_.files.content(bookmarks)), sortedOutline);
   EXPECT_EQ(machine_.files.mode(bookmarks), 0640U);
-  EXPECT_EQ(machine_.files.content(backup), filesAtFirst_.at(bookmarks).content) << "the old bytes, not written anew";
+  EXPECT_EQ(machine_.files.content(backup), filesAtFirst_.at(bookmarks).content)
+      << "the old bytes, not serialized again";
   EXPECT_EQ(machine_.files.files().size(), 2U);
 }
 
-TEST_P(PerformSortTest, endsItsMessageWithAPlainPathInTheBackupsFolder) {
+TEST_P(PerformSortTest, endsItsMessageWithTheBackupsPlainPath) {
   run();
   const std::string message =
       isAutomatic() ? machine_.output.text() : machine_.userInterface.alerts().back().informativeText + "\n";
@@ -183,7 +184,7 @@ TEST_P(PerformSortTest, endsItsMessageWithAPlainPathInTheBackupsFolder) {
                                 "5D2A9C1E-0B7F-4E63-9A48-000000000001.plist\n"));
 }
 
-TEST_P(PerformSortTest, keepsWhatItCreatesPrivateAndTheModesOfWhatThereWas) {
+TEST_P(PerformSortTest, createsPrivateFilesAndKeepsExistingModes) {
   machine_.files.put("/home/user/Library/Application Support/Other/settings", "", 0644);
   run();
   EXPECT_EQ(machine_.files.mode("/home/user/Library/Application Support"), 0755U);
@@ -221,18 +222,18 @@ TEST_P(PerformSortTest, doesNothingToAFileInOrderAndMakesNoBackup) {
   filesAtFirst_ = machine_.files.files();
   EXPECT_EQ(run(), inOrder());
   if (isAutomatic())
-    EXPECT_THAT(machine_.journal.entries(), ElementsAreArray(upToParsing)) << "and nothing is said";
+    EXPECT_THAT(machine_.journal.entries(), ElementsAreArray(upToParsing)) << "nothing is reported";
   else
     expectDone(upToParsing, "Already sorted", "Your Safari bookmarks are already in order.");
   expectDiskUntouched();
 }
 
-TEST_P(PerformSortTest, takesARootWithoutEntriesAsInOrder) {
+TEST_P(PerformSortTest, findsARootWithoutEntriesInOrder) {
   machine_.files.put(bookmarks, fileOf(PlistValue::dictionary({{u"Children", PlistValue::array({})}})));
   EXPECT_EQ(run(), inOrder());
 }
 
-TEST_P(PerformSortTest, findsTheFileInOrderTheSecondTimeAndMakesNoSecondBackup) {
+TEST_P(PerformSortTest, findsTheFileInOrderTheSecondTime) {
   EXPECT_EQ(run(), sorted);
   const auto afterTheFirst = machine_.files.files();
   EXPECT_EQ(afterTheFirst.size(), 2U);
@@ -260,7 +261,7 @@ TEST_P(WatchedPerformSortTest, refusesToRunFromADiskImage) {
   expectDiskUntouched();
 }
 
-TEST_P(WatchedPerformSortTest, takesOnlyWhatIsUnderVolumesForADiskImage) {
+TEST_P(WatchedPerformSortTest, takesOnlyPathsUnderVolumesForADiskImage) {
   for (const char* path :
        {"/Volumes", "/VolumesX/Quillery.app", "/Users/Volumes/Quillery.app", "/volumes/Quillery.app"}) {
     machine_.bundle.moveTo(path);
@@ -269,7 +270,7 @@ TEST_P(WatchedPerformSortTest, takesOnlyWhatIsUnderVolumesForADiskImage) {
   }
 }
 
-TEST_P(UnattendedPerformSortTest, doesNotAskWhereItRunsFrom) {
+TEST_P(UnattendedPerformSortTest, doesNotCheckForADiskImage) {
   machine_.bundle.moveTo("/Volumes/Quillery/Quillery.app");
   EXPECT_EQ(run(), sorted);
   EXPECT_EQ(machine_.journal.count("bundle path"), 0);
@@ -277,14 +278,14 @@ TEST_P(UnattendedPerformSortTest, doesNotAskWhereItRunsFrom) {
 
 // Safari at the start
 
-TEST_P(UnattendedPerformSortTest, readsNothingAndSaysNothingWhileSafariRuns) {
+TEST_P(UnattendedPerformSortTest, readsAndReportsNothingWhileSafariRuns) {
   machine_.applications.start(safari);
   EXPECT_EQ(run(), "");
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("running? com.apple.Safari"));
   expectDiskUntouched();
 }
 
-TEST_P(WatchedPerformSortTest, asksForSafariToBeQuitAndSortsOnceItIs) {
+TEST_P(WatchedPerformSortTest, asksToQuitSafariAndSortsOnceItHasQuit) {
   machine_.applications.start(safari);
   machine_.userInterface.willAnswer(0, [&] { machine_.applications.end(safari); });
   EXPECT_EQ(run(), sorted);
@@ -299,7 +300,7 @@ TEST_P(WatchedPerformSortTest, asksForSafariToBeQuitAndSortsOnceItIs) {
                                upToWriting + Entries{"accessory", "activate", "alert Bookmarks sorted"}));
 }
 
-TEST_P(WatchedPerformSortTest, asksAgainForAsLongAsSafariStaysOpen) {
+TEST_P(WatchedPerformSortTest, asksAgainWhileSafariStaysOpen) {
   machine_.applications.start(safari);
   for (int time = 0; time < 3; ++time) machine_.userInterface.willAnswer(0);
   machine_.userInterface.willAnswer(0, [&] { machine_.applications.end(safari); });
@@ -331,7 +332,7 @@ TEST_P(WatchedPerformSortTest, canBeCancelledAfterARetry) {
   EXPECT_EQ(machine_.journal.count("read"), 0);
 }
 
-TEST_P(PerformSortTest, takesNoNoticeOfOtherApplications) {
+TEST_P(PerformSortTest, ignoresOtherApplications) {
   machine_.applications.start("com.apple.SafariTechnologyPreview");
   EXPECT_EQ(run(), sorted);
 }
@@ -343,9 +344,9 @@ TEST_P(PerformSortTest, failsIfSafariStartsBeforeTheFileIsRead) {
   expectDiskUntouched();
 }
 
-// The bookmark file cannot be read, or is not one
+// A bookmark file that cannot be read or is of the wrong shape
 
-TEST_P(PerformSortTest, saysThatTheFileIsMissingAndCreatesNothing) {
+TEST_P(PerformSortTest, reportsAMissingFileAndCreatesNothing) {
   machine_.files.remove(bookmarks);
   filesAtFirst_ = machine_.files.files();
   expectSystemFailure(upToReading,
@@ -355,19 +356,19 @@ TEST_P(PerformSortTest, saysThatTheFileIsMissingAndCreatesNothing) {
   expectDiskUntouched();
 }
 
-TEST_P(PerformSortTest, saysThatTheFileMayNotBeReadAndCreatesNothing) {
+TEST_P(PerformSortTest, reportsARefusedReadAndCreatesNothing) {
   machine_.files.failOn("read", EACCES);
   expectSystemFailure(upToReading, "Permission denied");
   expectDiskUntouched();
 }
 
-TEST_P(PerformSortTest, saysThatTheDiskFailedAndCreatesNothing) {
+TEST_P(PerformSortTest, reportsADiskFailureAndCreatesNothing) {
   machine_.files.failOn("read", EIO);
   expectSystemFailure(upToReading, "Input/output error");
   expectDiskUntouched();
 }
 
-TEST_P(PerformSortTest, saysWhatTheParserSaysAndCreatesNothing) {
+TEST_P(PerformSortTest, reportsTheParsersErrorAndCreatesNothing) {
   for (const char* content :
        {"", "no property list, {", "bplist00 but no more", "<?xml version=\"1.0\"?><plist><dict>"}) {
     machine_.files.put(bookmarks, content);
@@ -427,7 +428,7 @@ TEST_P(PerformSortTest, leavesTheFileIfTheBackupsFolderCannotBeCreated) {
   }
 }
 
-TEST_P(PerformSortTest, leavesTheFileIfAFileIsWhereTheBackupsFolderShouldBe) {
+TEST_P(PerformSortTest, leavesTheFileIfTheBackupsFolderIsAFile) {
   machine_.files.put("/home/user/Library/Application Support/Quillery", "a file");
   filesAtFirst_ = machine_.files.files();
   foldersAtFirst_ = machine_.files.folders();
@@ -439,7 +440,7 @@ TEST_P(PerformSortTest, leavesTheFileIfThereIsNoSpaceForTheBackup) {
   machine_.files.failOn("write new", ENOSPC);
   expectSystemFailure(upToTheBackup, "No space left on device");
   EXPECT_EQ(machine_.files.files(), filesAtFirst_);
-  EXPECT_EQ(machine_.files.mode(backups), 0700U) << "created, and left";
+  EXPECT_EQ(machine_.files.mode(backups), 0700U) << "the new folder stays";
 }
 
 TEST_P(PerformSortTest, leavesTheFileIfTheBackupMayNotBeWritten) {
@@ -448,14 +449,14 @@ TEST_P(PerformSortTest, leavesTheFileIfTheBackupMayNotBeWritten) {
   EXPECT_EQ(machine_.files.files(), filesAtFirst_);
 }
 
-TEST_P(PerformSortTest, leavesTheFileAndTheOtherIfTheBackupsNameExists) {
+TEST_P(PerformSortTest, leavesBothFilesIfTheBackupsNameExists) {
   machine_.files.put(backup, "somebody else's", 0644);
   filesAtFirst_ = machine_.files.files();
   expectSystemFailure(upToTheBackup, "File exists");
   EXPECT_EQ(machine_.files.files(), filesAtFirst_);
 }
 
-TEST_P(PerformSortTest, leavesTheFileAndTheBackupWithItsFirstModeIfThatCannotBeSet) {
+TEST_P(PerformSortTest, leavesTheFileIfTheBackupsModeCannotBeSet) {
   machine_.files.failOn("set mode", EPERM);
   expectSystemFailure(upToTheMode, "Operation not permitted");
   expectOnlyABackup(0644);
@@ -463,7 +464,7 @@ TEST_P(PerformSortTest, leavesTheFileAndTheBackupWithItsFirstModeIfThatCannotBeS
 
 // The file cannot be serialised
 
-TEST_P(PerformSortTest, leavesAnOldStyleFileAndABackupBecauseItCannotBeWritten) {
+TEST_P(PerformSortTest, leavesAnOldStyleFileWithABackup) {
   machine_.files.put(bookmarks,
                      "{ Children = ( { WebBookmarkType = WebBookmarkTypeList; Title = Bar; Children = ( "
                      "{ WebBookmarkType = WebBookmarkTypeLeaf; Title = b; }, "
@@ -473,7 +474,7 @@ TEST_P(PerformSortTest, leavesAnOldStyleFileAndABackupBecauseItCannotBeWritten) 
   expectOnlyABackup();
 }
 
-TEST_P(PerformSortTest, findsAnOldStyleFileInOrderWithoutHavingToWriteIt) {
+TEST_P(PerformSortTest, findsAnOldStyleFileInOrder) {
   machine_.files.put(bookmarks, "{ Children = ( { WebBookmarkType = WebBookmarkTypeLeaf; Title = b; } ); }");
   EXPECT_EQ(run(), inOrder());
 }
@@ -484,9 +485,9 @@ TEST_P(PerformSortTest, leavesTheFileAndABackupIfSerializingFails) {
   expectOnlyABackup();
 }
 
-// Somebody else changed the file, or Safari started, while it was being sorted
+// The file changes, or Safari starts, during the sort
 
-TEST_P(PerformSortTest, leavesAFileThatChangedByOneByteOfTheSameLengthJustAfterItWasRead) {
+TEST_P(PerformSortTest, leavesAFileInWhichOneByteChanged) {
   machine_.journal.after("read", [&](const std::string& path) {
     std::string changed = machine_.files.content(path);
     changed[changed.find("apple")] = 'A';
@@ -501,7 +502,7 @@ TEST_P(PerformSortTest, leavesAFileThatChangedByOneByteOfTheSameLengthJustAfterI
   EXPECT_EQ(machine_.files.files(), wanted);
 }
 
-TEST_P(PerformSortTest, leavesAFileThatChangedRightBeforeItIsCompared) {
+TEST_P(PerformSortTest, leavesAFileThatChangedJustBeforeTheComparison) {
   machine_.journal.before("holds", [&](const std::string& path) { machine_.files.put(path, "changed"); });
   expectFailure(upToComparing, changedMeanwhile);
   EXPECT_EQ(machine_.files.content(bookmarks), "changed");
@@ -519,14 +520,14 @@ TEST_P(PerformSortTest, leavesAFileThatGrewOrShrank) {
   }
 }
 
-TEST_P(PerformSortTest, writesOverAFileThatWasChangedAndChangedBack) {
+TEST_P(PerformSortTest, replacesAFileThatWasChangedAndChangedBack) {
   const std::string old = filesAtFirst_.at(bookmarks).content;
   machine_.journal.after("read", [&](const std::string& path) { machine_.files.put(path, "changed"); });
   machine_.journal.before("holds", [&](const std::string& path) { machine_.files.put(path, old); });
   EXPECT_EQ(run(), sorted);
 }
 
-TEST_P(PerformSortTest, doesNotComeBackToAFileThatWasTakenAway) {
+TEST_P(PerformSortTest, doesNotRecreateADeletedFile) {
   machine_.journal.after("read", [&](const std::string& path) { machine_.files.remove(path); });
   expectSystemFailure(upToComparing, "No such file or directory");
   EXPECT_FALSE(machine_.files.files().contains(bookmarks));
@@ -548,7 +549,7 @@ TEST_P(PerformSortTest, leavesTheFileIfSafariStartsAfterItWasRead) {
         step, [&](const auto&) { machine_.applications.start(safari); }, occurrence);
     EXPECT_EQ(run(), failed);
     EXPECT_EQ(message(), changedMeanwhile + accessHint);
-    EXPECT_EQ(machine_.journal.count("holds"), 0) << "Safari is asked for first, and that is enough";
+    EXPECT_EQ(machine_.journal.count("holds"), 0) << "the check for Safari comes first";
     EXPECT_EQ(machine_.files.content(bookmarks), filesAtFirst_.at(bookmarks).content);
     EXPECT_EQ(machine_.files.mode(backups + "/Bookmarks-" + VirtualProcesses::uuid(occurrence) + ".plist"), 0600U);
   }
@@ -575,7 +576,7 @@ TEST_P(PerformSortTest, leavesTheOldFileWholeIfTheLastWriteStopsHalfWay) {
   expectOnlyABackup();
 }
 
-TEST_P(PerformSortTest, leavesTheOldFileWholeIfTheFolderMayNotBeWrittenTo) {
+TEST_P(PerformSortTest, leavesTheOldFileWholeIfTheFolderIsReadOnly) {
   machine_.files.failOn("write atomically", EACCES);
   expectSystemFailure(upToWriting, "Permission denied");
   expectOnlyABackup();
@@ -588,7 +589,7 @@ TEST_P(PerformSortTest, sortsTheNextTimeAfterAnyFailure) {
   EXPECT_EQ(outlineOf(machine_.files.content(bookmarks)), sortedOutline);
 }
 
-// When reporting fails, too
+// Failures outside of the job
 
 TEST_P(WatchedPerformSortTest, survivesADialogThatCannotBeShown) {
   machine_.journal.before("alert", [](const auto&) { throw Error("Desktop", 1, "There is no screen."); });
@@ -598,7 +599,7 @@ TEST_P(WatchedPerformSortTest, survivesADialogThatCannotBeShown) {
   EXPECT_EQ(outlineOf(machine_.files.content(bookmarks)), sortedOutline);
 }
 
-TEST_P(PerformSortTest, reportsThatSafariCannotBeLookedFor) {
+TEST_P(PerformSortTest, reportsThatTheQueryForSafariFailed) {
   machine_.journal.before("running?", [](const auto&) { throw Error("Bus", 1, "The bus does not answer."); });
   expectFailure({"running? com.apple.Safari"}, "The bus does not answer.");
   expectDiskUntouched();

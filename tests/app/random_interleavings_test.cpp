@@ -1,5 +1,5 @@
-// Ten thousand random courses of events, each with everything that can happen to the controller in any order, also in
-// the middle of dialogs; after each event, what must always hold.
+// Ten thousand random sequences of everything that can happen to the controller, also while dialogs are open. The
+// invariants are checked after each event.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -21,15 +21,16 @@ using namespace std::chrono_literals;
 constexpr int mostEvents = 30;
 constexpr int deepestDialog = 2;
 
-// What is seen over all courses: a test in which nothing happens shows nothing.
+// Counts what happened in all courses, because courses in which little happens would prove nothing.
 using Tally = std::map<std::string, int>;
 
+// One random sequence of events.
 class Course : private ControllerMachine {
  public:
   Course(unsigned seed, unsigned number, Tally& tally) : tally_(tally) {
     std::seed_seq seeds{seed, number};
     random_.seed(seeds);
-    watch();
+    watchOperations();
     if (chance(2)) storeDaily(below(24), below(60), someDays());
     if (chance(5)) machine_.defaults.put("sortingPaused", true);
     if (chance(5)) removeBookmarks();
@@ -40,8 +41,8 @@ class Course : private ControllerMachine {
   }
 
   void run() {
-    for (int event = below(mostEvents) + 1; event > 0 && !testing::Test::HasFailure(); --event) something();
-    comeToRest();
+    for (int event = below(mostEvents) + 1; event > 0 && !testing::Test::HasFailure(); --event) runRandomEvent();
+    settle();
   }
 
  private:
@@ -67,13 +68,13 @@ class Course : private ControllerMachine {
     behavior.quitsAfter = milliseconds(50'000);
     if (chance(2)) behavior.quitsAfter = milliseconds(2'000);
     if (chance(6)) behavior.quitsAfter = std::nullopt;
-    if (chance(6)) behavior.returnsAfter = milliseconds(5'000);
+    if (chance(6)) behavior.restartsAfter = milliseconds(5'000);
     return behavior;
   }
 
   // --- What can happen ---
 
-  void something() {
+  void runRandomEvent() {
     using Event = void (Course::*)();
     static constexpr std::array<Event, 26> events = {
         &Course::timePasses,        &Course::timePasses,         &Course::timePasses,
@@ -86,7 +87,7 @@ class Course : private ControllerMachine {
         &Course::updateAsks,        &Course::updateSessionEnds,  &Course::settingsAreDamaged,
         &Course::notificationIsOdd, &Course::programIsRelaunched};
     (this->*oneOf(events))();
-    expectWhatAlwaysHolds();
+    expectInvariants();
   }
 
   void timePasses() { machine_.loop.advance(milliseconds(chance(3) ? 120'000 : 2'000)); }
@@ -105,9 +106,9 @@ class Course : private ControllerMachine {
     machine_.applications.endProcess(501 + below(8));
   }
   void userTogglesSorting() {
-    userWishes_ = true;
+    isUserChoosing_ = true;
     controller_->toggleRunning();
-    userWishes_ = false;
+    isUserChoosing_ = false;
   }
   void userSortsNow() { controller_->sortNow(); }
   void userSavesSchedule() {
@@ -143,23 +144,22 @@ class Course : private ControllerMachine {
   }
   void notificationIsOdd() { machine_.workspace.notifyTermination(nullptr); }
   void programIsRelaunched() {
-    if (dialogs_ > 0) return;  // its menu cannot be reached, and it does not end by itself
+    if (dialogs_ > 0) return;  // a modal dialog keeps the user from quitting it
     controller_.reset();
     launch();
     controller_->scheduleDaily();
     ++tally_["the program was relaunched"];
   }
 
-  void onNext(const std::string& operation, std::function<void()> happening) {
+  void onNext(const std::string& operation, std::function<void()> event) {
     machine_.journal.after(
-        operation, [happening = std::move(happening)](const std::string&) { happening(); },
-        machine_.journal.count(operation) + 1);
+        operation, [event = std::move(event)](const std::string&) { event(); }, machine_.journal.count(operation) + 1);
   }
   void failNext(const std::string& operation) {
     machine_.files.failOn(operation, EIO, machine_.journal.count(operation) + 1);
   }
 
-  // The person in front of it: lets things happen while the dialog is open, then presses one of its buttons.
+  // The user: lets events happen while the dialog is open, then presses one of its buttons.
   std::size_t answer(const Alert& alert) {
     ++tally_["alert: " + alert.messageText];
     EXPECT_FALSE(automatic) << alert.messageText;
@@ -168,21 +168,21 @@ class Course : private ControllerMachine {
     ++dialogs_;
     jobDialogs_ += isOfTheJob ? 1 : 0;
     if (dialogs_ <= deepestDialog)
-      for (int event = below(6); event > 0 && !testing::Test::HasFailure(); --event) something();
+      for (int event = below(6); event > 0 && !testing::Test::HasFailure(); --event) runRandomEvent();
     jobDialogs_ -= isOfTheJob ? 1 : 0;
     --dialogs_;
-    // Whoever only ever retries never gets away.
+    // Never Retry here, because the job would ask again for as long as Safari stays open.
     if (alert.buttons.size() > 1 && alert.buttons.front() == "Retry") return below(3) < 2 ? 1U : 2U;
     return static_cast<std::size_t>(below(4));
   }
 
-  // --- What must hold whenever one of these is done ---
+  // --- What must hold at each of these operations ---
 
-  void watch() {
+  void watchOperations() {
     machine_.journal.beforeEach("parse", [this](const std::string&) {
       EXPECT_EQ(jobDialogs_, 0) << "a second sort inside the first";
       EXPECT_TRUE(controller_->busy);
-      EXPECT_FALSE(controller_->updateInstallPending && !wasBusyWhenAsked()) << "a sort began while an update waits";
+      EXPECT_FALSE(controller_->updateInstallPending && !isUpdatePostponed()) << "a sort began while an update waits";
     });
     machine_.journal.beforeEach("write atomically", [this](const std::string&) {
       ++tally_["the file was written"];
@@ -194,16 +194,16 @@ class Course : private ControllerMachine {
       EXPECT_TRUE(controller_->busy);
     });
     machine_.journal.beforeEach("set", [this](const std::string& what) {
-      EXPECT_TRUE(userWishes_ || !what.starts_with("sortingPaused")) << "nobody wished that";
+      EXPECT_TRUE(isUserChoosing_ || !what.starts_with("sortingPaused")) << "the user did not choose that";
     });
   }
-  // Pending since before the sort in progress: then nothing may have begun it. A sort that was asked to hurry up has a
-  // timer that waits for its end.
-  bool wasBusyWhenAsked() const { return controller_->updateWaitTimer != nullptr; }
+  // True if the update was postponed behind the sort in progress. Otherwise it was pending first, and no sort may have
+  // begun.
+  bool isUpdatePostponed() const { return controller_->updateWaitTimer != nullptr; }
 
   bool isWaiting() const { return controller_->quitTimer && controller_->quitTimer->isValid(); }
 
-  void expectWhatAlwaysHolds() {
+  void expectInvariants() {
     EXPECT_EQ(controller_->busy, isWaiting() || jobDialogs_ > 0);
     EXPECT_FALSE(isWaiting() && jobDialogs_ > 0) << "two sequences";
     EXPECT_FALSE(automatic);
@@ -216,14 +216,14 @@ class Course : private ControllerMachine {
     EXPECT_TRUE(controller_->busy || controller_->updateWaitTimer == nullptr || machine_.loop.armedTimers() > 0);
   }
 
-  // Everything that waits comes to its end, and every Safari is quit by its user.
-  void comeToRest() {
+  // Lets every pending timer finish and quits every Safari as its user would.
+  void settle() {
     machine_.loop.advance(2min);
     machine_.applications.end(safari);
     machine_.loop.advance(2min);
     machine_.applications.end(safari);
     machine_.loop.advance(2min);
-    expectWhatAlwaysHolds();
+    expectInvariants();
     EXPECT_FALSE(controller_->busy);
     EXPECT_TRUE(safaris() > 0 || controller_->ownQuitPIDs.empty());
     EXPECT_EQ(controller_->updateWaitTimer, nullptr);
@@ -237,10 +237,10 @@ class Course : private ControllerMachine {
   std::mt19937 random_;
   int dialogs_ = 0;
   int jobDialogs_ = 0;
-  bool userWishes_ = false;
+  bool isUserChoosing_ = false;
 };
 
-TEST(RandomInterleavings, leaveEverythingAsItMustBe) {
+TEST(RandomInterleavings, keepEveryInvariant) {
   const unsigned seed = randomSeed();
   const unsigned rounds = randomRounds();
   Tally tally;
@@ -254,7 +254,7 @@ TEST(RandomInterleavings, leaveEverythingAsItMustBe) {
         "alert: Already sorted", "alert: Safari is still open", "alert: Bookmarks could not be sorted",
         "the file was written", "Safari was asked to quit", "an update waited for a sort", "the program was relaunched",
         "ended running", "ended stopped", "ended without access"})
-    EXPECT_GE(tally[what], static_cast<int>(rounds / 200)) << what << ": too seldom to show anything";
+    EXPECT_GE(tally[what], static_cast<int>(rounds / 200)) << what << ": too rare to prove anything";
 }
 
 }  // namespace

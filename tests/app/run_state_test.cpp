@@ -1,4 +1,4 @@
-// Running, Stopped and Access required: every way from one to another, and what each one does on the way.
+// The states Running, Stopped and Access required: every transition and its effects.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -74,7 +74,7 @@ TEST_F(RunState, isStoppedIfSortingIsStoredAsPaused) {
   expectStopped();
 }
 
-TEST_F(RunState, readsSortingPausedOfAnotherTypeAsABooleanReaderDoes) {
+TEST_F(RunState, convertsASortingPausedOfAnotherType) {
   machine_.defaults.put("sortingPaused", u"YES");
   launch();
   expectStopped();
@@ -83,7 +83,7 @@ TEST_F(RunState, readsSortingPausedOfAnotherTypeAsABooleanReaderDoes) {
   expectRunning();
 }
 
-TEST_F(RunState, touchesNothingAtTheStart) {
+TEST_F(RunState, hasNoEffectsWhenCreated) {
   const auto controller = std::make_shared<SorterDelegate>();
   EXPECT_THAT(noted(), IsEmpty());
 }
@@ -108,14 +108,14 @@ TEST_F(RunState, isShownAsAccessRequired) {
   EXPECT_EQ(noted(), refreshed("Full Disk Access Required — Start"));
 }
 
-TEST_F(RunState, isShownAsAccessRequiredEvenIfEnabledWereTrueAsWell) {
+TEST_F(RunState, showsAccessRequiredRatherThanRunning) {
   launch();
   controller_->needsAccess = true;
   controller_->refresh();
   EXPECT_EQ(status_->title(), accessTitle);
 }
 
-TEST_F(RunState, keepsTheLineEnabledWhateverThePlatformThinks) {
+TEST_F(RunState, keepsTheStatusLineEnabled) {
   launch();
   status_->setEnabled(false);
   menu_->setAutoenablesItems(true);
@@ -126,14 +126,14 @@ TEST_F(RunState, keepsTheLineEnabledWhateverThePlatformThinks) {
 
 // --- stop ---
 
-TEST_F(RunState, fromRunningByStopIsStopped) {
+TEST_F(RunState, stopLeadsFromRunningToStopped) {
   launch();
   controller_->stop();
   expectStopped();
   EXPECT_EQ(noted(), (Entries{"set sortingPaused true"} + refreshed(stoppedTitle)));
 }
 
-TEST_F(RunState, fromRunningByStopInvalidatesTheTimerBeforeTheWishIsStored) {
+TEST_F(RunState, stopInvalidatesTheTimerBeforeItStoresTheChoice) {
   launch();
   storeDaily(9, 30);
   controller_->scheduleDaily();
@@ -143,7 +143,7 @@ TEST_F(RunState, fromRunningByStopInvalidatesTheTimerBeforeTheWishIsStored) {
             (Entries{"invalidate at 2026-09-21 09:30:00", "set sortingPaused true"} + refreshed(stoppedTitle)));
 }
 
-TEST_F(RunState, fromRunningByTheStatusLineIsStoppedInTheSameWay) {
+TEST_F(RunState, statusLineStopsLikeStop) {
   launch();
   storeDaily(9, 30);
   controller_->scheduleDaily();
@@ -154,7 +154,7 @@ TEST_F(RunState, fromRunningByTheStatusLineIsStoppedInTheSameWay) {
             (Entries{"invalidate at 2026-09-21 09:30:00", "set sortingPaused true"} + refreshed(stoppedTitle)));
 }
 
-TEST_F(RunState, stoppedByTheStatusLineStaysStoppedAfterARelaunch) {
+TEST_F(RunState, staysStoppedAfterARelaunch) {
   launch();
   controller_->toggleRunning();
   launch();
@@ -163,7 +163,7 @@ TEST_F(RunState, stoppedByTheStatusLineStaysStoppedAfterARelaunch) {
 
 // --- start ---
 
-TEST_F(RunState, fromStoppedByStartIsRunning) {
+TEST_F(RunState, startLeadsFromStoppedToRunning) {
   launchStopped();
   storeDaily(9, 30);
   controller_->start();
@@ -173,7 +173,7 @@ TEST_F(RunState, fromStoppedByStartIsRunning) {
              refreshed(runningTitle) + Entries{"timer at 2026-09-21 09:30:00"}));
 }
 
-TEST_F(RunState, fromStoppedByTheStatusLineIsRunning) {
+TEST_F(RunState, statusLineStartsFromStopped) {
   launchStopped();
   controller_->toggleRunning();
   expectRunning();
@@ -181,7 +181,7 @@ TEST_F(RunState, fromStoppedByTheStatusLineIsRunning) {
   EXPECT_EQ(machine_.defaults.values().at("bookmarkAccessPreviouslyGranted"), PlistValue(true));
 }
 
-TEST_F(RunState, fromAccessRequiredByTheStatusLineIsRunningOnceTheFileCanBeRead) {
+TEST_F(RunState, statusLineStartsOnceTheFileIsReadable) {
   launchWithoutAccess();
   storeDaily(9, 30);
   putUnsortedBookmarks();
@@ -190,23 +190,23 @@ TEST_F(RunState, fromAccessRequiredByTheStatusLineIsRunningOnceTheFileCanBeRead)
   EXPECT_EQ(nextSort(), "2026-09-21 09:30:00");
 }
 
-TEST_F(RunState, fromStoppedByStartIsAccessRequiredIfTheFileCannotBeRead) {
+TEST_F(RunState, startWithoutAccessKeepsTheStoredChoice) {
   launchStopped();
   removeBookmarks();
   controller_->start();
   expectAccessRequired();
   EXPECT_EQ(noted(), (Entries{"read " + bookmarks} + refreshed(accessTitle)));
-  EXPECT_EQ(machine_.defaults.values().at("sortingPaused"), PlistValue(true)) << "the user's wish outlives it";
+  EXPECT_EQ(machine_.defaults.values().at("sortingPaused"), PlistValue(true)) << "the user's choice stays stored";
 }
 
-TEST_F(RunState, fromStoppedByTheStatusLineIsAccessRequiredIfTheFileCannotBeRead) {
+TEST_F(RunState, statusLineWithoutAccessMeansAccessRequired) {
   launchStopped();
   removeBookmarks();
   controller_->toggleRunning();
   expectAccessRequired();
 }
 
-TEST_F(RunState, fromAccessRequiredByTheStatusLineStaysAndWritesNothingIfTheFileStillCannotBeRead) {
+TEST_F(RunState, statusLineStillWithoutAccessStoresNothing) {
   launchWithoutAccess();
   controller_->toggleRunning();
   expectAccessRequired();
@@ -214,7 +214,7 @@ TEST_F(RunState, fromAccessRequiredByTheStatusLineStaysAndWritesNothingIfTheFile
   EXPECT_THAT(machine_.defaults.values(), IsEmpty());
 }
 
-TEST_F(RunState, fromRunningByStartWithoutAccessInvalidatesTheTimer) {
+TEST_F(RunState, startWithoutAccessInvalidatesTheTimer) {
   launch();
   storeDaily(9, 30);
   controller_->scheduleDaily();
@@ -224,7 +224,7 @@ TEST_F(RunState, fromRunningByStartWithoutAccessInvalidatesTheTimer) {
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
 }
 
-TEST_F(RunState, fromRunningByStartStaysRunningAndArmsTheTimerAnew) {
+TEST_F(RunState, startWhileRunningRearmsTheTimer) {
   launch();
   storeDaily(9, 30);
   controller_->start();
@@ -235,7 +235,7 @@ TEST_F(RunState, fromRunningByStartStaysRunningAndArmsTheTimerAnew) {
 
 // --- pauseForAccess ---
 
-TEST_F(RunState, fromRunningByPauseForAccessIsAccessRequiredAndNothingIsStored) {
+TEST_F(RunState, pauseForAccessStoresNothing) {
   launch();
   storeDaily(9, 30);
   controller_->scheduleDaily();
@@ -247,7 +247,7 @@ TEST_F(RunState, fromRunningByPauseForAccessIsAccessRequiredAndNothingIsStored) 
   EXPECT_EQ(machine_.defaults.values(), before);
 }
 
-TEST_F(RunState, pausedForAccessIsRunningAgainAfterARelaunch) {
+TEST_F(RunState, runsAgainAfterAPauseForAccessAndARelaunch) {
   launch();
   controller_->pauseForAccess();
   launch();
@@ -256,7 +256,7 @@ TEST_F(RunState, pausedForAccessIsRunningAgainAfterARelaunch) {
 
 // --- tick ---
 
-TEST_F(RunState, runningSortsUnattendedOnATick) {
+TEST_F(RunState, tickSortsUnattended) {
   launch();
   controller_->tick();
   EXPECT_EQ(noted(), (Entries{"read " + bookmarks} + unattendedSort()));
@@ -265,23 +265,23 @@ TEST_F(RunState, runningSortsUnattendedOnATick) {
   EXPECT_FALSE(automatic);
 }
 
-TEST_F(RunState, isBusyAndUnattendedFromTheBeginningOfATicksSortToItsEnd) {
+TEST_F(RunState, tickIsBusyAndAutomaticDuringTheWholeSort) {
   launch();
-  int looked = 0;
+  int checks = 0;
   for (const std::string operation : {"parse", "write atomically", "printed"})
     machine_.journal.after(operation, [&](const std::string&) {
-      ++looked;
+      ++checks;
       EXPECT_TRUE(controller_->busy);
       EXPECT_TRUE(automatic);
     });
   machine_.journal.before("read", [&](const std::string&) { EXPECT_FALSE(controller_->busy) << "the probe"; });
   controller_->tick();
-  EXPECT_EQ(looked, 3);
+  EXPECT_EQ(checks, 3);
   EXPECT_FALSE(controller_->busy);
   EXPECT_FALSE(automatic);
 }
 
-TEST_F(RunState, runningFindsNothingToSayOnATickIfAllIsInOrder) {
+TEST_F(RunState, tickReportsNothingIfAllIsInOrder) {
   launch();
   controller_->tick();
   noted();
@@ -289,7 +289,7 @@ TEST_F(RunState, runningFindsNothingToSayOnATickIfAllIsInOrder) {
   EXPECT_THAT(noted(), ElementsAre("read " + bookmarks, "read " + bookmarks, "parse"));
 }
 
-TEST_F(RunState, isNotBusyAfterATickWhoseSortFails) {
+TEST_F(RunState, tickIsNotBusyAfterAFailedSort) {
   launch();
   machine_.files.put(bookmarks, "damaged");
   controller_->tick();
@@ -298,13 +298,13 @@ TEST_F(RunState, isNotBusyAfterATickWhoseSortFails) {
   EXPECT_THAT(machine_.output.text(), testing::StartsWith("Bookmarks could not be sorted: "));
 }
 
-TEST_F(RunState, stoppedDoesNothingAtAllOnATick) {
+TEST_F(RunState, tickDoesNothingWhileStopped) {
   launchStopped();
   controller_->tick();
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(RunState, busyDoesNothingAtAllOnATick) {
+TEST_F(RunState, tickDoesNothingWhileBusy) {
   launch();
   controller_->busy = true;
   controller_->tick();
@@ -312,22 +312,22 @@ TEST_F(RunState, busyDoesNothingAtAllOnATick) {
   EXPECT_TRUE(controller_->busy);
 }
 
-TEST_F(RunState, withAnUpdateWaitingDoesNothingAtAllOnATick) {
+TEST_F(RunState, tickDoesNothingWhileAnUpdateWaits) {
   launch();
   controller_->updateInstallPending = true;
   controller_->tick();
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(RunState, inAccessRequiredDoesNothingAtAllOnATick) {
+TEST_F(RunState, tickDoesNothingInAccessRequired) {
   launchWithoutAccess();
   putUnsortedBookmarks();
   controller_->tick();
-  EXPECT_THAT(noted(), IsEmpty()) << "only the status line leads out of it";
+  EXPECT_THAT(noted(), IsEmpty()) << "only start() leaves this state";
   expectAccessRequired();
 }
 
-TEST_F(RunState, fromRunningByATickIsAccessRequiredIfTheFileCannotBeRead) {
+TEST_F(RunState, tickWithoutAccessMeansAccessRequired) {
   launch();
   storeDaily(9, 30);
   controller_->scheduleDaily();
@@ -338,7 +338,7 @@ TEST_F(RunState, fromRunningByATickIsAccessRequiredIfTheFileCannotBeRead) {
   EXPECT_EQ(noted(), (Entries{"read " + bookmarks, "invalidate at 2026-09-21 09:30:00"} + refreshed(accessTitle)));
 }
 
-TEST_F(RunState, thatLostAccessOnATickIsRunningAgainAfterARelaunch) {
+TEST_F(RunState, runsAgainAfterALostAccessAndARelaunch) {
   launch();
   removeBookmarks();
   controller_->tick();
@@ -346,14 +346,14 @@ TEST_F(RunState, thatLostAccessOnATickIsRunningAgainAfterARelaunch) {
   expectRunning();
 }
 
-TEST_F(RunState, takesARefusedReadForAMissingFile) {
+TEST_F(RunState, tickTreatsARefusedReadLikeAMissingFile) {
   launch();
   machine_.files.failOn("read", EACCES);
   controller_->tick();
   expectAccessRequired();
 }
 
-TEST_F(RunState, leavesSafariAloneOnATick) {
+TEST_F(RunState, tickNeitherQuitsNorOpensSafari) {
   launch();
   const int process = startSafari();
   machine_.journal.after("read", [&](const std::string&) { machine_.applications.endProcess(process); });

@@ -1,4 +1,4 @@
-// Sorting around Safari: the command, the sequence of quitting, sorting and reopening, and the sort after a quit.
+// Sorting around Safari: Sort Now…, the sequence of quitting, sorting and reopening, and the sort on quit.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-// The buttons of the question about an open Safari.
+// The buttons of the question about an open Safari, by index.
 constexpr std::size_t quitSortAndReopen = 0;
 constexpr std::size_t retry = 1;
 constexpr std::size_t cancel = 2;
@@ -45,7 +45,7 @@ class SafariOrchestration : public ControllerTest {
     ASSERT_NE(controller_->quitTimer, nullptr);
     EXPECT_TRUE(controller_->quitTimer->isValid());
   }
-  // Starts a sequence that waits for the one Safari.
+  // Starts one Safari and a sequence that waits for it to quit. Returns Safari's process identifier.
   int startWaiting(const QuitBehavior& behavior, bool quiet = true) {
     const int process = startSafari(behavior);
     controller_->closeSortReopen(quiet);
@@ -54,7 +54,7 @@ class SafariOrchestration : public ControllerTest {
   }
 };
 
-TEST_F(SafariOrchestration, hasTheTimesThatItKeepsTo) {
+TEST_F(SafariOrchestration, hasItsDeadlineAndIntervals) {
   EXPECT_EQ(quitDeadline, 45s);
   EXPECT_EQ(quitPollInterval, 250ms);
   EXPECT_EQ(sortOnQuitDelay, 1s);
@@ -64,7 +64,7 @@ TEST_F(SafariOrchestration, hasTheTimesThatItKeepsTo) {
 
 class SortNow : public SafariOrchestration {};
 
-TEST_F(SortNow, withSafariClosedSortsAtOnceAndShowsTheResult) {
+TEST_F(SortNow, sortsAtOnceAndShowsTheResultIfSafariIsClosed) {
   machine_.userInterface.willAnswer(0, [&] {
     EXPECT_TRUE(controller_->busy);
     EXPECT_FALSE(automatic);
@@ -75,7 +75,7 @@ TEST_F(SortNow, withSafariClosedSortsAtOnceAndShowsTheResult) {
   expectIdle();
 }
 
-TEST_F(SortNow, withSafariClosedAndAllInOrderSaysSo) {
+TEST_F(SortNow, reportsThatAllIsInOrder) {
   controller_->tick();
   noted();
   machine_.userInterface.willAnswer(0);
@@ -84,7 +84,7 @@ TEST_F(SortNow, withSafariClosedAndAllInOrderSaysSo) {
                                        "alert Already sorted"}));
 }
 
-TEST_F(SortNow, withSafariClosedShowsWhatWentWrong) {
+TEST_F(SortNow, showsAFailure) {
   machine_.files.put(bookmarks, "damaged");
   machine_.userInterface.willAnswer(0);
   controller_->sortNow();
@@ -100,14 +100,14 @@ TEST_F(SortNow, sortsEvenWhileAutomaticSortingIsStopped) {
   EXPECT_FALSE(controller_->enabled);
 }
 
-TEST_F(SortNow, neitherQuitsNorOpensASafariThatIsClosed) {
+TEST_F(SortNow, neitherQuitsNorOpensAClosedSafari) {
   machine_.userInterface.willAnswer(0);
   controller_->sortNow();
   EXPECT_EQ(machine_.journal.count("quit"), 0);
   EXPECT_EQ(machine_.journal.count("open"), 0);
 }
 
-TEST_F(SortNow, withSafariOpenAsksWhatToDoWithoutActivatingFirst) {
+TEST_F(SortNow, asksAboutAnOpenSafariWithoutActivating) {
   startSafari();
   machine_.userInterface.willAnswer(cancel, [&] { EXPECT_FALSE(controller_->busy); });
   controller_->sortNow();
@@ -120,7 +120,7 @@ TEST_F(SortNow, withSafariOpenAsksWhatToDoWithoutActivatingFirst) {
   EXPECT_THAT(alert.buttons, ElementsAre("Quit Safari, Sort & Reopen", "Retry", "Cancel"));
 }
 
-TEST_F(SortNow, cancelledDoesNothing) {
+TEST_F(SortNow, cancelDoesNothing) {
   startSafari();
   machine_.userInterface.willAnswer(cancel);
   controller_->sortNow();
@@ -130,7 +130,7 @@ TEST_F(SortNow, cancelledDoesNothing) {
   expectIdle();
 }
 
-TEST_F(SortNow, answeredInAnyOtherWayDoesNothing) {
+TEST_F(SortNow, anyOtherAnswerDoesNothing) {
   startSafari();
   machine_.userInterface.willAnswer(1000);
   controller_->sortNow();
@@ -138,30 +138,30 @@ TEST_F(SortNow, answeredInAnyOtherWayDoesNothing) {
   expectIdle();
 }
 
-TEST_F(SortNow, retriedAfterTheUserHasQuitSafariSortsAtOnceAndShowsTheResult) {
+TEST_F(SortNow, retrySortsAtOnceIfTheUserQuitSafari) {
   const int process = startSafari();
   machine_.userInterface.willAnswer(retry, [&] { machine_.applications.endProcess(process); });
   machine_.userInterface.willAnswer(0);
   controller_->sortNow();
   EXPECT_EQ(noted(), (asked + probed + attendedSort()));
-  EXPECT_EQ(machine_.journal.count("open"), 0) << "it was the user who quit it";
+  EXPECT_EQ(machine_.journal.count("open"), 0) << "the user had quit it";
 }
 
-TEST_F(SortNow, retriedWithSafariStillOpenAsksAgain) {
+TEST_F(SortNow, retryAsksAgainWhileSafariIsOpen) {
   startSafari();
   for (const std::size_t answer : {retry, retry, cancel}) machine_.userInterface.willAnswer(answer);
   controller_->sortNow();
   EXPECT_EQ(noted(), (asked + asked + asked));
 }
 
-TEST_F(SortNow, retriedChecksTheAccessAgain) {
+TEST_F(SortNow, retryChecksAccessAgain) {
   startSafari();
   machine_.userInterface.willAnswer(retry, [&] { removeBookmarks(); });
   controller_->sortNow();
   EXPECT_EQ(noted(), (asked + probed + refreshed(accessTitle)));
 }
 
-TEST_F(SortNow, confirmedAsksSafariToQuit) {
+TEST_F(SortNow, confirmationAsksSafariToQuit) {
   const int process = startSafari();
   machine_.userInterface.willAnswer(quitSortAndReopen);
   controller_->sortNow();
@@ -169,7 +169,7 @@ TEST_F(SortNow, confirmedAsksSafariToQuit) {
   expectWaiting();
 }
 
-TEST_F(SortNow, confirmedPrintsTheResultAndReopensSafari) {
+TEST_F(SortNow, confirmationPrintsTheResultAndReopensSafari) {
   startSafari();
   machine_.userInterface.willAnswer(quitSortAndReopen);
   controller_->sortNow();
@@ -179,26 +179,36 @@ TEST_F(SortNow, confirmedPrintsTheResultAndReopensSafari) {
   expectIdle();
 }
 
-TEST_F(SortNow, confirmedAfterSafariWasQuitMeanwhileSortsAndDoesNotOpenIt) {
+TEST_F(SortNow, confirmationShowsThatSafariDidNotClose) {
+  startSafari({.quitsAfter = std::nullopt});
+  machine_.userInterface.willAnswer(quitSortAndReopen);
+  controller_->sortNow();
+  noted();
+  machine_.userInterface.willAnswer(0);
+  machine_.loop.advance(45s);
+  EXPECT_EQ(noted(), (doneWaiting + gaveUp)) << "a sequence from the dialog is not quiet";
+}
+
+TEST_F(SortNow, confirmationDoesNotOpenASafariThatHadQuit) {
   const int process = startSafari();
   machine_.userInterface.willAnswer(quitSortAndReopen, [&] { machine_.applications.endProcess(process); });
   controller_->sortNow();
   EXPECT_EQ(noted(), (asked + probed + unattendedSort()));
 }
 
-TEST_F(SortNow, whileASortRunsDoesNothingWithoutAWord) {
+TEST_F(SortNow, isIgnoredWhileBusy) {
   controller_->busy = true;
   controller_->sortNow();
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(SortNow, whileAnUpdateWaitsDoesNothingWithoutAWord) {
+TEST_F(SortNow, isIgnoredWhileAnUpdateWaits) {
   controller_->updateInstallPending = true;
   controller_->sortNow();
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(SortNow, withoutAccessIsAccessRequiredWithoutADialog) {
+TEST_F(SortNow, withoutAccessMeansAccessRequiredAndNoDialog) {
   storeDaily(9, 30);
   controller_->scheduleDaily();
   removeBookmarks();
@@ -214,18 +224,18 @@ TEST_F(SortNow, withoutAccessIsAccessRequiredWithoutADialog) {
 
 class CloseSortReopen : public SafariOrchestration {};
 
-TEST_F(CloseSortReopen, withSafariClosedSortsAtOnceAndDoesNotOpenIt) {
+TEST_F(CloseSortReopen, sortsAtOnceAndDoesNotOpenAClosedSafari) {
   controller_->closeSortReopen(true);
   EXPECT_EQ(noted(), (probed + unattendedSort()));
   expectIdle();
 }
 
-TEST_F(CloseSortReopen, withSafariClosedPrintsTheResultEvenIfNotQuiet) {
+TEST_F(CloseSortReopen, printsTheResultEvenIfNotQuiet) {
   controller_->closeSortReopen(false);
   EXPECT_EQ(noted(), (probed + unattendedSort()));
 }
 
-TEST_F(CloseSortReopen, asksWaitsSortsReopensAndClearsInThisOrder) {
+TEST_F(CloseSortReopen, quitsWaitsSortsReopensThenClearsBusy) {
   const int process = startSafari({.quitsAfter = 2s});
   controller_->closeSortReopen(true);
   EXPECT_EQ(noted(), (probed + waitingFor(process)));
@@ -233,7 +243,8 @@ TEST_F(CloseSortReopen, asksWaitsSortsReopensAndClearsInThisOrder) {
   expectWaiting();
   machine_.loop.advance(2s - 1ms);
   EXPECT_THAT(noted(), IsEmpty());
-  machine_.journal.after("open", [&](const std::string&) { EXPECT_TRUE(controller_->busy) << "to the very end"; });
+  machine_.journal.after(
+      "open", [&](const std::string&) { EXPECT_TRUE(controller_->busy) << "until the end of the sequence"; });
   machine_.loop.advance(1ms);
   EXPECT_EQ(noted(), (doneWaiting + unattendedSort() + reopened));
   EXPECT_TRUE(isSorted());
@@ -242,7 +253,7 @@ TEST_F(CloseSortReopen, asksWaitsSortsReopensAndClearsInThisOrder) {
   expectIdle();
 }
 
-TEST_F(CloseSortReopen, looksEveryQuarterOfASecond) {
+TEST_F(CloseSortReopen, pollsFourTimesASecond) {
   startWaiting({.quitsAfter = std::nullopt});
   const int before = machine_.journal.count("running?");
   machine_.loop.advance(249ms);
@@ -253,7 +264,7 @@ TEST_F(CloseSortReopen, looksEveryQuarterOfASecond) {
   EXPECT_EQ(machine_.journal.count("running?"), before + 5);
 }
 
-TEST_F(CloseSortReopen, isUnattendedWhileItSortsAndNotBefore) {
+TEST_F(CloseSortReopen, isAutomaticOnlyWhileItSorts) {
   startWaiting({.quitsAfter = 1s});
   EXPECT_FALSE(automatic);
   machine_.journal.before("write atomically", [&](const std::string&) { EXPECT_TRUE(automatic); });
@@ -263,14 +274,26 @@ TEST_F(CloseSortReopen, isUnattendedWhileItSortsAndNotBefore) {
   EXPECT_FALSE(automatic);
 }
 
-TEST_F(CloseSortReopen, opensSafariEvenIfAllWasInOrder) {
+TEST_F(CloseSortReopen, hasNoQuitTimerWhileItSorts) {
+  startWaiting({.quitsAfter = 1s});
+  int checks = 0;
+  for (const std::string operation : {"parse", "write atomically", "printed"})
+    machine_.journal.before(operation, [&](const std::string&) {
+      ++checks;
+      EXPECT_EQ(controller_->quitTimer, nullptr);
+    });
+  machine_.loop.advance(1s);
+  EXPECT_EQ(checks, 3);
+}
+
+TEST_F(CloseSortReopen, reopensSafariEvenIfAllWasInOrder) {
   controller_->tick();
   startWaiting({.quitsAfter = 1s});
   machine_.loop.advance(1s);
   EXPECT_EQ(noted(), (doneWaiting + Entries{"read " + bookmarks, "parse"} + reopened));
 }
 
-TEST_F(CloseSortReopen, opensSafariEvenIfTheSortFailed) {
+TEST_F(CloseSortReopen, reopensSafariEvenIfTheSortFailed) {
   startWaiting({.quitsAfter = 1s});
   machine_.files.put(bookmarks, "damaged");
   machine_.loop.advance(1s);
@@ -279,7 +302,7 @@ TEST_F(CloseSortReopen, opensSafariEvenIfTheSortFailed) {
   expectIdle();
 }
 
-TEST_F(CloseSortReopen, asksBothOfTwoSafarisAndWaitsForTheLast) {
+TEST_F(CloseSortReopen, asksBothSafarisAndWaitsForTheLast) {
   const int first = startSafari({.quitsAfter = 1s});
   const int second = startSafari({.quitsAfter = 5s});
   controller_->closeSortReopen(true);
@@ -304,19 +327,19 @@ TEST_F(CloseSortReopen, waitsForASafariThatWasStartedMeanwhile) {
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(CloseSortReopen, waitsForASafariThatComesBackByItself) {
-  startWaiting({.quitsAfter = 1100ms, .returnsAfter = 100ms});
+TEST_F(CloseSortReopen, waitsForASafariThatRestartsItself) {
+  startWaiting({.quitsAfter = 1100ms, .restartsAfter = 100ms});
   machine_.loop.advance(44s);
-  EXPECT_EQ(sorts(), 0) << "it was gone only between two looks";
+  EXPECT_EQ(sorts(), 0) << "it was gone only between two polls";
   machine_.loop.advance(1s);
   EXPECT_EQ(sorts(), 0);
   expectIdle();
 }
 
-TEST_F(CloseSortReopen, doesNotTrackASafariThatRefusesButWaitsForItToo) {
+TEST_F(CloseSortReopen, waitsForButDoesNotTrackASafariThatRefuses) {
   const int process = startSafari({.isRefused = true});
   machine_.journal.before("quit", [&](const std::string&) {
-    EXPECT_THAT(controller_->ownQuitPIDs, ElementsAre(process)) << "tracked before it is asked";
+    EXPECT_THAT(controller_->ownQuitPIDs, ElementsAre(process)) << "tracked before the request";
   });
   controller_->closeSortReopen(true);
   EXPECT_THAT(controller_->ownQuitPIDs, IsEmpty());
@@ -325,22 +348,22 @@ TEST_F(CloseSortReopen, doesNotTrackASafariThatRefusesButWaitsForItToo) {
   machine_.applications.endProcess(process);
   machine_.loop.advance(250ms);
   EXPECT_EQ(sorts(), 1);
-  EXPECT_EQ(safaris(), 1) << "it is opened again";
+  EXPECT_EQ(safaris(), 1) << "it is reopened";
 }
 
-TEST_F(CloseSortReopen, sortsIfSafariIsGoneAfterFortyFourPointNineSeconds) {
+TEST_F(CloseSortReopen, sortsIfSafariQuitsAfter44Point9Seconds) {
   startWaiting({.quitsAfter = 44900ms});
   machine_.loop.advance(45s);
   EXPECT_EQ(noted(), (doneWaiting + unattendedSort() + reopened));
 }
 
-TEST_F(CloseSortReopen, sortsIfSafariIsGoneAtTheDeadlineItself) {
+TEST_F(CloseSortReopen, sortsIfSafariQuitsAtTheDeadline) {
   startWaiting({.quitsAfter = 45s});
   machine_.loop.advance(45s);
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(CloseSortReopen, waitsUntilTheLookAtTheDeadline) {
+TEST_F(CloseSortReopen, waitsUntilThePollAtTheDeadline) {
   startWaiting({.quitsAfter = std::nullopt});
   machine_.loop.advance(45s - 1ms);
   expectWaiting();
@@ -348,24 +371,34 @@ TEST_F(CloseSortReopen, waitsUntilTheLookAtTheDeadline) {
   expectIdle();
 }
 
-TEST_F(CloseSortReopen, givesUpIfSafariIsStillOpenAtFortyFiveSeconds) {
+TEST_F(CloseSortReopen, countsThe45SecondsFromTheEndOfTheQuitRequests) {
+  startSafari({.quitsAfter = std::nullopt});
+  machine_.journal.before("quit", [&](const std::string&) { machine_.loop.occupy(10s); });
+  controller_->closeSortReopen(true);
+  machine_.loop.advance(45s - 1ms);
+  expectWaiting();
+  machine_.loop.advance(1ms);
+  expectIdle();
+}
+
+TEST_F(CloseSortReopen, givesUpIfSafariIsOpenAfter45Seconds) {
   const int process = startWaiting({.quitsAfter = std::nullopt}, false);
   machine_.userInterface.willAnswer(0, [&] {
-    EXPECT_FALSE(controller_->busy) << "cleared before anything is said";
+    EXPECT_FALSE(controller_->busy) << "cleared before the alert";
     EXPECT_THAT(controller_->ownQuitPIDs, IsEmpty());
   });
   EXPECT_THAT(controller_->ownQuitPIDs, ElementsAre(process));
   machine_.loop.advance(45s);
-  EXPECT_EQ(noted(), (doneWaiting + gaveUp)) << "nothing is sorted and nothing is opened";
+  EXPECT_EQ(noted(), (doneWaiting + gaveUp)) << "nothing is sorted or opened";
   EXPECT_EQ(machine_.userInterface.alerts().at(0).informativeText,
             "Sorting was skipped. Resolve any Safari save prompts and try again. Safari was not force-quit.");
   EXPECT_EQ(safaris(), 1);
   expectIdle();
   machine_.loop.advance(10min);
-  EXPECT_THAT(noted(), IsEmpty()) << "the message comes once";
+  EXPECT_THAT(noted(), IsEmpty()) << "the alert is shown once";
 }
 
-TEST_F(CloseSortReopen, givesUpWithoutAWordIfQuiet) {
+TEST_F(CloseSortReopen, givesUpSilentlyIfQuiet) {
   startWaiting({.quitsAfter = std::nullopt});
   machine_.loop.advance(45s);
   EXPECT_EQ(noted(), doneWaiting);
@@ -374,7 +407,7 @@ TEST_F(CloseSortReopen, givesUpWithoutAWordIfQuiet) {
   expectIdle();
 }
 
-TEST_F(CloseSortReopen, givesUpOnTwoSafarisOfWhichOneStays) {
+TEST_F(CloseSortReopen, givesUpIfOneOfTwoSafarisStaysOpen) {
   startSafari({.quitsAfter = 1s});
   startWaiting({.quitsAfter = std::nullopt});
   machine_.loop.advance(45s);
@@ -383,7 +416,19 @@ TEST_F(CloseSortReopen, givesUpOnTwoSafarisOfWhichOneStays) {
   EXPECT_EQ(machine_.journal.count("open"), 0);
 }
 
-TEST_F(CloseSortReopen, givesUpAtTheFirstLookAfterASleepBeyondTheDeadline) {
+TEST_F(CloseSortReopen, givesUpAndForgetsOnlyTheProcessesThatItAsked) {
+  machine_.workspace.delayNotifications(5min);
+  machine_.workspace.setBehavior({.quitsAfter = std::nullopt});
+  const int earlier = startWaiting({.quitsAfter = 1s});
+  machine_.loop.advance(1s);
+  controller_->closeSortReopen(true);  // asks the reopened Safari, which stays open
+  EXPECT_EQ(controller_->ownQuitPIDs.size(), 2U);
+  machine_.loop.advance(45s);
+  expectIdle();
+  EXPECT_THAT(controller_->ownQuitPIDs, ElementsAre(earlier)) << "its end is not reported yet";
+}
+
+TEST_F(CloseSortReopen, givesUpAtTheFirstPollAfterALongSleep) {
   startWaiting({.quitsAfter = std::nullopt});
   machine_.sleep(1h);
   machine_.loop.advance(250ms);
@@ -391,7 +436,7 @@ TEST_F(CloseSortReopen, givesUpAtTheFirstLookAfterASleepBeyondTheDeadline) {
   EXPECT_EQ(sorts(), 0);
 }
 
-TEST_F(CloseSortReopen, sortsAfterASleepBeyondTheDeadlineIfSafariIsGone) {
+TEST_F(CloseSortReopen, sortsAfterALongSleepIfSafariHasQuit) {
   startWaiting({.quitsAfter = 100ms});
   machine_.loop.occupy(100ms);
   machine_.sleep(1h);
@@ -407,13 +452,13 @@ TEST_F(CloseSortReopen, canBeStartedAgainAfterItGaveUp) {
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(CloseSortReopen, whileASortRunsDoesNothingWithoutAWord) {
+TEST_F(CloseSortReopen, isIgnoredWhileBusy) {
   controller_->busy = true;
   controller_->closeSortReopen(false);
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(CloseSortReopen, whileOneWaitsDoesNothingWithoutAWord) {
+TEST_F(CloseSortReopen, isIgnoredWhileAnotherOneWaits) {
   startWaiting({.quitsAfter = 2s});
   controller_->closeSortReopen(false);
   EXPECT_THAT(noted(), IsEmpty());
@@ -421,17 +466,17 @@ TEST_F(CloseSortReopen, whileOneWaitsDoesNothingWithoutAWord) {
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(CloseSortReopen, whileAnUpdateWaitsDoesNothingWithoutAWord) {
+TEST_F(CloseSortReopen, isIgnoredWhileAnUpdateWaits) {
   controller_->updateInstallPending = true;
   controller_->closeSortReopen(false);
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(CloseSortReopen, withoutAccessDoesNothingAndLeavesTheStateAsItIs) {
+TEST_F(CloseSortReopen, withoutAccessChangesNothing) {
   startSafari();
   removeBookmarks();
   controller_->closeSortReopen(false);
-  EXPECT_EQ(noted(), probed) << "Safari is not asked, nothing is shown, the status line stays";
+  EXPECT_EQ(noted(), probed) << "no quit request, no alert, no new status line";
   EXPECT_TRUE(controller_->enabled);
   EXPECT_FALSE(controller_->needsAccess);
   expectIdle();
@@ -455,12 +500,12 @@ TEST_F(CloseSortReopen, keepsItsResultIfSafariCannotBeOpened) {
   machine_.workspace.breakOpening();
   startWaiting({.quitsAfter = 1s});
   machine_.loop.advance(1s);
-  EXPECT_EQ(noted(), (doneWaiting + unattendedSort() + reopened)) << "and nothing is said about it";
+  EXPECT_EQ(noted(), (doneWaiting + unattendedSort() + reopened)) << "the failure is not reported";
   EXPECT_TRUE(isSorted());
   expectIdle();
 }
 
-TEST_F(CloseSortReopen, leavesAFileAloneThatASafariStartedWhileItWasSorting) {
+TEST_F(CloseSortReopen, leavesTheFileIfSafariStartsDuringTheSort) {
   startWaiting({.quitsAfter = 1s});
   machine_.journal.after("serialize", [&](const std::string&) { startSafari(); });
   machine_.loop.advance(1s);
@@ -469,11 +514,11 @@ TEST_F(CloseSortReopen, leavesAFileAloneThatASafariStartedWhileItWasSorting) {
   expectIdle();
 }
 
-// --- After a quit by Safari's user ---
+// --- After the user quits Safari ---
 
 class SortOnQuit : public SafariOrchestration {};
 
-TEST_F(SortOnQuit, comesOneSecondLater) {
+TEST_F(SortOnQuit, sortsOneSecondLater) {
   const int process = startSafari();
   machine_.applications.endProcess(process);
   machine_.loop.advance(1s - 1ms);
@@ -484,35 +529,35 @@ TEST_F(SortOnQuit, comesOneSecondLater) {
   expectIdle();
 }
 
-TEST_F(SortOnQuit, doesNotFollowAQuitOfTheProgramsOwn) {
+TEST_F(SortOnQuit, ignoresItsOwnQuit) {
   startWaiting({.quitsAfter = 1s});
   machine_.loop.advance(10s);
   EXPECT_EQ(sorts(), 1);
   EXPECT_EQ(machine_.journal.count("after"), 0);
 }
 
-TEST_F(SortOnQuit, followsALaterQuitByTheUser) {
+TEST_F(SortOnQuit, sortsAfterALaterQuitByTheUser) {
   startWaiting({.quitsAfter = 1s});
   machine_.loop.advance(10s);
   putUnsortedBookmarks();
-  machine_.applications.end(safari);  // the one that was opened again
+  machine_.applications.end(safari);  // the reopened Safari
   machine_.loop.advance(1s);
   EXPECT_EQ(sorts(), 2);
 }
 
-TEST_F(SortOnQuit, doesNotFollowAnOwnQuitThatIsToldOnlyAfterTheSort) {
+TEST_F(SortOnQuit, ignoresItsOwnQuitReportedAfterTheSort) {
   machine_.workspace.delayNotifications(3s);
   const int process = startWaiting({.quitsAfter = 1s});
   machine_.loop.advance(2s);
   EXPECT_EQ(sorts(), 1);
   expectIdle();
-  EXPECT_THAT(controller_->ownQuitPIDs, ElementsAre(process)) << "it is not known yet to have ended";
+  EXPECT_THAT(controller_->ownQuitPIDs, ElementsAre(process)) << "its end is not reported yet";
   machine_.loop.advance(10s);
   EXPECT_THAT(controller_->ownQuitPIDs, IsEmpty());
   EXPECT_EQ(machine_.journal.count("after"), 0);
 }
 
-TEST_F(SortOnQuit, followsASafariThatQuitsOnlyAfterTheProgramGaveUp) {
+TEST_F(SortOnQuit, sortsAfterAQuitThatFollowsTheGiveUp) {
   startWaiting({.quitsAfter = 50s});
   machine_.loop.advance(50s);
   EXPECT_EQ(sorts(), 0);
@@ -521,7 +566,7 @@ TEST_F(SortOnQuit, followsASafariThatQuitsOnlyAfterTheProgramGaveUp) {
   EXPECT_EQ(safaris(), 0);
 }
 
-TEST_F(SortOnQuit, doesNotFollowWhileSortingIsStopped) {
+TEST_F(SortOnQuit, doesNotSortWhileStopped) {
   controller_->stop();
   startSafari();
   machine_.applications.end(safari);
@@ -530,7 +575,7 @@ TEST_F(SortOnQuit, doesNotFollowWhileSortingIsStopped) {
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(SortOnQuit, doesNotFollowIfSortingIsStoppedWithinTheSecond) {
+TEST_F(SortOnQuit, doesNotSortIfStoppedWithinTheSecond) {
   startSafari();
   machine_.applications.end(safari);
   machine_.loop.advance(500ms);
@@ -539,7 +584,7 @@ TEST_F(SortOnQuit, doesNotFollowIfSortingIsStoppedWithinTheSecond) {
   EXPECT_EQ(sorts(), 0);
 }
 
-TEST_F(SortOnQuit, doesNotFollowIfTheSettingIsOff) {
+TEST_F(SortOnQuit, doesNotSortIfTheSettingIsOff) {
   machine_.defaults.put("sortOnSafariQuit", false);
   startSafari();
   machine_.applications.end(safari);
@@ -547,7 +592,7 @@ TEST_F(SortOnQuit, doesNotFollowIfTheSettingIsOff) {
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(SortOnQuit, doesNotFollowIfTheSettingIsSwitchedOffWithinTheSecond) {
+TEST_F(SortOnQuit, doesNotSortIfTurnedOffWithinTheSecond) {
   startSafari();
   machine_.applications.end(safari);
   machine_.loop.advance(500ms);
@@ -555,10 +600,10 @@ TEST_F(SortOnQuit, doesNotFollowIfTheSettingIsSwitchedOffWithinTheSecond) {
   const int questions = machine_.journal.count("running?");
   machine_.loop.advance(2s);
   EXPECT_EQ(sorts(), 0);
-  EXPECT_EQ(machine_.journal.count("running?"), questions) << "it does not even look";
+  EXPECT_EQ(machine_.journal.count("running?"), questions) << "it does not even look for Safari";
 }
 
-TEST_F(SortOnQuit, doesNotFollowWhileASortIsInProgress) {
+TEST_F(SortOnQuit, doesNotSortWhileBusy) {
   startSafari();
   controller_->busy = true;
   machine_.applications.end(safari);
@@ -566,7 +611,7 @@ TEST_F(SortOnQuit, doesNotFollowWhileASortIsInProgress) {
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(SortOnQuit, doesNotFollowIfASortIsInProgressASecondLater) {
+TEST_F(SortOnQuit, doesNotSortIfBusyASecondLater) {
   startSafari();
   machine_.applications.end(safari);
   machine_.loop.advance(500ms);
@@ -575,15 +620,15 @@ TEST_F(SortOnQuit, doesNotFollowIfASortIsInProgressASecondLater) {
   EXPECT_EQ(sorts(), 0);
 }
 
-TEST_F(SortOnQuit, doesNotFollowWhileAnUpdateWaits) {
+TEST_F(SortOnQuit, doesNotSortWhileAnUpdateWaits) {
   controller_->updateInstallPending = true;
   startSafari();
   machine_.applications.end(safari);
   machine_.loop.advance(2s);
-  EXPECT_THAT(noted(), ElementsAre("after 1000 ms")) << "it is seen a second later";
+  EXPECT_THAT(noted(), ElementsAre("after 1000 ms")) << "tick() finds the update a second later";
 }
 
-TEST_F(SortOnQuit, doesNotFollowIfSafariIsRunningAgainASecondLater) {
+TEST_F(SortOnQuit, doesNotSortIfSafariRunsAgainASecondLater) {
   startSafari();
   machine_.applications.end(safari);
   machine_.loop.advance(999ms);
@@ -592,7 +637,7 @@ TEST_F(SortOnQuit, doesNotFollowIfSafariIsRunningAgainASecondLater) {
   EXPECT_THAT(noted(), ElementsAre("after 1000 ms"));
 }
 
-TEST_F(SortOnQuit, doesNotFollowWhileAnotherSafariIsRunning) {
+TEST_F(SortOnQuit, doesNotSortWhileAnotherSafariRuns) {
   const int process = startSafari();
   startSafari();
   machine_.applications.endProcess(process);
@@ -600,7 +645,7 @@ TEST_F(SortOnQuit, doesNotFollowWhileAnotherSafariIsRunning) {
   EXPECT_EQ(sorts(), 0);
 }
 
-TEST_F(SortOnQuit, comesOnceIfTwoSafarisAreQuitTogether) {
+TEST_F(SortOnQuit, sortsOnceIfTwoSafarisQuitTogether) {
   startSafari();
   startSafari();
   machine_.applications.end(safari);
@@ -608,7 +653,7 @@ TEST_F(SortOnQuit, comesOnceIfTwoSafarisAreQuitTogether) {
   EXPECT_EQ(sorts(), 1) << "the second attempt finds all in order";
 }
 
-TEST_F(SortOnQuit, withoutAccessIsAccessRequired) {
+TEST_F(SortOnQuit, withoutAccessMeansAccessRequired) {
   startSafari();
   machine_.applications.end(safari);
   removeBookmarks();
@@ -616,7 +661,7 @@ TEST_F(SortOnQuit, withoutAccessIsAccessRequired) {
   EXPECT_EQ(status_->title(), accessTitle);
 }
 
-TEST_F(SortOnQuit, doesNotFollowTheEndOfAnotherApplication) {
+TEST_F(SortOnQuit, ignoresOtherApplications) {
   for (const char* other : {"com.apple.SafariTechnologyPreview", "com.apple.safari", "com.apple.Safari2", ""}) {
     machine_.applications.start(other);
     machine_.applications.end(other);
@@ -625,13 +670,13 @@ TEST_F(SortOnQuit, doesNotFollowTheEndOfAnotherApplication) {
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(SortOnQuit, doesNotFollowANotificationThatNamesNoApplication) {
+TEST_F(SortOnQuit, ignoresANotificationWithoutAnApplication) {
   machine_.workspace.notifyTermination(nullptr);
   machine_.loop.advance(2s);
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(SortOnQuit, doesNotFollowTheEndOfAnApplicationWithoutAnIdentifier) {
+TEST_F(SortOnQuit, ignoresAnApplicationWithoutAnIdentifier) {
   class Nameless : public RunningApplication {
     int processIdentifier() const override { return 7; }
     std::optional<std::string> bundleIdentifier() const override { return std::nullopt; }
@@ -642,7 +687,7 @@ TEST_F(SortOnQuit, doesNotFollowTheEndOfAnApplicationWithoutAnIdentifier) {
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(SortOnQuit, forgetsAnOwnQuitThatIsTold) {
+TEST_F(SortOnQuit, forgetsItsOwnQuitOnceReported) {
   const int process = startWaiting({.quitsAfter = 400ms});
   EXPECT_THAT(controller_->ownQuitPIDs, ElementsAre(process));
   machine_.loop.advance(400ms);
@@ -650,9 +695,23 @@ TEST_F(SortOnQuit, forgetsAnOwnQuitThatIsTold) {
   expectWaiting();
 }
 
-// --- Always ---
+TEST_F(SortOnQuit, forgetsItsOwnQuitEvenIfSortingIsStopped) {
+  startWaiting({.quitsAfter = 400ms});
+  controller_->stop();
+  machine_.loop.advance(400ms);
+  EXPECT_THAT(controller_->ownQuitPIDs, IsEmpty());
+}
 
-TEST_F(SafariOrchestration, showsNoDialogAndStaysInTheBackgroundWhileUnattended) {
+TEST_F(SortOnQuit, forgetsItsOwnQuitEvenIfTheSettingIsOff) {
+  startWaiting({.quitsAfter = 400ms});
+  machine_.defaults.put("sortOnSafariQuit", false);
+  machine_.loop.advance(400ms);
+  EXPECT_THAT(controller_->ownQuitPIDs, IsEmpty());
+}
+
+// --- In every sequence ---
+
+TEST_F(SafariOrchestration, staysInTheBackgroundWhileUnattended) {
   storeDaily(9, 30);
   controller_->scheduleDaily();
   startSafari({.quitsAfter = std::nullopt});

@@ -1,4 +1,4 @@
-// The schedule window: what is in it and where, what is enabled when, and what its buttons do.
+// The schedule window: its controls and their places, when they are enabled, and what its buttons do.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Monday, 2026-09-21, 08:00.
+// The tests start on Monday, 2026-09-21, 08:00 UTC.
 class ScheduleWindow : public ControllerTest {
  protected:
   ScheduleWindow() { launch(); }
@@ -35,7 +35,7 @@ class ScheduleWindow : public ControllerTest {
       if (button->isOn()) days.push_back(button->tag());
     return days;
   }
-  // Which of the seven can be used.
+  // How many of the seven check boxes are enabled.
   int enabledDays() const {
     int count = 0;
     for (const char* day : {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"})
@@ -44,9 +44,9 @@ class ScheduleWindow : public ControllerTest {
   }
 };
 
-// --- What it is ---
+// --- The window ---
 
-TEST_F(ScheduleWindow, isATitledWindowOfItsSizeWithoutACloseBox) {
+TEST_F(ScheduleWindow, hasItsSizeAndTitleAndNoCloseBox) {
   open();
   EXPECT_EQ(window().description().width, 530);
   EXPECT_EQ(window().description().height, 370);
@@ -56,13 +56,13 @@ TEST_F(ScheduleWindow, isATitledWindowOfItsSizeWithoutACloseBox) {
   EXPECT_TRUE(window().isVisible());
 }
 
-TEST_F(ScheduleWindow, isBuiltThenCentredThenShownInFrontOfEverything) {
+TEST_F(ScheduleWindow, isBuiltThenCentredThenShownInFront) {
   controller_->showSchedule();
   EXPECT_THAT(noted(), ElementsAre("window Schedule", "center Schedule", "show Schedule", "activate"));
   EXPECT_EQ(controller_->settingsWindow.get(), &window());
 }
 
-TEST_F(ScheduleWindow, hasItsControlsInTheirFramesWithReturnForSaveAndEscapeForCancel) {
+TEST_F(ScheduleWindow, hasItsControlsInTheirFramesWithTheirKeys) {
   open();
   const std::vector<WantedControl> wanted = {
       {"check box", "Sort when Safari quits", {24, 320, 470, 26}},
@@ -101,7 +101,7 @@ TEST_F(ScheduleWindow, numbersTheDaysFromSunday) {
   EXPECT_EQ(control("Sat").number, 7);
 }
 
-// --- What it shows at first ---
+// --- What it shows when it opens ---
 
 TEST_F(ScheduleWindow, showsTheDefaultsIfNothingIsStored) {
   open();
@@ -112,7 +112,7 @@ TEST_F(ScheduleWindow, showsTheDefaultsIfNothingIsStored) {
   EXPECT_THAT(checkedDays(), ElementsAre(1, 2, 3, 4, 5, 6, 7));
 }
 
-TEST_F(ScheduleWindow, showsWhatIsStored) {
+TEST_F(ScheduleWindow, showsTheStoredSettings) {
   storeDaily(21, 5, {1, 7});
   machine_.defaults.put("sortOnSafariQuit", false);
   open();
@@ -123,7 +123,7 @@ TEST_F(ScheduleWindow, showsWhatIsStored) {
   EXPECT_THAT(checkedDays(), ElementsAre(1, 7));
 }
 
-TEST_F(ScheduleWindow, opensOnWeekendsWithTheDaysDisabledIfTheseAreStored) {
+TEST_F(ScheduleWindow, showsStoredWeekendsWithTheDaysDisabled) {
   storeDaily(9, 30, {1, 7});
   open();
   EXPECT_EQ(presets().items.at(presets().chosen), "Weekends");
@@ -132,13 +132,13 @@ TEST_F(ScheduleWindow, opensOnWeekendsWithTheDaysDisabledIfTheseAreStored) {
 
 TEST_F(ScheduleWindow, showsTheStoredTimeOfTodayInTheUsersCalendar) {
   machine_.calendars.moveTo("Asia/Tokyo");
-  machine_.loop.setClock(utc("2026-09-21 20:00:00"));  // five in the morning of the 22nd there
+  machine_.loop.setClock(utc("2026-09-21 20:00:00"));  // 05:00 on the 22nd in Tokyo
   storeDaily(9, 30);
   open();
   EXPECT_EQ(utcText(picker().date), "2026-09-22 00:30:00");
 }
 
-TEST_F(ScheduleWindow, showsTheEndOfAGapThatHoldsTheStoredTime) {
+TEST_F(ScheduleWindow, showsTheEndOfAGapForATimeInTheGap) {
   machine_.calendars.moveTo("America/New_York");
   machine_.loop.setClock(utc("2026-03-08 12:00:00"));
   storeDaily(2, 30);
@@ -146,7 +146,7 @@ TEST_F(ScheduleWindow, showsTheEndOfAGapThatHoldsTheStoredTime) {
   EXPECT_EQ(utcText(picker().date), "2026-03-08 07:00:00");
 }
 
-TEST_F(ScheduleWindow, showsMidnightForAStoredTimeThatNoDayHas) {
+TEST_F(ScheduleWindow, showsMidnightForATimeOutOfRange) {
   storeDaily(99, 99);
   open();
   EXPECT_EQ(utcText(picker().date), "2026-09-21 00:00:00");
@@ -154,7 +154,7 @@ TEST_F(ScheduleWindow, showsMidnightForAStoredTimeThatNoDayHas) {
 
 // --- What is enabled ---
 
-TEST_F(ScheduleWindow, withTheScheduleOffEnablesNothingOfIt) {
+TEST_F(ScheduleWindow, disablesTheScheduleControlsIfTheScheduleIsOff) {
   storeDaily(9, 30, {2, 4});
   machine_.defaults.put("dailyEnabled", false);
   open();
@@ -165,7 +165,7 @@ TEST_F(ScheduleWindow, withTheScheduleOffEnablesNothingOfIt) {
   EXPECT_TRUE(control("Enable scheduled sorting").isEnabledNow);
 }
 
-TEST_F(ScheduleWindow, withTheScheduleOnAndSelectedDaysEnablesAllOfIt) {
+TEST_F(ScheduleWindow, enablesAllControlsForSelectedDays) {
   storeDaily(9, 30, {2, 4});
   open();
   EXPECT_TRUE(picker().isEnabledNow);
@@ -173,7 +173,7 @@ TEST_F(ScheduleWindow, withTheScheduleOnAndSelectedDaysEnablesAllOfIt) {
   EXPECT_EQ(enabledDays(), 7);
 }
 
-TEST_F(ScheduleWindow, withTheScheduleOnAndAPresetEnablesAllButTheDays) {
+TEST_F(ScheduleWindow, enablesAllButTheDaysForAPreset) {
   storeDaily(9, 30);
   open();
   EXPECT_TRUE(picker().isEnabledNow);
@@ -181,7 +181,7 @@ TEST_F(ScheduleWindow, withTheScheduleOnAndAPresetEnablesAllButTheDays) {
   EXPECT_EQ(enabledDays(), 0);
 }
 
-TEST_F(ScheduleWindow, followsTheCheckBoxOfTheSchedule) {
+TEST_F(ScheduleWindow, scheduleCheckBoxEnablesAndDisablesTheControls) {
   machine_.defaults.put("scheduleDays", numberList({2}));
   open();
   window().press("Enable scheduled sorting");
@@ -207,7 +207,7 @@ TEST_F(ScheduleWindow, checksTheDaysOfAChosenPreset) {
   EXPECT_THAT(checkedDays(), ElementsAre(1, 2, 3, 4, 5, 6, 7));
 }
 
-TEST_F(ScheduleWindow, keepsTheDaysAndEnablesThemForSelectedDays) {
+TEST_F(ScheduleWindow, selectedDaysKeepsTheDaysAndEnablesThem) {
   storeDaily(9, 30);
   open();
   window().choose("Weekdays");
@@ -217,7 +217,7 @@ TEST_F(ScheduleWindow, keepsTheDaysAndEnablesThemForSelectedDays) {
   EXPECT_EQ(enabledDays(), 7);
 }
 
-TEST_F(ScheduleWindow, keepsThePresetWhateverDaysAreChecked) {
+TEST_F(ScheduleWindow, checkingDaysKeepsThePreset) {
   storeDaily(9, 30, {2, 4});
   open();
   for (const char* day : {"Sun", "Tue", "Thu", "Fri", "Sat"}) window().press(day);
@@ -225,20 +225,20 @@ TEST_F(ScheduleWindow, keepsThePresetWhateverDaysAreChecked) {
   EXPECT_EQ(presets().items.at(presets().chosen), "Selected days");
 }
 
-// --- Opened again ---
+// --- Shown again ---
 
-TEST_F(ScheduleWindow, openedAgainComesForwardWithItsEditsAndIsNotBuiltAnew) {
+TEST_F(ScheduleWindow, showingItAgainKeepsTheUsersEdits) {
   open();
   window().press("Sort when Safari quits");
   machine_.defaults.put("dailyEnabled", true);
   controller_->showSchedule();
   EXPECT_THAT(noted(), ElementsAre("show Schedule", "activate"));
   EXPECT_FALSE(control("Sort when Safari quits").isOn());
-  EXPECT_FALSE(control("Enable scheduled sorting").isOn()) << "and nothing is read anew";
+  EXPECT_FALSE(control("Enable scheduled sorting").isOn()) << "the settings are not read again";
   EXPECT_EQ(machine_.screen.windows().size(), 1U);
 }
 
-TEST_F(ScheduleWindow, openedAfterACloseIsBuiltAnewFromWhatIsStored) {
+TEST_F(ScheduleWindow, isRebuiltFromTheStoredSettingsAfterAClose) {
   open();
   window().press("Sort when Safari quits");
   window().press("Cancel");
@@ -284,7 +284,7 @@ TEST_F(ScheduleWindow, savesTheValuesOfDisabledControlsToo) {
   EXPECT_THAT(controller_->selectedDays(), ElementsAre(3, 5));
 }
 
-TEST_F(ScheduleWindow, onEscapeDiscardsEveryChange) {
+TEST_F(ScheduleWindow, escapeDiscardsEveryChange) {
   open();
   window().press("Sort when Safari quits");
   window().press("Enable scheduled sorting");
@@ -295,7 +295,7 @@ TEST_F(ScheduleWindow, onEscapeDiscardsEveryChange) {
   EXPECT_EQ(controller_->settingsWindow, nullptr);
 }
 
-TEST_F(ScheduleWindow, cancelledTouchesNoTimer) {
+TEST_F(ScheduleWindow, cancelLeavesTheTimerAlone) {
   storeDaily(9, 30);
   controller_->scheduleDaily();
   const auto timer = controller_->dailyTimer;
@@ -305,12 +305,12 @@ TEST_F(ScheduleWindow, cancelledTouchesNoTimer) {
   EXPECT_TRUE(timer->isValid());
 }
 
-TEST_F(ScheduleWindow, cancelledWhileClosedDoesNothing) {
+TEST_F(ScheduleWindow, cancelWhileClosedDoesNothing) {
   controller_->cancelSchedule();
   EXPECT_THAT(noted(), IsEmpty());
 }
 
-TEST_F(ScheduleWindow, withSelectedDaysAndNoneCheckedAsksForOneAndStaysOpenWithItsEdits) {
+TEST_F(ScheduleWindow, staysOpenWithItsEditsIfNoDayIsChecked) {
   storeDaily(9, 30, {2});
   open();
   window().press("Mon");
@@ -321,10 +321,10 @@ TEST_F(ScheduleWindow, withSelectedDaysAndNoneCheckedAsksForOneAndStaysOpenWithI
   EXPECT_TRUE(window().isVisible());
   EXPECT_EQ(controller_->settingsWindow.get(), &window());
   EXPECT_FALSE(control("Sort when Safari quits").isOn());
-  EXPECT_THAT(controller_->selectedDays(), ElementsAre(2)) << "what was stored is stored still";
+  EXPECT_THAT(controller_->selectedDays(), ElementsAre(2)) << "the stored days stay";
 }
 
-TEST_F(ScheduleWindow, doesNothingAfterTheControllersEnd) {
+TEST_F(ScheduleWindow, doesNothingAfterTheControllerIsGone) {
   open();
   VirtualWindow& orphan = window();
   controller_.reset();

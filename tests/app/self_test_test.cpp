@@ -1,4 +1,4 @@
-// The self-test: as the built program runs it, and with a platform that is wrong.
+// The self-test: in the built program, and on platforms with a mistake.
 #include "app/self_test.h"
 
 #include <gmock/gmock.h>
@@ -7,6 +7,7 @@
 #include <csignal>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "tests/support/altered_platforms.h"
 #include "tests/support/program.h"
@@ -46,19 +47,19 @@ INSTANTIATE_TEST_SUITE_P(LanguagesAndZones, SelfTestInPlaces,
                            return name;
                          });
 
-TEST(SelfTest, isAskedForAtAnyPosition) {
+TEST(SelfTest, runsIfTheArgumentIsAtAnyPosition) {
   expectPass(run(QUILLERY_EXECUTABLE, {"--login", "--self-test"}));
   expectPass(run(QUILLERY_EXECUTABLE, {"--self-test", "--login"}));
 }
 
-TEST(SelfTest, needsNeitherAHomeNorABus) {
+TEST(SelfTest, needsNeitherAHomeFolderNorABus) {
   expectPass(run(QUILLERY_EXECUTABLE, {"--self-test"},
                  {{"HOME", "/nonexistent"}, {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}, {"LANG", "xx"}}));
 }
 
 class SelfTestDeathTest : public testing::Test {
  protected:
-  // Runs the self-test on an altered platform in a process of its own, whose standard output is seen on standard error.
+  // Runs the self-test on an altered platform, with standard output sent to standard error, which death tests check.
   template <class Part>
   static void runWith(Part& part) {
     std::cout.rdbuf(std::cerr.rdbuf());
@@ -75,22 +76,42 @@ TEST_F(SelfTestDeathTest, printsBothLinesAtOnceAndTouchesNothingElse) {
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("printed " + bothLines));
 }
 
-TEST_F(SelfTestDeathTest, diesSilentlyOfACaseSensitiveOrder) {
+// The sorting suite is seen by its comparisons of titles, the scheduling suite by its searches of a calendar.
+TEST_F(SelfTestDeathTest, runsTheSortingSuiteBeforeTheSchedulingSuite) {
+  std::vector<std::string> suites;
+  const auto note = [&](const std::string& suite) {
+    if (suites.empty() || suites.back() != suite) suites.push_back(suite);
+  };
+  ReportingCollation collation(machine_.collation, [&] { note("sorting"); });
+  AlteredCalendars calendars(machine_.calendars, [&](const Calendar& calendar, Instant after, MatchingTime matching) {
+    note("scheduling");
+    return calendar.nextDate(after, matching);
+  });
+  const Platform withCollation = with(collation);
+  const PlatformScope collationScope(withCollation);
+  const Platform withBoth = with(calendars);
+  const PlatformScope calendarsScope(withBoth);
+  runSelfTest();
+  EXPECT_THAT(suites, ElementsAre("sorting", "scheduling"));
+}
+
+TEST_F(SelfTestDeathTest, abortsSilentlyOnACaseSensitiveOrder) {
   CaseSensitiveCollation collation;
   EXPECT_EXIT(runWith<Collation>(collation), KilledBySignal(SIGABRT), IsEmpty());
 }
 
-TEST_F(SelfTestDeathTest, diesSilentlyOfASearchOnOrAfter) {
+TEST_F(SelfTestDeathTest, abortsSilentlyOnASearchOnOrAfter) {
   AlteredCalendars calendars(machine_.calendars, onOrAfter);
-  EXPECT_EXIT(runWith<Calendars>(calendars), KilledBySignal(SIGABRT), IsEmpty()) << "nor is the other line printed";
+  EXPECT_EXIT(runWith<Calendars>(calendars), KilledBySignal(SIGABRT), IsEmpty())
+      << "the other line is not printed either";
 }
 
-TEST_F(SelfTestDeathTest, diesSilentlyOfWeekdaysFromZero) {
+TEST_F(SelfTestDeathTest, abortsSilentlyOnZeroBasedWeekdays) {
   AlteredCalendars calendars(machine_.calendars, withWeekdaysFromZero);
   EXPECT_EXIT(runWith<Calendars>(calendars), KilledBySignal(SIGABRT), IsEmpty());
 }
 
-TEST_F(SelfTestDeathTest, diesSilentlyOfAPlatformThatCannotAnswer) {
+TEST_F(SelfTestDeathTest, abortsSilentlyIfThePlatformThrows) {
   AlteredCalendars calendars(machine_.calendars, [](const Calendar&, Instant, MatchingTime) -> std::optional<Instant> {
     throw Error("Test", 1, "no calendar");
   });

@@ -1,4 +1,4 @@
-// Updates: the two items of the menu, the reminder, and the relaunch that waits for a sort in progress.
+// Updates: the two menu items, the reminder, and the relaunch that waits for a sort in progress.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -43,12 +43,12 @@ class UpdateMenu : public ControllerTest {
   }
 };
 
-TEST_F(UpdateMenu, hasItsUpdaterStartedWithTheControllerAsDelegate) {
+TEST_F(UpdateMenu, startsTheUpdaterWithTheControllerAsDelegate) {
   EXPECT_EQ(machine_.updater.delegate().lock(), controller_);
   EXPECT_EQ(machine_.journal.count("start updater"), 1);
 }
 
-TEST_F(UpdateMenu, checksForUpdatesWhateverTheTitleIs) {
+TEST_F(UpdateMenu, checksForUpdatesWithEitherTitle) {
   check().choose();
   controller_->standardUserDriverWillHandleShowingUpdate(false);
   check().choose();
@@ -62,7 +62,7 @@ TEST_F(UpdateMenu, showsWhetherUpdatesAreCheckedAutomatically) {
   EXPECT_FALSE(automatic().isOn());
 }
 
-TEST_F(UpdateMenu, toggledTwiceIsAsItWas) {
+TEST_F(UpdateMenu, togglingTwiceRestoresTheFirstState) {
   automatic().choose();
   EXPECT_FALSE(automatic().isOn());
   EXPECT_FALSE(machine_.updater.automaticallyChecksForUpdates());
@@ -71,10 +71,10 @@ TEST_F(UpdateMenu, toggledTwiceIsAsItWas) {
   EXPECT_TRUE(machine_.updater.automaticallyChecksForUpdates());
 }
 
-TEST_F(UpdateMenu, showsWhatTheUpdaterMadeOfAToggle) {
+TEST_F(UpdateMenu, showsTheUpdatersStateAfterAToggle) {
   machine_.updater.fixAutomatic(true);
   automatic().choose();
-  EXPECT_TRUE(automatic().isOn()) << "it was read back";
+  EXPECT_TRUE(automatic().isOn()) << "the state is read back";
 }
 
 TEST_F(UpdateMenu, isEnabledExactlyWhileTheUpdaterCanCheck) {
@@ -85,13 +85,13 @@ TEST_F(UpdateMenu, isEnabledExactlyWhileTheUpdaterCanCheck) {
   EXPECT_TRUE(check().isEnabled());
 }
 
-TEST_F(UpdateMenu, isDisabledFromTheStartIfTheUpdaterSaysSoThen) {
+TEST_F(UpdateMenu, isDisabledAtLaunchIfTheUpdaterCannotCheck) {
   machine_.updater.setCanCheck(false);
   launch();
   EXPECT_FALSE(check().isEnabled());
 }
 
-TEST_F(UpdateMenu, isLeftAloneByAnUpdaterThatOutlivesTheController) {
+TEST_F(UpdateMenu, ignoresTheUpdaterAfterTheControllerIsGone) {
   const auto observation = controller_->updateObservation;
   const auto item = controller_->updateMenuItem;
   controller_.reset();
@@ -102,7 +102,7 @@ TEST_F(UpdateMenu, isLeftAloneByAnUpdaterThatOutlivesTheController) {
 
 TEST_F(UpdateMenu, supportsGentleReminders) { EXPECT_TRUE(controller_->supportsGentleScheduledUpdateReminders()); }
 
-TEST_F(UpdateMenu, remindsOfAnUpdateThatAScheduledCheckHasFound) {
+TEST_F(UpdateMenu, remindsOfAnUpdateFromAScheduledCheck) {
   expectReminder(false);
   controller_->standardUserDriverWillHandleShowingUpdate(false);
   expectReminder(true);
@@ -110,32 +110,32 @@ TEST_F(UpdateMenu, remindsOfAnUpdateThatAScheduledCheckHasFound) {
   EXPECT_FALSE(controller_->updateInstallPending);
 }
 
-TEST_F(UpdateMenu, doesNotRemindOfAnUpdateThatItsUserAskedFor) {
+TEST_F(UpdateMenu, doesNotRemindAfterAUserInitiatedCheck) {
   noted();
   controller_->standardUserDriverWillHandleShowingUpdate(true);
   EXPECT_THAT(noted(), IsEmpty());
   expectReminder(false);
 }
 
-TEST_F(UpdateMenu, forgetsTheReminderOnceItsUserHasSeenTheUpdate) {
+TEST_F(UpdateMenu, clearsTheReminderOnUserAttention) {
   controller_->standardUserDriverWillHandleShowingUpdate(false);
   controller_->standardUserDriverDidReceiveUserAttention();
   expectReminder(false);
 }
 
-TEST_F(UpdateMenu, forgetsTheReminderAtTheEndOfTheSession) {
+TEST_F(UpdateMenu, clearsTheReminderAtTheEndOfTheSession) {
   controller_->standardUserDriverWillHandleShowingUpdate(false);
   controller_->standardUserDriverWillFinishUpdateSession();
   expectReminder(false);
 }
 
-TEST_F(UpdateMenu, keepsTheReminderWhileARelaunchIsAskedFor) {
+TEST_F(UpdateMenu, keepsTheReminderWhenARelaunchIsRequested) {
   controller_->standardUserDriverWillHandleShowingUpdate(false);
   controller_->shouldPostponeRelaunch([] {});
   expectReminder(true);
 }
 
-TEST_F(UpdateInstallation, looksEveryQuarterOfASecond) { EXPECT_EQ(updatePollInterval, 250ms); }
+TEST_F(UpdateInstallation, pollsFourTimesASecond) { EXPECT_EQ(updatePollInterval, 250ms); }
 
 TEST_F(UpdateInstallation, isNotPostponedWhileNoSortRuns) {
   EXPECT_FALSE(askToRelaunch());
@@ -143,10 +143,10 @@ TEST_F(UpdateInstallation, isNotPostponedWhileNoSortRuns) {
   EXPECT_EQ(controller_->updateWaitTimer, nullptr);
   EXPECT_THAT(noted(), IsEmpty());
   machine_.loop.advance(10s);
-  EXPECT_EQ(installations_, 0) << "who was not postponed goes on by itself";
+  EXPECT_EQ(installations_, 0) << "the updater relaunches by itself";
 }
 
-TEST_F(UpdateInstallation, keepsEverySortFromStartingUntilTheSessionEnds) {
+TEST_F(UpdateInstallation, blocksEverySortUntilTheSessionEnds) {
   storeDaily(9, 30);
   controller_->scheduleDaily();
   askToRelaunch();
@@ -163,7 +163,7 @@ TEST_F(UpdateInstallation, keepsEverySortFromStartingUntilTheSessionEnds) {
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(UpdateInstallation, waitsForTheSequenceInProgressAndTheReopeningOfSafari) {
+TEST_F(UpdateInstallation, waitsForTheSequenceAndTheReopenedSafari) {
   waitForSafari({.quitsAfter = 2s});
   EXPECT_TRUE(askToRelaunch());
   EXPECT_TRUE(controller_->updateInstallPending);
@@ -179,6 +179,40 @@ TEST_F(UpdateInstallation, waitsForTheSequenceInProgressAndTheReopeningOfSafari)
   machine_.loop.advance(10s);
   EXPECT_EQ(installations_, 1) << "once";
   EXPECT_TRUE(controller_->updateInstallPending) << "until the session ends";
+}
+
+TEST_F(UpdateInstallation, invalidatesThenClearsItsTimerBeforeItInstalls) {
+  controller_->busy = true;
+  std::shared_ptr<Timer> timer;
+  EXPECT_TRUE(controller_->shouldPostponeRelaunch([&] {
+    ++installations_;
+    EXPECT_FALSE(timer->isValid());
+    EXPECT_EQ(controller_->updateWaitTimer, nullptr);
+  }));
+  timer = controller_->updateWaitTimer;
+  ASSERT_NE(timer, nullptr);
+  controller_->busy = false;
+  machine_.journal.before("invalidate", [&](const std::string&) {
+    EXPECT_EQ(controller_->updateWaitTimer, timer) << "cleared only after the invalidation";
+  });
+  machine_.loop.advance(250ms);
+  EXPECT_EQ(installations_, 1);
+  EXPECT_EQ(machine_.journal.count("invalidate"), 1);
+}
+
+TEST_F(UpdateInstallation, staysPendingAfterTheUsersAttention) {
+  askToRelaunch();
+  controller_->standardUserDriverDidReceiveUserAttention();
+  EXPECT_TRUE(controller_->updateInstallPending);
+}
+
+TEST_F(UpdateInstallation, keepsWaitingAfterTheUsersAttention) {
+  waitForSafari({.quitsAfter = 2s});
+  askToRelaunch();
+  controller_->standardUserDriverDidReceiveUserAttention();
+  EXPECT_TRUE(controller_->updateInstallPending);
+  machine_.loop.advance(3s);
+  EXPECT_EQ(installations_, 1);
 }
 
 TEST_F(UpdateInstallation, waitsForASequenceThatGivesUp) {
@@ -203,13 +237,13 @@ TEST_F(UpdateInstallation, isNeverInstalledIfTheSessionEndsBeforeTheSort) {
   EXPECT_EQ(sorts(), 1);
 }
 
-TEST_F(UpdateInstallation, mayEndASessionThatNeverAsked) {
+TEST_F(UpdateInstallation, endsASessionWithoutARelaunch) {
   controller_->standardUserDriverWillFinishUpdateSession();
   EXPECT_FALSE(controller_->updateInstallPending);
   EXPECT_THAT(noted(), ElementsAre("tool tip Quillery", "title Check for Updates…"));
 }
 
-TEST_F(UpdateInstallation, isNeverInstalledAfterTheControllersEnd) {
+TEST_F(UpdateInstallation, isNeverInstalledAfterTheControllerIsGone) {
   waitForSafari({.quitsAfter = 2s});
   askToRelaunch();
   controller_.reset();

@@ -34,7 +34,7 @@ class CompanionTest : public testing::Test {
  protected:
   CompanionTest() { std::filesystem::create_directories(scratch_.path("Library/Safari")); }
 
-  // With no bus unless one is given.
+  // Runs the companion, without a session bus unless one is given.
   Ending companion(const std::vector<std::string>& arguments, const std::string& bus = "unix:path=/nonexistent") const {
     return run(QUILLERYCTL_EXECUTABLE, arguments,
                {{"HOME", scratch_.path()},
@@ -44,7 +44,7 @@ class CompanionTest : public testing::Test {
                 {"LC_COLLATE", std::nullopt}});
   }
 
-  // The one backup there is.
+  // The path of the only backup.
   std::string backup() const {
     const std::vector<std::string> names = namesIn(backups_);
     EXPECT_EQ(names.size(), 1U);
@@ -61,7 +61,7 @@ class CompanionFormats : public CompanionTest, public testing::WithParamInterfac
 INSTANTIATE_TEST_SUITE_P(Format, CompanionFormats, testing::Values("binary", "xml"),
                          [](const auto& format) { return format.param; });
 
-TEST_P(CompanionFormats, sortsAndSaysWhereTheBackupIs) {
+TEST_P(CompanionFormats, sortsAndNamesTheBackup) {
   const std::string before = demoFile(GetParam());
   makeFile(bookmarks_, before);
   const Ending ending = companion({"sort"});
@@ -79,7 +79,7 @@ TEST_P(CompanionFormats, sortsAndSaysWhereTheBackupIs) {
   EXPECT_NE(outline(treeOf(after)), outline(treeOf(before)));
 }
 
-TEST_P(CompanionFormats, findsTheFileInOrderTheSecondTimeAndSaysNothing) {
+TEST_P(CompanionFormats, findsTheFileInOrderTheSecondTime) {
   makeFile(bookmarks_, demoFile(GetParam()));
   EXPECT_EQ(companion({"sort"}).status, 0);
   const std::string after = contentOf(bookmarks_);
@@ -88,10 +88,10 @@ TEST_P(CompanionFormats, findsTheFileInOrderTheSecondTimeAndSaysNothing) {
   EXPECT_EQ(second.output, "");
   EXPECT_EQ(second.error, "");
   EXPECT_EQ(contentOf(bookmarks_), after);
-  EXPECT_NE(backup(), "") << "and the backup is still the only one";
+  EXPECT_NE(backup(), "") << "the backup is still the only one";
 }
 
-TEST_F(CompanionTest, bothFormatsOfOneTreeAreSortedAlike) {
+TEST_F(CompanionTest, sortsBothFormatsOfATreeAlike) {
   makeFile(bookmarks_, demoFile("binary"));
   companion({"sort"});
   const PlistValue binary = treeOf(contentOf(bookmarks_));
@@ -100,7 +100,7 @@ TEST_F(CompanionTest, bothFormatsOfOneTreeAreSortedAlike) {
   EXPECT_EQ(outline(treeOf(contentOf(bookmarks_))), outline(binary));
 }
 
-TEST_F(CompanionTest, keepsWhatItCreatesPrivateAndTheModesOfWhatThereWas) {
+TEST_F(CompanionTest, createsPrivateFilesAndKeepsExistingModes) {
   makeFile(bookmarks_, demoFile("binary"));
   chmod(bookmarks_.c_str(), 0640);
   std::filesystem::create_directory(scratch_.path("Library/Application Support"));
@@ -114,7 +114,7 @@ TEST_F(CompanionTest, keepsWhatItCreatesPrivateAndTheModesOfWhatThereWas) {
   EXPECT_EQ(modeOf(scratch_.path("Library/Application Support/Quillery")), 0700U);
   EXPECT_EQ(modeOf(scratch_.path("Library/Application Support")), 0755U);
   EXPECT_EQ(modeOf(bookmarks_), 0640U);
-  EXPECT_THAT(namesIn(scratch_.path("Library/Safari")), ElementsAre("Bookmarks.plist")) << "nothing temporary is left";
+  EXPECT_THAT(namesIn(scratch_.path("Library/Safari")), ElementsAre("Bookmarks.plist")) << "no temporary file is left";
 }
 
 TEST_F(CompanionTest, failsWithoutABookmarkFileAndCreatesNothing) {
@@ -125,11 +125,11 @@ TEST_F(CompanionTest, failsWithoutABookmarkFileAndCreatesNothing) {
                                    EndsWith(accessHint + "\n")));
   const std::string title = "Bookmarks could not be sorted: ";
   EXPECT_EQ(ending.error, "quilleryctl: " + ending.output.substr(std::min(title.size(), ending.output.size())))
-      << "the message is on standard error too";
+      << "standard error gets the message too";
   EXPECT_THAT(namesIn(scratch_.path("Library")), ElementsAre("Safari"));
 }
 
-TEST_F(CompanionTest, failsOnWhatIsNoBookmarkFileAndLeavesIt) {
+TEST_F(CompanionTest, leavesAFileThatIsNoBookmarkFile) {
   const std::string content = "<?xml version=\"1.0\"?><plist><dict><key>Title</key><string>a</string></dict></plist>";
   makeFile(bookmarks_, content);
   const Ending ending = companion({"sort"});
@@ -141,7 +141,7 @@ TEST_F(CompanionTest, failsOnWhatIsNoBookmarkFileAndLeavesIt) {
   EXPECT_FALSE(std::filesystem::exists(backups_));
 }
 
-TEST_F(CompanionTest, failsIfTheBackupsFolderCannotBeCreatedAndLeavesTheFile) {
+TEST_F(CompanionTest, leavesTheFileIfTheBackupsFolderCannotBeCreated) {
   makeFile(bookmarks_, demoFile("binary"));
   makeFile(scratch_.path("Library/Application Support"), "a file where a folder should be");
   const Ending ending = companion({"sort"});
@@ -150,7 +150,7 @@ TEST_F(CompanionTest, failsIfTheBackupsFolderCannotBeCreatedAndLeavesTheFile) {
   EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
 }
 
-TEST_F(CompanionTest, failsOnAnOldStyleFileAndLeavesItWithABackup) {
+TEST_F(CompanionTest, leavesAnOldStyleFileWithABackup) {
   const std::string content =
       "{ Children = ( { WebBookmarkType = WebBookmarkTypeList; Children = ( { WebBookmarkType = WebBookmarkTypeLeaf; "
       "Title = b; }, { WebBookmarkType = WebBookmarkTypeLeaf; Title = a; } ); } ); }";
@@ -163,7 +163,7 @@ TEST_F(CompanionTest, failsOnAnOldStyleFileAndLeavesItWithABackup) {
 }
 
 TEST_F(CompanionTest, readsNothingWhileSafariRuns) {
-  makeFile(bookmarks_, "this would be a failure if anyone read it");
+  makeFile(bookmarks_, "reading this file would fail");
   const ScratchFolder place;
   const SessionBus bus(place);
   const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
@@ -202,7 +202,7 @@ TEST_P(CompanionFormats, previewsWhatASortThenDoes) {
   EXPECT_EQ(companion({"check"}).status, 0);
 }
 
-TEST_P(CompanionFormats, bringsBackTheExactBytesAndUndoesThat) {
+TEST_P(CompanionFormats, restoresTheExactBytesAndUndoesThat) {
   const std::string before = demoFile(GetParam());
   makeFile(bookmarks_, before);
   chmod(bookmarks_.c_str(), 0640);
@@ -217,12 +217,12 @@ TEST_P(CompanionFormats, bringsBackTheExactBytesAndUndoesThat) {
   const std::string second = restored.output.substr(restored.output.find("Backup: ") + 8);
   EXPECT_EQ(companion({"restore", second.substr(0, second.size() - 1)}).status, 0) << "by its path";
   EXPECT_EQ(contentOf(bookmarks_), after);
-  EXPECT_EQ(namesIn(backups_).size(), 3U) << "and each time the bytes from before were kept";
+  EXPECT_EQ(namesIn(backups_).size(), 3U) << "each restore backed up the bytes it replaced";
   for (const std::string& name : namesIn(backups_)) EXPECT_EQ(modeOf(backups_ + "/" + name), 0600U);
   EXPECT_THAT(namesIn(scratch_.path("Library/Safari")), ElementsAre("Bookmarks.plist"));
 }
 
-TEST_F(CompanionTest, listsBackupsTheNewestFirst) {
+TEST_F(CompanionTest, listsTheNewestBackupFirst) {
   makeFile(bookmarks_, demoFile("xml"));
   companion({"sort"});
   const std::string first = std::filesystem::path(backup()).filename();
@@ -236,7 +236,7 @@ TEST_F(CompanionTest, listsBackupsTheNewestFirst) {
   EXPECT_THAT(companion({"backups", "-q"}).output, EndsWith(".plist\n" + first + "\n"));
 }
 
-TEST_F(CompanionTest, writesABookmarkFileThatIsMissingForItsOwnerAlone) {
+TEST_F(CompanionTest, writesAMissingFileForItsOwnerOnly) {
   makeFile(bookmarks_, demoFile("xml"));
   companion({"sort"});
   const std::string content = contentOf(bookmarks_);
@@ -248,7 +248,7 @@ TEST_F(CompanionTest, writesABookmarkFileThatIsMissingForItsOwnerAlone) {
   EXPECT_EQ(modeOf(bookmarks_), 0600U);
 }
 
-TEST_F(CompanionTest, takesALinkThatLeadsNowhereForNoMissingFile) {
+TEST_F(CompanionTest, doesNotReplaceADanglingLink) {
   makeFile(scratch_.path("kept.plist"), demoFile("xml"));
   std::filesystem::create_symlink(scratch_.path("elsewhere.plist"), bookmarks_);
   const Ending ending = companion({"restore", scratch_.path("kept.plist")});
@@ -257,7 +257,7 @@ TEST_F(CompanionTest, takesALinkThatLeadsNowhereForNoMissingFile) {
   EXPECT_FALSE(std::filesystem::exists(scratch_.path("elsewhere.plist")));
 }
 
-TEST_F(CompanionTest, restoresNothingThatIsNoBookmarkFile) {
+TEST_F(CompanionTest, restoresNoFileThatIsNoBookmarkFile) {
   makeFile(bookmarks_, demoFile("binary"));
   makeFile(scratch_.path("notes.plist"), "not a property list <");
   std::filesystem::create_directory(scratch_.path("folder"));
@@ -271,7 +271,7 @@ TEST_F(CompanionTest, restoresNothingThatIsNoBookmarkFile) {
   EXPECT_FALSE(std::filesystem::exists(backups_));
 }
 
-TEST_F(CompanionTest, sortsAndRestoresAnotherFileFromWhereItIsCalled) {
+TEST_F(CompanionTest, resolvesPathsAgainstTheWorkingFolder) {
   makeFile(scratch_.path("Other.plist"), demoFile("xml"));
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(scratch_.path());
@@ -282,7 +282,7 @@ TEST_F(CompanionTest, sortsAndRestoresAnotherFileFromWhereItIsCalled) {
   std::filesystem::current_path(before);
 }
 
-TEST_F(CompanionTest, neitherSortsNorRestoresWhileSafariRunsButLooks) {
+TEST_F(CompanionTest, onlyReadsWhileSafariRuns) {
   makeFile(bookmarks_, demoFile("binary"));
   const ScratchFolder place;
   const SessionBus bus(place);
@@ -296,7 +296,7 @@ TEST_F(CompanionTest, neitherSortsNorRestoresWhileSafariRunsButLooks) {
   EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
 }
 
-TEST_F(CompanionTest, saysWhenTheNextSortIsDueByTheStoredSettings) {
+TEST_F(CompanionTest, printsTheNextSortByTheStoredSettings) {
   EXPECT_EQ(companion({"next"}).output, "No sort is scheduled.\n");
   std::filesystem::create_directory(scratch_.path("config"));
   makeFile(scratch_.path("config/" + std::string(product::bundleIdentifier) + ".plist"),
@@ -306,7 +306,7 @@ TEST_F(CompanionTest, saysWhenTheNextSortIsDueByTheStoredSettings) {
   EXPECT_THAT(companion({"next"}).output, MatchesRegex("Wednesday [0-9]{4}-[0-9]{2}-[0-9]{2} 09:00\n"));
 }
 
-TEST_F(CompanionTest, explainsItsUsageWhenUsedWrongly) {
+TEST_F(CompanionTest, printsItsUsageIfUsedWrongly) {
   makeFile(bookmarks_, demoFile("binary"));
   const std::vector<std::vector<std::string>> wrong = {
       {}, {"Sort"}, {"sorted"}, {"sort", "a", "b"}, {"sort", "--json"}, {"--sort"}, {""}, {"--versions"}, {"restore"}};
@@ -319,7 +319,7 @@ TEST_F(CompanionTest, explainsItsUsageWhenUsedWrongly) {
   EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
 }
 
-TEST_F(CompanionTest, helpsAndNamesItsVersion) {
+TEST_F(CompanionTest, printsItsHelpAndVersion) {
   const Ending help = companion({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.output, AllOf(StartsWith("usage: quilleryctl preview "), HasSubstr("75")));

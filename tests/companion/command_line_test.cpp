@@ -1,4 +1,4 @@
-// What the arguments of the companion ask for, and what is said where they ask for nothing.
+// The companion's arguments: the request they make, or the complaint about them.
 #include "companion/command_line.h"
 
 #include <gmock/gmock.h>
@@ -17,10 +17,10 @@ Request request(const Arguments& arguments) {
 
 std::string complaint(const Arguments& arguments) {
   const auto asked = requestOf(arguments);
-  return std::holds_alternative<Complaint>(asked) ? std::get<Complaint>(asked).text : "nothing to complain about";
+  return std::holds_alternative<Complaint>(asked) ? std::get<Complaint>(asked).text : "no complaint";
 }
 
-TEST(CommandLine, namesACommand) {
+TEST(CommandLine, recognisesEachCommand) {
   EXPECT_EQ(request({"preview"}).command, Command::preview);
   EXPECT_EQ(request({"sort"}).command, Command::sort);
   EXPECT_EQ(request({"check"}).command, Command::check);
@@ -32,7 +32,7 @@ TEST(CommandLine, namesACommand) {
   EXPECT_EQ(request({"--version"}).command, Command::version);
 }
 
-TEST(CommandLine, hasOperandsAfterTheCommand) {
+TEST(CommandLine, takesOperandsAfterTheCommand) {
   EXPECT_THAT(request({"sort"}).operands, IsEmpty());
   EXPECT_THAT(request({"sort", "a b"}).operands, ElementsAre("a b"));
   EXPECT_THAT(request({"restore", "a", "b"}).operands, ElementsAre("a", "b"));
@@ -40,7 +40,7 @@ TEST(CommandLine, hasOperandsAfterTheCommand) {
   EXPECT_THAT(request({"sort", ""}).operands, ElementsAre(""));
 }
 
-TEST(CommandLine, hasOptionsAnywhere) {
+TEST(CommandLine, acceptsOptionsAnywhere) {
   const Request longForm = request({"--all", "preview", "file", "--json", "--quiet"});
   EXPECT_TRUE(longForm.all && longForm.json && longForm.quiet);
   EXPECT_THAT(longForm.operands, ElementsAre("file"));
@@ -51,14 +51,14 @@ TEST(CommandLine, hasOptionsAnywhere) {
   for (const char* command : {"sort", "check", "backups", "next"}) EXPECT_TRUE(request({command, "-q"}).quiet);
 }
 
-TEST(CommandLine, takesWhatFollowsTwoDashesForOperands) {
+TEST(CommandLine, takesArgumentsAfterTwoDashesAsOperands) {
   EXPECT_THAT(request({"sort", "--", "--all"}).operands, ElementsAre("--all"));
   EXPECT_THAT(request({"restore", "--", "--", "-q"}).operands, ElementsAre("--", "-q"));
   EXPECT_EQ(request({"--", "sort"}).command, Command::sort);
   EXPECT_EQ(request({"sort", "--", "--help"}).command, Command::sort);
 }
 
-TEST(CommandLine, helpsWhereverHelpIsAskedFor) {
+TEST(CommandLine, acceptsHelpAnywhere) {
   EXPECT_EQ(request({"sort", "--help"}).command, Command::help);
   EXPECT_EQ(request({"--help", "nonsense", "--more"}).command, Command::help);
 }
@@ -70,24 +70,29 @@ TEST(CommandLine, needsACommand) {
   EXPECT_EQ(complaint({"--version", "--quiet"}), "there is no command with “--version”");
 }
 
-TEST(CommandLine, knowsNoOtherCommand) {
+TEST(CommandLine, namesTheFirstOperandAsTheUnknownCommand) {
+  EXPECT_EQ(complaint({"--quiet", "sorted", "sort", "--all"}), "there is no command “sorted”");
+  EXPECT_EQ(complaint({"--sorted", "--all"}), "there is no command with “--sorted”");
+}
+
+TEST(CommandLine, refusesUnknownCommands) {
   for (const char* name : {"Sort", "sorted", "so", "", "help", "-"})
     EXPECT_EQ(complaint({name}), "there is no command “" + std::string(name) + "”");
 }
 
-TEST(CommandLine, knowsNoOtherOption) {
+TEST(CommandLine, refusesUnknownOptions) {
   for (const char* name : {"--ALL", "--al", "-x", "-qj", "--json=1", "-all", "--version"})
     EXPECT_EQ(complaint({"preview", name}), "there is no option “" + std::string(name) + "”");
 }
 
-TEST(CommandLine, hasAllAndJsonForPreviewsAlone) {
+TEST(CommandLine, acceptsAllAndJsonForPreviewsOnly) {
   for (const char* command : {"sort", "check", "backups", "restore", "next"})
     for (const char* option : {"--all", "-a", "--json", "-j"})
       EXPECT_EQ(complaint({command, option}),
                 "“" + std::string(command) + "” has no option “" + std::string(option) + "”");
 }
 
-TEST(CommandLine, hasNoMoreOperandsThanTheCommandTakes) {
+TEST(CommandLine, refusesTooManyOperands) {
   EXPECT_EQ(complaint({"sort", "a", "b"}), "“b” is one argument too many for “sort”");
   EXPECT_EQ(complaint({"preview", "a", "b", "c"}), "“b” is one argument too many for “preview”");
   EXPECT_EQ(complaint({"check", "a", "b"}), "“b” is one argument too many for “check”");
@@ -96,7 +101,7 @@ TEST(CommandLine, hasNoMoreOperandsThanTheCommandTakes) {
   EXPECT_EQ(complaint({"restore", "a", "b", "c"}), "“c” is one argument too many for “restore”");
 }
 
-TEST(CommandLine, needsTheNameOfABackupToRestore) {
+TEST(CommandLine, restoreNeedsTheNameOfABackup) {
   EXPECT_EQ(complaint({"restore"}), "“restore” needs the name of a backup");
 }
 

@@ -19,7 +19,7 @@ class CompanionMachine {
   CompanionMachine() = default;
   ~CompanionMachine() = default;
 
-  // Runs it once at the machine's time. What it prints is that of this run alone.
+  // Runs the companion once at the machine's time. Returns the output of this run only.
   Ending run(const std::vector<std::string>& arguments);
 
   VirtualMachine machine_;

@@ -1,4 +1,4 @@
-// Each command of the companion on a virtual machine: what it reads, writes and prints, and how it ends.
+// Each command of the companion: what it reads, writes and prints, and its exit status.
 #include "companion/companion.h"
 
 #include <gmock/gmock.h>
@@ -49,14 +49,14 @@ class CompanionCommandTest : public testing::Test, protected CompanionMachine {
     machine_.files.setModified(backups + "/" + name, utc(modified));
   }
 
-  // An ending with this status and output, and nothing on standard error.
+  // Expects this status, this output and nothing on standard error.
   void expectEnding(const Ending& ending, int status, const std::string& output) {
     EXPECT_EQ(ending.status, status);
     EXPECT_EQ(ending.output, output);
     EXPECT_EQ(ending.error, "");
   }
 
-  // Runs something that fails with this sentence, in the words of the system perhaps.
+  // Runs a command that fails with a message that contains `part`, and prints nothing on standard output.
   void expectFailure(const std::vector<std::string>& arguments, const std::string& part, int status = 1) {
     const Ending ending = run(arguments);
     EXPECT_EQ(ending.status, status);
@@ -69,7 +69,7 @@ class CompanionCommandTest : public testing::Test, protected CompanionMachine {
 
 using CompanionPreview = CompanionCommandTest;
 
-TEST_F(CompanionPreview, showsWhatMovesAndTheFoldersOnTheWay) {
+TEST_F(CompanionPreview, showsMovedEntriesAndTheirFolders) {
   expectEnding(run({"preview"}), 0,
                "  ▸ Bar\n"
                "↑   ▸ Z  (3 → 1)\n"
@@ -108,13 +108,13 @@ TEST_F(CompanionPreview, showsTheWholeTreeIfAsked) {
                "A sort would move 4 entries in 3 folders. Nothing was written.\n");
 }
 
-TEST_F(CompanionPreview, leavesOutItsLastLineIfItIsToBeQuiet) {
+TEST_F(CompanionPreview, leavesOutItsLastLineIfQuiet) {
   EXPECT_THAT(run({"preview", "--quiet"}).output, EndsWith("(2 → 1)\n"));
   putSorted();
   expectEnding(run({"preview", "-q"}), 0, "");
 }
 
-TEST_F(CompanionPreview, saysThatThereIsNothingToDo) {
+TEST_F(CompanionPreview, reportsThatAllIsInOrder) {
   putSorted();
   expectEnding(run({"preview"}), 0, "Your Safari bookmarks are already in order.\n");
   expectEnding(run({"preview", "--all"}), 0,
@@ -129,25 +129,25 @@ TEST_F(CompanionPreview, countsOneEntryInOneFolder) {
   EXPECT_THAT(run({"preview"}).output, EndsWith("A sort would move 1 entry in 1 folder. Nothing was written.\n"));
 }
 
-TEST_F(CompanionPreview, isForAnotherFileIfOneIsNamed) {
+TEST_F(CompanionPreview, readsANamedFile) {
   machine_.files.put("/home/user/folder/Other.plist", fileOf(sortedTree()));
   expectEnding(run({"preview", "/home/user/folder/Other.plist"}), 0, "Your Safari bookmarks are already in order.\n");
   expectEnding(run({"preview", "Other.plist"}), 0, "Your Safari bookmarks are already in order.\n");
   EXPECT_THAT(machine_.journal.entries(), Not(Contains("read " + bookmarks)));
 }
 
-TEST_F(CompanionPreview, isMadeWhileSafariRuns) {
+TEST_F(CompanionPreview, runsWhileSafariRuns) {
   machine_.applications.start(safari);
   EXPECT_EQ(run({"preview"}).status, 0);
   EXPECT_EQ(machine_.journal.count("running?"), 0);
 }
 
-TEST_F(CompanionPreview, namesAnEntryWithoutATitle) {
+TEST_F(CompanionPreview, labelsAnEntryWithoutATitle) {
   machine_.files.put(bookmarks, fileOf(rootNode({folderNode(u"Bar", {leafNode(u"a"), leafNode(u"")})})));
   EXPECT_THAT(run({"preview"}).output, HasSubstr("(no title)"));
 }
 
-TEST_F(CompanionPreview, obeysNoTitle) {
+TEST_F(CompanionPreview, escapesControlCharactersInTitles) {
   machine_.files.put(bookmarks,
                      fileOf(rootNode({folderNode(u"\x1b[2J", {leafNode(u"z\nforged"), leafNode(u"\x1b]0;\x07")})})));
   const Ending ending = run({"preview"});
@@ -157,21 +157,32 @@ TEST_F(CompanionPreview, obeysNoTitle) {
     EXPECT_THAT(run({"preview", option}).output, AllOf(Not(HasSubstr("\x1b")), Not(HasSubstr("\x07"))));
 }
 
-TEST_F(CompanionPreview, hasColorsOnATerminalThatShowsThem) {
+TEST_F(CompanionPreview, pointsDownAtAnEntryThatMovesToTheSamePlace) {
+  // d and e keep their order, so a, b and c move past them, although c is in the third place before and afterwards.
+  machine_.files.put(bookmarks, fileOf(rootNode({folderNode(u"Bar", {leafNode(u"d"), leafNode(u"e"), leafNode(u"c"),
+                                                                     leafNode(u"a"), leafNode(u"b")})})));
+  expectEnding(run({"preview", "--quiet"}), 0,
+               "  ▸ Bar\n"
+               "↑     a  (4 → 1)\n"
+               "↑     b  (5 → 2)\n"
+               "↓     c  (3 → 3)\n");
+}
+
+TEST_F(CompanionPreview, hasColorsOnAColorTerminal) {
   machine_.processes.startInTerminal();
   machine_.processes.setVariable("TERM", "xterm");
   EXPECT_THAT(run({"preview"}).output,
               StartsWith("  ▸ \x1b[1mBar\x1b[0m\n\x1b[32m↑ \x1b[0m  ▸ \x1b[1mZ\x1b[0m  \x1b[2m(3 → 1)\x1b[0m\n"));
 }
 
-TEST_F(CompanionPreview, hasNoColorsWhereNobodyWantsThem) {
+TEST_F(CompanionPreview, hasNoColorsIfTheyAreNotWanted) {
   const std::string plain = run({"preview"}).output;
   machine_.processes.setVariable("TERM", "xterm");
-  EXPECT_EQ(run({"preview"}).output, plain) << "no terminal";
+  EXPECT_EQ(run({"preview"}).output, plain) << "not a terminal";
   machine_.processes.startInTerminal();
   EXPECT_NE(run({"preview"}).output, plain);
   machine_.processes.setVariable("NO_COLOR", "");
-  EXPECT_NE(run({"preview"}).output, plain) << "set, but to nothing";
+  EXPECT_NE(run({"preview"}).output, plain) << "set but empty";
   machine_.processes.setVariable("NO_COLOR", "1");
   EXPECT_EQ(run({"preview"}).output, plain);
   machine_.processes.setVariable("NO_COLOR", "");
@@ -179,7 +190,7 @@ TEST_F(CompanionPreview, hasNoColorsWhereNobodyWantsThem) {
   EXPECT_EQ(run({"preview"}).output, plain);
 }
 
-TEST_F(CompanionPreview, forProgramsListsEveryFolderThatChanges) {
+TEST_F(CompanionPreview, jsonListsEveryFolderThatChanges) {
   const Ending ending = run({"preview", "--json"});
   EXPECT_EQ(ending.status, 0);
   EXPECT_EQ(nlohmann::json::parse(ending.output), nlohmann::json::parse(R"({
@@ -198,14 +209,33 @@ TEST_F(CompanionPreview, forProgramsListsEveryFolderThatChanges) {
       {"title": "com.apple.ReadingList", "kind": "folder", "from": 3, "moved": false}]})"));
 }
 
-TEST_F(CompanionPreview, forProgramsListsTheWholeTreeIfAsked) {
+TEST_F(CompanionPreview, jsonIndentsNestedFolders) {
+  machine_.files.put(
+      bookmarks,
+      fileOf(rootNode({folderNode(u"Bar", {folderNode(u"b", {leafNode(u"2"), leafNode(u"1")}), folderNode(u"a", {})}),
+                       leafNode(u"z")})));
+  expectEnding(run({"preview", "--json"}), 0,
+               R"({"file": "/home/user/Library/Safari/Bookmarks.plist", "isInOrder": false, "children": [
+  {"title": "Bar", "kind": "folder", "from": 0, "moved": false, "children": [
+    {"title": "a", "kind": "folder", "from": 1, "moved": true},
+    {"title": "b", "kind": "folder", "from": 0, "moved": false, "children": [
+      {"title": "1", "kind": "bookmark", "from": 1, "moved": true},
+      {"title": "2", "kind": "bookmark", "from": 0, "moved": false}
+    ]}
+  ]},
+  {"title": "z", "kind": "bookmark", "from": 1, "moved": false}
+], "moved": 2, "folders": 2}
+)");
+}
+
+TEST_F(CompanionPreview, jsonListsTheWholeTreeIfAsked) {
   const auto json = nlohmann::json::parse(run({"preview", "--json", "--all"}).output);
   EXPECT_EQ(json["children"][1]["children"][0]["children"].size(), 2U);
   EXPECT_EQ(json["children"][3]["children"][0]["title"], "z");
   EXPECT_EQ(json["moved"], 4);
 }
 
-TEST_F(CompanionPreview, forProgramsSaysThatThereIsNothingToDo) {
+TEST_F(CompanionPreview, jsonReportsThatAllIsInOrder) {
   putSorted();
   expectEnding(run({"preview", "--json"}), 0,
                "{\"file\": \"/home/user/Library/Safari/Bookmarks.plist\", \"isInOrder\": true, \"moved\": 0, "
@@ -216,7 +246,7 @@ TEST_F(CompanionPreview, forProgramsSaysThatThereIsNothingToDo) {
                "\"moved\": 0, \"folders\": 0}\n");
 }
 
-TEST_F(CompanionPreview, forProgramsHoldsAnyTitle) {
+TEST_F(CompanionPreview, jsonEscapesAnyTitle) {
   std::u16string title = u"\"\\/\b\n\x1b\u007F\u009B é アニメ 🚀 \u202E";
   title += static_cast<char16_t>(0xD800);
   title += u'x';
@@ -224,7 +254,7 @@ TEST_F(CompanionPreview, forProgramsHoldsAnyTitle) {
   machine_.files.put(bookmarks, fileOf(rootNode({leafNode(title)})));
   const Ending ending = run({"preview", "--json", "--all"});
   EXPECT_EQ(nlohmann::json::parse(ending.output)["children"][0]["title"], utf8(title));
-  EXPECT_THAT(ending.output, MatchesRegex("[ -~\n]*")) << "nothing but plain ASCII";
+  EXPECT_THAT(ending.output, MatchesRegex("[ -~\n]*")) << "only printable ASCII";
 }
 
 TEST_F(CompanionPreview, failsWithoutAFile) {
@@ -233,12 +263,12 @@ TEST_F(CompanionPreview, failsWithoutAFile) {
   expectFailure({"preview", "--json"}, "couldn’t be opened");
 }
 
-TEST_F(CompanionPreview, failsOnWhatIsNoBookmarkFile) {
+TEST_F(CompanionPreview, failsOnAFileThatIsNoBookmarkFile) {
   machine_.files.put(bookmarks, fileOf(PlistValue(1)));
   expectFailure({"preview"}, "Unrecognised Safari bookmark format. No changes made.");
 }
 
-TEST_F(CompanionPreview, failsOnAListWithoutEnd) {
+TEST_F(CompanionPreview, failsOnExponentiallySharedFolders) {
   BinaryFile file(2);
   std::uint32_t folder = file.folder("0", {file.leaf("z"), file.leaf("a")});
   for (int level = 1; level < 100; ++level) folder = file.folder(std::to_string(level), {folder, folder});
@@ -252,7 +282,7 @@ TEST_F(CompanionPreview, failsOnAListWithoutEnd) {
 
 using CompanionSort = CompanionCommandTest;
 
-TEST_F(CompanionSort, sortsUnattendedInTheProgramsOwnWords) {
+TEST_F(CompanionSort, sortsUnattendedAndPrintsTheProgramsReport) {
   expectEnding(run({"sort"}), 0,
                "Bookmarks sorted: Folders come first, followed by bookmarks in alphabetical order. You can reopen "
                "Safari.\n\nBackup: " +
@@ -262,18 +292,18 @@ TEST_F(CompanionSort, sortsUnattendedInTheProgramsOwnWords) {
   EXPECT_THAT(machine_.userInterface.alerts(), IsEmpty());
 }
 
-TEST_F(CompanionSort, saysNothingOfAFileInOrder) {
+TEST_F(CompanionSort, printsNothingForAFileInOrder) {
   putSorted();
   expectEnding(run({"sort"}), 0, "");
 }
 
-TEST_F(CompanionSort, saysNothingIfItIsToBeQuiet) {
+TEST_F(CompanionSort, printsNothingIfQuiet) {
   expectEnding(run({"sort", "--quiet"}), 0, "");
-  EXPECT_TRUE(machine_.files.files().contains(backups + "/" + newBackup)) << "and sorts all the same";
+  EXPECT_TRUE(machine_.files.files().contains(backups + "/" + newBackup)) << "it sorts nevertheless";
   expectEnding(run({"check"}), 0, "Your Safari bookmarks are already in order.\n");
 }
 
-TEST_F(CompanionSort, sortsAnotherFileIfOneIsNamed) {
+TEST_F(CompanionSort, sortsANamedFile) {
   machine_.files.put("/home/user/folder/Other.plist", fileOf(unsortedTree()));
   EXPECT_EQ(run({"sort", "Other.plist"}).status, 0);
   EXPECT_NE(machine_.files.content("/home/user/folder/Other.plist"), fileOf(unsortedTree()));
@@ -293,7 +323,7 @@ TEST_F(CompanionSort, readsNothingWhileSafariRuns) {
   EXPECT_EQ(machine_.journal.count("read"), 0);
 }
 
-TEST_F(CompanionSort, saysWhatFailedOnBothStreams) {
+TEST_F(CompanionSort, reportsAFailureOnBothStreams) {
   machine_.files.remove(bookmarks);
   const Ending ending = run({"sort"});
   EXPECT_EQ(ending.status, 1);
@@ -305,7 +335,7 @@ TEST_F(CompanionSort, saysWhatFailedOnBothStreams) {
   EXPECT_EQ(quiet.error, ending.error);
 }
 
-TEST_F(CompanionSort, obeysNoPath) {
+TEST_F(CompanionSort, escapesControlCharactersInPaths) {
   const Ending ending = run({"sort", "/home/\x1b[2J"});
   EXPECT_THAT(ending.error, AllOf(HasSubstr("\\u{1B}[2J"), Not(HasSubstr("\x1b"))));
   EXPECT_THAT(ending.output, AllOf(HasSubstr("\\u{1B}[2J"), Not(HasSubstr("\x1b"))));
@@ -315,7 +345,7 @@ TEST_F(CompanionSort, obeysNoPath) {
 
 using CompanionCheck = CompanionCommandTest;
 
-TEST_F(CompanionCheck, answersByItsStatus) {
+TEST_F(CompanionCheck, reportsTheOrderByItsStatus) {
   expectEnding(run({"check"}), 1, "Your Safari bookmarks are not in order.\n");
   expectEnding(run({"check", "--quiet"}), 1, "");
   putSorted();
@@ -323,19 +353,19 @@ TEST_F(CompanionCheck, answersByItsStatus) {
   expectEnding(run({"check", "-q"}), 0, "");
 }
 
-TEST_F(CompanionCheck, onlyReadsTheFileAndAlsoWhileSafariRuns) {
+TEST_F(CompanionCheck, onlyReadsTheFileEvenWhileSafariRuns) {
   machine_.applications.start(safari);
   run({"check", "-q"});
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks, "parse"));
 }
 
-TEST_F(CompanionCheck, isForAnotherFileIfOneIsNamed) {
+TEST_F(CompanionCheck, readsANamedFile) {
   machine_.files.put("/home/user/folder/Other.plist", fileOf(sortedTree()));
   EXPECT_EQ(run({"check", "Other.plist"}).status, 0);
-  EXPECT_EQ(run({"check", "../Library/Safari/Bookmarks.plist"}).status, 3) << "no such name on this machine";
+  EXPECT_EQ(run({"check", "../Library/Safari/Bookmarks.plist"}).status, 3) << "virtual files have no such path";
 }
 
-TEST_F(CompanionCheck, hasAStatusOfItsOwnForAFailure) {
+TEST_F(CompanionCheck, failsWithStatus3) {
   expectFailure({"check", "/home/user/Missing.plist"}, "couldn’t be opened", 3);
   machine_.files.put(bookmarks, "neither");
   EXPECT_EQ(run({"check"}).status, 3);
@@ -347,7 +377,7 @@ TEST_F(CompanionCheck, hasAStatusOfItsOwnForAFailure) {
 
 using CompanionBackups = CompanionCommandTest;
 
-TEST_F(CompanionBackups, areListedWithAllThatTellsThemApart) {
+TEST_F(CompanionBackups, areListedWithTimeSizeAndBookmarks) {
   putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
   putBackup("Bookmarks-BB.plist", "damaged", "2026-09-22 23:59:59");
   const std::string size = std::to_string(fileOf(unsortedTree()).size());
@@ -365,19 +395,19 @@ TEST_F(CompanionBackups, haveTheirTimesInTheUsersTimeZone) {
   EXPECT_THAT(run({"backups"}).output, HasSubstr("  2026-02-01 00:30:00  "));
 }
 
-TEST_F(CompanionBackups, areNamesAloneIfThatIsToBeQuiet) {
+TEST_F(CompanionBackups, areNamesAloneIfQuiet) {
   putBackup("Bookmarks-A.plist", "", "2026-09-21 10:00:01");
   putBackup("Bookmarks-B\x1b.plist", "", "2026-09-21 10:00:02");
   expectEnding(run({"backups", "-q"}), 0, "Bookmarks-B\\u{1B}.plist\nBookmarks-A.plist\n");
   EXPECT_EQ(machine_.journal.count("read"), 0);
 }
 
-TEST_F(CompanionBackups, areNone) {
+TEST_F(CompanionBackups, reportThatThereAreNone) {
   expectEnding(run({"backups"}), 0, "There are no backups.\n");
   expectEnding(run({"backups", "-q"}), 0, "");
 }
 
-TEST_F(CompanionBackups, areListedWithoutABookmarkFileToo) {
+TEST_F(CompanionBackups, areListedEvenWithoutABookmarkFile) {
   putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
   machine_.files.remove(bookmarks);
   const Ending ending = run({"backups"});
@@ -386,12 +416,12 @@ TEST_F(CompanionBackups, areListedWithoutABookmarkFileToo) {
   EXPECT_THAT(ending.error, StartsWith("quilleryctl: The file “Bookmarks.plist” couldn’t be opened"));
 }
 
-TEST_F(CompanionBackups, failWhereTheFolderCannotBeLookedThrough) {
+TEST_F(CompanionBackups, failIfTheFolderCannotBeListed) {
   machine_.files.failOn("files in", EACCES);
   expectFailure({"backups"}, "Permission denied");
 }
 
-TEST_F(CompanionBackups, standOutOnATerminal) {
+TEST_F(CompanionBackups, haveColorsOnATerminal) {
   putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
   machine_.processes.startInTerminal();
   machine_.processes.setVariable("TERM", "xterm");
@@ -402,7 +432,7 @@ TEST_F(CompanionBackups, standOutOnATerminal) {
 
 using CompanionRestore = CompanionCommandTest;
 
-TEST_F(CompanionRestore, bringsBackABackupByItsName) {
+TEST_F(CompanionRestore, restoresABackupByItsName) {
   putBackup("Bookmarks-A.plist", fileOf(sortedTree()), "2026-09-21 10:00:01");
   expectEnding(run({"restore", "Bookmarks-A.plist"}), 0,
                "Bookmarks restored: Your bookmarks are as they were when the backup was made. You can reopen "
@@ -415,7 +445,7 @@ TEST_F(CompanionRestore, bringsBackABackupByItsName) {
   EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
 }
 
-TEST_F(CompanionRestore, bringsBackABackupByItsPath) {
+TEST_F(CompanionRestore, restoresABackupByItsPath) {
   machine_.files.put("/media/stick/old.plist", fileOf(sortedTree()));
   machine_.files.put("/home/user/folder/./old.plist", fileOf(rootNode({})));
   EXPECT_EQ(run({"restore", "/media/stick/old.plist"}).status, 0);
@@ -424,15 +454,15 @@ TEST_F(CompanionRestore, bringsBackABackupByItsPath) {
   EXPECT_EQ(machine_.files.content(bookmarks), fileOf(rootNode({})));
 }
 
-TEST_F(CompanionRestore, undoesTheSortOfAnotherFile) {
+TEST_F(CompanionRestore, undoesTheSortOfANamedFile) {
   machine_.files.put("/home/user/folder/Other.plist", fileOf(unsortedTree()));
   run({"sort", "Other.plist"});
   EXPECT_EQ(run({"restore", newBackup, "Other.plist"}).status, 0);
   EXPECT_EQ(machine_.files.content("/home/user/folder/Other.plist"), fileOf(unsortedTree()));
-  EXPECT_EQ(machine_.journal.count("write atomically"), 2) << "and never the user's own file";
+  EXPECT_EQ(machine_.journal.count("write atomically"), 2) << "the user's own file is never written";
 }
 
-TEST_F(CompanionRestore, refusesWhatIsNoBackup) {
+TEST_F(CompanionRestore, refusesAFileThatIsNoBackup) {
   putBackup("Bookmarks-A.plist", fileOf(PlistValue(1)), "2026-09-21 10:00:01");
   const Ending ending = run({"restore", "Bookmarks-A.plist"});
   EXPECT_EQ(ending.status, 1);
@@ -451,11 +481,11 @@ TEST_F(CompanionRestore, readsNothingWhileSafariRuns) {
   EXPECT_EQ(machine_.journal.count("read"), 0);
 }
 
-// The next sort
+// The next scheduled sort
 
 using CompanionNext = CompanionCommandTest;
 
-TEST_F(CompanionNext, isTheOneThatTheTimerWaitsFor) {
+TEST_F(CompanionNext, printsTheNextScheduledSort) {
   machine_.defaults.put("dailyEnabled", true);
   machine_.defaults.put("dailyHour", 9);
   machine_.defaults.put("dailyMinute", 5);
@@ -467,7 +497,7 @@ TEST_F(CompanionNext, isTheOneThatTheTimerWaitsFor) {
   expectEnding(run({"next"}), 0, "Monday 2026-09-28 09:05\n");
 }
 
-TEST_F(CompanionNext, isNone) {
+TEST_F(CompanionNext, reportsThatNoSortIsScheduled) {
   expectEnding(run({"next"}), 0, "No sort is scheduled.\n");
   machine_.defaults.put("dailyEnabled", true);
   machine_.defaults.put("scheduleDays", numberList({}));
@@ -475,7 +505,7 @@ TEST_F(CompanionNext, isNone) {
   expectEnding(run({"next", "-q"}), 0, "");
 }
 
-TEST_F(CompanionNext, isNoneWhileSortingIsStopped) {
+TEST_F(CompanionNext, reportsThatSortingIsStopped) {
   machine_.defaults.put("dailyEnabled", true);
   machine_.defaults.put("sortingPaused", true);
   expectEnding(run({"next"}), 0, "No sort is scheduled: automatic sorting is stopped.\n");
@@ -486,9 +516,9 @@ TEST_F(CompanionNext, readsNoFile) {
   EXPECT_EQ(machine_.journal.count("read"), 0);
 }
 
-// The rest
+// Usage, help and output
 
-TEST_F(CompanionCommandTest, explainsItsUsageWhenUsedWrongly) {
+TEST_F(CompanionCommandTest, printsItsUsageIfUsedWrongly) {
   const Ending ending = run({"sort", "a", "\x1b[2J"});
   EXPECT_EQ(ending.status, 2);
   EXPECT_EQ(ending.output, "");
@@ -497,14 +527,14 @@ TEST_F(CompanionCommandTest, explainsItsUsageWhenUsedWrongly) {
   EXPECT_THAT(machine_.journal.entries(), IsEmpty());
 }
 
-TEST_F(CompanionCommandTest, helpsAndNamesItsVersion) {
+TEST_F(CompanionCommandTest, printsItsHelpAndVersion) {
   const Ending help = run({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.output, AllOf(StartsWith("usage: quilleryctl "), HasSubstr("Exit status:")));
   expectEnding(run({"--version"}), 0, "quilleryctl " + std::string(product::version) + "\n");
 }
 
-// Where output goes that nobody takes.
+// A stream buffer on which every write fails.
 class FullDisk : public std::streambuf {};
 
 TEST_F(CompanionCommandTest, failsIfItsOutputCannotBeWritten) {

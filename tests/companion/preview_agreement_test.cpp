@@ -1,4 +1,4 @@
-// What a preview says would move is exactly what a sort moves, on random trees.
+// On random trees, a preview shows exactly what a sort then moves.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,7 +16,7 @@ namespace {
 
 using nlohmann::json;
 
-// What the preview for programs makes of a tree: the entries of each folder that it lists, in its order.
+// The node with the children of each listed folder in the order of the JSON preview.
 PlistValue applied(const json& preview, const PlistValue& node) {
   if (!preview.contains("children")) return node;
   const PlistValue old = node.value(u"Children").value();
@@ -31,7 +31,7 @@ PlistValue applied(const json& preview, const PlistValue& node) {
   return PlistValue::dictionary(std::move(entries));
 }
 
-// The length of the longest run of entries that keep their order, found by trying every last one.
+// The length of the longest increasing subsequence. Takes quadratic time.
 std::size_t longestRun(const std::vector<std::size_t>& from) {
   std::vector<std::size_t> best(from.size(), 1);
   for (std::size_t index = 0; index < from.size(); ++index)
@@ -40,8 +40,8 @@ std::size_t longestRun(const std::vector<std::size_t>& from) {
   return best.empty() ? 0 : *std::max_element(best.begin(), best.end());
 }
 
-// Of each folder that is listed: titles are those of the entries, what is not moved keeps its order, and no fewer
-// entries would do. Answers how many are moved.
+// Expects of each listed folder that the titles match, that the entries that are not moved keep their order, and that
+// the moved entries are as few as possible. Returns the number of moved entries.
 std::size_t expectMarks(const json& preview, const PlistValue& node) {
   if (!preview.contains("children")) return 0;
   const PlistValue old = node.value(u"Children").value();
@@ -72,7 +72,7 @@ std::size_t expectMarks(const json& preview, const PlistValue& node) {
   return movedInAll + movedHere;
 }
 
-// How many lines of a preview for people have an arrow in front.
+// The number of lines of a text preview that begin with an arrow.
 std::size_t arrows(const std::string& text) {
   std::size_t count = 0;
   for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1) {
@@ -84,7 +84,7 @@ std::size_t arrows(const std::string& text) {
 
 class PreviewAgreement : public RandomTreeTest, protected CompanionMachine {
  protected:
-  // The root's own entries are not sorted, so they are no part of what expectMarks() expects of a folder.
+  // The same for the folders below the root, whose own entries are never sorted.
   static std::size_t expectMarksBelow(const json& preview, const PlistValue& root) {
     std::size_t moved = 0;
     if (!preview.contains("children")) return moved;
@@ -98,10 +98,10 @@ class PreviewAgreement : public RandomTreeTest, protected CompanionMachine {
   }
 };
 
-TEST_F(PreviewAgreement, ofWhatWouldMoveAndWhatMoves) {
+TEST_F(PreviewAgreement, previewMatchesTheSort) {
   unsigned sorts = 0;
   forEachTree([&](const PlistValue& tree) {
-    if (!childrenOf(tree)) return;  // no bookmark file
+    if (!childrenOf(tree)) return;  // not a bookmark file
     NativePropertyLists codec;
     const PropertyListFormat format = sorts % 2 == 0 ? PropertyListFormat::binary : PropertyListFormat::xml;
     const Bytes before = codec.serialize(tree, format);
@@ -130,7 +130,7 @@ TEST_F(PreviewAgreement, ofWhatWouldMoveAndWhatMoves) {
     EXPECT_EQ(shown.empty(), !changed);
     sorts += changed ? 1 : 0;
   });
-  EXPECT_GT(sorts, trees() / 3) << "trees that are in order already show little";
+  EXPECT_GT(sorts, trees() / 3) << "too few trees needed sorting";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Where the bookmark file is, and whether it can be read.
+// The path of the bookmark file, and the read probe.
 #include "engine/bookmark_file.h"
 
 #include <gmock/gmock.h>
@@ -20,35 +20,35 @@ class BookmarkFileTest : public testing::Test {
   VirtualMachine machine_;
 };
 
-TEST_F(BookmarkFileTest, theBookmarkFileIsInTheUsersLibrary) {
+TEST_F(BookmarkFileTest, isInTheUsersLibrary) {
   EXPECT_EQ(bookmarkFile(), bookmarks);
   EXPECT_THAT(machine_.journal.entries(), IsEmpty());
 }
 
-TEST_F(BookmarkFileTest, bookmarksCanBeReadIfReadingTheFileSucceeds) {
+TEST_F(BookmarkFileTest, isReadableIfReadingItSucceeds) {
   machine_.files.put(bookmarks, "anything at all");
   EXPECT_TRUE(canReadBookmarks());
-  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks)) << "an actual read, and nothing else";
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks)) << "an actual read and nothing else";
 }
 
-TEST_F(BookmarkFileTest, bookmarksCanBeReadFromAnEmptyFile) {
+TEST_F(BookmarkFileTest, isReadableIfEmpty) {
   machine_.files.put(bookmarks, "");
   EXPECT_TRUE(canReadBookmarks());
 }
 
-TEST_F(BookmarkFileTest, bookmarksCannotBeReadIfTheFileIsMissing) {
+TEST_F(BookmarkFileTest, isNotReadableIfMissing) {
   EXPECT_FALSE(canReadBookmarks());
-  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks)) << "and nothing is said";
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks)) << "nothing is reported";
 }
 
-TEST_F(BookmarkFileTest, bookmarksCannotBeReadIfReadingFailsInAnyWay) {
+TEST_F(BookmarkFileTest, isNotReadableIfReadingFails) {
   machine_.files.put(bookmarks, "");
   int time = 0;
   for (const int problem : {EACCES, EPERM, EIO, ENOMEM}) {
     machine_.files.failOn("read", problem, ++time);
     EXPECT_FALSE(canReadBookmarks()) << problem;
   }
-  EXPECT_TRUE(canReadBookmarks()) << "each time anew";
+  EXPECT_TRUE(canReadBookmarks()) << "every call reads again";
 }
 
 }  // namespace

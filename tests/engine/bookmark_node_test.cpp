@@ -1,4 +1,4 @@
-// What the few keys of a bookmark node mean.
+// The meaning of a bookmark node's keys.
 #include "engine/bookmark_node.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// The node as it was built, and as it lies in a file of either format.
+// The node as it was built, and as it is read from a file of either format.
 std::vector<PlistValue> everyForm(const PlistValue& node) {
   NativePropertyLists codec;
   return {node, codec.parse(codec.serialize(node, PropertyListFormat::binary)).value,
@@ -27,16 +27,16 @@ void expectFolder(const PlistValue& node, bool wanted) {
 
 PlistValue uri(PlistValue title) { return PlistValue::dictionary({{u"title", std::move(title)}}); }
 
-TEST(Title, isTheNodesOwnBeforeThatOfItsDisplayData) {
+TEST(Title, prefersTheTitleKeyToTheUriDictionary) {
   expectTitle(PlistValue::dictionary({{u"Title", u"A"}, {u"URIDictionary", uri(u"B")}}), u"A");
   expectTitle(PlistValue::dictionary({{u"URIDictionary", uri(u"B")}, {u"Title", u"A"}}), u"A");
 }
 
-TEST(Title, thatIsANumberIsSkipped) {
+TEST(Title, isSkippedIfItIsANumber) {
   expectTitle(PlistValue::dictionary({{u"Title", 5}, {u"URIDictionary", uri(u"x")}}), u"x");
 }
 
-TEST(Title, thatIsOfAnyOtherTypeIsSkipped) {
+TEST(Title, isSkippedIfItIsNotAString) {
   const std::vector<PlistValue> others = {
       5, 1.5, true, PlistDate{1}, Bytes(std::string("x")), PlistValue::array({u"x"}), uri(u"y")};
   for (const PlistValue& other : others) {
@@ -45,17 +45,17 @@ TEST(Title, thatIsOfAnyOtherTypeIsSkipped) {
   }
 }
 
-TEST(Title, isEmptyWhereThereIsNone) {
+TEST(Title, isEmptyIfThereIsNone) {
   expectTitle(PlistValue::dictionary({{u"WebBookmarkType", u"WebBookmarkTypeLeaf"}}), u"");
 }
 
-TEST(Title, ofAnEmptyDictionaryIsEmpty) { expectTitle(PlistValue::dictionary({}), u""); }
+TEST(Title, isEmptyForAnEmptyDictionary) { expectTitle(PlistValue::dictionary({}), u""); }
 
-TEST(Title, thatIsEmptyCountsAsOne) {
+TEST(Title, mayBeAnEmptyString) {
   expectTitle(PlistValue::dictionary({{u"Title", u""}, {u"URIDictionary", uri(u"x")}}), u"");
 }
 
-TEST(Title, isEmptyWhereTheDisplayDataAreOfAnotherType) {
+TEST(Title, isEmptyIfTheUriDictionaryIsOfAnotherType) {
   for (const PlistValue& other : {PlistValue(u"title"), PlistValue(5), PlistValue::array({u"title"}), uri(5),
                                   PlistValue::dictionary({}), PlistValue::dictionary({{u"Title", u"x"}})})
     expectTitle(PlistValue::dictionary({{u"URIDictionary", other}}), u"");
@@ -66,11 +66,11 @@ TEST(Title, isReturnedAsStored) {
   expectTitle(PlistValue::dictionary({{u"title", u"wrong case"}, {u"TITLE", u"wrong case"}}), u"");
 }
 
-TEST(Folder, isANodeWhoseTypeSaysSo) {
+TEST(Folder, isANodeOfTypeList) {
   expectFolder(PlistValue::dictionary({{u"WebBookmarkType", u"WebBookmarkTypeList"}}), true);
 }
 
-TEST(Folder, isNotANodeWhoseTypeDiffersInLetterCaseOnly) {
+TEST(Folder, isNotANodeWhoseTypeHasAnotherCase) {
   for (const char16_t* type : {u"webBookmarkTypeList", u"WEBBOOKMARKTYPELIST", u"WebBookmarkTypelist"})
     expectFolder(PlistValue::dictionary({{u"WebBookmarkType", type}}), false);
 }
@@ -81,14 +81,14 @@ TEST(Folder, isNotANodeOfAnotherType) {
     expectFolder(PlistValue::dictionary({{u"WebBookmarkType", type}}), false);
 }
 
-TEST(Folder, isNotANodeWhoseTypeIsNoStringOrMissing) {
+TEST(Folder, isNotANodeWithoutATypeString) {
   expectFolder(PlistValue::dictionary({{u"WebBookmarkType", 5}}), false);
   expectFolder(PlistValue::dictionary({{u"WebBookmarkType", PlistValue::array({u"WebBookmarkTypeList"})}}), false);
   expectFolder(PlistValue::dictionary({{u"Title", u"WebBookmarkTypeList"}}), false);
   expectFolder(PlistValue::dictionary({}), false);
 }
 
-TEST(ChildrenOf, areAnArrayOfNothingButDictionaries) {
+TEST(ChildrenOf, areAnArrayOfDictionariesOnly) {
   const auto children = [](const PlistValue& value) -> bool {
     const PlistValue node = PlistValue::dictionary({{u"Children", value}});
     std::vector<bool> found;
@@ -105,7 +105,7 @@ TEST(ChildrenOf, areAnArrayOfNothingButDictionaries) {
   EXPECT_FALSE(children(leaf(u"a")));
 }
 
-TEST(Leaf, hasATitleAndIsNoFolderAndIsIdentifiedByItsName) {
+TEST(Leaf, hasItsNameAsTitleAndIdentifier) {
   const PlistValue node = leaf(u"Item 2");
   EXPECT_EQ(title(node), u"Item 2");
   EXPECT_FALSE(folder(node));

@@ -1,4 +1,4 @@
-// Which entries count as moved: the fewest that can be taken out so that the rest keep their order.
+// Which entries count as moved: the fewest whose removal leaves the rest in order.
 #include "engine/fewest_moves.h"
 
 #include <gmock/gmock.h>
@@ -24,40 +24,41 @@ Places firstPlaces(std::size_t count) {
   return places;
 }
 
-// For a list all of whose entries are sortable.
+// The moves in a list of sortable entries only.
 std::vector<bool> moves(Places from) {
   const std::size_t count = from.size();
   return fewestMoves({firstPlaces(count), std::move(from)});
 }
 
-TEST(FewestMoves, areNoneWhereNothingIsRearranged) {
+TEST(FewestMoves, areNoneIfNothingIsRearranged) {
   EXPECT_THAT(moves({}), IsEmpty());
   EXPECT_THAT(moves({0, 1, 2}), ElementsAre(false, false, false));
 }
 
-TEST(FewestMoves, areOneForAnEntryThatGoesElsewhere) {
+TEST(FewestMoves, areOneIfOneEntryMoves) {
   EXPECT_THAT(moves({3, 0, 1, 2}), ElementsAre(true, false, false, false)) << "from the end to the start";
   EXPECT_THAT(moves({1, 2, 3, 0}), ElementsAre(false, false, false, true)) << "from the start to the end";
   EXPECT_THAT(moves({0, 2, 3, 1, 4}), ElementsAre(false, false, false, true, false));
 }
 
-TEST(FewestMoves, leaveWhatKeepsItsPlaceWhereOthersWouldDoAsWell) {
+TEST(FewestMoves, preferToKeepEntriesInTheirPlaces) {
   EXPECT_THAT(moves({2, 1, 0}), ElementsAre(true, false, true));
   EXPECT_THAT(moves({4, 3, 2, 1, 0}), ElementsAre(true, true, false, true, true));
 }
 
-TEST(FewestMoves, leaveWhatEndsUpFurtherDownWhereOthersWouldDoAsWell) {
+TEST(FewestMoves, preferToKeepEntriesThatEndUpFurtherDown) {
   EXPECT_THAT(moves({1, 0}), ElementsAre(true, false));
   EXPECT_THAT(moves({2, 3, 0, 1}), ElementsAre(true, true, false, false));
 }
 
-TEST(FewestMoves, answerForThePlacesOfSortableEntriesOnly) {
-  // Something fixed is at 0, 2 and 5.
+TEST(FewestMoves, coverSortableEntriesOnly) {
+  // Fixed entries are at 0, 2 and 5.
   EXPECT_THAT(fewestMoves({{1, 3, 4, 6}, {6, 1, 3, 4}}), ElementsAre(true, false, false, false));
   EXPECT_THAT(fewestMoves({{1, 3, 4}, {4, 3, 1}}), ElementsAre(true, false, true));
 }
 
-// The length of the longest run, and among those the most entries at their own places, found by trying every last one.
+// The length of the longest increasing subsequence and, among the longest, the most entries that keep their places.
+// Takes quadratic time.
 std::pair<std::size_t, std::size_t> bestRun(const FolderOrder& order) {
   std::vector<std::pair<std::size_t, std::size_t>> best(order.from.size());
   std::pair<std::size_t, std::size_t> overall;
@@ -108,7 +109,7 @@ TEST(FewestMoves, areTheFewestForRandomOrdersWithGaps) {
   }
 }
 
-TEST(FewestMoves, areFoundInAMillionEntriesWithoutComparingAllPairs) {
+TEST(FewestMoves, handleAMillionEntriesWithoutComparingAllPairs) {
   constexpr std::size_t count = 1'000'000;
   Places from = firstPlaces(count);
   std::reverse(from.begin(), from.end());
@@ -116,7 +117,7 @@ TEST(FewestMoves, areFoundInAMillionEntriesWithoutComparingAllPairs) {
   EXPECT_EQ(std::count(moved.begin(), moved.end(), false), 1);
   std::shuffle(from.begin(), from.end(), std::mt19937(1));
   const std::vector<bool> shuffled = moves(from);
-  // The longest run of a random order is about twice the square root of its length.
+  // The longest increasing subsequence of a random order has about twice the square root of its length.
   const auto kept = std::count(shuffled.begin(), shuffled.end(), false);
   EXPECT_GT(kept, 1900);
   EXPECT_LT(kept, 2100);

@@ -1,4 +1,4 @@
-// The restore job on a virtual machine: which steps it takes, in which order, and what is on the disk afterwards.
+// The restore job: its steps, its errors, and what is on the disk afterwards.
 #include "engine/restore_job.h"
 
 #include <gmock/gmock.h>
@@ -25,7 +25,7 @@ using testing::HasSubstr;
 const std::string backup = backups + "/Bookmarks-old.plist";
 const std::string newBackup = backups + "/Bookmarks-" + VirtualProcesses::uuid(1) + ".plist";
 
-// The steps in their order; a restore that fails stops after one of them.
+// The steps in order; a restore that fails stops after one of them.
 const Entries upToTheFolder = {"files in " + bookmarkFolder};
 const Entries upToReading = upToTheFolder + Entries{"running? com.apple.Safari", "read " + bookmarks};
 const Entries upToTheBackup = upToReading + Entries{"read " + backup};
@@ -69,7 +69,7 @@ class RestoreJobTest : public testing::Test {
 
   void expectDiskUntouched() const { EXPECT_EQ(machine_.files.files(), filesAtFirst_); }
 
-  // The bookmark file is as it was, and there is one more backup of it.
+  // Expects an unchanged bookmark file and one more backup of it.
   void expectOnlyABackup() const {
     auto wanted = filesAtFirst_;
     wanted[newBackup] = {present_, 0600};
@@ -77,14 +77,14 @@ class RestoreJobTest : public testing::Test {
   }
 
   VirtualMachine machine_;
-  // In different formats, and not in the order in which either is written.
+  // In different formats; the backup's bytes are not what the program would write.
   const std::string present_ = fileOf(rootNode({folderNode(u"Bar", {leafNode(u"a"), leafNode(u"b")})}));
   const std::string old_ =
       "<?xml version=\"1.0\"?><plist><!-- as it was --><dict><key>Children</key><array/></dict></plist>";
   std::map<std::string, VirtualFileSystem::File> filesAtFirst_;
 };
 
-TEST_F(RestoreJobTest, bringsTheExactBytesBackInItsOrderOfSteps) {
+TEST_F(RestoreJobTest, restoresTheExactBytesStepByStep) {
   const RestoreResult result = restoreBookmarkFile(backup, bookmarks);
   EXPECT_EQ(result.outcome, RestoreOutcome::restored);
   EXPECT_EQ(result.backup, newBackup);
@@ -93,14 +93,14 @@ TEST_F(RestoreJobTest, bringsTheExactBytesBackInItsOrderOfSteps) {
   EXPECT_EQ(machine_.files.mode(bookmarks), 0640U);
   EXPECT_EQ(machine_.files.content(newBackup), present_);
   EXPECT_EQ(machine_.files.mode(newBackup), 0600U);
-  EXPECT_EQ(machine_.files.content(backup), old_) << "the backup stays";
+  EXPECT_EQ(machine_.files.content(backup), old_) << "the backup is kept";
 }
 
-TEST_F(RestoreJobTest, canBeUndoneByARestoreOfItsOwnBackup) {
+TEST_F(RestoreJobTest, canBeUndoneByRestoringItsOwnBackup) {
   restore();
   EXPECT_EQ(restore(newBackup), RestoreOutcome::restored);
   EXPECT_EQ(machine_.files.content(bookmarks), present_);
-  EXPECT_EQ(machine_.files.files().size(), 4U) << "and that made a backup, too";
+  EXPECT_EQ(machine_.files.files().size(), 4U) << "the second restore made a backup too";
 }
 
 TEST_F(RestoreJobTest, undoesASort) {
@@ -112,7 +112,7 @@ TEST_F(RestoreJobTest, undoesASort) {
   EXPECT_EQ(machine_.files.content(bookmarks), unsorted);
 }
 
-TEST_F(RestoreJobTest, changesNothingWhereTheBytesAreTheSame) {
+TEST_F(RestoreJobTest, changesNothingIfTheBytesAreTheSame) {
   machine_.files.put(bookmarks, old_);
   filesAtFirst_ = machine_.files.files();
   const RestoreResult result = restoreBookmarkFile(backup, bookmarks);
@@ -127,11 +127,11 @@ TEST_F(RestoreJobTest, replacesAnotherFileIfOneIsNamed) {
   machine_.files.put(other, "anything");
   EXPECT_EQ(restoreBookmarkFile(backup, other).outcome, RestoreOutcome::restored);
   EXPECT_EQ(machine_.files.content(other), old_);
-  EXPECT_EQ(machine_.files.content(newBackup), "anything") << "beside the user's own backups";
+  EXPECT_EQ(machine_.files.content(newBackup), "anything") << "in the folder of the user's own backups";
   EXPECT_EQ(machine_.files.content(bookmarks), present_);
 }
 
-TEST_F(RestoreJobTest, replacesAFileThatIsDamaged) {
+TEST_F(RestoreJobTest, replacesADamagedFile) {
   machine_.files.put(bookmarks, "bplist00 and no more");
   EXPECT_EQ(restore(), RestoreOutcome::restored);
   EXPECT_EQ(machine_.files.content(bookmarks), old_);
@@ -162,23 +162,23 @@ TEST_F(RestoreJobTest, leavesAFileThatChangedMeanwhile) {
   EXPECT_EQ(machine_.files.content(newBackup), present_);
 }
 
-// What is no backup
+// Unfit backups
 
-TEST_F(RestoreJobTest, refusesABackupThatIsNotThere) {
+TEST_F(RestoreJobTest, refusesAMissingBackup) {
   machine_.files.remove(backup);
   filesAtFirst_ = machine_.files.files();
   expectFailure(upToTheBackup, "The file “Bookmarks-old.plist” couldn’t be opened");
   expectDiskUntouched();
 }
 
-TEST_F(RestoreJobTest, refusesWhatCannotBeParsed) {
+TEST_F(RestoreJobTest, refusesABackupThatCannotBeParsed) {
   machine_.files.put(backup, "bplist00");
   filesAtFirst_ = machine_.files.files();
   expectFailure(upToParsing, "");
   expectDiskUntouched();
 }
 
-TEST_F(RestoreJobTest, refusesWhatIsNoBookmarkTree) {
+TEST_F(RestoreJobTest, refusesABackupThatIsNoBookmarkTree) {
   for (const PlistValue& value :
        {PlistValue(u"a string"), PlistValue::dictionary({}), PlistValue::dictionary({{u"Title", u"a"}}),
         PlistValue::dictionary({{u"Children", PlistValue::array({u"a string"})}})}) {
@@ -195,31 +195,31 @@ TEST_F(RestoreJobTest, refusesWhatIsNoBookmarkTree) {
 const Entries upToTheQuestionWithoutFile =
     upToTheFolder + Entries{"read " + backup, "parse", "running? com.apple.Safari"};
 
-TEST_F(RestoreJobTest, writesAFileThatIsMissing) {
+TEST_F(RestoreJobTest, writesAMissingFile) {
   machine_.files.remove(bookmarks);
   const RestoreResult result = restoreBookmarkFile(backup, bookmarks);
   EXPECT_EQ(result.outcome, RestoreOutcome::restored);
-  EXPECT_EQ(result.backup, std::nullopt) << "there was nothing to back up";
+  EXPECT_EQ(result.backup, std::nullopt) << "no backup of a missing file";
   expectSteps(upToTheQuestionWithoutFile + Entries{"write new " + bookmarks});
   EXPECT_EQ(machine_.files.content(bookmarks), old_);
   EXPECT_EQ(machine_.files.files().size(), 2U);
 }
 
-TEST_F(RestoreJobTest, overwritesNothingThatComesToBeMeanwhile) {
+TEST_F(RestoreJobTest, doesNotOverwriteAFileCreatedMeanwhile) {
   machine_.files.remove(bookmarks);
   machine_.journal.before("write new", [&](const auto&) { machine_.files.put(bookmarks, "new"); });
   expectFailure(upToTheQuestionWithoutFile + Entries{"write new " + bookmarks}, "File exists");
   EXPECT_EQ(machine_.files.content(bookmarks), "new");
 }
 
-TEST_F(RestoreJobTest, writesNoMissingFileOnceSafariRuns) {
+TEST_F(RestoreJobTest, doesNotWriteAMissingFileOnceSafariRuns) {
   machine_.files.remove(bookmarks);
   machine_.journal.after("parse", [&](const auto&) { machine_.applications.start(safari); });
   EXPECT_EQ(expectFailure(upToTheQuestionWithoutFile, "Quit Safari first"), sorterCode(1));
   EXPECT_FALSE(machine_.files.files().contains(bookmarks));
 }
 
-TEST_F(RestoreJobTest, failsWhereTheFolderOfTheFileMayNotBeLookedThrough) {
+TEST_F(RestoreJobTest, failsIfTheFilesFolderCannotBeListed) {
   machine_.files.failOn("files in", EACCES);
   expectFailure(upToTheFolder, "Permission denied");
   expectDiskUntouched();
@@ -227,19 +227,19 @@ TEST_F(RestoreJobTest, failsWhereTheFolderOfTheFileMayNotBeLookedThrough) {
 
 // Failing steps
 
-TEST_F(RestoreJobTest, leavesEverythingIfTheFileCannotBeRead) {
+TEST_F(RestoreJobTest, leavesAllFilesIfTheFileCannotBeRead) {
   machine_.files.failOn("read", EACCES);
   expectFailure(upToReading, "Permission denied");
   expectDiskUntouched();
 }
 
-TEST_F(RestoreJobTest, leavesEverythingIfTheBackupsFolderCannotBeMade) {
+TEST_F(RestoreJobTest, leavesAllFilesIfTheBackupsFolderCannotBeCreated) {
   machine_.files.failOn("create folder", EROFS);
   expectFailure(upToParsing + Entries{"create folder " + backups + " 0700"}, "Read-only file system");
   expectDiskUntouched();
 }
 
-TEST_F(RestoreJobTest, leavesEverythingIfNoBackupCanBeWritten) {
+TEST_F(RestoreJobTest, leavesAllFilesIfNoBackupCanBeWritten) {
   machine_.files.failOn("write new", ENOSPC);
   expectFailure(upToBackingUp, "No space left on device");
   expectDiskUntouched();

@@ -1,4 +1,4 @@
-// Whether Safari is running.
+// The probe for a running Safari.
 #include "engine/safari.h"
 
 #include <gtest/gtest.h>
@@ -12,9 +12,9 @@ class SafariTest : public testing::Test {
   VirtualMachine machine_;
 };
 
-TEST_F(SafariTest, safariIsNotRunningWithoutAProcess) { EXPECT_FALSE(safariRunning()); }
+TEST_F(SafariTest, isNotRunningWithoutAProcess) { EXPECT_FALSE(safariRunning()); }
 
-TEST_F(SafariTest, safariIsRunningWithOneProcessOrTwo) {
+TEST_F(SafariTest, isRunningWithOneProcessOrTwo) {
   machine_.applications.start("com.apple.Safari");
   EXPECT_TRUE(safariRunning());
   machine_.applications.start("com.apple.Safari");
@@ -23,7 +23,7 @@ TEST_F(SafariTest, safariIsRunningWithOneProcessOrTwo) {
   EXPECT_FALSE(safariRunning());
 }
 
-TEST_F(SafariTest, safariIsKnownByItsIdentifierOnly) {
+TEST_F(SafariTest, isFoundByItsExactIdentifierOnly) {
   machine_.applications.start("com.apple.SafariTechnologyPreview");
   machine_.applications.start("com.apple.safari");
   machine_.applications.start("com.apple");

@@ -1,5 +1,5 @@
-// The sort job on a virtual machine: what it returns, and which error it throws. Its steps, and what a failure of each
-// leaves on the disk, are tested through performSort().
+// The sort job: what it returns and which errors it throws. perform_sort_test.cpp tests its steps, and what is on the
+// disk after a failure of each.
 #include "engine/sort_job.h"
 
 #include <gmock/gmock.h>
@@ -77,7 +77,7 @@ TEST_F(SortJobTest, throwsCode3IfTheFileChanges) {
   EXPECT_EQ(machine_.files.content(bookmarks), "changed");
 }
 
-TEST_F(SortJobTest, sortsAnotherFileAndBacksItUpInTheSameFolder) {
+TEST_F(SortJobTest, sortsANamedFileAndBacksItUpInTheSameFolder) {
   const std::string other = "/home/user/Other.plist";
   const std::string otherContent = fileOf(unsortedTree(), PropertyListFormat::xml);
   const std::string userContent = machine_.files.content(bookmarks);
@@ -91,7 +91,7 @@ TEST_F(SortJobTest, sortsAnotherFileAndBacksItUpInTheSameFolder) {
   EXPECT_THAT(machine_.journal.entries(), Contains("holds " + other));
 }
 
-TEST_F(SortJobTest, readsNoOtherFileWhileSafariRunsEither) {
+TEST_F(SortJobTest, readsNoNamedFileWhileSafariRuns) {
   machine_.applications.start(safari);
   EXPECT_THROW(sortBookmarkFile("/home/user/Other.plist"), Error);
   EXPECT_EQ(machine_.journal.count("read"), 0);

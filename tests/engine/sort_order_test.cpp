@@ -1,4 +1,4 @@
-// The ordering rule: case by case, and on random trees against the rule as it is written down.
+// The ordering rule: case by case, and on random trees against a naive implementation of the rule.
 #include "engine/sort_order.h"
 
 #include <gtest/gtest.h>
@@ -19,29 +19,13 @@ namespace {
 
 class SortOrderTest : public testing::Test {
  protected:
-  // The order of these children in an inner folder.
+  // The outline of an inner folder with these children after a sort.
   static std::string order(std::vector<PlistValue> children) {
     return outline(sorted(folderNode(u"folder", std::move(children)), false));
   }
 
  private:
   VirtualMachine machine_;
-};
-
-// Another collation that counts what it is asked.
-class CountingCollation : public Collation {
- public:
-  explicit CountingCollation(const Collation& collation) : collation_(collation) {}
-
-  std::strong_ordering localizedStandardCompare(std::u16string_view a, std::u16string_view b) const override {
-    ++comparisons_;
-    return collation_.localizedStandardCompare(a, b);
-  }
-  int comparisons() const { return comparisons_; }
-
- private:
-  const Collation& collation_;
-  mutable int comparisons_ = 0;
 };
 
 PlistValue untitledLeaf() { return PlistValue::dictionary({{u"WebBookmarkType", u"WebBookmarkTypeLeaf"}}); }
@@ -52,7 +36,7 @@ PlistValue readingList(std::vector<PlistValue> children) {
 
 std::vector<PlistValue> zThenA() { return {leafNode(u"z"), leafNode(u"a")}; }
 
-TEST_F(SortOrderTest, putsFoldersFirstAndLeavesAnEntryOfAnotherTypeAtItsIndex) {
+TEST_F(SortOrderTest, putsFoldersFirstAndKeepsOtherTypesInPlace) {
   EXPECT_EQ(order({leafNode(u"b"), proxyNode(u"X"), folderNode(u"a", {})}), "a[] <X> b");
 }
 
@@ -72,16 +56,16 @@ TEST_F(SortOrderTest, keepsEqualTitlesInTheirOrder) {
   for (int number = 0; number < 100; ++number) EXPECT_EQ(result.at(static_cast<std::size_t>(number)), numbered(number));
 }
 
-TEST_F(SortOrderTest, takesTitlesThatDifferInCaseOnlyAsDifferent) {
+TEST_F(SortOrderTest, ordersTitlesThatDifferOnlyInCase) {
   EXPECT_EQ(order({leafNode(u"item"), leafNode(u"Item")}), order({leafNode(u"Item"), leafNode(u"item")}));
 }
 
-TEST_F(SortOrderTest, putsABookmarkWithoutATitleBeforeThoseWithOne) {
+TEST_F(SortOrderTest, putsBookmarksWithoutATitleFirst) {
   EXPECT_EQ(order({leafNode(u"a"), untitledLeaf(), leafNode(u"!")}), " ! a");
   EXPECT_EQ(order({leafNode(u"a"), leafNode(u"")}), " a");
 }
 
-TEST_F(SortOrderTest, putsAFolderWithoutATitleBehindNoBookmark) {
+TEST_F(SortOrderTest, putsAFolderWithoutATitleBeforeBookmarks) {
   EXPECT_EQ(order({leafNode(u"a"), folderNode(u"z", {}), folderNode(u"", {})}), "[] z[] a");
 }
 
@@ -91,49 +75,55 @@ TEST_F(SortOrderTest, keepsTheRootsOwnChildrenInTheirOrder) {
   EXPECT_EQ(outline(sorted(rootNode(children), false)), "b[a z] z[a z] y");
 }
 
-TEST_F(SortOrderTest, keepsBarAndReadingListInTheirOrderInTheRootOnly) {
+TEST_F(SortOrderTest, keepsTheOrderOfBarAndListInTheRootOnly) {
   const std::vector<PlistValue> children = {leafNode(u"zebra"), folderNode(u"BookmarksBar", {}), readingList(zThenA())};
   EXPECT_EQ(outline(sorted(rootNode(children), true)), "zebra BookmarksBar[] com.apple.ReadingList[z a]");
   EXPECT_EQ(order(children), "BookmarksBar[] zebra com.apple.ReadingList[z a]");
 }
 
-TEST_F(SortOrderTest, leavesTheReadingListAsItIs) {
+TEST_F(SortOrderTest, leavesTheReadingListUnchanged) {
   EXPECT_EQ(outline(sorted(rootNode({readingList(zThenA())}), true)), "com.apple.ReadingList[z a]");
-  EXPECT_EQ(sorted(readingList(zThenA()), true), readingList(zThenA())) << "even as the root";
 }
 
-TEST_F(SortOrderTest, leavesTheReadingListAsItIsThreeLevelsDeep) {
+TEST_F(SortOrderTest, leavesTheReadingListUnchangedEvenAsTheRoot) {
+  // A root keeps its own entries in place, so only a folder inside shows whether the list is skipped.
+  const PlistValue list = readingList({folderNode(u"folder", zThenA())});
+  EXPECT_EQ(outline(sorted(list, true)), "folder[z a]");
+  EXPECT_EQ(sorted(list, true), list);
+}
+
+TEST_F(SortOrderTest, leavesTheReadingListUnchangedThreeLevelsDeep) {
   const PlistValue list = readingList({folderNode(u"folder", zThenA()), leafNode(u"a")});
   EXPECT_EQ(
       outline(sorted(rootNode({folderNode(u"1", {folderNode(u"2", {leafNode(u"z"), list, leafNode(u"a")})})}), true)),
       "1[2[a com.apple.ReadingList[folder[z a] a] z]]");
 }
 
-TEST_F(SortOrderTest, knowsTheReadingListByItsExactTitle) {
+TEST_F(SortOrderTest, identifiesTheReadingListByItsExactTitle) {
   EXPECT_EQ(order({folderNode(u"com.apple.readinglist", zThenA())}), "com.apple.readinglist[a z]");
   EXPECT_EQ(order({folderNode(u"com.apple.ReadingList ", zThenA())}), "com.apple.ReadingList [a z]");
 }
 
-TEST_F(SortOrderTest, leavesWhateverHasTheReadingListsTitleAsItIs) {
-  // The title may come from the display data, and the type does not count.
+TEST_F(SortOrderTest, leavesAnyNodeWithTheReadingListsTitle) {
+  // The title may come from the URIDictionary, and the type does not matter.
   const PlistValue untyped =
       PlistValue::dictionary({{u"URIDictionary", PlistValue::dictionary({{u"title", u"com.apple.ReadingList"}})},
                               {u"Children", PlistValue::array(zThenA())}});
   EXPECT_EQ(sorted(untyped, false), untyped);
 }
 
-TEST_F(SortOrderTest, keepsReservedEntriesInTheirPlaceAndSortsTheirContents) {
+TEST_F(SortOrderTest, sortsInsideReservedEntriesButKeepsTheirPlaces) {
   EXPECT_EQ(order({leafNode(u"b"), folderNode(u"com.apple.Something", zThenA()), leafNode(u"com.apple.leaf"),
                    leafNode(u"a"), folderNode(u"c", {})}),
             "c[] com.apple.Something[a z] com.apple.leaf a b");
 }
 
-TEST_F(SortOrderTest, takesTheReservedPrefixLiterally) {
+TEST_F(SortOrderTest, matchesTheReservedPrefixExactly) {
   EXPECT_EQ(order({leafNode(u"com.apples"), leafNode(u"Com.apple.b"), leafNode(u"com.apple"), leafNode(u"a")}),
             "a com.apple Com.apple.b com.apples");
 }
 
-TEST_F(SortOrderTest, keepsEntriesOfOtherTypesInTheirPlaceAndSortsTheirContents) {
+TEST_F(SortOrderTest, sortsInsideEntriesOfOtherTypesButKeepsTheirPlaces) {
   const PlistValue typeless =
       PlistValue::dictionary({{u"Title", u"typeless"}, {u"Children", PlistValue::array(zThenA())}});
   const PlistValue children =
@@ -150,14 +140,14 @@ TEST_F(SortOrderTest, keepsAnEmptyDictionaryInItsPlace) {
   EXPECT_EQ(sorted(empty, true), empty);
 }
 
-TEST_F(SortOrderTest, returnsAFolderWithAStringAmongItsChildrenUnchanged) {
+TEST_F(SortOrderTest, leavesAFolderWithAStringAmongItsChildren) {
   const PlistValue node = folderNode(u"folder", {folderNode(u"z", zThenA()), u"a string", leafNode(u"a")});
   EXPECT_EQ(sorted(node, false), node);
   EXPECT_EQ(sorted(node, true), node);
   EXPECT_EQ(sorted(rootNode({node}), true), rootNode({node}));
 }
 
-TEST_F(SortOrderTest, returnsAFolderWithoutAnArrayOfChildrenUnchanged) {
+TEST_F(SortOrderTest, leavesAFolderWithoutAnArrayOfChildren) {
   for (const PlistValue& children : {PlistValue(u"x"), PlistValue(1), leafNode(u"a")}) {
     const PlistValue node =
         PlistValue::dictionary({{u"Children", children}, {u"WebBookmarkType", u"WebBookmarkTypeList"}});
@@ -167,14 +157,14 @@ TEST_F(SortOrderTest, returnsAFolderWithoutAnArrayOfChildrenUnchanged) {
   EXPECT_EQ(sorted(childless, false), childless);
 }
 
-TEST_F(SortOrderTest, sortsAFolderThatCannotBeDescendedIntoAmongItsSiblings) {
+TEST_F(SortOrderTest, sortsAFolderWithoutValidChildrenAmongItsSiblings) {
   const PlistValue broken =
       PlistValue::dictionary({{u"Title", u"b"}, {u"Children", u"none"}, {u"WebBookmarkType", u"WebBookmarkTypeList"}});
   const PlistValue result = sorted(folderNode(u"f", {leafNode(u"a"), broken}), false);
   EXPECT_EQ(result.value(u"Children")->at(0), broken);
 }
 
-TEST_F(SortOrderTest, keepsAnEmptyArrayOfChildrenAnEmptyArray) {
+TEST_F(SortOrderTest, keepsAnEmptyArrayOfChildren) {
   const PlistValue node = folderNode(u"folder", {});
   EXPECT_EQ(sorted(node, false), node);
   EXPECT_EQ(sorted(node, false).value(u"Children"), PlistValue::array({}));
@@ -199,7 +189,7 @@ TEST_F(SortOrderTest, ordersLongAndEmptyTitlesThatShareStorage) {
   }
 }
 
-TEST_F(SortOrderTest, comparesLongTitlesThatManyEntriesShareOnlyOnce) {
+TEST_F(SortOrderTest, comparesSharedLongTitlesOnce) {
   BinaryFile file(2);
   const std::u16string start(1000, u'x');
   const std::vector<std::uint32_t> shared = {file.leaf(utf8(start + u"b")), file.folder(utf8(start + u"c"), {}),
@@ -207,19 +197,20 @@ TEST_F(SortOrderTest, comparesLongTitlesThatManyEntriesShareOnlyOnce) {
   std::vector<std::uint32_t> children;
   for (std::size_t index = 0; index < 10'000; ++index) children.push_back(shared[index % shared.size()]);
   const PlistValue root = NativePropertyLists().parse(file.bytes(file.folder("all", children))).value;
-  CountingCollation collation(platform().collation);
+  int comparisons = 0;
+  ReportingCollation collation(platform().collation, [&] { ++comparisons; });
   const Platform altered = with(collation);
   const PlatformScope counting(altered);
   const PlistValue inOrder = *sorted(root, false).value(u"Children");
-  EXPECT_LT(collation.comparisons(), 20);
+  EXPECT_LT(comparisons, 20);
   ASSERT_EQ(inOrder.size(), children.size());
   const std::vector<std::u16string> wanted = {start + u"c", u"short", start + u"a", start + u"b"};
   for (std::size_t index = 0; index < inOrder.size(); ++index)
     EXPECT_EQ(title(inOrder.at(index)), wanted[index / (inOrder.size() / wanted.size())]);
 }
 
-TEST_F(SortOrderTest, findsTheTitleOfALargeEntryThatManyFoldersShareInTimeOfTheFile) {
-  constexpr std::uint32_t many = 300'000;  // the square of this is a matter of minutes
+TEST_F(SortOrderTest, readsASharedLargeEntryInLinearTime) {
+  constexpr std::uint32_t many = 300'000;  // quadratic time would take minutes
   BinaryFile file(4);
   const std::uint32_t text = file.string("text");
   std::vector<std::uint32_t> keys;
@@ -252,7 +243,7 @@ TEST(Sortable, areFoldersAndBookmarksThatAreNotReserved) {
   EXPECT_TRUE(sortable(leafNode(u"com.apple")));
 }
 
-// The rule as it is written down, step by step, on whole copies; no thought is given to what it costs.
+// The rule implemented step by step on whole copies, without regard to speed.
 std::u16string titleByRule(const PlistValue& node) {
   if (node.size() == 0) return u"";
   if (const auto own = node.value(u"Title"))
@@ -307,7 +298,7 @@ PlistValue sortedByRule(const PlistValue& node, bool root) {
   std::vector<PlistValue> inOrder;
   for (const PlistValue& child : *list) {
     if (!isSortableByRule(child)) continue;
-    auto place = inOrder.end();  // behind everything that it does not go before
+    auto place = inOrder.end();  // behind all entries that it does not precede
     while (place != inOrder.begin() && goesBeforeByRule(child, *(place - 1))) --place;
     inOrder.insert(place, child);
   }
@@ -317,7 +308,7 @@ PlistValue sortedByRule(const PlistValue& node, bool root) {
   return withChildren(node, *list);
 }
 
-// The same text for trees that differ in the order of children only, and never for others.
+// A text that is equal for two trees exactly if they differ at most in the order of children.
 std::string withoutOrder(const PlistValue& node) {
   const auto list = childrenByRule(node);
   if (!list) return std::string(NativePropertyLists().serialize(node, PropertyListFormat::xml).text());
@@ -330,7 +321,7 @@ std::string withoutOrder(const PlistValue& node) {
   return text;
 }
 
-// Every folder: what may move has folders first, what may not is where it was.
+// Expects in every folder that sub-folders precede bookmarks and that fixed entries keep their places.
 void expectPlaces(const PlistValue& before, const PlistValue& after, bool root) {
   const auto old = childrenByRule(before);
   if (!old) return;
@@ -360,22 +351,22 @@ class RandomTrees : public RandomTreeTest {
   NativePropertyLists codec_;
 };
 
-TEST_F(RandomTrees, areSortedByTheRuleAsItIsWrittenDown) {
+TEST_F(RandomTrees, areSortedByTheWrittenRule) {
   unsigned moved = 0;
   forEachTree([&](const PlistValue& tree) {
     for (const bool root : {true, false}) {
       const PlistValue result = sorted(tree, root);
       const PlistValue wanted = sortedByRule(tree, root);
       EXPECT_EQ(result, wanted);
-      // Byte for byte, so that not even the order of keys differs.
+      // Compare the bytes too, because they also depend on the order of keys.
       EXPECT_EQ(codec_.serialize(result, PropertyListFormat::xml), codec_.serialize(wanted, PropertyListFormat::xml));
       moved += wanted == tree ? 0 : 1;
     }
   });
-  EXPECT_GT(moved, trees() / 2) << "trees that are in order already show little";
+  EXPECT_GT(moved, trees() / 2) << "too few trees needed sorting";
 }
 
-TEST_F(RandomTrees, readFromAFileAreSortedLikeThoseThatWereBuilt) {
+TEST_F(RandomTrees, areSortedAlikeFromMemoryAndFromAFile) {
   forEachTree([&](const PlistValue& tree) {
     const Bytes wanted = codec_.serialize(sortedByRule(tree, true), PropertyListFormat::xml);
     for (const PropertyListFormat format : {PropertyListFormat::binary, PropertyListFormat::xml}) {
@@ -388,7 +379,7 @@ TEST_F(RandomTrees, readFromAFileAreSortedLikeThoseThatWereBuilt) {
   });
 }
 
-TEST_F(RandomTrees, areSortedOnceAndForAll) {
+TEST_F(RandomTrees, areUnchangedByASecondSort) {
   forEachTree([&](const PlistValue& tree) {
     const PlistValue once = sorted(tree, true);
     EXPECT_EQ(sorted(once, true), once);
@@ -396,7 +387,7 @@ TEST_F(RandomTrees, areSortedOnceAndForAll) {
   });
 }
 
-TEST_F(RandomTrees, changeInNothingButTheOrderOfChildren) {
+TEST_F(RandomTrees, changeOnlyInTheOrderOfChildren) {
   forEachTree([&](const PlistValue& tree) { EXPECT_EQ(withoutOrder(sorted(tree, true)), withoutOrder(tree)); });
 }
 

@@ -1,4 +1,4 @@
-// What a sort would do, folder by folder.
+// The preview: what a sort would move in each folder.
 #include "engine/sort_preview.h"
 
 #include <gmock/gmock.h>
@@ -20,8 +20,7 @@ using testing::IsEmpty;
 
 class SortPreviewTest : public testing::Test {
  protected:
-  // "title 2>0" for each entry of a folder, with "!" behind those that are moved and "…" where something changes
-  // inside.
+  // "title 2>0" for each entry of a folder, followed by "!" if it is moved and by "…" if something changes inside.
   static std::vector<std::string> entries(SortPreview& preview, const PlistValue& folder) {
     std::vector<std::string> lines;
     preview.forEachEntry(folder, [&](const PreviewEntry& entry) {
@@ -39,7 +38,7 @@ constexpr std::size_t plenty = 1000;
 
 PlistValue childOf(const PlistValue& node, std::size_t index) { return childrenOf(node)->at(index); }
 
-TEST_F(SortPreviewTest, tellsOfEachFolderWhatMovesInIt) {
+TEST_F(SortPreviewTest, listsTheMovesOfEachFolder) {
   const PlistValue root = rootNode(
       {folderNode(u"Bar", {leafNode(u"b"), folderNode(u"F", {leafNode(u"z"), leafNode(u"a")}), leafNode(u"c")}),
        folderNode(u"Menu", {leafNode(u"a"), leafNode(u"b")})});
@@ -54,7 +53,7 @@ TEST_F(SortPreviewTest, tellsOfEachFolderWhatMovesInIt) {
   EXPECT_EQ(preview.foldersWithMoves(), 2U);
 }
 
-TEST_F(SortPreviewTest, hasNothingToTellOfATreeInOrder) {
+TEST_F(SortPreviewTest, listsNoMovesForATreeInOrder) {
   const PlistValue root = rootNode({folderNode(u"Bar", {leafNode(u"a"), leafNode(u"b")})});
   SortPreview preview(root, plenty);
   EXPECT_TRUE(preview.isInOrder());
@@ -63,12 +62,12 @@ TEST_F(SortPreviewTest, hasNothingToTellOfATreeInOrder) {
   EXPECT_EQ(preview.movedEntries(), 0U);
 }
 
-TEST_F(SortPreviewTest, neverCountsAnEntryAsMovedThatKeepsItsExactPlace) {
+TEST_F(SortPreviewTest, neverMarksAFixedEntry) {
   const PlistValue folder =
       folderNode(u"Bar", {leafNode(u"c"), leafNode(u"d"), proxyNode(u"X"), leafNode(u"a"), leafNode(u"b")});
   SortPreview preview(rootNode({folder}), plenty);
   EXPECT_THAT(entries(preview, folder), ElementsAre("a 3>0!", "b 4>1!", "X 2>2", "c 0>3", "d 1>4"))
-      << "although X is before c and d no more";
+      << "although X no longer follows c and d";
 }
 
 TEST_F(SortPreviewTest, leavesTheReadingListAlone) {
@@ -79,7 +78,7 @@ TEST_F(SortPreviewTest, leavesTheReadingListAlone) {
   EXPECT_THAT(entries(preview, readingList), ElementsAre("z 0>0", "a 1>1"));
 }
 
-TEST_F(SortPreviewTest, hasNoEntriesOfWhatCannotBeDescendedInto) {
+TEST_F(SortPreviewTest, listsNoEntriesOfAnInvalidFolder) {
   const PlistValue broken = folderNode(u"Bar", {leafNode(u"z"), u"a string", leafNode(u"a")});
   SortPreview preview(rootNode({broken}), plenty);
   EXPECT_TRUE(preview.isInOrder());
@@ -87,7 +86,7 @@ TEST_F(SortPreviewTest, hasNoEntriesOfWhatCannotBeDescendedInto) {
   EXPECT_THAT(entries(preview, leafNode(u"a")), IsEmpty());
 }
 
-TEST_F(SortPreviewTest, tellsOfANodeThatTwoFoldersHoldInBoth) {
+TEST_F(SortPreviewTest, listsASharedNodeInBothFolders) {
   BinaryFile file;
   const std::uint32_t inner = file.folder("inner", {file.leaf("z"), file.leaf("a")});
   const std::uint32_t top = file.folder("", {file.folder("one", {inner}), file.folder("two", {inner})});
@@ -99,15 +98,22 @@ TEST_F(SortPreviewTest, tellsOfANodeThatTwoFoldersHoldInBoth) {
   }
 }
 
-TEST_F(SortPreviewTest, meetsNoMoreEntriesThanItIsAllowed) {
+TEST_F(SortPreviewTest, stopsAtItsLimitOfEntries) {
   const PlistValue root = rootNode({leafNode(u"a"), leafNode(u"b"), leafNode(u"c")});
   SortPreview enough(root, 3);
   EXPECT_EQ(entries(enough, root).size(), 3U);
   SortPreview tooFew(root, 2);
-  EXPECT_THROW(entries(tooFew, root), Error);
+  try {
+    entries(tooFew, root);
+    ADD_FAILURE() << "no error";
+  } catch (const Error& error) {
+    EXPECT_EQ(error.domain(), "Sorter");
+    EXPECT_EQ(error.code(), 5);
+    EXPECT_EQ(error.description(), "The file holds the same entries again and again, more often than can be listed.");
+  }
 }
 
-TEST_F(SortPreviewTest, ofFoldersThatHoldEachOtherAgainAndAgainIsMadeInNoTime) {
+TEST_F(SortPreviewTest, isQuickForExponentiallySharedFolders) {
   BinaryFile file(2);
   std::uint32_t folder = file.folder("0", {file.leaf("z"), file.leaf("a")});
   for (int level = 1; level < 100; ++level) folder = file.folder(std::to_string(level), {folder, folder});
@@ -118,7 +124,7 @@ TEST_F(SortPreviewTest, ofFoldersThatHoldEachOtherAgainAndAgainIsMadeInNoTime) {
   const std::function<void(const PreviewEntry&)> walk = [&](const PreviewEntry& entry) {
     preview.forEachEntry(entry.node, walk);
   };
-  EXPECT_THROW(preview.forEachEntry(root, walk), Error) << "two to the power of a hundred";
+  EXPECT_THROW(preview.forEachEntry(root, walk), Error) << "2^100 entries";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The sorting suite: that it passes, and that each mistake that it is there for ends the process.
+// The sorting suite of the self-test: it passes on correct sorts, and every wrong sort ends the process.
 #include "engine/sorting_suite.h"
 
 #include <gmock/gmock.h>
@@ -16,12 +16,13 @@
 
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::KilledBySignal;
 
 class SortingSuiteDeathTest : public testing::Test {
  protected:
-  // Runs the suite in a process of its own, whose standard output is seen on standard error.
+  // Runs the suite with standard output sent to standard error, which death tests check.
   static void runShowingOutput(const SortFunction& sort) {
     std::cout.rdbuf(std::cerr.rdbuf());
     runSortingSuite(sort);
@@ -41,7 +42,7 @@ std::vector<PlistValue> childList(const PlistValue& node) {
   return list;
 }
 
-// A plausible sort with one choice for each mistake.
+// A plausible sort with a switch for each mistake.
 struct Variant {
   bool foldersFirst = true;
   bool recursive = true;
@@ -71,7 +72,16 @@ TEST_F(SortingSuiteDeathTest, passesOnTheProgramsOwnOrderAndPrintsNothing) {
   EXPECT_THAT(machine_.journal.entries(), IsEmpty());
 }
 
-TEST_F(SortingSuiteDeathTest, passesOnAnyOrderThatIsRight) { runSortingSuite(Variant()); }
+TEST_F(SortingSuiteDeathTest, passesOnAnyCorrectOrder) { runSortingSuite(Variant()); }
+
+TEST_F(SortingSuiteDeathTest, sortsTheFixtureAsARootBothTimes) {
+  std::vector<bool> roots;
+  runSortingSuite([&roots](const PlistValue& node, bool root) {
+    roots.push_back(root);
+    return sorted(node, root);
+  });
+  EXPECT_THAT(roots, ElementsAre(true, true));
+}
 
 TEST_F(SortingSuiteDeathTest, endsTheProcessOnACaseSensitiveOrder) {
   Variant wrong;
@@ -122,7 +132,7 @@ TEST_F(SortingSuiteDeathTest, endsTheProcessIfSortingAgainChangesSomething) {
   EXPECT_EXIT(runShowingOutput(wrong), KilledBySignal(SIGABRT), IsEmpty());
 }
 
-TEST_F(SortingSuiteDeathTest, endsTheProcessIfChildrenAreMissingOrTooFewOrOfAnotherType) {
+TEST_F(SortingSuiteDeathTest, endsTheProcessIfChildrenAreMissingOrInvalid) {
   const auto empty = [](const PlistValue&, bool) { return PlistValue::dictionary({}); };
   const auto scalar = [](const PlistValue&, bool) { return PlistValue(1); };
   const auto childless = [](const PlistValue& node, bool) { return withChildren(node, {}); };
@@ -136,7 +146,7 @@ TEST_F(SortingSuiteDeathTest, endsTheProcessIfChildrenAreMissingOrTooFewOrOfAnot
     EXPECT_EXIT(runShowingOutput(wrong), KilledBySignal(SIGABRT), IsEmpty());
 }
 
-TEST_F(SortingSuiteDeathTest, wouldShowWhatWasPrinted) {
+TEST_F(SortingSuiteDeathTest, harnessShowsWhatIsPrinted) {
   const auto talkative = [](const PlistValue& node, bool) {
     std::cout << "printed";
     return node;

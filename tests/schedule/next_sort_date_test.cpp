@@ -1,4 +1,4 @@
-// When the next scheduled sort is due.
+// The next-sort-date rule.
 #include "schedule/next_sort_date.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ const std::vector<int> everyDay = {1, 2, 3, 4, 5, 6, 7};
 
 class NextSortDateTest : public testing::Test {
  protected:
-  // "2026-09-26 09:30:00" in the calendar's zone; "none".
+  // The instant as "2026-09-26 09:30:00" in the calendar's time zone, or "none".
   std::string shown(std::optional<Instant> instant) const {
     if (!instant) return "none";
     const DateComponents date = calendar_->components(*instant);
@@ -67,11 +67,11 @@ TEST_F(NextSortDateTest, ignoresDaysOutOfRange) {
   EXPECT_EQ(next(saturday_, 9, 30, {8, 4, -3}), next(saturday_, 9, 30, {4}));
 }
 
-TEST_F(NextSortDateTest, doesNotMindDaysInAnyOrderOrTwice) {
+TEST_F(NextSortDateTest, ignoresTheOrderAndDuplicatesOfDays) {
   EXPECT_EQ(next(saturday_, 9, 30, {6, 2, 2, 4, 6}), next(saturday_, 9, 30, {2, 4, 6}));
 }
 
-TEST_F(NextSortDateTest, isNeverTheInstantItself) {
+TEST_F(NextSortDateTest, isStrictlyAfterTheReference) {
   const Instant match = *nextSortDate(saturday_, 9, 30, {7}, *calendar_);
   EXPECT_EQ(next(match, 9, 30, {7}), "2026-10-03 09:30:00");
   EXPECT_EQ(next(match, 9, 30, everyDay), "2026-09-27 09:30:00") << "the same time on the following day";
@@ -91,27 +91,27 @@ TEST_F(NextSortDateTest, isAtSecondZero) {
   EXPECT_EQ(found->time_since_epoch() % 60s, 0s);
 }
 
-TEST_F(NextSortDateTest, inAGapIsTheEndOfTheGapOnThatDay) {
+TEST_F(NextSortDateTest, isTheEndOfAGapOnTheSameDay) {
   moveTo("America/New_York");
   const Instant springForward = at(3, 8, 0);
   EXPECT_EQ(next(springForward, 2, 30, {1}), "2026-03-08 03:00:00");
   EXPECT_EQ(nextSortDate(springForward, 2, 30, {1}, *calendar_), springForward + 2h) << "03:00 EDT";
 }
 
-TEST_F(NextSortDateTest, onANightThatRepeatsTheHourIsTheFirstOfTheTwo) {
+TEST_F(NextSortDateTest, isTheFirstOfTwoRepeatedTimes) {
   moveTo("America/New_York");
   const Instant midnight = at(11, 1, 0);
   EXPECT_EQ(nextSortDate(midnight, 1, 30, {1}, *calendar_), midnight + 90min) << "01:30 EDT";
   EXPECT_EQ(next(midnight + 90min, 1, 30, {1}), "2026-11-08 01:30:00") << "not 01:30 EST";
 }
 
-TEST_F(NextSortDateTest, isMeantInTheCalendarsZone) {
+TEST_F(NextSortDateTest, usesTheTimeZoneOfTheCalendar) {
   const Instant after = saturday_;
-  moveTo("Pacific/Apia");  // there it is 21:00 already
+  moveTo("Pacific/Apia");  // the local time is 21:00
   EXPECT_EQ(next(after, 9, 30, weekends), "2026-09-27 09:30:00");
 }
 
-TEST_F(NextSortDateTest, isMeantInTheUsersOwnCalendarUnlessToldOtherwise) {
+TEST_F(NextSortDateTest, usesTheUsersCalendarByDefault) {
   machine_.calendars.moveTo("Pacific/Apia");
   moveTo("Pacific/Apia");
   EXPECT_EQ(shown(nextSortDate(saturday_, 9, 30, weekends)), "2026-09-27 09:30:00");
@@ -120,10 +120,10 @@ TEST_F(NextSortDateTest, isMeantInTheUsersOwnCalendarUnlessToldOtherwise) {
   EXPECT_EQ(shown(nextSortDate(saturday_, 9, 30, weekends)), "2026-09-26 09:30:00");
 }
 
-// A calendar that counts how often it is searched, and finds nothing on one day of the week.
-class CountingCalendar : public Calendar {
+// Records the weekdays that it is searched for, and finds nothing on one of them.
+class RecordingCalendar : public Calendar {
  public:
-  CountingCalendar(const Calendar& calendar, int missing) : calendar_(calendar), missing_(missing) {}
+  RecordingCalendar(const Calendar& calendar, int missing) : calendar_(calendar), missing_(missing) {}
 
   DateComponents components(Instant instant) const override { return calendar_.components(instant); }
   Instant instant(const DateComponents& components) const override { return calendar_.instant(components); }
@@ -140,19 +140,19 @@ class CountingCalendar : public Calendar {
 };
 
 TEST_F(NextSortDateTest, searchesOnceForEachValidDayInOrder) {
-  const CountingCalendar calendar(*calendar_, 0);
+  const RecordingCalendar calendar(*calendar_, 0);
   nextSortDate(saturday_, 9, 30, {0, 6, 2, 9, 2}, calendar);
   EXPECT_EQ(calendar.searched(), (std::vector<int>{6, 2, 2}));
 }
 
 TEST_F(NextSortDateTest, doesNotSearchWithoutDays) {
-  const CountingCalendar calendar(*calendar_, 0);
+  const RecordingCalendar calendar(*calendar_, 0);
   EXPECT_FALSE(nextSortDate(saturday_, 9, 30, {0, 8}, calendar));
   EXPECT_EQ(calendar.searched(), std::vector<int>());
 }
 
-TEST_F(NextSortDateTest, takesADayOnWhichNothingIsFoundAsNone) {
-  const CountingCalendar calendar(*calendar_, 7);
+TEST_F(NextSortDateTest, skipsADayWithoutAMatch) {
+  const RecordingCalendar calendar(*calendar_, 7);
   EXPECT_EQ(shown(nextSortDate(saturday_, 9, 30, weekends, calendar)), "2026-09-27 09:30:00");
   EXPECT_EQ(shown(nextSortDate(saturday_, 9, 30, {7}, calendar)), "none");
 }

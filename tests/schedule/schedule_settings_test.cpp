@@ -1,4 +1,4 @@
-// The stored settings of the schedule, whatever they hold, and what a user may choose.
+// The stored settings of the schedule, valid or not, and what a user may choose.
 #include "schedule/schedule_settings.h"
 
 #include <gmock/gmock.h>
@@ -25,11 +25,11 @@ class ScheduleSettings : public ControllerTest {
   void putDays(const PlistValue& value) { machine_.defaults.put("scheduleDays", value); }
   void putSortOnQuit(const PlistValue& value) { machine_.defaults.put("sortOnSafariQuit", value); }
 
-  // Weekdays at 09:30 in the time zone of the machine.
+  // Weekdays at 09:30 UTC.
   ScheduleChoice weekdays() const { return {true, {2, 3, 4, 5, 6}, true, utc("2026-09-21 09:30:00")}; }
 };
 
-TEST_F(ScheduleSettings, areSortOnQuitNoScheduleMidnightAndEveryDayIfNothingIsStored) {
+TEST_F(ScheduleSettings, haveTheirDefaultsIfNothingIsStored) {
   EXPECT_TRUE(controller_->sortOnQuit());
   EXPECT_FALSE(booleanForKey(settings_keys::dailyEnabled));
   EXPECT_EQ(integerForKey(settings_keys::dailyHour), 0);
@@ -39,7 +39,7 @@ TEST_F(ScheduleSettings, areSortOnQuitNoScheduleMidnightAndEveryDayIfNothingIsSt
   EXPECT_THAT(machine_.defaults.values(), IsEmpty()) << "nothing registers defaults";
 }
 
-TEST_F(ScheduleSettings, haveTheKeysThatTheyAreStoredUnder) {
+TEST_F(ScheduleSettings, areStoredUnderTheirKeys) {
   EXPECT_STREQ(settings_keys::sortOnSafariQuit, "sortOnSafariQuit");
   EXPECT_STREQ(settings_keys::scheduleDays, "scheduleDays");
   EXPECT_STREQ(settings_keys::dailyEnabled, "dailyEnabled");
@@ -47,33 +47,33 @@ TEST_F(ScheduleSettings, haveTheKeysThatTheyAreStoredUnder) {
   EXPECT_STREQ(settings_keys::dailyMinute, "dailyMinute");
 }
 
-TEST_F(ScheduleSettings, takeSortOnQuitAsItIsStored) {
+TEST_F(ScheduleSettings, returnTheStoredSortOnQuit) {
   putSortOnQuit(false);
   EXPECT_FALSE(controller_->sortOnQuit());
   putSortOnQuit(true);
   EXPECT_TRUE(controller_->sortOnQuit());
 }
 
-TEST_F(ScheduleSettings, takeSortOnQuitForTrueIfTextIsStored) {
+TEST_F(ScheduleSettings, takeSortOnQuitAsTrueIfTextIsStored) {
   putSortOnQuit(u"NO");
   EXPECT_TRUE(controller_->sortOnQuit());
 }
 
-TEST_F(ScheduleSettings, takeSortOnQuitForTrueIfAnythingElseThanABooleanIsStored) {
+TEST_F(ScheduleSettings, takeSortOnQuitAsTrueUnlessABooleanIsStored) {
   for (const PlistValue& value : {PlistValue(0), PlistValue(0.0), PlistValue(PlistDate{}), PlistValue(Bytes()),
                                   PlistValue::array({false}), PlistValue::dictionary({})}) {
     putSortOnQuit(value);
     EXPECT_TRUE(controller_->sortOnQuit()) << static_cast<int>(value.kind());
   }
-  EXPECT_THAT(noted(), IsEmpty()) << "and nothing is reported";
+  EXPECT_THAT(noted(), IsEmpty()) << "nothing is reported";
 }
 
-TEST_F(ScheduleSettings, takeTheDaysInTheirOrderWithDuplicatesAndWithoutACheckOfTheirRange) {
+TEST_F(ScheduleSettings, returnTheStoredDaysUnchecked) {
   putDays(numberList({7, 1, 7, 0, 8, -3}));
   EXPECT_THAT(controller_->selectedDays(), ElementsAre(7, 1, 7, 0, 8, -3));
 }
 
-TEST_F(ScheduleSettings, takeADayThatNoIntHoldsForOneThatIsNoDayEither) {
+TEST_F(ScheduleSettings, takeADayBeyondTheRangeOfIntAsInvalid) {
   putDays(PlistValue::array({1LL << 33, -(1LL << 33)}));
   EXPECT_EQ(presetOf(controller_->selectedDays()), selectedDaysPreset);
   storeDaily(9, 30);
@@ -82,29 +82,29 @@ TEST_F(ScheduleSettings, takeADayThatNoIntHoldsForOneThatIsNoDayEither) {
   EXPECT_EQ(nextSort(), "none");
 }
 
-TEST_F(ScheduleSettings, takeAnEmptyListOfDaysForEmptyAndNotForEveryDay) {
+TEST_F(ScheduleSettings, keepAnEmptyListOfDaysEmpty) {
   putDays(PlistValue::array({}));
   EXPECT_THAT(controller_->selectedDays(), IsEmpty());
 }
 
-TEST_F(ScheduleSettings, takeTextInsteadOfNumbersForEveryDay) {
+TEST_F(ScheduleSettings, takeTextInsteadOfDaysAsEveryDay) {
   putDays(PlistValue::array({u"2", u"3"}));
   EXPECT_EQ(controller_->selectedDays(), everyDay);
   putDays(u"2, 3");
   EXPECT_EQ(controller_->selectedDays(), everyDay);
 }
 
-TEST_F(ScheduleSettings, takeEveryDayIfAnythingElseThanAListOfIntegersIsStored) {
+TEST_F(ScheduleSettings, takeEveryDayUnlessAListOfIntegersIsStored) {
   for (const PlistValue& value :
        {PlistValue(2), PlistValue(true), PlistValue::dictionary({{u"2", 2}}), PlistValue::array({2, u"3"}),
         PlistValue::array({2, true}), PlistValue::array({2.0}), PlistValue::array({PlistValue::array({2})})}) {
     putDays(value);
     EXPECT_EQ(controller_->selectedDays(), everyDay) << static_cast<int>(value.kind());
   }
-  EXPECT_THAT(noted(), IsEmpty()) << "and nothing is reported";
+  EXPECT_THAT(noted(), IsEmpty()) << "nothing is reported";
 }
 
-TEST_F(ScheduleSettings, areReadAnewOnEveryUse) {
+TEST_F(ScheduleSettings, areReadOnEveryUse) {
   EXPECT_TRUE(controller_->sortOnQuit());
   putSortOnQuit(false);
   putDays(numberList({1}));
@@ -112,7 +112,7 @@ TEST_F(ScheduleSettings, areReadAnewOnEveryUse) {
   EXPECT_THAT(controller_->selectedDays(), ElementsAre(1));
 }
 
-TEST_F(ScheduleSettings, sayWhenTheNextSortIsDue) {
+TEST_F(ScheduleSettings, determineTheNextScheduledSort) {
   EXPECT_EQ(nextScheduledSort(machine_.loop.now()), std::nullopt) << "scheduling is off";
   storeDaily(9, 30, {3});
   EXPECT_EQ(nextScheduledSort(utc("2026-09-21 08:00:00")), utc("2026-09-22 09:30:00"));
@@ -146,9 +146,9 @@ TEST(DayPresets, areSelectedDaysForAnyOtherSet) {
   EXPECT_EQ(presetOf({1, 2, 3, 4, 5, 6, 7, 8}), 3U);
 }
 
-TEST(DayPresets, areSelectedDaysForNoDayAtAll) { EXPECT_EQ(presetOf({}), 3U); }
+TEST(DayPresets, areSelectedDaysForNoDays) { EXPECT_EQ(presetOf({}), 3U); }
 
-TEST_F(ScheduleSettings, areStoredInOrderThenTheWindowClosesTheTimerIsArmedAndTheStatusRefreshed) {
+TEST_F(ScheduleSettings, areStoredBeforeTheWindowClosesAndTheTimerIsArmed) {
   saveSchedule(weekdays());
   EXPECT_EQ(noted(),
             (Entries{"set sortOnSafariQuit true", "set scheduleDays [2, 3, 4, 5, 6]", "set dailyEnabled true",
@@ -167,14 +167,14 @@ TEST_F(ScheduleSettings, areStoredWithTheirTypes) {
   EXPECT_EQ(stored.size(), 5U);
 }
 
-TEST_F(ScheduleSettings, takeTheTimeInTheUsersCalendar) {
+TEST_F(ScheduleSettings, storeTheTimeInTheUsersCalendar) {
   machine_.calendars.moveTo("America/New_York");
   saveSchedule(weekdays());
-  EXPECT_EQ(integerForKey("dailyHour"), 5) << "09:30 in Greenwich";
+  EXPECT_EQ(integerForKey("dailyHour"), 5) << "09:30 UTC";
   EXPECT_EQ(integerForKey("dailyMinute"), 30);
 }
 
-TEST_F(ScheduleSettings, withAScheduleOnNoDayAreRefusedAndChangeNothing) {
+TEST_F(ScheduleSettings, areRefusedForAScheduleWithoutDays) {
   storeDaily(7, 15);
   controller_->scheduleDaily();
   const auto before = machine_.defaults.values();
@@ -187,7 +187,7 @@ TEST_F(ScheduleSettings, withAScheduleOnNoDayAreRefusedAndChangeNothing) {
   EXPECT_EQ(nextSort(), "2026-09-22 07:15:00");
 }
 
-TEST_F(ScheduleSettings, withoutAScheduleMayHaveNoDayAndReadBackAsNone) {
+TEST_F(ScheduleSettings, mayHaveNoDaysWithoutASchedule) {
   saveSchedule({true, {}, false, utc("2026-09-21 09:30:00")});
   EXPECT_EQ(machine_.defaults.values().at("scheduleDays"), PlistValue::array({}));
   EXPECT_THAT(controller_->selectedDays(), IsEmpty());
@@ -203,14 +203,14 @@ TEST_F(ScheduleSettings, keepTimeAndDaysWhileTheScheduleIsOff) {
   EXPECT_THAT(controller_->selectedDays(), ElementsAre(3, 5));
 }
 
-TEST_F(ScheduleSettings, storedWhileSortingIsStoppedArmNothing) {
+TEST_F(ScheduleSettings, armNothingIfStoredWhileStopped) {
   controller_->stop();
   saveSchedule(weekdays());
   EXPECT_EQ(nextSort(), "none");
   EXPECT_EQ(status_->title(), stoppedTitle);
 }
 
-TEST_F(ScheduleSettings, switchedOffTakeTheArmedTimerAway) {
+TEST_F(ScheduleSettings, removeTheTimerIfTheScheduleIsTurnedOff) {
   saveSchedule(weekdays());
   EXPECT_EQ(nextSort(), "2026-09-21 09:30:00");
   ScheduleChoice off = weekdays();
@@ -220,7 +220,7 @@ TEST_F(ScheduleSettings, switchedOffTakeTheArmedTimerAway) {
   EXPECT_EQ(machine_.loop.armedTimers(), 0);
 }
 
-TEST_F(ScheduleSettings, pauseSortingIfThatIsStored) {
+TEST_F(ScheduleSettings, storeWhetherSortingIsPaused) {
   EXPECT_FALSE(sortingIsPaused());
   machine_.defaults.put("sortingPaused", true);
   EXPECT_TRUE(sortingIsPaused());

@@ -1,4 +1,4 @@
-// Settings of the wrong type, read by the rules of Foundation.
+// Settings of the wrong type, converted by the rules of Foundation.
 #include "schedule/typed_defaults.h"
 
 #include <gtest/gtest.h>
@@ -18,11 +18,11 @@ struct Row {
   bool boolean;
   int integer;
 };
-void PrintTo(const Row& row, std::ostream* stream) { *stream << row.name; }  // NOLINT: found by this name
+void PrintTo(const Row& row, std::ostream* stream) { *stream << row.name; }  // NOLINT: GoogleTest's name
 
 class TypedDefaults : public testing::TestWithParam<Row> {};
 
-TEST_P(TypedDefaults, readAnythingAsABooleanAndAsAnInteger) {
+TEST_P(TypedDefaults, convertAnyStoredTypeToBooleanAndInteger) {
   VirtualMachine machine;
   if (GetParam().stored) machine.defaults.put("key", *GetParam().stored);
   EXPECT_EQ(booleanForKey("key"), GetParam().boolean);
@@ -82,7 +82,7 @@ const std::vector<Row> rows = {
 INSTANTIATE_TEST_SUITE_P(Stored, TypedDefaults, testing::ValuesIn(rows),
                          [](const auto& row) { return row.param.name; });
 
-TEST(TypedDefaultsReading, happensAnewEachTimeAndWritesNothing) {
+TEST(TypedDefaultsReading, happensEachTimeAndWritesNothing) {
   VirtualMachine machine;
   EXPECT_FALSE(booleanForKey("key"));
   machine.defaults.put("key", 5);

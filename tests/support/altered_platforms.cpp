@@ -37,7 +37,7 @@ std::optional<Instant> onOrAfter(const Calendar& calendar, Instant after, Matchi
 }
 
 std::optional<Instant> withWeekdaysFromZero(const Calendar& calendar, Instant after, MatchingTime matching) {
-  if (matching.weekday) *matching.weekday = *matching.weekday % 7 + 1;  // 0 is Sunday, and 7 is once more
+  if (matching.weekday) *matching.weekday = *matching.weekday % 7 + 1;  // 0 is Sunday, and so is 7
   return calendar.nextDate(after, matching);
 }
 

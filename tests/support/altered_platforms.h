@@ -1,4 +1,4 @@
-// Parts of a platform with one mistake each, for the tests of the self-test.
+// Platforms with one mistake each, for the tests of the self-test.
 #pragma once
 
 #include <functional>
@@ -9,7 +9,7 @@
 
 #include "platform/platform.h"
 
-// Calendars whose search is another.
+// Calendars with another search.
 class AlteredCalendars : public Calendars {
  public:
   using Search = std::function<std::optional<Instant>(const Calendar& calendar, Instant after, MatchingTime matching)>;
@@ -24,10 +24,11 @@ class AlteredCalendars : public Calendars {
   Search search_;
 };
 
-// Searches with a mistake.
+// Finds `after` itself too if it matches.
 std::optional<Instant> onOrAfter(const Calendar& calendar, Instant after, MatchingTime matching);
+// Counts weekdays from 0 (Sunday).
 std::optional<Instant> withWeekdaysFromZero(const Calendar& calendar, Instant after, MatchingTime matching);
-// Passes over a match in a gap, as if nothing were due that day.
+// Finds nothing if the match is in a daylight-saving gap.
 std::optional<Instant> withoutGaps(const Calendar& calendar, Instant after, MatchingTime matching);
 std::optional<Instant> findingNothing(const Calendar& calendar, Instant after, MatchingTime matching);
 
@@ -37,6 +38,22 @@ class CaseSensitiveCollation : public Collation {
   std::strong_ordering localizedStandardCompare(std::u16string_view a, std::u16string_view b) const override {
     return a <=> b;
   }
+};
+
+// Another collation that reports each comparison.
+class ReportingCollation : public Collation {
+ public:
+  ReportingCollation(const Collation& collation, std::function<void()> compared)
+      : collation_(collation), compared_(std::move(compared)) {}
+
+  std::strong_ordering localizedStandardCompare(std::u16string_view a, std::u16string_view b) const override {
+    compared_();
+    return collation_.localizedStandardCompare(a, b);
+  }
+
+ private:
+  const Collation& collation_;
+  std::function<void()> compared_;
 };
 
 // The installed platform with other calendars or another collation.

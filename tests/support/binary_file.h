@@ -12,17 +12,17 @@ class BinaryFile {
  public:
   explicit BinaryFile(unsigned referenceSize = 1) : referenceSize_(referenceSize) {}
 
-  // Adds an object of these raw bytes; answers its number.
+  // Adds an object of these raw bytes. Returns its number.
   std::uint32_t add(std::string object);
-  // The kinds of object that most tests want.
+  // The same for the kinds of object that most tests need.
   std::uint32_t string(const std::string& ascii);
   std::uint32_t array(const std::vector<std::uint32_t>& elements);
   std::uint32_t dictionary(const std::vector<std::uint32_t>& keys, const std::vector<std::uint32_t>& values);
-  // A folder of Safari's shape, with the strings it needs.
+  // The same for a folder of Safari's shape, with its strings.
   std::uint32_t folder(const std::string& title, const std::vector<std::uint32_t>& children);
   std::uint32_t leaf(const std::string& title);
 
-  // The file with this top object.
+  // The whole file, with this top object.
   Bytes bytes(std::uint32_t top = 0) const;
 
  private:

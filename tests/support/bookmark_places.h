@@ -1,4 +1,4 @@
-// Where a virtual machine has what a sort is about, and what is said when a sort fails.
+// The paths of a virtual machine's bookmarks and backups, and the hint in reports of failures.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@ inline const std::string bookmarkFolder = "/home/user/Library/Safari";
 inline const std::string bookmarks = bookmarkFolder + "/Bookmarks.plist";
 inline const std::string backups = "/home/user/Library/Application Support/Quillery/Backups";
 
-// What every failure ends with.
+// The end of every report of a failure.
 inline const std::string accessHint =
     "\n\nIf access is denied, macOS may require Full Disk Access for the workflow runner in System Settings → Privacy "
     "& "

@@ -16,7 +16,7 @@ namespace {
 constexpr int longestWait = 30'000;  // milliseconds
 constexpr const char* ownInterface = "org.example.Test";
 
-// The pipe that the application's process notes things in.
+// The pipe to which the application's process writes its notes.
 int notebook = -1;
 
 void note(const std::string& line) {
@@ -31,7 +31,7 @@ void noteSignal(int number) {
   errno = kept;
 }
 
-// One signal after the other: while one is handled, the others wait.
+// Handles this signal with all others blocked, so that notes do not mix.
 void noteSignals(int number) {
   struct sigaction action {};
   action.sa_handler = noteSignal;
@@ -39,7 +39,7 @@ void noteSignals(int number) {
   sigaction(number, &action, nullptr);
 }
 
-// The application as its process sees it.
+// What the application's process needs to serve its object.
 struct Served {
   std::string path;
   Manners manners;
@@ -51,7 +51,7 @@ struct Served {
 }
 
 [[noreturn]] void leaveTheBus(const Served& served) {
-  note("left the bus");  // before anybody can see it
+  note("left the bus");  // before other processes can notice
   for (sd_bus* bus : served.connections) sd_bus_close(bus);
   runOnWithoutBus();
 }
@@ -72,7 +72,7 @@ int answerList(sd_bus_message* call, const Served& served) {
 int answerActivation(sd_bus_message* call, const Served& served) {
   const char* action = nullptr;
   if (sd_bus_message_has_signature(call, "sava{sv}") <= 0 || sd_bus_message_read_basic(call, 's', &action) <= 0)
-    return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "not what this takes");
+    return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "wrong argument types");
   note(std::string("activate ") + action);
   switch (*served.manners.onActivation) {
     case OnActivation::quitsWithoutAnswer: _exit(0);
@@ -87,7 +87,7 @@ int answerActivation(sd_bus_message* call, const Served& served) {
   _exit(0);
 }
 
-// What has no answer here gets the library's own: that there is no such object.
+// Handles messages to the served object. The library answers the others with an error: no such object.
 int answer(sd_bus_message* message, void* data, sd_bus_error*) {
   const Served& served = *static_cast<const Served*>(data);
   if (sd_bus_message_is_method_call(message, ownInterface, "LeaveBus") > 0) leaveTheBus(served);
@@ -135,7 +135,7 @@ sd_bus* connectionOwning(const std::string& name) {
   serve(served);
 }
 
-// Calls a method of a connection; answers whether that was answered without an error.
+// Calls a method of a connection. Returns true if the reply is not an error.
 bool call(const std::string& connection, const char* interface, const char* method) {
   sd_bus* bus = nullptr;
   if (sd_bus_open_user(&bus) < 0) return false;
@@ -154,7 +154,7 @@ BusApplication::BusApplication(const std::string& name, const std::string& path,
   }
   notes_.closeWriter();
   connection_ = nextNote().value_or("");
-  EXPECT_NE(connection_, "") << "the name was not to be had";
+  EXPECT_NE(connection_, "") << "could not request the name";
 }
 
 BusApplication::~BusApplication() { remove(); }
@@ -196,7 +196,7 @@ void BusApplication::suspend() const {
 void BusApplication::resume() const { kill(process_, SIGCONT); }
 
 std::string BusApplication::ending() {
-  // The other end of the pipe is closed when the process ends, and not before.
+  // The writing end of the pipe closes only when the process ends.
   std::string kept;
   while (const std::optional<std::string> line = nextNote()) kept += *line + "\n";
   unread_ = kept + unread_;

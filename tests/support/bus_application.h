@@ -1,4 +1,4 @@
-// A process that behaves on the session bus as an application does, well or badly.
+// A process that behaves like an application on the session bus, correctly or not.
 #pragma once
 
 #include <sys/types.h>
@@ -9,23 +9,23 @@
 
 #include "tests/support/session_bus.h"
 
-// What an application does when its action is to be activated.
+// What an application does when a caller activates its quit action.
 enum class OnActivation { quits, quitsWithoutAnswer, stays, stopsAnswering, declines, forbids };
 
 struct Manners {
-  // What it lists through org.gtk.Actions; absent if it does not have that interface.
+  // The actions that it lists through org.gtk.Actions; absent if it lacks that interface.
   std::optional<std::vector<std::string>> actions = std::nullopt;
-  // Absent if it does not have org.freedesktop.Application.
+  // Absent if it lacks org.freedesktop.Application.
   std::optional<OnActivation> onActivation = std::nullopt;
-  // It leaves the bus instead of listing its actions, and runs on.
+  // Leaves the bus instead of listing its actions, and keeps running.
   bool leavesBusWhenAsked = false;
-  // SIGTERM is noted and nothing more.
+  // Only notes a SIGTERM.
   bool ignoresSignals = false;
-  // So many connections own or wait for the name before the one that is the application.
+  // How many connections of the process own or wait for the name before the application's own connection does.
   int plainConnections = 0;
 };
 
-// Owns a name on the bus of DBUS_SESSION_BUS_ADDRESS, or waits for it, and serves the object that `path` is.
+// Owns a name on the bus of DBUS_SESSION_BUS_ADDRESS, or queues for it, and serves the object at `path`.
 class BusApplication {
  public:
   BusApplication(const std::string& name, const std::string& path, const Manners& manners);
@@ -35,28 +35,28 @@ class BusApplication {
 
   pid_t process() const { return process_; }
 
-  // What it has noted until now, signals that were sent to it before included: "List", "activate quit", "SIGTERM",
-  // "left the bus". What it was sent on the bus counts once it is answered, or once `isAnswering` was asked after it.
+  // Returns the notes so far: "List", "activate quit", "SIGTERM", "left the bus". They include every signal sent before
+  // this call, and every message that was answered, or that was sent before a call of isAnswering().
   std::string notes();
 
-  // Whether it answers on the bus.
+  // True if it replies on the bus.
   bool isAnswering() const;
 
-  // Makes it leave the bus and run on.
+  // Makes it leave the bus but keep running.
   void leaveBus();
 
-  // Makes it hang, and go on.
+  // Stops and continues the process.
   void suspend() const;
   void resume() const;
 
-  // Waits until it has ended: "quit", or the name of the signal that ended it; "still running" after half a minute.
+  // Waits up to 30 s for its end. Returns "quit", the name of the signal that ended it, or "still running".
   std::string ending();
 
-  // Ends it at once, so that its process is no more.
+  // Kills the process and reaps it.
   void remove();
 
  private:
-  // One more line of its notes; absent once it has ended, or after half a minute.
+  // The next line of its notes; absent if it has ended or after 30 s.
   std::optional<std::string> nextNote();
 
   Pipe notes_;

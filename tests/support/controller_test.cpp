@@ -21,7 +21,7 @@ void ControllerMachine::putUnsortedBookmarks() {
 bool ControllerMachine::isSorted() const { return outlineOf(machine_.files.content(bookmarks)) == "BookmarksBar[a b]"; }
 
 ControllerMachine::~ControllerMachine() {
-  // The one access controller of the process is the next machine's, too.
+  // The singleton outlives this machine, so reset it for the next one.
   controller_.reset();
   BookmarkPermissionController::shared()->completion = nullptr;
   BookmarkPermissionController::shared()->finish(false);
@@ -31,7 +31,7 @@ void ControllerMachine::launch() {
   controller_ = std::make_shared<SorterDelegate>();
   machine_.application.setDelegate(controller_);
   controller_->applicationDidFinishLaunching();
-  machine_.loop.dropPosted();  // the setup, which has tests of its own
+  machine_.loop.dropPosted();  // the first-run setup, which first_run_setup_test.cpp tests
   status_ = std::dynamic_pointer_cast<VirtualMenuItem>(controller_->status);
   menu_ = std::dynamic_pointer_cast<VirtualMenu>(controller_->item->menu());
   noted();

@@ -1,5 +1,4 @@
-// A controller on a virtual machine, with its place in the menu bar and its observers, as after launch; and what its
-// tests say about it.
+// A launched controller on a virtual machine, and the journal entries that its operations record.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -23,34 +22,34 @@ class ControllerMachine {
   ControllerMachine& operator=(const ControllerMachine&) = delete;
 
  protected:
-  // A bookmark file that is not in order, and no Safari.
+  // Starts with an unsorted bookmark file and without Safari.
   ControllerMachine();
 
   ~ControllerMachine();
 
-  // Makes the controller and launches it, up to the setup that follows, and forgets what that noted.
+  // Creates and launches the controller, without the first-run setup, and skips the journal entries of that.
   void launch();
-  // The same for a controller that is to be Stopped, or to be in Access required with a file that is missing.
+  // The same, in the state Stopped, or in Access required with a missing bookmark file.
   void launchStopped();
   void launchWithoutAccess();
 
   void putUnsortedBookmarks();
   void removeBookmarks() { machine_.files.remove(bookmarks); }
-  // Whether the bookmark file is in order now.
+  // True if the bookmark file is in order now.
   bool isSorted() const;
 
   // Stores a daily schedule.
   void storeDaily(int hour, int minute, const std::vector<int>& days = {1, 2, 3, 4, 5, 6, 7});
 
-  // Makes a choice in the schedule window, which is opened if it is not, and presses Save.
+  // Opens the schedule window unless it is open, sets its controls to this choice and presses Save.
   void saveSchedule(const ScheduleChoice& choice);
 
   int startSafari(const QuitBehavior& behavior = {}) { return machine_.applications.start(safari, behavior); }
   int safaris() const { return machine_.applications.count(safari); }
 
-  // What has been noted since the last time, without the questions whether Safari is running.
+  // The journal entries since the last call, without the queries for running applications.
   Entries noted();
-  // How often a sort has written the bookmark file.
+  // How often a sort wrote the bookmark file.
   int sorts() const { return machine_.journal.count("write atomically"); }
   // When the daily timer fires, as "2026-09-25 09:30:00"; "none" if no timer is armed.
   std::string nextSort() const;
@@ -66,14 +65,14 @@ class ControllerMachine {
 
 class ControllerTest : public testing::Test, protected ControllerMachine {};
 
-// What a sort notes that finds something to do, from its first reading on and up to the report: without the questions
-// about Safari. `number` counts the backups.
+// The journal entries of a sort of an unsorted file, from reading the file to writing it, without the queries for
+// running applications. `number` counts the backups from 1.
 Entries sortEntries(int number = 1);
-// What is reported of it.
+// The report of that sort.
 std::string sortedMessage(int number = 1);
-// One with a person in front of it, with the dialog that shows the report.
+// The same entries for an interactive sort, with the dialog that shows the report.
 Entries attendedSort(int number = 1);
-// An unattended one with the line that it prints.
+// The same entries for an unattended sort, with the printed report.
 Entries unattendedSort(int number = 1);
-// What refresh() notes.
+// The journal entries of refresh().
 Entries refreshed(const std::string& title);

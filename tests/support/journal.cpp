@@ -29,7 +29,7 @@ int Journal::begin(const std::string& name, const std::string& object) {
 void Journal::run(Actions& actions, const std::string& name, int occurrence, const std::string& object) {
   const auto found = actions.find({name, occurrence});
   if (found == actions.end()) return;
-  // Taken out first: the action may well set up the next one.
+  // Erase it first, because the action may register another one.
   const Action action = std::move(found->second);
   actions.erase(found);
   action(object);

@@ -1,4 +1,5 @@
-// What a virtual machine was asked to do, in order, across all of its interfaces; and what shall happen when it is.
+// Records the calls that the program makes of a virtual machine, in order and across all interfaces, and runs a test's
+// actions before or after them.
 #pragma once
 
 #include <functional>
@@ -8,24 +9,24 @@
 #include <utility>
 #include <vector>
 
-// Operations, in their order.
+// Recorded operations, in order.
 using Entries = std::vector<std::string>;
 Entries operator+(Entries entries, const Entries& more);
 
 class Journal {
  public:
-  // What happens around an operation: it may change the machine, as another program would, or throw what the
-  // operation is to fail with. It is told what the operation is about: for a file its path.
+  // A test's action around an operation. It may change the machine, as another program would, or throw the error that
+  // the operation shall fail with. It receives the object of the operation: for a file, its path.
   using Action = std::function<void(const std::string& object)>;
 
-  // Performs `action` right before, or right after, the operation `name` is carried out for the `occurrence`-th
-  // time, counted from 1 since this journal began. What `before` throws keeps the operation from being carried out.
+  // Runs `action` just before, or just after, the `occurrence`-th operation `name`, counted from 1 since the journal
+  // was created. If a `before` action throws, the operation is not performed.
   void before(const std::string& name, Action action, int occurrence = 1);
   void after(const std::string& name, Action action, int occurrence = 1);
-  // The same each time.
+  // Runs `action` before every such operation.
   void beforeEach(const std::string& name, Action action) { beforeEach_[name] = std::move(action); }
 
-  // Notes an operation as "name object", or as the name alone where there is no object, and carries it out.
+  // Records an operation as "name object", or as "name" if `object` is empty, and performs it.
   template <class Work>
   auto perform(const std::string& name, const std::string& object, Work work) {
     const int occurrence = begin(name, object);
@@ -41,9 +42,9 @@ class Journal {
 
   // The operations so far.
   const Entries& entries() const { return entries_; }
-  // How often one of them was asked for.
+  // How often the operation `name` was requested.
   int count(const std::string& name) const;
-  // Forgets the entries, but not how often anything happened.
+  // Forgets the entries but not the counts.
   void clear() { entries_.clear(); }
 
  private:

@@ -1,5 +1,4 @@
-// What the virtual machine takes from the system that the tests run on, because the program has nothing else to test it
-// against: property lists, calendars and the order of titles.
+// The native parts that a virtual machine uses: property lists, calendars and collation.
 #pragma once
 
 #ifdef __APPLE__
@@ -10,7 +9,7 @@
 
 using NativePropertyLists = FoundationPropertyLists;
 using NativeCalendars = FoundationCalendars;
-using EnglishCollation = FoundationCollation;  // the user's language, really, which is to be English then
+using EnglishCollation = FoundationCollation;  // uses the user's language, which must be English for the tests
 
 #else
 

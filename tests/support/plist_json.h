@@ -1,4 +1,4 @@
-// Property-list values as the vectors write them down.
+// Property-list values in the JSON notation of the test vectors.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -6,12 +6,12 @@
 #include "values/plist_value.h"
 
 // `{"str": …}`, `{"int": decimal}`, `{"real": bits}`, `{"bool": …}`, `{"date": bits}`, `{"data": hexadecimal}`,
-// `{"utf16": units}` for a string with an unpaired surrogate, `{"array": […]}`, and `{"dict": […]}` with the pairs
-// in the order of their keys.
+// `{"utf16": units}` for a string with an unpaired surrogate, `{"array": […]}`, and `{"dict": […]}` with its pairs
+// sorted by key.
 nlohmann::json toJson(const PlistValue& value);
 
-// How many arrays lie one in another from here down, each the only element of the one above.
+// The depth of nested arrays from `value` down, each the only element of the array around it.
 unsigned nestedArrays(const PlistValue& value);
 
-// The same value, built anew: it shares no storage with the document that `value` may lie in.
+// A copy that shares no storage with `value` or its document.
 PlistValue deepCopy(const PlistValue& value);

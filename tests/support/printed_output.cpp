@@ -9,7 +9,7 @@ PrintedOutput::PrintedOutput(Journal& journal) : journal_(journal), previous_(st
 
 PrintedOutput::~PrintedOutput() {
   std::cout.rdbuf(previous_);
-  EXPECT_EQ(pending_, "") << "this was printed and not flushed";
+  EXPECT_EQ(pending_, "") << "text was printed and not flushed";
 }
 
 PrintedOutput::int_type PrintedOutput::overflow(int_type character) {

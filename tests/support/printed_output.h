@@ -1,4 +1,4 @@
-// Stands in for standard output for as long as it lives.
+// Replaces standard output while it lives.
 #pragma once
 
 #include <streambuf>
@@ -6,8 +6,8 @@
 
 #include "tests/support/journal.h"
 
-// What is printed is noted, to the character, as "printed" once it is flushed and not before, one entry for each
-// flush. Text that is never flushed fails the test: nobody who reads a log file or a pipe would have seen it.
+// Records the exact text of each flush as one entry "printed". Text that is never flushed fails the test, because a
+// reader of the log file or of a pipe would not see it in time.
 class PrintedOutput : public std::streambuf {
  public:
   explicit PrintedOutput(Journal& journal);
@@ -15,7 +15,7 @@ class PrintedOutput : public std::streambuf {
   PrintedOutput(const PrintedOutput&) = delete;
   PrintedOutput& operator=(const PrintedOutput&) = delete;
 
-  // Everything that was flushed.
+  // All text flushed so far.
   const std::string& text() const { return text_; }
 
  protected:

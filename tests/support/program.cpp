@@ -12,12 +12,12 @@
 #include <string_view>
 
 #ifdef __APPLE__
-extern char** environ;  // which no header declares there
+extern char** environ;  // not declared in a header of macOS
 #endif
 
 namespace {
 
-// A file without a name, which takes any amount of output without anyone reading along.
+// An unnamed temporary file, because a pipe would block a program that writes much before anybody reads.
 class Sink {
  public:
   Sink() : file_(std::tmpfile()) {
@@ -53,7 +53,7 @@ std::vector<std::string> variables(const Environment& changes) {
   return list;
 }
 
-// As the system takes lists of strings: pointers to them, and a null one.
+// A null-terminated array of pointers to the strings.
 std::vector<char*> pointers(std::vector<std::string>& strings) {
   std::vector<char*> list;
   list.reserve(strings.size() + 1);

@@ -1,4 +1,4 @@
-// Running a built program as a user would, and seeing what came of it.
+// Runs a built program and collects its output.
 #pragma once
 
 #include <map>
@@ -8,12 +8,12 @@
 
 struct Ending {
   std::optional<int> status;  // the exit status; absent if a signal ended it
-  std::string output;         // what it wrote to standard output
-  std::string error;          // and to standard error
+  std::string output;         // of standard output
+  std::string error;          // of standard error
 };
 
-// Environment variables to set, or with no value to take away, on top of the test's own.
+// Changes to the test's own environment: variables to set or, without a value, to remove.
 using Environment = std::map<std::string, std::optional<std::string>>;
 
-// Runs the program at `path`, with nothing on its standard input, and waits for its end.
+// Runs the program at `path` with empty standard input and waits for it to end.
 Ending run(const std::string& path, const std::vector<std::string>& arguments, const Environment& environment = {});

@@ -1,8 +1,8 @@
-// What a test on random input begins with.
+// The seed and the number of rounds of tests on random input.
 #pragma once
 
-// The number in the variable QUILLERY_SEED, else another one each time. Printed, so that what failed can be had again.
+// Returns the number in the variable QUILLERY_SEED, or a random one. Prints it, so that a failure can be reproduced.
 unsigned randomSeed();
 
-// How many inputs to try: the number in the variable QUILLERY_ROUNDS, else ten thousand.
+// Returns how many inputs to try: the number in the variable QUILLERY_ROUNDS, or ten thousand.
 unsigned randomRounds();

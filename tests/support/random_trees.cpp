@@ -46,7 +46,7 @@ PlistValue TreeMaker::children(unsigned levels) {
   if (oneIn(20)) return u"no array";
   std::vector<PlistValue> list;
   for (std::size_t count = below(9); count > 0; --count) {
-    // Now and then the very same node again.
+    // Sometimes repeat a node, so that the tree shares storage.
     const bool again = !list.empty() && oneIn(8);
     list.push_back(again ? list[below(list.size())] : node(levels));
   }

@@ -1,4 +1,4 @@
-// Random bookmark trees, and tests on many of them.
+// Random bookmark trees, and a fixture for tests on many of them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -6,10 +6,10 @@
 #include <random>
 #include <string>
 
-#include "values/plist_value.h"
 #include "tests/support/random_seed.h"
+#include "values/plist_value.h"
 
-// Mostly of Safari's shape, and often enough not.
+// Makes trees mostly of Safari's shape, but with every deviation that the sort must handle.
 class TreeMaker {
  public:
   explicit TreeMaker(unsigned seed) : random_(seed) {}
@@ -30,7 +30,7 @@ class TreeMaker {
 
 class RandomTreeTest : public testing::Test {
  protected:
-  // Calls `check` with one tree after the other until one fails.
+  // Calls `check` for each tree until one fails.
   template <class Check>
   void forEachTree(Check check) {
     TreeMaker maker(seed_);

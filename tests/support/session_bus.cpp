@@ -53,7 +53,7 @@ SessionBus::SessionBus(const ScratchFolder& scratch)
     _exit(127);
   }
   ready.closeWriter();
-  EXPECT_FALSE(ready.receive().empty()) << contentOf(log);  // it listens by the time it says where
+  EXPECT_FALSE(ready.receive().empty()) << contentOf(log);  // it prints its address once it listens
 }
 
 void SessionBus::stop() {
@@ -83,7 +83,7 @@ NameOwner::NameOwner(const char* name, int connections) {
     for (;;) pause();
   }
   ready.closeWriter();
-  EXPECT_EQ(ready.receive(), "r") << "the name was not to be had";
+  EXPECT_EQ(ready.receive(), "r") << "could not request the name";
 }
 
 void NameOwner::leave() {

@@ -1,4 +1,4 @@
-// A session bus of a test's own, and processes that own names on it.
+// A private session bus, and processes that own names on it.
 #pragma once
 
 #include <sys/types.h>
@@ -20,7 +20,7 @@ class Pipe {
   int writer() const { return ends_[1]; }
   void closeReader() { closeEnd(0); }
   void closeWriter() { closeEnd(1); }
-  // Waits for at least one byte; empty if the other end was closed instead.
+  // Waits for at least one byte. Returns an empty string if the other end is closed.
   std::string receive() const;
 
  private:
@@ -29,7 +29,7 @@ class Pipe {
   std::array<int, 2> ends_{-1, -1};
 };
 
-// A bus with one application that it could start under Safari's name, if anyone asked it to.
+// A bus that can activate one application, under Safari's name.
 class SessionBus {
  public:
   explicit SessionBus(const ScratchFolder& scratch);
@@ -37,11 +37,12 @@ class SessionBus {
   SessionBus(const SessionBus&) = delete;
   SessionBus& operator=(const SessionBus&) = delete;
 
-  // Without the identifier that every bus has of its own, so that it holds for a next bus in the same folder, too.
+  // Without the bus's unique identifier, so that the address also fits the next bus in the same folder.
   const std::string& address() const { return address_; }
   pid_t process() const { return process_; }
   void stop();
-  // Absent if the kernel does not tell. A process that the bus started either still runs or has left its mark.
+  // True if the bus has activated the application, which either still runs or has created its file. Absent if the
+  // kernel does not list the bus's children.
   std::optional<bool> hasStartedSomething() const;
 
  private:
@@ -50,8 +51,8 @@ class SessionBus {
   pid_t process_ = 0;
 };
 
-// A process that owns a name on the bus of DBUS_SESSION_BUS_ADDRESS, or waits for it, with each of its connections,
-// until it is told to leave.
+// A process that owns a name on the bus of DBUS_SESSION_BUS_ADDRESS, or queues for it, with each of its connections,
+// until leave() kills it.
 class NameOwner {
  public:
   explicit NameOwner(const char* name, int connections = 1);

@@ -3,7 +3,7 @@
 void VirtualApplication::run() {
   journal_.perform("run", {}, [&] {
     if (const auto delegate = delegate_.lock()) delegate->applicationDidFinishLaunching();
-    if (happening_) happening_();
+    if (whileRunning_) whileRunning_();
   });
 }
 

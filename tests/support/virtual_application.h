@@ -1,4 +1,4 @@
-// The program as an application of a virtual machine, and its updates.
+// The application object and the updater of a virtual machine.
 #pragma once
 
 #include <functional>
@@ -11,29 +11,29 @@
 #include "platform/updater.h"
 #include "tests/support/journal.h"
 
-// Noted are "run" and "terminate". It runs as long as what the test prepared for that time.
+// Records "run" and "terminate". run() launches the delegate, calls the test's handler and returns.
 class VirtualApplication : public Application {
  public:
   explicit VirtualApplication(Journal& journal) : journal_(journal) {}
 
-  void setDelegate(const std::weak_ptr<ApplicationDelegate>& told) override { delegate_ = told; }
+  void setDelegate(const std::weak_ptr<ApplicationDelegate>& delegate) override { delegate_ = delegate; }
   void run() override;
   void terminate() override;
 
-  // What happens while the loop runs, after launch.
-  void whileRunning(std::function<void()> happening) { happening_ = std::move(happening); }
-  // Its user opens it though it runs; answers what the delegate does.
+  // Sets the handler that run() calls after the launch.
+  void whileRunning(std::function<void()> handler) { whileRunning_ = std::move(handler); }
+  // Opens the running application again, as its user would. Returns the delegate's answer.
   bool reopen(bool hasVisibleWindows);
   bool hasTerminated() const { return hasTerminated_; }
 
  private:
   Journal& journal_;
   std::weak_ptr<ApplicationDelegate> delegate_;
-  std::function<void()> happening_;
+  std::function<void()> whileRunning_;
   bool hasTerminated_ = false;
 };
 
-// Noted are "start updater", "check for updates" and "check automatically" with "on" or "off".
+// Records "start updater", "check for updates" and "check automatically" with "on" or "off".
 class VirtualUpdater : public Updater, public UpdaterController {
  public:
   explicit VirtualUpdater(Journal& journal) : journal_(journal) {}
@@ -45,9 +45,9 @@ class VirtualUpdater : public Updater, public UpdaterController {
   Observation observeCanCheckForUpdates(std::function<void()> handler) override;
   void checkForUpdates() override;
 
-  // What a test does.
+  // Changes whether it can check, and calls the observers.
   void setCanCheck(bool canCheck);
-  // One that takes no other value, as where the setting is managed.
+  // Sets whether it checks automatically, and ignores later changes, like a managed setting.
   void fixAutomatic(bool isAutomatic) {
     isAutomatic_ = isAutomatic;
     isFixed_ = true;

@@ -27,7 +27,7 @@ std::string participle(const std::string& operation) {
   return operation == "create folder" ? "created" : "saved";
 }
 
-// In the words of a real system.
+// An error with the domain, code and text of a real system's.
 Error failure(const std::string& operation, const std::string& path, int errorNumber) {
   const std::string kind = operation == "create folder" || operation == "files in" ? "folder" : "file";
   return {"POSIX", errorNumber,
@@ -112,7 +112,7 @@ bool VirtualFileSystem::replaceIfHolds(const std::string& path, const Bytes& exp
 
 void VirtualFileSystem::failOn(const std::string& operation, int errorNumber, int occurrence) {
   const auto fail = [operation, errorNumber](const std::string& object) {
-    // Where a mode is noted too, it stands behind the path.
+    // The journal has the mode after the path.
     const bool hasMode = operation == "create folder" || operation == "set mode";
     throw failure(operation, hasMode ? object.substr(0, object.rfind(' ')) : object, errorNumber);
   };

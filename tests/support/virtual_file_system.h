@@ -1,4 +1,4 @@
-// Files in memory, each with its content and permission bits.
+// An in-memory file system.
 #pragma once
 
 #include <map>
@@ -8,9 +8,9 @@
 #include "platform/file_system.h"
 #include "tests/support/journal.h"
 
-// Operations are noted as "read", "holds", "files in", "write new" and "write atomically" with the path, "create
-// folder" and "set mode" with the path and the mode. What cannot be done fails as on a real system: a file that is
-// missing, a name that exists, a folder that is not there, a file where a folder should be.
+// Records "read", "holds", "files in", "write new" and "write atomically" with the path, and "create folder" and "set
+// mode" with the path and the mode. Operations fail as on a real system: on a missing file, an existing name, a missing
+// folder, or a file in the place of a folder.
 class VirtualFileSystem : public FileSystem {
  public:
   explicit VirtualFileSystem(Journal& journal);
@@ -23,14 +23,14 @@ class VirtualFileSystem : public FileSystem {
   void writeNew(const std::string& path, const Bytes& bytes) override;
   void setMode(const std::string& path, unsigned mode) override;
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
-  // Noted as what it is made of: "holds", and "write atomically" if it does.
+  // Recorded as "holds" and, if the file has the expected bytes, "write atomically".
   bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) override;
 
-  // Makes an operation fail the `occurrence`-th time with an error number of the system (ENOSPC, EACCES, EIO).
-  // A write that fails changes nothing.
+  // Makes the `occurrence`-th operation of this name fail with a system error number (ENOSPC, EACCES, EIO). A failed
+  // write changes nothing.
   void failOn(const std::string& operation, int errorNumber, int occurrence = 1);
 
-  // What a test does to the files itself, which nobody notes. Folders are made as needed.
+  // Changes that a test makes itself. They are not recorded, and create folders as needed.
   void put(const std::string& path, std::string content, unsigned mode = 0644);
   void remove(const std::string& path);
   void setModified(const std::string& path, Instant instant) { modified_[path] = instant; }
@@ -47,9 +47,9 @@ class VirtualFileSystem : public FileSystem {
   const std::map<std::string, unsigned>& folders() const { return folders_; }
 
  private:
-  // Throws unless there is a folder to hold `path`.
+  // Throws if the folder of `path` does not exist.
   void requireParent(const std::string& operation, const std::string& path) const;
-  // Notes the time of a change; each is a second after the one before.
+  // Sets the modification time of a file; each change is one second after the previous one.
   void touch(const std::string& path);
 
   Journal& journal_;

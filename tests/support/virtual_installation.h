@@ -1,5 +1,4 @@
-// What a virtual machine knows about itself: where the program is installed, which time zone it is in, and the next
-// random numbers.
+// The bundle, the processes and the calendars of a virtual machine.
 #pragma once
 
 #include <map>
@@ -13,7 +12,7 @@
 #include "tests/support/journal.h"
 #include "tests/support/native_parts.h"
 
-// The path is noted as "bundle path".
+// Records path() as "bundle path".
 class VirtualBundle : public Bundle {
  public:
   explicit VirtualBundle(Journal& journal) : journal_(journal) {}
@@ -33,7 +32,7 @@ class VirtualBundle : public Bundle {
                                                      {"CFBundleVersion", "45"}};
 };
 
-// Noted as "uuid", the same ones on every machine, counted up, and "run" with the path and the arguments.
+// Records "uuid", and "run" with the path and the arguments. UUIDs count up and are the same on every machine.
 class VirtualProcesses : public Processes {
  public:
   explicit VirtualProcesses(Journal& journal) : journal_(journal) {}
@@ -49,10 +48,10 @@ class VirtualProcesses : public Processes {
   void startInTerminal() { writesToTerminal_ = true; }
   void setVariable(const std::string& name, const std::string& value) { environment_[name] = value; }
 
-  // What programs answer from now on whose first argument is `subcommand`; 0 where nothing was said.
+  // Sets the exit status of programs whose first argument is `subcommand`; 0 by default.
   void willAnswer(const std::string& subcommand, int status) { statuses_[subcommand] = status; }
 
-  // The `number`-th UUID, from 1.
+  // The `number`-th UUID, counted from 1.
   static std::string uuid(int number);
 
  private:
@@ -63,7 +62,7 @@ class VirtualProcesses : public Processes {
   std::map<std::string, std::string> environment_;
 };
 
-// Every calendar there is, with a current time zone of its own, whatever the system's.
+// The native calendars, with a current time zone that does not depend on the system's.
 class VirtualCalendars : public Calendars {
  public:
   std::shared_ptr<const Calendar> current() override { return inTimeZone(zone_); }

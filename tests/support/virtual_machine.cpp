@@ -6,7 +6,7 @@ VirtualMachine::VirtualMachine() { automatic = false; }
 
 VirtualMachine::~VirtualMachine() { automatic = false; }
 
-void VirtualMachine::sleep(VirtualMainLoop::Duration duration, VirtualMainLoop::Place wakeIsTold) {
+void VirtualMachine::sleep(VirtualMainLoop::Duration duration, VirtualMainLoop::Place placeOfWake) {
   loop.sleep(duration);
-  workspace.wake(wakeIsTold);
+  workspace.wake(placeOfWake);
 }

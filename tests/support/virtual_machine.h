@@ -1,6 +1,5 @@
-// A machine of the tests' own: one virtual implementation of each interface of the platform, installed for as long as
-// the machine lives. Locale and time zone are fixed, standard output is the machine's, and `automatic` is false when
-// it starts and when it ends.
+// One virtual implementation of each platform interface, installed while the machine lives. Locale and time zone are
+// fixed, standard output is captured, and `automatic` is set to false when the machine is created and destroyed.
 #pragma once
 
 #include "platform/platform.h"
@@ -42,14 +41,14 @@ class VirtualMachine {
   VirtualUpdater updater{journal};
   PrintedOutput output{journal};
 
-  // All of it, for a test that replaces one part.
+  // All parts, for a test that replaces one of them.
   const Desktop desktopParts{application, loop, workspace, screen, updater};
   const Platform parts{propertyLists, files,  applications, calendars, collation,
                        userInterface, bundle, processes,    defaults,  &desktopParts};
 
-  // Asleep for this long, then awake: nothing has run meanwhile. Observers are told of the wake before all that is
-  // overdue, or after it; both happen.
-  void sleep(VirtualMainLoop::Duration duration, VirtualMainLoop::Place wakeIsTold = VirtualMainLoop::Place::back);
+  // Sleeps for this long without running anything, then queues the wake notification behind all overdue work or in
+  // front of it. On real machines both orders occur.
+  void sleep(VirtualMainLoop::Duration duration, VirtualMainLoop::Place placeOfWake = VirtualMainLoop::Place::back);
 
  private:
   PlatformScope scope_{parts};

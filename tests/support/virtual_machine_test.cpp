@@ -1,4 +1,4 @@
-// The virtual machine itself: a test double that let a mistake pass would make every other test worthless.
+// The virtual machine itself, because all other tests rely on it.
 #include "tests/support/virtual_machine.h"
 
 #include <gmock/gmock.h>
@@ -33,7 +33,7 @@ std::string problemOf(const std::function<void()>& operation) {
 
 Bytes bytes(const char* text) { return Bytes(std::string(text)); }
 
-TEST(VirtualMachine, isInstalledForAsLongAsItLives) {
+TEST(VirtualMachine, isInstalledWhileItLives) {
   const VirtualMachine outer;
   {
     const VirtualMachine inner;
@@ -42,7 +42,7 @@ TEST(VirtualMachine, isInstalledForAsLongAsItLives) {
   EXPECT_EQ(&platform().fileSystem, &outer.files);
 }
 
-TEST(VirtualMachine, notesWhatWasAskedInOrderAcrossAllInterfaces) {
+TEST(VirtualMachine, recordsCallsInOrderAcrossAllInterfaces) {
   VirtualMachine machine;
   machine.files.put("/home/user/a", "1");
   platform().fileSystem.read("/home/user/a");
@@ -52,7 +52,7 @@ TEST(VirtualMachine, notesWhatWasAskedInOrderAcrossAllInterfaces) {
               ElementsAre("read /home/user/a", "running? com.example.App", "create folder /home/user/b 0700"));
 }
 
-TEST(VirtualMachine, doesWhatWasPreparedBeforeAndAfterTheOperationThatItWasPreparedFor) {
+TEST(VirtualMachine, runsActionsBeforeAndAfterTheirOperation) {
   VirtualMachine machine;
   machine.files.put("/home/user/a", "old");
   machine.journal.after("read", [&](const std::string& path) { machine.files.put(path, "new"); });
@@ -63,7 +63,7 @@ TEST(VirtualMachine, doesWhatWasPreparedBeforeAndAfterTheOperationThatItWasPrepa
   EXPECT_EQ(machine.files.read("/home/user/a").text(), "newest");
 }
 
-TEST(VirtualMachine, hasAutomaticOffFromItsStartToItsEnd) {
+TEST(VirtualMachine, clearsAutomaticAtItsStartAndEnd) {
   automatic = true;
   {
     const VirtualMachine machine;
@@ -73,21 +73,21 @@ TEST(VirtualMachine, hasAutomaticOffFromItsStartToItsEnd) {
   EXPECT_FALSE(automatic);
 }
 
-TEST(VirtualUserInterface, failsTheTestOnAnAlertThatNobodyExpected) {
+TEST(VirtualUserInterface, failsTheTestOnAnUnexpectedAlert) {
   VirtualMachine machine;
   std::size_t button = 0;
   EXPECT_NONFATAL_FAILURE(button = machine.userInterface.runModal({"Title", "Text", {"Retry", "Cancel"}}),
-                          "an alert that nobody expected: Title: Text");
+                          "an unexpected alert: Title: Text");
   EXPECT_EQ(button, 1U);
 }
 
-TEST(VirtualUserInterface, failsTheTestOnAnAnswerThatNothingAskedFor) {
+TEST(VirtualUserInterface, failsTheTestOnAnUnusedAnswer) {
   auto machine = std::make_unique<VirtualMachine>();
   machine->userInterface.willAnswer(0);
-  EXPECT_NONFATAL_FAILURE(machine.reset(), "1 prepared answers to alerts that never came");
+  EXPECT_NONFATAL_FAILURE(machine.reset(), "1 prepared answers to alerts that were never shown");
 }
 
-TEST(PrintedOutput, isNotedOnceItIsFlushed) {
+TEST(PrintedOutput, isRecordedOnceItIsFlushed) {
   VirtualMachine machine;
   std::cout << "one " << 2 << '\n';
   EXPECT_THAT(machine.journal.entries(), IsEmpty());
@@ -101,7 +101,7 @@ TEST(PrintedOutput, failsTheTestIfItIsNeverFlushed) {
   EXPECT_NONFATAL_FAILURE(machine.reset(), "printed and not flushed");
 }
 
-TEST(VirtualFileSystem, failsAsPreparedInTheWordsOfASystemAndChangesNothing) {
+TEST(VirtualFileSystem, failsAsPreparedAndChangesNothing) {
   VirtualMachine machine;
   machine.files.put("/home/user/a", "old", 0640);
   const auto before = machine.files.files();
@@ -120,7 +120,7 @@ TEST(VirtualFileSystem, failsAsPreparedInTheWordsOfASystemAndChangesNothing) {
   EXPECT_FALSE(machine.files.folders().contains("/home/user/b"));
 }
 
-TEST(VirtualFileSystem, failsOfItselfWhereARealOneWould) {
+TEST(VirtualFileSystem, failsWhereARealFileSystemFails) {
   VirtualMachine machine;
   machine.files.put("/home/user/a", "old");
   EXPECT_THAT(problemOf([&] { machine.files.read("/home/user/none"); }), HasSubstr("No such file or directory"));
@@ -133,7 +133,7 @@ TEST(VirtualFileSystem, failsOfItselfWhereARealOneWould) {
   EXPECT_EQ(machine.files.content("/home/user/a"), "old");
 }
 
-TEST(VirtualFileSystem, givesModesToWhatItCreatesAndLeavesThoseThatThereWere) {
+TEST(VirtualFileSystem, setsModesOnlyOnWhatItCreates) {
   VirtualMachine machine;
   machine.files.put("/home/user/Library/a", "1", 0640);
   machine.files.createFolder("/home/user/Library/b/c", 0710);
@@ -159,12 +159,12 @@ TEST(VirtualRunningApplications, listsEachProcessByIdentifier) {
   EXPECT_THAT(machine.applications.withBundleIdentifier("com.example.App"), IsEmpty());
 }
 
-TEST(VirtualRunningApplications, quitWhenAskedInTheirOwnTime) {
+TEST(VirtualRunningApplications, quitAsTheirBehaviorDescribes) {
   VirtualMachine machine;
   const int quick = machine.applications.start("App", {.quitsAfter = 1s});
   machine.applications.start("App", {.isRefused = true});
   machine.applications.start("App", {.quitsAfter = std::nullopt});
-  machine.applications.start("App", {.quitsAfter = 2s, .returnsAfter = 1s});
+  machine.applications.start("App", {.quitsAfter = 2s, .restartsAfter = 1s});
   std::vector<bool> answers;
   for (const auto& application : machine.applications.withBundleIdentifier("App"))
     answers.push_back(application->terminate());
@@ -176,12 +176,12 @@ TEST(VirtualRunningApplications, quitWhenAskedInTheirOwnTime) {
   machine.loop.advance(1s);
   EXPECT_EQ(machine.applications.count("App"), 2);
   machine.loop.advance(1s);
-  EXPECT_EQ(machine.applications.count("App"), 3) << "one came back";
+  EXPECT_EQ(machine.applications.count("App"), 3) << "one restarted itself";
   machine.loop.advance(1h);
-  EXPECT_EQ(machine.applications.count("App"), 3) << "the others stay";
+  EXPECT_EQ(machine.applications.count("App"), 3) << "the others keep running";
 }
 
-TEST(VirtualRunningApplications, thatAreGoneCannotBeAsked) {
+TEST(VirtualRunningApplications, refuseToQuitOnceTheyAreGone) {
   VirtualMachine machine;
   machine.applications.start("App");
   const auto running = machine.applications.withBundleIdentifier("App");
@@ -189,21 +189,21 @@ TEST(VirtualRunningApplications, thatAreGoneCannotBeAsked) {
   EXPECT_FALSE(running[0]->terminate());
 }
 
-TEST(VirtualWorkspace, tellsItsObserversThroughTheLoopAndAsLongAsTheyWant) {
+TEST(VirtualWorkspace, callsItsObserversThroughTheLoop) {
   VirtualMachine machine;
-  std::vector<int> told;
+  std::vector<int> observed;
   auto observation =
-      machine.workspace.observeTerminations([&](const auto& gone) { told.push_back(gone->processIdentifier()); });
+      machine.workspace.observeTerminations([&](const auto& ended) { observed.push_back(ended->processIdentifier()); });
   const int first = machine.applications.start("App");
   machine.applications.start("App");
   machine.applications.endProcess(first);
-  EXPECT_THAT(told, IsEmpty());
+  EXPECT_THAT(observed, IsEmpty());
   machine.loop.run();
-  EXPECT_THAT(told, ElementsAre(first));
+  EXPECT_THAT(observed, ElementsAre(first));
   machine.applications.end("App");
   observation.reset();
   machine.loop.run();
-  EXPECT_THAT(told, ElementsAre(first));
+  EXPECT_THAT(observed, ElementsAre(first));
 }
 
 TEST(VirtualWorkspace, startsWhatItOpens) {
@@ -217,7 +217,7 @@ TEST(VirtualWorkspace, startsWhatItOpens) {
 
 class VirtualTime : public testing::Test {
  protected:
-  // Notes `name` when it is called.
+  // Work that records `name`.
   Work notes(const std::string& name) {
     return [this, name] { seen_.push_back(name); };
   }
@@ -230,7 +230,7 @@ class VirtualTime : public testing::Test {
   std::vector<std::string> seen_;
 };
 
-TEST_F(VirtualTime, passesOnlyWhenATestLetsIt) {
+TEST_F(VirtualTime, passesOnlyWhenATestAdvancesIt) {
   const Instant start = loop_.now();
   loop_.after(0ms, notes("at once"));
   EXPECT_EQ(loop_.now(), start);
@@ -240,7 +240,7 @@ TEST_F(VirtualTime, passesOnlyWhenATestLetsIt) {
   EXPECT_THAT(seen_, ElementsAre("at once"));
 }
 
-TEST_F(VirtualTime, runsWhatFallsDueInItsOrderEachAtItsMoment) {
+TEST_F(VirtualTime, runsDueWorkInOrderAtItsTime) {
   const Instant start = loop_.now();
   loop_.after(2s, notes("second"));
   loop_.timerAt(start + 1s, [&](Timer&) {
@@ -266,7 +266,7 @@ TEST_F(VirtualTime, repeatsATimerUntilItIsInvalidatedEvenByItself) {
   EXPECT_EQ(loop_.armedTimers(), 0);
 }
 
-TEST_F(VirtualTime, firesAOneShotTimerOnceAndHoldsItUntilThen) {
+TEST_F(VirtualTime, firesAOneShotTimerOnce) {
   loop_.timerAt(loop_.now() + 1s, [&](Timer& self) {
     seen_.emplace_back("fired");
     EXPECT_FALSE(self.isValid());
@@ -276,7 +276,7 @@ TEST_F(VirtualTime, firesAOneShotTimerOnceAndHoldsItUntilThen) {
   EXPECT_THAT(seen_, ElementsAre("fired"));
 }
 
-TEST_F(VirtualTime, makesMissedFiringsOnce) {
+TEST_F(VirtualTime, firesOnceForSeveralMissedFirings) {
   loop_.repeatingTimer(1s, timerNotes("tick"));
   loop_.occupy(10s + 500ms);
   EXPECT_THAT(seen_, IsEmpty());
@@ -286,7 +286,7 @@ TEST_F(VirtualTime, makesMissedFiringsOnce) {
   EXPECT_EQ(seen_.size(), 2U);
 }
 
-TEST_F(VirtualTime, goesOnInANestedLoopButNotForTheTimerThatIsInItsHandler) {
+TEST_F(VirtualTime, runsInANestedLoopButNotForTheFiringTimer) {
   loop_.repeatingTimer(1s, [&](Timer& self) {
     seen_.emplace_back("begins");
     loop_.advance(5s);
@@ -298,14 +298,14 @@ TEST_F(VirtualTime, goesOnInANestedLoopButNotForTheTimerThatIsInItsHandler) {
   EXPECT_THAT(seen_, ElementsAre("begins", "nested", "ends"));
 }
 
-TEST_F(VirtualTime, letsTheWorldGoOnWhileTheThreadIsOccupied) {
+TEST_F(VirtualTime, runsOutsideEventsWhileTheThreadIsOccupied) {
   loop_.elsewhere(1s, notes("outside"));
   loop_.after(1s, notes("inside"));
   loop_.occupy(2s);
   EXPECT_THAT(seen_, ElementsAre("outside"));
 }
 
-TEST_F(VirtualTime, standsStillInSleepButForTheClockOnTheWall) {
+TEST_F(VirtualTime, onlyMovesTheWallClockInSleep) {
   const Instant start = loop_.now();
   loop_.after(10s, notes("delayed"));
   loop_.timerAt(start + 10s, timerNotes("timer"));
@@ -317,7 +317,7 @@ TEST_F(VirtualTime, standsStillInSleepButForTheClockOnTheWall) {
   EXPECT_THAT(seen_, ElementsAre("timer", "delayed"));
 }
 
-TEST_F(VirtualTime, tellsOfAWakeBehindWhatIsOverdueOrInFrontOfIt) {
+TEST_F(VirtualTime, deliversAWakeBeforeOrAfterOverdueWork) {
   const auto observation = machine_.workspace.observeWake(notes("woke"));
   for (const auto place : {VirtualMainLoop::Place::back, VirtualMainLoop::Place::front}) {
     loop_.timerAt(loop_.now() + 1s, timerNotes("timer"));
@@ -327,7 +327,7 @@ TEST_F(VirtualTime, tellsOfAWakeBehindWhatIsOverdueOrInFrontOfIt) {
   EXPECT_THAT(seen_, ElementsAre("timer", "woke", "woke", "timer"));
 }
 
-TEST_F(VirtualTime, obeysWhoeverSetsTheClock) {
+TEST_F(VirtualTime, followsAClockThatIsSet) {
   loop_.timerAt(loop_.now() + 1h, timerNotes("timer"));
   loop_.setClock(loop_.now() + 59min);
   loop_.advance(59s);
@@ -341,7 +341,7 @@ TEST(VirtualTimeText, isReadAndWritten) {
   EXPECT_THROW(utc("tomorrow"), std::invalid_argument);
 }
 
-TEST(VirtualUserDefaults, holdValuesOfAnyTypeAndNoteWhatTheProgramStores) {
+TEST(VirtualUserDefaults, holdAnyTypeAndRecordWhatTheProgramStores) {
   VirtualMachine machine;
   machine.defaults.put("a", u"text");
   EXPECT_EQ(machine.defaults.object("a"), PlistValue(u"text"));

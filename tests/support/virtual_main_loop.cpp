@@ -123,7 +123,7 @@ VirtualMainLoop::Duration VirtualMainLoop::remaining(const Entry& entry) const {
   return entry.fireDate ? *entry.fireDate - clock_ : entry.due - steady_;
 }
 
-// What falls due first, and of such as do so together what came first.
+// The entry that is due first and, among those, the one that was added first.
 VirtualMainLoop::Entries::iterator VirtualMainLoop::earliest(bool elsewhereOnly) {
   std::erase_if(entries_, [](const Entry& entry) { return entry.timer && !entry.timer->isValid(); });
   auto best = entries_.end();
@@ -148,7 +148,7 @@ void VirtualMainLoop::runUntil(Duration target, bool elsewhereOnly) {
 void VirtualMainLoop::run(Entries::iterator entry) {
   if (entry->timer && entry->timer->interval()) {
     while (entry->due <= steady_) entry->due += *entry->timer->interval();
-    const std::shared_ptr<VirtualTimer> timer = entry->timer;  // its handler may be the end of the entry
+    const std::shared_ptr<VirtualTimer> timer = entry->timer;  // its handler may erase the entry
     timer->fire();
     return;
   }

@@ -1,4 +1,4 @@
-// The time of a virtual machine, which only a test moves, and the main loop that runs on it.
+// The clock of a virtual machine, which only tests advance, and the main loop that runs on it.
 #pragma once
 
 #include <chrono>
@@ -11,12 +11,12 @@
 #include "platform/main_loop.h"
 #include "tests/support/journal.h"
 
-// "2026-09-25 09:30:00" in UTC, fractions of a second left out; and back.
+// Converts an instant to "2026-09-25 09:30:00" in UTC, without fractions of a second, and back.
 std::string utcText(Instant instant);
 Instant utc(const std::string& text);
 
-// It runs only while a test lets time pass, also in the middle of a modal dialog: the nested loop. Noted are "post",
-// "after" with the delay, "timer" with what it waits for ("at 2026-09-25 09:30:00", "every 250 ms") and "invalidate"
+// Runs only while a test advances the time, also from within a modal dialog, like a nested event loop. Records "post",
+// "after" with the delay, "timer" with its date or interval ("at 2026-09-25 09:30:00", "every 250 ms") and "invalidate"
 // with the same.
 class VirtualMainLoop : public MainLoop {
  public:
@@ -30,36 +30,36 @@ class VirtualMainLoop : public MainLoop {
   std::shared_ptr<Timer> timerAt(Instant fireDate, TimerHandler handler) override;
   std::shared_ptr<Timer> repeatingTimer(std::chrono::milliseconds interval, TimerHandler handler) override;
 
-  // Lets time pass and runs whatever falls due, each at its moment; also from within something that runs.
+  // Advances the time and runs whatever becomes due, each at its time. May be called from work that runs.
   void advance(Duration duration);
   void advanceTo(Instant instant) { advance(instant - clock_); }
-  // Runs what is due now.
+  // Runs what is due now, without advancing the time.
   void run() { advance(Duration::zero()); }
-  // Lets time pass while the main thread does something else: the world outside goes on, the loop does not.
+  // Advances the time while the main thread is occupied: only outside events run, not the loop's work.
   void occupy(Duration duration);
-  // Lets the clock on the wall go on while everything else stands still, as in a machine that is asleep.
+  // Advances only the wall clock, as while a machine sleeps.
   void sleep(Duration duration) { clock_ += duration; }
-  // Sets the clock on the wall.
+  // Sets the wall clock.
   void setClock(Instant instant) { clock_ = instant; }
 
-  // Something that happens this much later outside of the program.
+  // Schedules an event outside of the program, such as the end of another application.
   void elsewhere(Duration delay, Work event);
-  // Something from outside that the loop is told: it runs as if posted, in front of all that is due if so asked.
+  // Queues work from outside of the program, like post() but unrecorded. Place::front is before all work that is due.
   enum class Place { back, front };
   void deliver(Work work, Place place = Place::back);
 
-  // Forgets the work that was posted or delayed and has not been done.
+  // Forgets posted and delayed work that has not run yet.
   void dropPosted();
 
-  // How many timers may still fire.
+  // How many timers are valid.
   int armedTimers() const;
-  // When the first of those at an instant fires, as "2026-09-25 09:30:00"; "none" if there is none.
+  // The fire date of the next timerAt() timer as "2026-09-25 09:30:00", or "none".
   std::string nextTimer() const;
 
  private:
   class VirtualTimer;
 
-  // Waits for a moment of the steady time, or for one of the clock on the wall.
+  // Something that becomes due at a time of the steady clock or, if it has a fire date, of the wall clock.
   struct Entry {
     bool isElsewhere;
     std::optional<Instant> fireDate;
@@ -79,5 +79,5 @@ class VirtualMainLoop : public MainLoop {
   Journal& journal_;
   Instant clock_ = utc("2026-09-21 08:00:00");  // a Monday
   Duration steady_ = Duration::zero();
-  Entries entries_;  // in the order in which they came
+  Entries entries_;  // in the order in which they were added
 };

@@ -1,11 +1,11 @@
-// The program's own reader and writer of property lists, watched.
+// The program's own reader and writer of property lists, with a journal.
 #pragma once
 
 #include "platform/property_lists.h"
 #include "tests/support/journal.h"
 #include "tests/support/native_parts.h"
 
-// Noted are "parse", and "serialize" with the format: "binary", "xml", "old-style".
+// Records "parse", and "serialize" with the format: "binary", "xml" or "old-style".
 class VirtualPropertyLists : public PropertyLists {
  public:
   explicit VirtualPropertyLists(Journal& journal) : journal_(journal) {}

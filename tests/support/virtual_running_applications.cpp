@@ -66,8 +66,8 @@ bool VirtualRunningApplications::quit(int process) {
     const QuitBehavior behavior = (*found)->behavior();
     if (!behavior.quitsAfter) return true;
     loop_.elsewhere(*behavior.quitsAfter, [this, process] { endProcess(process); });
-    if (behavior.returnsAfter)
-      loop_.elsewhere(*behavior.quitsAfter + *behavior.returnsAfter,
+    if (behavior.restartsAfter)
+      loop_.elsewhere(*behavior.quitsAfter + *behavior.restartsAfter,
                       [this, identifier = (*found)->identifier(), behavior] { start(identifier, behavior); });
     return true;
   });

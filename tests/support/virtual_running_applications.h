@@ -1,4 +1,4 @@
-// The applications that run on a virtual machine.
+// The running applications of a virtual machine.
 #pragma once
 
 #include <chrono>
@@ -12,32 +12,32 @@
 #include "tests/support/journal.h"
 #include "tests/support/virtual_main_loop.h"
 
-// What a process does when it is asked to quit.
+// How a process reacts to a quit request.
 struct QuitBehavior {
-  bool isRefused = false;  // the request does not even reach it
-  std::optional<VirtualMainLoop::Duration> quitsAfter = std::chrono::milliseconds(600);  // absent: asks its user, stays
-  std::optional<VirtualMainLoop::Duration> returnsAfter = std::nullopt;  // once it has quit, it is started again
+  bool isRefused = false;                                                                // terminate() returns false
+  std::optional<VirtualMainLoop::Duration> quitsAfter = std::chrono::milliseconds(600);  // absent: stays open
+  std::optional<VirtualMainLoop::Duration> restartsAfter = std::nullopt;  // restarts this long after it quit
 };
 
-// Each question is noted as "running?" with the bundle identifier, each request as "quit" with the process identifier.
-// They happen to quit, and to be started again, in the time of the machine. There is nothing here that forces one.
+// Records each query as "running?" with the bundle identifier, and each quit request as "quit" with the process
+// identifier. Processes quit and restart as the machine's time advances. Nothing can force one to quit.
 class VirtualRunningApplications : public RunningApplications {
  public:
-  // `terminated` is told of each process that has ended, in the moment of its end.
+  // Called with each process when it ends.
   using Terminated = std::function<void(const std::shared_ptr<RunningApplication>& application)>;
 
   VirtualRunningApplications(Journal& journal, VirtualMainLoop& loop) : journal_(journal), loop_(loop) {}
 
   std::vector<std::shared_ptr<RunningApplication>> withBundleIdentifier(const std::string& identifier) override;
 
-  // Starts one more process of an application; answers its process identifier.
+  // Starts one more process of an application. Returns its process identifier.
   int start(const std::string& identifier, const QuitBehavior& behavior = {});
-  // The same for a process whose identifier is known.
+  // The same with this process identifier.
   void startAs(int process, const std::string& identifier, const QuitBehavior& behavior = {});
-  // Ends all of an application's processes, as their user would; and one process.
+  // Ends all processes of an application, or one process, as their user would.
   void end(const std::string& identifier);
   void endProcess(int process);
-  // How many processes of an application are running; nothing is noted.
+  // How many processes of an application are running. Not recorded.
   int count(const std::string& identifier) const;
 
   void whenTerminated(Terminated terminated) { terminated_ = std::move(terminated); }

@@ -8,11 +8,11 @@
 
 namespace {
 
-// The last of `things` for which `isIt` holds; a test that uses what is not there ends.
-template <class Things, class Test>
-auto& last(const Things& things, Test isIt, const std::string& what) {
+// The last of `things` that matches. Throws if there is none.
+template <class Things, class Predicate>
+auto& last(const Things& things, Predicate matches, const std::string& what) {
   for (auto thing = things.rbegin(); thing != things.rend(); ++thing)
-    if (*thing && isIt(**thing)) return **thing;
+    if (*thing && matches(**thing)) return **thing;
   throw std::logic_error("there is no " + what);
 }
 
@@ -80,7 +80,7 @@ VirtualControl& VirtualWindow::only(const std::string& kind) const {
 void VirtualWindow::use(VirtualControl& control) {
   if (!isVisible_ || !control.isEnabledNow) return;
   if (control.kind == "check box") control.isOnNow = !control.isOnNow;
-  // Kept for as long as it runs: it may well be the end of the window.
+  // Copy the action, because it may destroy the window.
   const Action action = control.action;
   if (action) action();
 }

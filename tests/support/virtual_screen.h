@@ -1,5 +1,5 @@
-// The screen of a virtual machine: every window, menu and status item that the program made, for a test to read and use
-// as a person would.
+// The screen of a virtual machine: every window, menu and status item that the program created, for tests to inspect
+// and to use like a user.
 #pragma once
 
 #include <memory>
@@ -10,7 +10,7 @@
 #include "platform/screen.h"
 #include "tests/support/journal.h"
 
-// One thing in a window, of whatever kind, with all that is known of it.
+// A control of any kind in a window, with its state.
 struct VirtualControl : Button, PopUpButton, DatePicker {
   std::string kind;  // "push button", "check box", "pop-up", "time picker", "label", "image"
   Frame frame;
@@ -23,7 +23,7 @@ struct VirtualControl : Button, PopUpButton, DatePicker {
   bool isOnNow = false;
   std::size_t chosen = 0;
   Instant date;
-  Label label;  // a label, as it was described
+  Label label;  // the description of a label
 
   bool isOn() const override { return isOnNow; }
   void setOn(bool on) override { isOnNow = on; }
@@ -35,7 +35,7 @@ struct VirtualControl : Button, PopUpButton, DatePicker {
   void setDateValue(Instant value) override { date = value; }
 };
 
-// Noted are "center", "show" and "hide" with the window's title.
+// Records "center", "show" and "hide" with the window's title.
 class VirtualWindow : public Window {
  public:
   VirtualWindow(Journal& journal, WindowDescription description)
@@ -55,16 +55,16 @@ class VirtualWindow : public Window {
   bool isVisible() const { return isVisible_; }
   bool isCentered() const { return isCentered_; }
   const std::vector<std::shared_ptr<VirtualControl>>& controls() const { return controls_; }
-  // The one control with this text; the test fails if there is none.
+  // The control with this text. Throws if there is none.
   VirtualControl& control(const std::string& text) const;
-  // The one control of a kind.
+  // The only control of a kind.
   VirtualControl& only(const std::string& kind) const;
 
-  // What a person does. Nothing happens to what is disabled or hidden. Pressing a check box changes it.
+  // What a user does. Disabled controls and hidden windows ignore it. Pressing a check box toggles it.
   void press(const std::string& title);
   void choose(const std::string& item);
   void pressKey(KeyEquivalent key);
-  // Presses the close box, where there is one.
+  // Presses the close box if the window has one.
   void close();
 
  private:
@@ -78,7 +78,7 @@ class VirtualWindow : public Window {
   bool isCentered_ = false;
 };
 
-// What a control is to be.
+// The expected properties of a control.
 struct WantedControl {
   const char* kind;
   const char* text;
@@ -86,10 +86,10 @@ struct WantedControl {
   KeyEquivalent key = KeyEquivalent::none;
 };
 
-// Expects a window to hold just these, in this order.
+// Expects a window to have exactly these controls, in this order.
 void expectControls(const VirtualWindow& window, const std::vector<WantedControl>& wanted);
 
-// Noted are "title", "enable" and "disable", "check" and "uncheck", the last four with the item's title.
+// Records "title" with the new title, and "enable", "disable", "check" and "uncheck" with the item's title.
 class VirtualMenuItem : public MenuItem {
  public:
   VirtualMenuItem(Journal& journal, std::string title, Action action)
@@ -102,7 +102,7 @@ class VirtualMenuItem : public MenuItem {
 
   bool isEnabled() const { return isEnabled_; }
   bool isOn() const { return isOn_; }
-  // What a person does; nothing happens to an item that is disabled.
+  // Chooses the item as a user would. A disabled item ignores it.
   void choose();
 
  private:
@@ -113,7 +113,7 @@ class VirtualMenuItem : public MenuItem {
   bool isOn_ = false;
 };
 
-// Noted are "item" with the title, "separator", and "autoenable" with "on" or "off".
+// Records "item" with the title, "separator", and "autoenable" with "on" or "off".
 class VirtualMenu : public Menu {
  public:
   explicit VirtualMenu(Journal& journal) : journal_(journal) {}
@@ -127,7 +127,7 @@ class VirtualMenu : public Menu {
   const std::vector<std::shared_ptr<VirtualMenuItem>>& items() const { return items_; }
   // Their titles now; "-" for a separator.
   std::vector<std::string> titles() const;
-  // The item with this title now; the test fails if there is none.
+  // The item with this title now. Throws if there is none.
   VirtualMenuItem& item(const std::string& title) const;
 
  private:
@@ -136,7 +136,7 @@ class VirtualMenu : public Menu {
   bool autoenablesItems_ = true;
 };
 
-// Noted are "image", "tool tip" and "menu".
+// Records "image", "tool tip" and "menu".
 class VirtualStatusItem : public StatusItem {
  public:
   explicit VirtualStatusItem(Journal& journal) : journal_(journal) {}
@@ -159,7 +159,7 @@ class VirtualStatusItem : public StatusItem {
   std::shared_ptr<Menu> menu_;
 };
 
-// Noted are "status item", "window" with the title, and what its things note.
+// Records "status item", "window" with the title, and what its windows, menus and status items record.
 class VirtualScreen : public Screen {
  public:
   explicit VirtualScreen(Journal& journal) : journal_(journal) {}
@@ -168,13 +168,13 @@ class VirtualScreen : public Screen {
   std::shared_ptr<Menu> makeMenu() override;
   std::shared_ptr<Window> makeWindow(const WindowDescription& description) override;
 
-  // Every one that was made, hidden or not, in the order of their making.
+  // All windows, hidden or not, in the order of their creation.
   const std::vector<std::shared_ptr<VirtualWindow>>& windows() const { return windows_; }
-  // The last one with this title; the test fails if there is none.
+  // The last window with this title. Throws if there is none.
   VirtualWindow& window(const std::string& title) const;
-  // How many windows are on the screen.
+  // How many windows are visible.
   int visibleWindows() const;
-  // The last one that was made.
+  // The last status item that was created.
   const std::shared_ptr<VirtualStatusItem>& statusItem() const { return statusItem_; }
   VirtualMenu& menu() const;
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Booleans, whole numbers and lists of them, which is all that the program stores.
+// The text of a Boolean, an integer, or a list of these: the program stores nothing else.
 std::string textOf(const PlistValue& value) {
   if (const auto boolean = value.boolean()) return *boolean ? "true" : "false";
   if (const auto integer = value.integer()) return integer->decimal();

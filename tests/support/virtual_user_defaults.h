@@ -1,4 +1,4 @@
-// The settings on a virtual machine.
+// The user defaults of a virtual machine.
 #pragma once
 
 #include <map>
@@ -8,7 +8,7 @@
 #include "platform/user_defaults.h"
 #include "tests/support/journal.h"
 
-// Writing is noted as "set" with the key and the value ("set dailyHour 9"); reading is not noted.
+// Records each write as "set" with the key and the value ("set dailyHour 9"). Reads are not recorded.
 class VirtualUserDefaults : public UserDefaults {
  public:
   explicit VirtualUserDefaults(Journal& journal) : journal_(journal) {}
@@ -16,7 +16,7 @@ class VirtualUserDefaults : public UserDefaults {
   std::optional<PlistValue> object(const std::string& key) override;
   void set(const std::string& key, const PlistValue& value) override;
 
-  // What a test stores itself, of whatever type, which nobody notes.
+  // Stores and removes values of any type for a test. Not recorded.
   void put(const std::string& key, const PlistValue& value) { values_.insert_or_assign(key, value); }
   void remove(const std::string& key) { values_.erase(key); }
   const std::map<std::string, PlistValue>& values() const { return values_; }

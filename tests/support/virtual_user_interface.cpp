@@ -5,7 +5,7 @@
 #include <utility>
 
 VirtualUserInterface::~VirtualUserInterface() {
-  EXPECT_TRUE(answers_.empty()) << answers_.size() << " prepared answers to alerts that never came";
+  EXPECT_TRUE(answers_.empty()) << answers_.size() << " prepared answers to alerts that were never shown";
 }
 
 void VirtualUserInterface::becomeAccessory() {
@@ -19,10 +19,10 @@ void VirtualUserInterface::activateIgnoringOthers() {
 std::size_t VirtualUserInterface::runModal(const Alert& alert) {
   return journal_.perform("alert", alert.messageText, [&]() -> std::size_t {
     alerts_.push_back(alert);
-    if (answers_.empty() && person_) return person_(alert);
+    if (answers_.empty() && user_) return user_(alert);
     if (answers_.empty()) {
-      ADD_FAILURE() << "an alert that nobody expected: " << alert.messageText << ": " << alert.informativeText;
-      return alert.buttons.empty() ? 0 : alert.buttons.size() - 1;  // what cancels, so that nothing asks for ever
+      ADD_FAILURE() << "an unexpected alert: " << alert.messageText << ": " << alert.informativeText;
+      return alert.buttons.empty() ? 0 : alert.buttons.size() - 1;  // cancels, so that no question repeats for ever
     }
     const Answer answer = std::move(answers_.front());
     answers_.pop_front();

@@ -1,4 +1,4 @@
-// The person in front of a virtual machine, and what is shown to them.
+// The dialogs of a virtual machine and the user who answers them.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@
 #include "platform/user_interface.h"
 #include "tests/support/journal.h"
 
-// Noted are "accessory", "activate" and "alert" with the alert's title. An alert that no answer was prepared for
-// fails the test, and so does an answer that nothing asked for.
+// Records "accessory", "activate" and "alert" with the alert's title. An alert without a prepared answer fails the
+// test, and so does an answer that is never used.
 class VirtualUserInterface : public UserInterface {
  public:
   explicit VirtualUserInterface(Journal& journal) : journal_(journal) {}
@@ -22,15 +22,15 @@ class VirtualUserInterface : public UserInterface {
   void activateIgnoringOthers() override;
   std::size_t runModal(const Alert& alert) override;
 
-  // Prepares the answer to the next alert that has none yet: presses the button with this index, after `meanwhile`
-  // has changed the machine while the alert was open.
+  // Prepares an answer to the next alert without one: runs `meanwhile` while the alert is open, then presses the button
+  // with this index.
   void willAnswer(std::size_t button, std::function<void()> meanwhile = {});
 
-  // Answers every alert that no answer was prepared for, from now on.
-  using Person = std::function<std::size_t(const Alert& alert)>;
-  void willAnswerAll(Person person) { person_ = std::move(person); }
+  // From now on, answers every alert without a prepared answer.
+  using User = std::function<std::size_t(const Alert& alert)>;
+  void willAnswerAll(User user) { user_ = std::move(user); }
 
-  // Every alert so far, whole.
+  // All alerts so far.
   const std::vector<Alert>& alerts() const { return alerts_; }
 
  private:
@@ -42,5 +42,5 @@ class VirtualUserInterface : public UserInterface {
   Journal& journal_;
   std::vector<Alert> alerts_;
   std::deque<Answer> answers_;
-  Person person_;
+  User user_;
 };

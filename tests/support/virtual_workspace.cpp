@@ -4,11 +4,11 @@
 
 namespace {
 
-// Calls those of the handlers that somebody still wants to be called; they are copied, as a handler may add another.
+// Calls the handlers whose observation still exists. Takes a copy, because a handler may add another one.
 template <class Handler, class... Arguments>
 void call(std::vector<std::weak_ptr<Handler>> handlers, const Arguments&... arguments) {
   for (const auto& handler : handlers)
-    if (const auto wanted = handler.lock()) (*wanted)(arguments...);
+    if (const auto observed = handler.lock()) (*observed)(arguments...);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The session on a virtual machine: which applications are installed, and who is told of what happens.
+// The workspace of a virtual machine: the installed applications and the observers of its notifications.
 #pragma once
 
 #include <chrono>
@@ -13,9 +13,9 @@
 #include "tests/support/virtual_main_loop.h"
 #include "tests/support/virtual_running_applications.h"
 
-// Noted are "locate" with the identifier, "open" with the location, "address", "folder", "reveal",
-// "observe terminations" and "observe wake". An application
-// that is opened runs at once. Safari is installed. Ends of applications and wakes are told through the loop.
+// Records "locate" with the identifier, "open" with the location, "address", "folder" and "reveal" with their objects,
+// "observe terminations" and "observe wake". Safari is installed, and an opened application runs at once. Notifications
+// are delivered through the main loop.
 class VirtualWorkspace : public Workspace {
  public:
   VirtualWorkspace(Journal& journal, VirtualMainLoop& loop, VirtualRunningApplications& applications);
@@ -29,16 +29,16 @@ class VirtualWorkspace : public Workspace {
   Observation observeWake(std::function<void()> handler) override;
 
   void uninstall(const std::string& identifier) { installed_.erase(identifier); }
-  // From now on nothing starts that is opened.
+  // From now on, opened applications do not start.
   void breakOpening() { opens_ = false; }
-  // What the applications do that it opens from now on, once they are asked to quit.
+  // How applications that are opened from now on react to a quit request.
   void setBehavior(const QuitBehavior& behavior) { behavior_ = behavior; }
 
-  // How long after an application's end its observers are told.
+  // Delays the notifications of ended applications.
   void delayNotifications(VirtualMainLoop::Duration delay) { notificationDelay_ = delay; }
-  // Tells of the end of an application; null for a notification that names none.
+  // Notifies the observers that an application has ended; null is a notification without an application.
   void notifyTermination(const std::shared_ptr<RunningApplication>& application);
-  // The machine has woken; its observers are told after all that is due, or before it.
+  // Notifies the observers of a wake, behind all work that is due or in front of it.
   void wake(VirtualMainLoop::Place place = VirtualMainLoop::Place::back);
 
  private:
