@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint8_t textMarker = textKind << 4;
 
-// Makes the changes to one file.
+// Changes the objects of one file.
 class Mutation {
  public:
   Mutation(BinaryObjects& all, unsigned seed) : all_(all), random_(seed) {}
@@ -51,7 +51,7 @@ class Mutation {
  private:
   std::size_t anyIndex() { return below(all_.objects.size()); }
 
-  // One of the first `count` objects that is a container; null if none was found.
+  // Returns a container among the first `count` objects, or null.
   BinaryObject* anyContainer(std::size_t count) {
     const std::size_t start = below(count);
     for (std::size_t step = 0; step < count; ++step)
@@ -60,7 +60,7 @@ class Mutation {
   }
   BinaryObject* anyContainer() { return anyContainer(all_.objects.size()); }
 
-  // An object that may be a key.
+  // Returns an object that can be a key, or any object if there is none.
   std::size_t anyText() {
     const std::size_t start = anyIndex();
     for (std::size_t step = 0; step < all_.objects.size(); ++step) {
@@ -70,7 +70,7 @@ class Mutation {
     return start;
   }
 
-  // As many bytes as the numbers of the objects take, but not always: too few is worth a try.
+  // Makes references large enough for the object numbers. Rarely does not, to test references that are too small.
   void widenReferences() {
     if (all_.objects.size() > 0xFF && below(16) != 0) all_.referenceSize = std::max(all_.referenceSize, 2U);
   }
@@ -82,7 +82,7 @@ class Mutation {
   }
   std::size_t appendText(std::string text) { return append({textMarker, std::move(text), {}, below(8) == 0}); }
 
-  // Adds to a container; a dictionary gets an entry.
+  // Adds a value to a container; a dictionary gets an entry with this key.
   void insert(BinaryObject& container, std::uint64_t key, std::uint64_t value) {
     std::vector<std::uint64_t>& references = container.references;
     if (kindOf(container) != dictionaryKind) {
@@ -95,7 +95,7 @@ class Mutation {
     references.insert(references.begin() + place, key);
   }
 
-  // An object of any kind, of a size that the kind may have.
+  // Returns an object of any kind, with a size that the kind can have.
   BinaryObject newObject() {
     static constexpr std::array<std::uint8_t, 18> markers{0x08, 0x09, 0x10, 0x11, 0x12, 0x13, 0x14, 0x22, 0x23,
                                                           0x33, 0x40, 0x50, 0x60, 0xA0, 0xD0, 0x80, 0xC0, 0x00};
@@ -136,8 +136,7 @@ class Mutation {
     std::swap(container->references[below(count)], container->references[below(count)]);
   }
 
-  // Makes a reference lead elsewhere: that is how cycles and shared objects come about, and now and then it leads
-  // nowhere.
+  // Changes the target of a reference. This makes cycles and shared objects, and rarely a reference out of range.
   void redirect() {
     BinaryObject* container = anyContainer();
     if (container == nullptr || container->references.empty()) {
@@ -152,7 +151,7 @@ class Mutation {
     if (BinaryObject* container = anyContainer()) insert(*container, anyText(), anyIndex());
   }
 
-  // Another kind for what an object holds: an array becomes a set or a dictionary, text becomes data or wide text.
+  // Changes the kind of an object: an array becomes a set or a dictionary, text becomes data or wide text.
   void changeMarker() {
     BinaryObject& object = all_.objects[anyIndex()];
     static constexpr std::array<std::uint8_t, 4> containers{0xA0, 0xD0, 0xC0, 0xB0};
@@ -173,7 +172,7 @@ class Mutation {
     object.longCount = !object.longCount;
   }
 
-  // The same property list with two of its objects in each other's place.
+  // Swaps two objects and updates the references, so the property list stays the same.
   void swapObjects() {
     const std::size_t one = anyIndex();
     const std::size_t other = anyIndex();
@@ -193,7 +192,7 @@ class Mutation {
     if (BinaryObject* container = anyContainer(copied)) insert(*container, anyText(), copied);
   }
 
-  // A folder or a bookmark of Safari's shape, with objects that are there already below it.
+  // Adds a folder or a bookmark of Safari's shape over existing objects.
   void makeFolder() {
     const bool folder = below(3) != 0;
     BinaryObject node{dictionaryKind << 4, {}, {}, false};
@@ -219,7 +218,7 @@ class Mutation {
     constexpr std::size_t room = 16;
     object.content.resize(size + room);
     const std::size_t changed = changeBytes(reinterpret_cast<std::uint8_t*>(object.content.data()), size, size + room);
-    // A number keeps its size, which its marker says.
+    // A number keeps its size, which is in its marker.
     object.content.resize(kindOf(object) < dataKind ? size : changed);
   }
 

@@ -15,13 +15,13 @@ std::string bigEndian(std::uint64_t number, unsigned size) {
 
 std::uint8_t lowHalf(const BinaryObject& object) { return object.marker & 0x0F; }
 
-// Whether the low half of the marker is a count.
+// Returns true if the low half of the marker is a count.
 bool isCounted(const BinaryObject& object) { return kindOf(object) >= dataKind && kindOf(object) != 8; }
 
-// How many bytes, or references of a container, each counted thing takes.
-unsigned unitsEach(BinaryKind kind) { return kind == wideTextKind || kind == dictionaryKind ? 2 : 1; }
+// Returns the bytes, or the references of a container, per counted item.
+unsigned unitsPerItem(BinaryKind kind) { return kind == wideTextKind || kind == dictionaryKind ? 2 : 1; }
 
-// Takes one object after the other from the front of a part of the file.
+// Reads the object at the start of a part of the file.
 class ObjectReader {
  public:
   ObjectReader(std::span<const std::uint8_t> rest, unsigned referenceSize)
@@ -36,7 +36,7 @@ class ObjectReader {
     if (isContainer(object))
       readReferences(object, count);
     else
-      object.content = take(count * unitsEach(kindOf(object)));
+      object.content = take(count * unitsPerItem(kindOf(object)));
     return object;
   }
 
@@ -46,7 +46,7 @@ class ObjectReader {
     return sized ? std::uint64_t{1} << std::min<unsigned>(lowHalf(object), 6) : 0;
   }
 
-  // At most as many as there are bytes left.
+  // Returns at most the number of bytes that are left.
   std::uint64_t countOf(BinaryObject& object) {
     std::uint64_t count = lowHalf(object);
     if (count == countFollows) {
@@ -61,7 +61,8 @@ class ObjectReader {
   }
 
   void readReferences(BinaryObject& object, std::uint64_t count) {
-    for (std::uint64_t left = count * unitsEach(kindOf(object)); left > 0 && rest_.size() >= referenceSize_; --left) {
+    for (std::uint64_t left = count * unitsPerItem(kindOf(object)); left > 0 && rest_.size() >= referenceSize_;
+         --left) {
       object.references.push_back(numberIn(rest_.first(referenceSize_)));
       rest_ = rest_.subspan(referenceSize_);
     }
@@ -80,7 +81,7 @@ class ObjectReader {
 std::string bytesOf(const BinaryObject& object, unsigned referenceSize) {
   if (!isCounted(object)) return static_cast<char>(object.marker) + object.content;
   const std::size_t units = isContainer(object) ? object.references.size() : object.content.size();
-  const std::size_t count = units / unitsEach(kindOf(object));
+  const std::size_t count = units / unitsPerItem(kindOf(object));
   const bool longCount = object.longCount || count >= countFollows;
   std::string bytes(1, static_cast<char>((object.marker & 0xF0) | (longCount ? countFollows : count)));
   if (longCount) bytes += '\x12' + bigEndian(count, 4);

@@ -1,5 +1,5 @@
-// A binary property list taken apart into its objects, so that they can be changed one by one and put together again.
-// It is for making hostile files, so it knows of the format only what that takes and shares nothing with the reader.
+// Splits a binary property list into its objects, to change them and to join them into a file again. It serves to make
+// hostile files, so it is independent of the reader and checks as little as possible.
 #pragma once
 
 #include <cstddef>
@@ -10,18 +10,18 @@
 #include <string_view>
 #include <vector>
 
-// What a file begins with, and how many bytes it ends with that say where all else is.
+// The header of a file, and the size of its trailer in bytes.
 inline constexpr std::string_view binaryMagic = "bplist00";
 inline constexpr std::size_t binaryTrailerSize = 32;
 
-// The number in these bytes, the highest first.
+// Returns the big-endian number in these bytes.
 std::uint64_t numberIn(std::span<const std::uint8_t> bytes);
 
 struct BinaryObject {
-  std::uint8_t marker = 0;  // the byte that an object begins with; its low half is set by fileOf if it is a count
-  std::string content;      // what follows the marker and the count; of no container
+  std::uint8_t marker = 0;                // the first byte; if its low half is a count, fileOf sets it
+  std::string content;                    // the bytes after the marker and the count; empty for a container
   std::vector<std::uint64_t> references;  // of a container: its elements, or its keys and then its values
-  bool longCount = false;                 // whether a count is written as an integer even if it would fit the marker
+  bool longCount = false;                 // true to write a count as an integer even if it fits the marker
 };
 
 struct BinaryObjects {
@@ -31,7 +31,7 @@ struct BinaryObjects {
   unsigned referenceSize = 1;  // bytes
 };
 
-// The kind of an object, as the high half of its marker.
+// The kind of an object: the high half of its marker.
 enum BinaryKind : std::uint8_t {
   integerKind = 1,
   realKind = 2,
@@ -47,10 +47,10 @@ enum BinaryKind : std::uint8_t {
 BinaryKind kindOf(const BinaryObject& object);
 bool isContainer(const BinaryObject& object);
 
-// Takes a file apart. Objects that do not fit it come back empty. Absent if the trailer does not lead to a table, or
-// if objects lie over one another so that taking them apart would take much more than the file.
+// Returns the objects of a file. An object that extends beyond the file is truncated. Absent if the trailer does not
+// lead to an offset table, or if overlapping objects would make the result much larger than the file.
 std::optional<BinaryObjects> objectsOf(std::span<const std::uint8_t> file);
 
-// Puts a file together, the objects in their order and nothing between them. Numbers that do not fit their size are
-// cut off.
+// Returns a file of these objects in their order, without gaps. Numbers that do not fit their size lose their high
+// bytes.
 std::string fileOf(const BinaryObjects& objects);

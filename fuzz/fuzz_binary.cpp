@@ -17,7 +17,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   return 0;
 }
 
-// The fuzzer's own way to change an input; in a program without the fuzzer it is not there.
+// libFuzzer's own mutation of bytes. Weak, because the replay programs are linked without libFuzzer.
 extern "C" __attribute__((weak)) std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size,  // NOLINT
                                                               std::size_t largest);
 
@@ -27,9 +27,9 @@ void putNumber(std::span<std::uint8_t> bytes, std::uint64_t number) {
   for (std::size_t place = bytes.size(); place-- > 0; number >>= 8) bytes[place] = static_cast<std::uint8_t>(number);
 }
 
-// Moves the offset table that a file's trailer names to just before that trailer, where inserting or removing
-// bytes in front of it has left it.
-void mendTrailer(std::span<std::uint8_t> file) {
+// Makes the trailer name the offset table right before it, where the table is after an insertion or a deletion of
+// bytes.
+void repairTrailer(std::span<std::uint8_t> file) {
   const std::span<std::uint8_t> trailer = file.last(binaryTrailerSize);
   const std::uint64_t offsetSize = trailer[6];
   const std::uint64_t objects = numberIn(trailer.subspan(8, 8));
@@ -38,18 +38,18 @@ void mendTrailer(std::span<std::uint8_t> file) {
   putNumber(trailer.subspan(24, 8), file.size() - binaryTrailerSize - objects * offsetSize);
 }
 
-// Changes bytes as the fuzzer would, but keeps the file one that claims to be binary, and its trailer, three times in
-// four, one that leads to the offset table: few changes would otherwise get past the first checks.
+// Changes bytes as libFuzzer does, but restores the header and, for three of four seeds, the place of the offset table:
+// otherwise few results would pass the first checks.
 std::size_t changeBytes(std::uint8_t* data, std::size_t size, std::size_t largest, unsigned seed) {
   size = LLVMFuzzerMutate(data, size, largest);
   if (size < binaryMagic.size() + binaryTrailerSize) return size;
   std::copy(binaryMagic.begin(), binaryMagic.end(), data);
-  if (seed % 4 != 0) mendTrailer({data, size});
+  if (seed % 4 != 0) repairTrailer({data, size});
   return size;
 }
 
-// Copies what has been made to where the fuzzer wants it; answers its size, 0 if it has no room there.
-std::size_t handOver(std::string file, unsigned seed, std::uint8_t* place, std::size_t largest) {
+// Copies a new file to the fuzzer's buffer. Returns its size, or 0 if it does not fit.
+std::size_t copyToFuzzer(std::string file, unsigned seed, std::uint8_t* place, std::size_t largest) {
   tamper(file, seed);
   if (file.size() > largest) return 0;
   std::copy(file.begin(), file.end(), place);
@@ -58,18 +58,18 @@ std::size_t handOver(std::string file, unsigned seed, std::uint8_t* place, std::
 
 }  // namespace
 
-// Three times in four the objects of a file are changed, else its bytes.
+// Changes the objects of a file for three of four seeds, its bytes otherwise.
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t largest,  // NOLINT
                                                unsigned seed) {
   std::optional<BinaryObjects> objects = objectsOf({data, size});
   if (objects && seed % 4 != 0) {
     mutate(*objects, seed, LLVMFuzzerMutate);
-    if (const std::size_t changed = handOver(fileOf(*objects), seed, data, largest); changed > 0) return changed;
+    if (const std::size_t changed = copyToFuzzer(fileOf(*objects), seed, data, largest); changed > 0) return changed;
   }
   return changeBytes(data, size, largest, seed / 4);
 }
 
-// Two files become one that holds the objects of both.
+// Joins the objects of two files.
 extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* one, std::size_t sizeOfOne,  // NOLINT
                                                  const std::uint8_t* other, std::size_t sizeOfOther,
                                                  std::uint8_t* place, std::size_t largest, unsigned seed) {
@@ -77,5 +77,5 @@ extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* one, std::s
   const std::optional<BinaryObjects> more = objectsOf({other, sizeOfOther});
   if (!objects || !more) return 0;
   graft(*objects, *more, seed);
-  return handOver(fileOf(*objects), seed, place, largest);
+  return copyToFuzzer(fileOf(*objects), seed, place, largest);
 }

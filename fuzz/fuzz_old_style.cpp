@@ -1,4 +1,4 @@
-// Fuzzes the reader of old-style ASCII property lists, with the conversion of other encodings in front of it.
+// Fuzzes the reader of old-style ASCII property lists, including the conversion from other encodings.
 #include "fuzz/harness.h"
 #include "fuzz/round_trips.h"
 

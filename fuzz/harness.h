@@ -4,5 +4,5 @@
 #include <cstddef>
 #include <cstdint>
 
-// Tries one input and answers 0; aborts if a property does not hold.
+// Tests one input and returns 0. Aborts if a property does not hold.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);  // NOLINT: libFuzzer's name

@@ -1,4 +1,4 @@
-// Tries a harness on every file of the folders given, without a fuzzer.
+// Runs a harness on every file of the given folders, without libFuzzer.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -10,13 +10,13 @@
 
 namespace {
 
-// Answers how many files there were.
+// Returns the number of files.
 std::size_t replayFolder(const std::filesystem::path& folder) {
   std::size_t files = 0;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
     std::ifstream file(entry.path(), std::ios::binary);
     const std::string bytes(std::istreambuf_iterator<char>(file), {});
-    std::cout << entry.path().filename().string() << std::endl;  // at once: the harness may end the process
+    std::cout << entry.path().filename().string() << std::endl;  // flushed, because the harness may abort
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     ++files;
   }

@@ -19,17 +19,17 @@ namespace {
 
 void check(bool condition, std::string_view property) {
   if (condition) return;
-  std::cerr << "A property does not hold: " << property << '\n';
+  std::cerr << "Property violated: " << property << '\n';
   std::abort();
 }
 
-// What XML makes of a value.
+// The XML form of a value.
 struct XmlForm {
-  std::size_t size = 0;  // of the text, in bytes, roughly; shared parts count each time, and it stops at the largest
-  bool exact = true;     // whether what is read back can equal the value
+  std::size_t size = 0;  // an estimate of the bytes of the text, with every occurrence of shared parts; saturates
+  bool exact = true;     // true if a round trip returns an equal value
 };
 
-// XML has whole seconds and one NaN, and no zero below zero in dates.
+// XML has only whole seconds, one NaN, and no negative zero in dates.
 bool isExactInXml(const PlistValue& value) {
   if (const std::optional<PlistDate> date = value.date())
     return std::trunc(date->seconds) == date->seconds &&
@@ -50,7 +50,7 @@ std::size_t scalarSize(const PlistValue& value) {
   return tags;
 }
 
-// Finds the XML form of a value in time proportional to its storage, however large its text would be.
+// Finds the XML form of a value in time linear in the size of its storage, however large its text would be.
 class XmlMeasure {
  public:
   XmlForm of(const PlistValue& value) {
@@ -86,11 +86,13 @@ PropertyListCodec& codec() {
   return instance;
 }
 
-// A value in a format and back; absent if the format cannot hold it.
+// The bytes of a value in a format, and the value parsed from them.
 struct RoundTrip {
   Bytes bytes;
   PlistValue value;
 };
+
+// Absent if the format cannot represent the value.
 std::optional<Bytes> written(const PlistValue& value, PropertyListFormat format) {
   try {
     return codec().serialize(value, format);
@@ -102,35 +104,35 @@ std::optional<RoundTrip> roundTrip(const PlistValue& value, PropertyListFormat f
   const std::optional<Bytes> bytes = written(value, format);
   if (!bytes) return std::nullopt;
   const PropertyLists::Parsed parsed = codec().parse(*bytes);
-  check(parsed.format == format, "what is written in a format is found to be in it");
+  check(parsed.format == format, "the format of a written file is detected");
   return RoundTrip{*bytes, parsed.value};
 }
 
 std::optional<RoundTrip> checkRoundTrip(const PlistValue& value, PropertyListFormat format, bool exact) {
   std::optional<RoundTrip> trip = roundTrip(value, format);
   if (!trip) return std::nullopt;
-  check(!exact || trip->value == value, "a value comes back equal");
-  check(written(trip->value, format) == trip->bytes, "what was read is written with the same bytes");
+  check(!exact || trip->value == value, "a round trip returns an equal value");
+  check(written(trip->value, format) == trip->bytes, "a parsed file is written with the same bytes");
   return trip;
 }
 
-// The same of a value as part of another one, so that the file it came from cannot be rewritten in place.
+// Checks the value as part of another one, so that the writer cannot rewrite the file that the value is from.
 void checkRoundTripAnew(const PlistValue& value, PropertyListFormat format, bool exact) {
   if (value.depth() == plistMaximumDepth) return;
   const std::optional<RoundTrip> trip = checkRoundTrip(PlistValue::array({value}), format, exact);
   if (!trip) return;
   const PlistValue again = PlistValue::array({trip->value.at(0)});
-  check(written(again, format) == trip->bytes, "what was read is written anew with the same bytes");
+  check(written(again, format) == trip->bytes, "a parsed value is written anew with the same bytes");
 }
 
 void checkBinary(const PlistValue& value) {
-  check(written(value, PropertyListFormat::binary).has_value(), "the binary format holds every value");
+  check(written(value, PropertyListFormat::binary).has_value(), "the binary format can represent every value");
   checkRoundTrip(value, PropertyListFormat::binary, true);
   checkRoundTripAnew(value, PropertyListFormat::binary, true);
 }
 
 void checkXml(const PlistValue& value) {
-  constexpr std::size_t largestText = 1 << 18;  // bytes; beyond that it only takes time
+  constexpr std::size_t largestText = 1 << 18;  // bytes; larger ones only take time
   const XmlForm form = XmlMeasure().of(value);
   if (form.size > largestText) return;
   checkRoundTrip(value, PropertyListFormat::xml, form.exact);
@@ -142,22 +144,22 @@ void checkSorting(const PlistValue& value) {
   const PlistValue inOrder = sorted(value, true);
   checkBinary(inOrder);
   checkXml(inOrder);
-  check(sorted(inOrder, true).identity() == inOrder.identity(), "what is in order stays the very same value");
+  check(sorted(inOrder, true).identity() == inOrder.identity(), "sorting a sorted tree returns the identical value");
 }
 
-// What an error says goes to the screen and the log.
-void checkWords(const std::string& description) {
+// Errors are shown on the screen and written to the log.
+void checkDescription(const std::string& description) {
   constexpr std::size_t longest = 200;  // bytes
-  check(description.size() <= longest, "an error says little, however much the file holds");
+  check(description.size() <= longest, "an error is short, however large the file");
   check(std::ranges::none_of(description, [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; }),
-        "an error repeats no control character of the file");
+        "an error has no control characters of the file");
 }
 
 std::optional<PropertyLists::Parsed> read(const Bytes& bytes) {
   try {
     return codec().parse(bytes);
   } catch (const Error& error) {
-    checkWords(error.description());
+    checkDescription(error.description());
     return std::nullopt;
   }
 }
@@ -172,7 +174,7 @@ void checkRoundTrips(const Bytes& bytes, PropertyListFormat format) {
   static const PlatformScope scope(nativePlatform());
   const std::optional<PropertyLists::Parsed> parsed = read(bytes);
   if (!parsed || parsed->format != format) return;
-  check(parsed->value == codec().parse(bytes).value, "the same bytes are the same value");
+  check(parsed->value == codec().parse(bytes).value, "parsing the same bytes again returns an equal value");
   checkBinary(parsed->value);
   checkXml(parsed->value);
   checkSorting(parsed->value);

@@ -1,20 +1,22 @@
-// What must hold of every property list that can be read, whatever format it was in.
+// Properties that must hold for every property list that can be read, in any format.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-#include "values/bytes.h"
 #include "platform/property_lists.h"
+#include "values/bytes.h"
 
-// A copy of what the fuzzer gives, which is gone when the harness returns.
+// Copies an input of the fuzzer, which is only valid until the harness returns.
 Bytes copyOf(const std::uint8_t* data, std::size_t size);
 
-// Parses `bytes`, which must answer a value or throw Error with few and harmless words, and checks the value if they
-// are in `format`. Aborts, with a line on standard error that says which property failed, unless
-// - the same bytes are the same value again;
-// - it comes back equal from the binary format, as it is and as part of another value;
-// - so it does from XML, if XML can hold it exactly; else it comes back as a value with the same XML text;
-// - as a bookmark tree it can be sorted, the same holds of the result, and sorting that again answers the very same
-//   value.
+// Parses `bytes` and checks the value if they are in `format`. Aborts, after a line on standard error with the failed
+// property, unless
+// - parsing returns a value or throws an Error with a short and harmless description;
+// - parsing the same bytes again returns an equal value;
+// - the value is equal after a round trip through the binary format, alone and inside another value;
+// - the value is equal after a round trip through XML, if XML can represent it exactly; otherwise the XML text is
+// equal;
+// - a dictionary can be sorted as a bookmark tree, the same properties hold for the result, and sorting the result
+//   returns the identical value.
 void checkRoundTrips(const Bytes& bytes, PropertyListFormat format);

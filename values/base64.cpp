@@ -26,13 +26,13 @@ constexpr std::array<std::uint8_t, 256> digits = makeDigits();
 
 std::uint8_t digitOf(char character) { return digits[static_cast<unsigned char>(character)]; }
 
-// Without a branch or a table for each character, so that a compiler can look at many at once.
+// Has neither a branch nor a table look-up per character, so that the compiler can vectorise it.
 bool isAllDigits(std::string_view text) {
   unsigned char others = 0;
   for (const char character : text) {
     const auto byte = static_cast<unsigned char>(character);
     const bool letter = static_cast<unsigned char>((byte | 0x20) - 'a') < 26;
-    const bool number = static_cast<unsigned char>(byte - '/') < 11;  // and the slash before the numbers
+    const bool number = static_cast<unsigned char>(byte - '/') < 11;  // and the slash, which precedes the digits
     others |= static_cast<unsigned char>(!(letter | number | (byte == '+')));
   }
   return others == 0;
@@ -83,6 +83,7 @@ std::string decodeBase64(std::string_view text) {
   unsigned paddings = 0;
   for (const char character : text) {
     const std::uint8_t digit = digitOf(character);
+    // The platform's decoder counts white space, with \v and \f, as nothing between two paddings.
     if (digit == padding)
       ++paddings;
     else if (digit != space && character != '\v' && character != '\f')

@@ -1,5 +1,5 @@
-// Immutable bytes over shared storage: a whole file, or a slice of one, passed around at the price of a
-// reference count. Whoever allocates the memory stays its owner, so a native layer can hand over its own.
+// Immutable bytes in shared storage: a whole file or a slice of one. A copy costs a reference count. The owner frees
+// the memory, so a native layer can pass memory of its own kind.
 #pragma once
 
 #include <cstddef>
@@ -14,11 +14,11 @@ class Bytes {
  public:
   Bytes() = default;
 
-  // `size` bytes from `start`, alive and unchanged for as long as `owner` is held.
+  // `size` bytes from `start`, which must stay valid and unchanged while `owner` is held.
   Bytes(std::shared_ptr<const void> owner, const std::byte* start, std::size_t size)
       : start_(std::move(owner), start), size_(size) {}
 
-  // The bytes of `text`, which is moved from, not copied.
+  // Takes over `text` without copying it.
   explicit Bytes(std::string text) {
     auto owner = std::make_shared<const std::string>(std::move(text));
     size_ = owner->size();
@@ -30,10 +30,10 @@ class Bytes {
   bool empty() const { return size_ == 0; }
   std::span<const std::byte> span() const { return {data(), size_}; }
 
-  // The same bytes as characters, for text formats and for messages.
+  // Returns the same bytes as characters.
   std::string_view text() const { return {reinterpret_cast<const char*>(data()), size_}; }
 
-  // `size` bytes from `offset`; both must lie inside. Shares the storage.
+  // Returns `size` bytes from `offset`, in the same storage. The range must lie inside these bytes.
   Bytes slice(std::size_t offset, std::size_t size) const { return {start_, data() + offset, size}; }
 
   friend bool operator==(const Bytes& a, const Bytes& b) {

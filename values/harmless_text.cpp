@@ -6,7 +6,8 @@ namespace {
 
 bool isBetween(char16_t unit, char16_t first, char16_t last) { return first <= unit && unit <= last; }
 
-bool isObeyed(char16_t unit) {
+// Control characters of C0 and C1, line and paragraph separators, and controls of the text's direction.
+bool isInterpreted(char16_t unit) {
   return unit < 0x20 || isBetween(unit, 0x7F, 0x9F) || isBetween(unit, 0x2028, 0x202E) ||
          isBetween(unit, 0x2066, 0x2069);
 }
@@ -22,7 +23,7 @@ std::string harmless(std::u16string_view units, std::u16string_view kept) {
   std::u16string shown;
   shown.reserve(units.size());
   for (const char16_t unit : units) {
-    if (isObeyed(unit) && kept.find(unit) == kept.npos)
+    if (isInterpreted(unit) && kept.find(unit) == kept.npos)
       shown += escaped(unit);
     else
       shown += unit;

@@ -1,14 +1,14 @@
-// Text that was not written by this program, made fit for a terminal.
+// Makes text from outside this program safe to print on a terminal.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// UTF-8 for one line on a terminal: every character that a terminal would obey rather than show becomes "\u{1B}", by
-// its number. These are the control characters, line breaks among them, and those that change the direction of the text
-// around them or end a line. What is not well formed becomes U+FFFD.
+// Returns UTF-8 for one line of a terminal. Each character that a terminal interprets instead of showing becomes an
+// escape such as "\u{1B}": control characters, line and paragraph separators, and the characters that change the
+// direction of the text around them. Malformed text becomes U+FFFD.
 std::string harmlessLine(std::u16string_view units);
 std::string harmlessLine(std::string_view utf8);
 
-// The same for text of several lines: its line breaks and tabs stay.
+// Does the same for text of several lines, but keeps line feeds and tabs.
 std::string harmlessText(std::string_view utf8);

@@ -1,6 +1,6 @@
-// A parsed property list as one arena: a tape of small fixed-size records over the bytes of the file itself.
-// Parsers fill it, PlistValue reads it, and nothing that it says changes afterwards. Strings and data stay where they
-// lie in the file; only what the file does not hold as it is (an escaped string, say) is kept beside it.
+// A parsed property list: an array of small fixed-size records that point into the bytes of the file. A reader fills
+// it, PlistValue reads it, and nothing changes its content afterwards. Strings and data stay in the bytes of the file;
+// only text that the file stores in another form, such as an escaped string, is stored separately.
 #pragma once
 
 #include <cstddef>
@@ -17,25 +17,28 @@
 
 enum class PlistKind : std::uint8_t { string, integer, real, boolean, date, data, array, dictionary };
 
-// How many arrays and dictionaries may lie one in another; the platform's own readers stop there too.
+// The most levels of nested arrays and dictionaries. The platform's own readers have the same limit.
 inline constexpr unsigned plistMaximumDepth = 512;
 
 struct PlistRecord {
   static constexpr std::uint8_t encodingMask = 0x03;  // strings: a PlistEncoding
   static constexpr std::uint8_t aside = 0x04;         // strings and data: the offset is into `aside`, not `source`
-  static constexpr std::uint8_t verbatim = 0x08;      // strings: XML can hold them as they are, with no escapes
+  static constexpr std::uint8_t verbatim = 0x08;      // strings: XML needs no escapes for them
   static constexpr std::uint8_t base64 = 0x10;        // data: the span is base64 text, with white space anywhere
   static constexpr std::uint8_t negative = 0x20;      // integers: `bits` is a signed number below zero
-  static constexpr std::uint8_t shared = 0x40;        // containers: reached from more than one place
+  static constexpr std::uint8_t shared = 0x40;        // containers: referred to from more than one place
 
-  // string: low half the offset, high half the hash if the string is a key; data: low half the offset;
-  // integer: the low 64 bits; real, date: the bits of the double; boolean: 0 or 1;
-  // array, dictionary: low half the first link; high half, of a binary file, the place of the references, and of a
-  // text, for a dictionary, where its element begins.
+  // string: low half the offset, high half the hash if the string is a key
+  // data: low half the offset
+  // integer: the low 64 bits
+  // real, date: the bits of the double
+  // boolean: 0 or 1
+  // array, dictionary: low half the first link; high half in a binary file the offset of the references, and for a
+  // dictionary in a text format the offset of the start of its element
   std::uint64_t bits = 0;
   // string: units (bytes for UTF-8); data: bytes of the span; array: elements; dictionary: entries.
   std::uint32_t count = 0;
-  // Containers: the levels from here down; 1 for one that holds no other.
+  // Containers: the levels of nesting, this one included; 1 if no other container is inside.
   std::uint16_t depth = 0;
   PlistKind kind = PlistKind::boolean;
   std::uint8_t flags = 0;
@@ -48,7 +51,7 @@ struct PlistRecord {
 static_assert(sizeof(PlistRecord) == 16);
 
 struct PlistDocument {
-  // Offsets and counts are 32 bits wide, so a file of 4 GiB or more is refused before it is parsed.
+  // In bytes. Offsets and counts are 32 bits wide, so readers refuse a file of 4 GiB or more before they parse it.
   static constexpr std::size_t maximumSize = 0xFFFF'FFFF;
 
   explicit PlistDocument(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
@@ -57,18 +60,19 @@ struct PlistDocument {
   Bytes source;
   std::string aside;
   std::pmr::vector<PlistRecord> records;
-  // Arrays: a record number for each element. Dictionaries: key and value in turn, equal keys being one record, and
-  // in a text format after them where the element ends.
+  // Arrays: a record number for each element. Dictionaries: the record numbers of each key and its value in turn, then
+  // in a text format the offset of the end of the element. Equal keys of a document are one record.
   std::pmr::vector<std::uint32_t> links;
-  // What is needed to rewrite the file instead of writing it anew: where its parts are.
+  // What a rewriter needs to change the order of arrays in the bytes of the file.
   struct Layout {
-    std::uint32_t root = 0;  // the record of the whole
-    // Binary: the bytes of a reference, where no two objects share a byte; record numbers are object numbers.
+    std::uint32_t root = 0;  // the record of the root value
+    // In a binary file the bytes of a reference, or 0 if objects overlap; a record number is an object number.
     std::uint8_t referenceSize = 0;
-    bool isXml = false;  // XML whose file is `source` itself
+    bool isXml = false;  // `source` is an XML file, unconverted
   };
   Layout layout;
-  // Of large dictionaries, by their records; filled by the first who asks for a key. A document is one thread's.
+  // By the record of a large dictionary; filled when a key is first looked up. Not thread-safe: one thread reads a
+  // document.
   mutable std::unordered_map<std::uint32_t, PlistKeyIndex> keyIndices;
 
   const std::byte* start(const PlistRecord& record) const {
@@ -84,7 +88,7 @@ struct PlistDocument {
   std::uint32_t value(const PlistRecord& dictionary, std::size_t index) const {
     return links[dictionary.low() + 2 * index + 1];
   }
-  // Where the element of a dictionary of a text format ends; it begins at high().
+  // The end of a dictionary's element in a text format; high() is its start.
   std::uint32_t elementEnd(const PlistRecord& dictionary) const {
     return links[dictionary.low() + 2 * std::size_t{dictionary.count}];
   }

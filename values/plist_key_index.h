@@ -1,5 +1,6 @@
-// Where the keys of a large dictionary are. No bookmark has so many that it needs one; a file made to waste time can
-// have one dictionary in many places, and looking through all of it for each would take the square of the file's size.
+// An index of the keys of a large dictionary, against hostile files: bookmarks have few keys, but an attacker can refer
+// to one large dictionary from many places. A linear search at each place would take time quadratic in the size of the
+// file.
 #pragma once
 
 #include <cstddef>
@@ -8,10 +9,10 @@
 
 class PlistKeyIndex {
  public:
-  // Whether a dictionary of that many entries is worth an index.
+  // Returns true if a dictionary of that many entries gets an index.
   static constexpr bool isFor(std::size_t entries) { return entries > 64; }
 
-  // Calls `keyAt(entry)` for each entry of the dictionary, unless that has been done; it answers a PlistText.
+  // Fills the index unless it is full already: calls `keyAt(entry)` for each entry, which returns a PlistText.
   template <class KeyAt>
   void fill(std::size_t entries, KeyAt keyAt) {
     if (!places_.empty()) return;

@@ -13,7 +13,7 @@ constexpr char16_t replacement = 0xFFFD;
 bool isHighSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool isLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
-// Reads the units of any text one after another.
+// Decodes a text unit by unit.
 class UnitReader {
  public:
   explicit UnitReader(const PlistText& text)
@@ -43,7 +43,7 @@ class UnitReader {
   }
 
  private:
-  // The text is valid UTF-8, as its maker has checked.
+  // The text is valid UTF-8: the reader of the file has checked it.
   char16_t nextOfUtf8() {
     if (low_ != 0) return std::exchange(low_, u'\0');
     const unsigned char lead = *next_++;
@@ -66,7 +66,7 @@ class UnitReader {
   const unsigned char* next_;
   const unsigned char* end_;
   PlistEncoding encoding_;
-  char16_t low_ = 0;  // the second half of a pair whose first half was just read
+  char16_t low_ = 0;  // the low surrogate of a pair whose high surrogate was returned last
 };
 
 void appendUtf8(std::string& text, char32_t scalar) {
@@ -81,7 +81,7 @@ void appendUtf8(std::string& text, char32_t scalar) {
     text.push_back(static_cast<char>(0x80 | (scalar >> shift & 0x3F)));
 }
 
-// The length of the well-formed sequence at the start of `text`, or 0.
+// Returns the length of the well-formed UTF-8 sequence at the start of `text`, or 0.
 std::size_t sequenceLength(std::string_view text) {
   const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
   const unsigned char lead = byte(0);
@@ -99,7 +99,7 @@ std::size_t sequenceLength(std::string_view text) {
   return overlong || outside ? 0 : length;
 }
 
-// Compares a text of single bytes with units, the common case; nothing if that text is not ASCII throughout.
+// Compares a text of single bytes with units, which is the common case. Returns nothing if the text is not ASCII.
 std::optional<bool> equalIfAscii(const PlistText& text, const char16_t* units, std::size_t count) {
   const auto* bytes = static_cast<const unsigned char*>(text.start());
   if (text.count() != count) return text.encoding() == PlistEncoding::utf8 ? std::nullopt : std::optional(false);
@@ -138,7 +138,7 @@ void PlistText::appendTo(std::u16string& units) const {
 std::uint32_t PlistText::hash() const {
   std::uint32_t hash = plistHashStart;
   if (encoding_ == PlistEncoding::latin1 || encoding_ == PlistEncoding::utf8) {
-    // Bytes are units for as long as they are ASCII, and in Latin-1 always.
+    // A byte of ASCII or Latin-1 is a unit.
     const auto* byte = static_cast<const unsigned char*>(start_);
     const auto* end = byte + count_;
     while (byte != end && (*byte < 0x80 || encoding_ == PlistEncoding::latin1)) hash = plistHashStep(hash, *byte++);
@@ -150,7 +150,7 @@ std::uint32_t PlistText::hash() const {
 }
 
 bool PlistText::startsWith(std::u16string_view prefix) const {
-  // The first unit nearly always tells.
+  // The first unit nearly always decides.
   if (prefix.empty()) return true;
   if (empty() || UnitReader(*this).next() != prefix.front()) return false;
   UnitReader reader(*this);
@@ -164,7 +164,7 @@ bool operator==(const PlistText& a, const PlistText& b) {
   if (b.encoding_ == PlistEncoding::utf16 && a.encoding_ != PlistEncoding::utf16BigEndian)
     if (const std::optional<bool> equal = equalIfAscii(a, static_cast<const char16_t*>(b.start_), b.count_))
       return *equal;
-  // UTF-8 counts bytes, so its count says nothing about another encoding's.
+  // The count of UTF-8 is in bytes, so it cannot be compared with the count of another encoding.
   if (a.encoding_ != PlistEncoding::utf8 && b.encoding_ != PlistEncoding::utf8 && a.count_ != b.count_) return false;
   UnitReader left(a);
   UnitReader right(b);

@@ -1,6 +1,6 @@
-// The text of a property-list string, where it lies: a view that copies nothing until someone asks.
-// A string is a sequence of UTF-16 code units, as on the platform that owns the format: an unpaired
-// surrogate is kept, and two strings are equal when their units are, however each of them is stored.
+// The text of a property-list string: a view of its stored bytes. A string is a sequence of UTF-16 code units, as on
+// the platform that owns the format: it may have unpaired surrogates, and two strings are equal if their units are
+// equal, whatever their encodings.
 #pragma once
 
 #include <cstddef>
@@ -9,19 +9,19 @@
 #include <string_view>
 
 enum class PlistEncoding : std::uint8_t {
-  latin1,          // one byte a unit: the ASCII strings of the binary format, in which a high byte is Latin-1
+  latin1,          // one byte per unit: the ASCII strings of the binary format, in which a high byte is Latin-1
   utf8,            // valid UTF-8, without surrogates
-  utf16BigEndian,  // two bytes a unit, the high one first, at any alignment
+  utf16BigEndian,  // two bytes per unit, the high byte first, at any alignment
   utf16,           // char16_t units
 };
 
-// A hash of UTF-16 units that does not depend on how they are stored (FNV-1a).
+// A hash of UTF-16 units (FNV-1a), so it does not depend on the encoding.
 inline constexpr std::uint32_t plistHashStart = 2166136261U;
 constexpr std::uint32_t plistHashStep(std::uint32_t hash, char16_t unit) { return (hash ^ unit) * 16777619U; }
 
 class PlistText {
  public:
-  // `count` is in units, except for UTF-8, where it is in bytes.
+  // `count` is in units; for UTF-8 it is in bytes.
   PlistText(const void* start, std::size_t count, PlistEncoding encoding)
       : start_(start), count_(count), encoding_(encoding) {}
   explicit PlistText(std::u16string_view units) : PlistText(units.data(), units.size(), PlistEncoding::utf16) {}
@@ -32,7 +32,7 @@ class PlistText {
   std::size_t byteCount() const { return count_ * (encoding_ >= PlistEncoding::utf16BigEndian ? 2 : 1); }
   bool empty() const { return count_ == 0; }
 
-  // The units, copied, or appended to a string that already holds some.
+  // Copies the units, or appends them to a string.
   std::u16string utf16() const;
   void appendTo(std::u16string& units) const;
 
@@ -48,11 +48,11 @@ class PlistText {
   PlistEncoding encoding_;
 };
 
-// Whether bytes are well-formed UTF-8: no overlong form, no surrogate, nothing above U+10FFFF.
+// Returns true if bytes are well-formed UTF-8: no overlong form, no surrogate, nothing above U+10FFFF.
 bool isWellFormedUtf8(std::string_view text);
 
-// UTF-8 for messages and for people: an unpaired surrogate becomes U+FFFD.
+// Returns UTF-8 to show to people: an unpaired surrogate becomes U+FFFD.
 std::string utf8(std::u16string_view units);
 
-// The units of UTF-8 text; a malformed sequence becomes U+FFFD.
+// Returns the units of UTF-8 text; a malformed sequence becomes U+FFFD.
 std::u16string utf16(std::string_view text);

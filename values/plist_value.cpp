@@ -33,7 +33,7 @@ struct PlistValue::Array {
 
 struct PlistValue::Dictionary {
   std::vector<PlistEntry> entries;
-  mutable PlistKeyIndex keyIndex;  // filled by the first who asks
+  mutable PlistKeyIndex keyIndex;  // filled when a key is first looked up
   Place origin;
   unsigned depth = 1;
 };
@@ -83,7 +83,7 @@ PlistKind PlistValue::kind() const {
     PlistKind operator()(const std::shared_ptr<const Bytes>&) const { return PlistKind::data; }
     PlistKind operator()(const std::shared_ptr<const Array>&) const { return PlistKind::array; }
     PlistKind operator()(const std::shared_ptr<const Dictionary>&) const { return PlistKind::dictionary; }
-    PlistKind operator()(const Place&) const { return PlistKind::boolean; }  // has a record, which has said it
+    PlistKind operator()(const Place&) const { return PlistKind::boolean; }  // unreachable: the record has the kind
   };
   return std::visit(Visitor{}, storage_);
 }
@@ -289,10 +289,9 @@ const PlistValue::Place* PlistValue::origin() const {
 
 namespace {
 
-// Compares two values in time proportional to their stored size, however often their parts are shared: a pair
-// of containers that has been met before needs no second look, because the comparison as a whole fails at the
-// first difference. Pairs that have been met are kept as classes of values held to be equal (union-find), so
-// there are never more of them than containers.
+// Compares two values in time linear in their stored size, however often their parts are shared. A pair of containers
+// is compared once: the whole comparison ends at the first difference, so a pair that was met before is equal so far.
+// A union-find structure stores these pairs as classes of equal containers, so it has at most one entry per container.
 class Comparison {
  public:
   bool equal(const PlistValue& a, const PlistValue& b) {
@@ -332,7 +331,7 @@ class Comparison {
     for (std::size_t index = 0; index < a.size(); ++index) {
       const PlistText key = a.keyAt(index);
       std::size_t other = index;
-      // Nearly always both have the same keys in the same order; only where not is it worth an index.
+      // Nearly always both dictionaries have the same keys in the same order, so build the index only on demand.
       if (!(b.keyAt(index) == key)) {
         if (places.empty())
           for (std::size_t entry = 0; entry < b.size(); ++entry) places.emplace(b.keyAt(entry), entry);
@@ -345,7 +344,7 @@ class Comparison {
     return true;
   }
 
-  // Puts both into one class; false if they already are.
+  // Puts both into one class; returns false if they were in one class already.
   bool join(PlistValue::Identity a, PlistValue::Identity b) {
     a = representative(a);
     b = representative(b);

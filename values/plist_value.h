@@ -1,6 +1,6 @@
 // A property-list value: a string, integer, real, Boolean, date, data, an array of values, or a dictionary from
-// string keys to values. Values are immutable and held by value; copying one costs a reference count, because
-// storage is shared: with other values, or with the document that the value was parsed from.
+// string keys to values. Values are immutable. A copy costs a reference count: it shares its storage with other values
+// or with the document that the value was parsed from.
 #pragma once
 
 #include <algorithm>
@@ -31,9 +31,9 @@ concept PlistNumber = std::integral<Number> && !std::same_as<Number, bool>;
 class PlistInteger {
  public:
   template <PlistNumber Number>
-  constexpr PlistInteger(Number number)  // NOLINT(google-explicit-constructor): a number is one
+  constexpr PlistInteger(Number number)  // NOLINT(google-explicit-constructor): so that a number can be passed
       : bits_(static_cast<std::uint64_t>(number)), negative_(number < 0) {}
-  // The low 64 bits of a number, which is negative as said.
+  // From the low 64 bits of a number and its sign.
   static constexpr PlistInteger fromBits(std::uint64_t bits, bool negative) {
     PlistInteger integer{bits};
     integer.negative_ = negative;
@@ -42,12 +42,12 @@ class PlistInteger {
 
   constexpr std::uint64_t bits() const { return bits_; }
   constexpr bool isNegative() const { return negative_; }
-  // The number where 64 bits with a sign can hold it.
+  // Returns the number if it fits a signed 64-bit integer.
   constexpr std::optional<std::int64_t> signedValue() const {
     const auto value = static_cast<std::int64_t>(bits_);
     return (value < 0) == negative_ ? std::optional(value) : std::nullopt;
   }
-  // The number, or the nearest one that an int can hold.
+  // Returns the number, or the nearest one that fits an int.
   constexpr int nearestInt() const {
     constexpr std::numeric_limits<int> limits;
     const std::optional<std::int64_t> value = signedValue();
@@ -62,16 +62,15 @@ class PlistInteger {
   bool negative_;
 };
 
-// An instant as the format counts it: seconds since 2001-01-01 00:00 UTC, kept to the bit.
+// An instant in the unit of the format: seconds since 2001-01-01 00:00 UTC. All bits are kept.
 struct PlistDate {
   double seconds = 0;
 };
 
-// A text known beforehand that is looked for often: a dictionary key, say. Its hash is computed once, and if it is
-// short and ASCII, so are its bytes.
+// A dictionary key to look up. As a constant it has its hash, and its bytes if it is short and ASCII, at compile time.
 class PlistKey {
  public:
-  constexpr PlistKey(const char16_t* units) : PlistKey(std::u16string_view(units)) {}  // NOLINT: a literal is one
+  constexpr PlistKey(const char16_t* units) : PlistKey(std::u16string_view(units)) {}  // NOLINT: for literals
   constexpr explicit PlistKey(std::u16string_view units) : units_(units) {
     for (const char16_t unit : units) hash_ = plistHashStep(hash_, unit);
     isShortAscii_ = units.size() <= bytes_.size();
@@ -100,20 +99,20 @@ struct PlistEntry;
 
 class PlistValue {
  public:
-  // Where a value's storage is: equal identities mean the very same value. Scalars that are held in the value
-  // itself have none (`storage` is null).
+  // The storage of a value: values with equal identities share it. A scalar that is stored in the value itself has a
+  // null `storage`.
   struct Identity {
     const void* storage = nullptr;
     std::uint32_t record = 0;
     friend bool operator==(Identity, Identity) = default;
   };
-  // A value's place in a parsed document.
+  // A record of a parsed document.
   struct Place {
     std::shared_ptr<const PlistDocument> document;
     std::uint32_t record = 0;
   };
 
-  PlistValue(std::u16string string);                                              // NOLINT: a string is a value
+  PlistValue(std::u16string string);                                              // NOLINT: implicit, as all of these
   PlistValue(std::u16string_view string) : PlistValue(std::u16string(string)) {}  // NOLINT
   PlistValue(const char16_t* string) : PlistValue(std::u16string(string)) {}      // NOLINT
   PlistValue(PlistInteger integer) : storage_(integer) {}                         // NOLINT
@@ -126,18 +125,18 @@ class PlistValue {
   template <std::floating_point Real>
   PlistValue(Real real) : storage_(static_cast<double>(real)) {}  // NOLINT
 
-  // Containers of the given values, in this order. Of entries with the same key the first is kept.
-  // More than plistMaximumDepth levels throw std::length_error.
+  // Containers of these values, in this order. Of entries with equal keys only the first is kept. Throws
+  // std::length_error for more than plistMaximumDepth levels and std::invalid_argument for a key that is no string.
   static PlistValue array(std::vector<PlistValue> elements);
   static PlistValue dictionary(std::vector<PlistEntry> entries);
-  // The value of one record of a document.
+  // The value of a record of a document.
   explicit PlistValue(Place place) : storage_(std::move(place)) {}
 
   PlistKind kind() const;
   bool is(PlistKind wanted) const { return kind() == wanted; }
 
-  // The value of a scalar, absent where the value is of another kind. The text stays valid for as long as this
-  // value, or anything that holds it, lives.
+  // Return the value of a scalar; absent if the value is of another kind. The text stays valid while this value, or a
+  // container with it, exists.
   std::optional<PlistText> string() const;
   std::optional<PlistInteger> integer() const;
   std::optional<double> real() const;
@@ -145,26 +144,26 @@ class PlistValue {
   std::optional<PlistDate> date() const;
   std::optional<Bytes> data() const;
 
-  // How many elements an array or entries a dictionary has; 0 for every other kind.
+  // Returns the number of elements of an array or entries of a dictionary; 0 for every other kind.
   std::size_t size() const;
-  // Levels of containers from here down: 0 for a scalar, 1 for a container that holds no other.
+  // Returns the levels of nested containers: 0 for a scalar, 1 for a container without containers.
   unsigned depth() const;
 
-  // Arrays only; `index` below size().
+  // For arrays only; `index` is below size().
   PlistValue at(std::size_t index) const;
-  // Dictionaries only; `index` below size(), in the order of the file.
+  // For dictionaries only; `index` is below size(), in the order of the file.
   PlistText keyAt(std::size_t index) const;
   PlistValue valueAt(std::size_t index) const;
 
-  // What at(index) or valueAt(index) is, and its text if it is a string, without taking hold of it.
+  // The kind of at(index) or valueAt(index), and its text if it is a string, without a reference count.
   PlistKind kindAt(std::size_t index) const;
   std::optional<PlistText> stringAt(std::size_t index) const;
 
-  // Where a key is and what it has; absent in every value that is not a dictionary.
+  // Return the index and the value of a key; absent if the value has no such key or is no dictionary.
   std::optional<std::size_t> indexOf(const PlistKey& key) const;
   std::optional<PlistValue> value(const PlistKey& key) const;
 
-  // The same for several keys in one pass; `absent` for each that is not there.
+  // Returns the indices of several keys, found in one pass; `absent` for a missing key.
   static constexpr std::size_t absent = static_cast<std::size_t>(-1);
   template <std::size_t count>
   std::array<std::size_t, count> indicesOf(const std::array<PlistKey, count>& keys) const {
@@ -174,25 +173,25 @@ class PlistValue {
     return indices;
   }
 
-  // This dictionary with the value of entry `index` replaced.
+  // Returns this dictionary with another value for entry `index`.
   PlistValue replacing(std::size_t index, PlistValue value) const;
-  // This array with the same number of other elements: itself reordered, or with changed elements.
+  // Returns this array with other elements, reordered or changed, of the same number.
   PlistValue rearranged(std::vector<PlistValue> elements) const;
 
   Identity identity() const;
-  // Whether more than one place may hold this very container: walks over a value whose parts are shared must
-  // then remember what they have seen, or they take time in the expanded tree and not in the stored one.
+  // Returns true if more than one container may refer to this container. A traversal must then remember what it has
+  // visited; otherwise it takes time linear in the size of the expanded tree, which may be astronomical.
   bool mayBeShared() const;
-  // The place in a document, for a value that is one of its records.
+  // Returns the place of a value that is a record of a document, else null.
   const Place* place() const { return std::get_if<Place>(&storage_); }
-  // The place of the container that this one was made from by `replacing` or `rearranged`, if that was in a
-  // document: what a writer needs to leave alone what did not change.
+  // Returns the place of the container that `replacing` or `rearranged` made this one from, if that was a record of a
+  // document, else null. A writer uses it to leave the bytes of unchanged parts as they are.
   const Place* origin() const;
-  // Where in a document this value comes from: its own place, else its origin.
+  // Returns this value's own place, else its origin, else null.
   const Place* placeOrOrigin() const { return place() != nullptr ? place() : origin(); }
 
-  // Structural equality: the same kind and the same content; the order of keys does not count. Reals and dates
-  // are the same when their bits are, so that a value always equals itself.
+  // Structural equality: the same kind and content; the order of keys does not matter. Reals and dates are compared by
+  // their bits, so that a value always equals itself.
   friend bool operator==(const PlistValue& a, const PlistValue& b);
 
  private:
@@ -202,17 +201,17 @@ class PlistValue {
                                std::shared_ptr<const Bytes>, std::shared_ptr<const Array>,
                                std::shared_ptr<const Dictionary>, Place>;
 
-  // Where the keys are, if this is a large dictionary; else null.
+  // Returns the key index of a large dictionary, else null.
   PlistKeyIndex* keyIndex() const;
   void locate(const PlistKey* keys, std::size_t* indices, std::size_t count) const;
   static PlistValue makeArray(std::vector<PlistValue> elements, Place origin);
   explicit PlistValue(Storage storage) : storage_(std::move(storage)) {}
   const PlistRecord* record() const;
-  // What an array or dictionary that is not in a document holds at `index`, or null where it is in one.
+  // Returns the element or entry value at `index` of a container outside a document, null for one in a document.
   const PlistValue* builtAt(std::size_t index) const;
-  // The record of what an array or dictionary that is in a document holds at `index`.
+  // Returns the record of the element or entry value at `index` of a container in a document.
   const PlistRecord& recordAt(std::size_t index) const;
-  // The one alternative of the storage, or null.
+  // Returns this alternative of the storage, or null.
   template <class Shared>
   const Shared* shared() const {
     const auto* pointer = std::get_if<std::shared_ptr<const Shared>>(&storage_);

@@ -1,14 +1,14 @@
-// Hard preconditions of the self-test.
+// Preconditions of the self-test.
 #pragma once
 
 #include <cstdlib>
 
-// Ends the process by a signal, with nothing printed, unless `condition` holds.
+// Aborts the process, without printing anything, unless `condition` holds.
 inline void require(bool condition) {
   if (!condition) std::abort();
 }
 
-// The value of an optional that must have one.
+// Returns the value of an optional, which must have one.
 template <class Optional>
 auto required(const Optional& optional) {
   require(optional.has_value());

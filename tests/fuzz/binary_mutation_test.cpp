@@ -1,4 +1,4 @@
-// How the fuzzer takes binary property lists apart and changes them.
+// How the fuzzer splits, changes and joins binary property lists.
 #include "fuzz/binary_mutation.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ bool isRead(const std::string& file) {
 
 std::size_t keepBytes(std::uint8_t*, std::size_t size, std::size_t) { return size; }
 
-// How many of the files that `change` makes of the bookmarks are property lists.
+// Changes the bookmarks in many ways and returns how many of the results are readable.
 template <class Change>
 unsigned readOfAll(Change change) {
   unsigned count = 0;
@@ -50,18 +50,18 @@ unsigned readOfAll(Change change) {
   return count;
 }
 
-TEST(BinaryMutation, putsTogetherWhatItTookApart) {
+TEST(BinaryMutation, joinsSplitObjects) {
   const std::optional<BinaryObjects> objects = apart(bookmarks());
   ASSERT_TRUE(objects.has_value());
   EXPECT_EQ(readBinary(Bytes(fileOf(*objects))), readBinary(bookmarks()));
 }
 
-TEST(BinaryMutation, takesNothingApartThatHasNoTable) {
+TEST(BinaryMutation, splitsNoFileWithoutAnOffsetTable) {
   EXPECT_FALSE(apart(Bytes(std::string("bplist00"))).has_value());
   EXPECT_FALSE(apart(Bytes("bplist00" + std::string(64, '\xFF'))).has_value());
 }
 
-TEST(BinaryMutation, keepsMostFilesReadableButNotAll) {
+TEST(BinaryMutation, keepsMostFilesReadable) {
   const unsigned count = readOfAll([](BinaryObjects& objects, unsigned seed) {
     mutate(objects, seed, keepBytes);
     return fileOf(objects);

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Sorts every malformed property list in a scratch home folder: each is refused in the words that the table has for it,
-and left as it is.
+"""Tries to sort every malformed property list in a scratch home folder. Each sort must fail with the message in the
+table and leave the file as it is.
 
 usage: malformed_test.py QUILLERYCTL [--record]
 
-With --record the table is written anew, to be read by somebody before it is kept.
+With --record it writes the table anew. Review the difference before you commit it.
 """
 import json
 import pathlib
@@ -21,14 +21,14 @@ DATA = TESTS / "data"
 TABLE = DATA / "malformed/messages.tsv"
 TITLE = "Bookmarks could not be sorted: "
 HINT = "If access is denied, "
-LONGEST = 200  # characters, whatever the file holds
-WHERE = re.compile(r"(at byte|on line|header,) \d+\b|in the XML declaration")
+LONGEST = 200  # characters of a message, whatever is in the file
+WHERE = re.compile(r"(at byte|on line) \d+\b|in the XML declaration")
 WITHOUT_A_PLACE = ["The data couldn’t be read because it isn’t a valid property list: it is empty.",
                    "Unrecognised Safari bookmark format. No changes made."]
 
 
 def files():
-    """All malformed files: those that are made for this, and those that the platform was seen to refuse."""
+    """Returns all malformed files: the generated ones, and those that the platform's own reader refused."""
     expected = json.loads((DATA / "property_lists/expected.json").read_text(encoding="utf-8"))
     refused = [name for name, wanted in expected.items() if "refused" in wanted]
     return sorted([*(DATA / "malformed").glob("*.plist"), *(DATA / f"property_lists/{name}.plist" for name in refused)])
@@ -39,7 +39,7 @@ def name_of(path):
 
 
 def refusal(program, path):
-    """What a sort of the file says, and what else is wrong about it."""
+    """Sorts a file. Returns the message and a list of other problems."""
     with tempfile.TemporaryDirectory() as folder:
         content = path.read_bytes()
         home = ScratchHome(pathlib.Path(folder) / "home", content)
@@ -47,15 +47,15 @@ def refusal(program, path):
         message, *rest = result.text.removeprefix(TITLE).split("\n")
         problems = []
         if result.status != 1 or not result.text.startswith(TITLE) or not any(line.startswith(HINT) for line in rest):
-            problems.append(f"it ended with {result.status} and {result.text!r}")
+            problems.append(f"exit status {result.status} and output {result.text!r}")
         if home.content() != content:
             problems.append("the file was changed")
         if home.leftovers() or home.backups.exists():
-            problems.append("something was left in the home folder")
+            problems.append("the sort left files in the home folder")
         if len(message) > LONGEST or not message.isprintable():
-            problems.append(f"it repeats what is in the file: {message!r}")
+            problems.append(f"the message repeats text of the file: {message!r}")
         if not WHERE.search(message) and message not in WITHOUT_A_PLACE:
-            problems.append(f"it does not say where: {message}")
+            problems.append(f"the message does not name the place: {message}")
         return message, problems
 
 
@@ -64,7 +64,7 @@ def table():
 
 
 def stale_files():
-    """Files that are not as they would be made now."""
+    """Returns the names of files that differ from those that make_malformed.py generates now."""
     with tempfile.TemporaryDirectory() as folder:
         sys.argv[1:] = [folder]
         make_malformed.main()
@@ -75,18 +75,18 @@ def stale_files():
 
 def main():
     program, record = sys.argv[1], "--record" in sys.argv
-    said = {}
-    problems = [f"{name} is not what make_malformed.py writes" for name in stale_files()]
+    messages = {}
+    problems = [f"{name} differs from the file that make_malformed.py writes" for name in stale_files()]
     for path in files():
         message, found = refusal(program, path)
-        said[name_of(path)] = message
+        messages[name_of(path)] = message
         problems += [f"{name_of(path)}: {problem}" for problem in found]
     if record:
-        TABLE.write_text("".join(f"{name}\t{message}\n" for name, message in said.items()), encoding="utf-8")
+        TABLE.write_text("".join(f"{name}\t{message}\n" for name, message in messages.items()), encoding="utf-8")
     wanted = table()
-    problems += [f"{name}: expected {wanted.get(name)!r}, said {said.get(name)!r}"
-                 for name in sorted(wanted.keys() | said.keys()) if wanted.get(name) != said.get(name)]
-    print(*problems, f"{len(said)} malformed files tried, {len(problems)} problems", sep="\n")
+    problems += [f"{name}: expected {wanted.get(name)!r}, got {messages.get(name)!r}"
+                 for name in sorted(wanted.keys() | messages.keys()) if wanted.get(name) != messages.get(name)]
+    print(*problems, f"{len(messages)} malformed files tried, {len(problems)} problems", sep="\n")
     return 1 if problems else 0
 
 

@@ -1,4 +1,4 @@
-// Text as UTF-16 units, however it is stored.
+// The text of strings: UTF-16 units in every encoding.
 #include "values/plist_text.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ std::string bigEndian(std::u16string_view units) {
   return bytes;
 }
 
-// One text in every encoding that can hold it, at an odd address where bytes are all that is asked for.
+// A text in every encoding that can represent it, at odd addresses where the encoding allows them.
 class Stored {
  public:
   explicit Stored(std::u16string units) : units_(std::move(units)) {
@@ -74,7 +74,7 @@ const std::vector<std::u16string> samples = {
     u"a key that is longer than any that is compared byte for byte",
 };
 
-TEST(PlistText, givesItsUnitsWhateverTheEncoding) {
+TEST(PlistText, hasTheSameUnitsInEveryEncoding) {
   for (const std::u16string& sample : samples)
     for (const Stored stored(sample); const PlistText& text : stored.texts) {
       EXPECT_EQ(text.utf16(), sample);
@@ -98,7 +98,7 @@ TEST(PlistText, isEqualByUnitsAcrossEncodings) {
     }
 }
 
-TEST(PlistText, hasOneHashAcrossEncodings) {
+TEST(PlistText, hasTheSameHashInEveryEncoding) {
   for (const std::u16string& sample : samples) {
     const Stored stored(sample);
     for (const PlistText& text : stored.texts) EXPECT_EQ(text.hash(), PlistKey(sample).hash()) << utf8(sample);
@@ -112,9 +112,9 @@ TEST(PlistText, equalsAKeyByUnits) {
         EXPECT_EQ(text == PlistKey(key), sample == key) << utf8(sample) << " and " << utf8(key);
 }
 
-TEST(PlistText, isNormalisedByNobody) { EXPECT_FALSE(PlistText(u"\u00E9") == PlistText(u"e\u0301")); }
+TEST(PlistText, isNotNormalised) { EXPECT_FALSE(PlistText(u"\u00E9") == PlistText(u"e\u0301")); }
 
-TEST(PlistText, startsWithWhatItBeginsWith) {
+TEST(PlistText, startsWithItsPrefixes) {
   const std::u16string sample = u"com.apple.\u00E9\U0001F600";
   for (const Stored stored(sample); const PlistText& text : stored.texts) {
     for (std::size_t length = 0; length <= sample.size(); ++length)
@@ -129,7 +129,7 @@ TEST(PlistText, startsWithWhatItBeginsWith) {
   }
 }
 
-TEST(Utf8, isWellFormedOrNot) {
+TEST(Utf8, recognisesWellFormedText) {
   for (const char* text : {"", "a", "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80",
                            "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"})
     EXPECT_TRUE(isWellFormedUtf8(text)) << text;
@@ -143,7 +143,7 @@ TEST(Utf8, isWellFormedOrNot) {
     for (const std::string& text : texts) EXPECT_FALSE(isWellFormedUtf8(text)) << testing::PrintToString(text);
 }
 
-TEST(Utf8, comesBackForEveryScalar) {
+TEST(Utf8, roundTripsEveryScalar) {
   for (char32_t scalar = 0; scalar <= 0x10FFFF; ++scalar) {
     if (scalar >= 0xD800 && scalar <= 0xDFFF) continue;
     std::u16string units;
@@ -158,13 +158,13 @@ TEST(Utf8, comesBackForEveryScalar) {
   }
 }
 
-TEST(Utf8, showsAnUnpairedSurrogateAsAReplacementCharacter) {
+TEST(Utf8, replacesUnpairedSurrogates) {
   EXPECT_EQ(utf8(std::u16string{u'a', u'\xD83D'}), "a\uFFFD");
   EXPECT_EQ(utf8(std::u16string{u'\xD83D', u'b'}), "\uFFFDb");
   EXPECT_EQ(utf8(std::u16string{u'\xDE00', u'\xD83D', u'\xDE00'}), "\uFFFD\U0001F600");
 }
 
-TEST(Utf16, hasAReplacementCharacterForWhatIsMalformed) {
+TEST(Utf16, replacesMalformedSequences) {
   EXPECT_EQ(utf16("a\xFF"
                   "b"),
             u"a\uFFFDb");

@@ -1,4 +1,4 @@
-// Values: what they are, when they are equal, and what they share.
+// Values: their kinds, equality and sharing.
 #include "values/plist_value.h"
 
 #include <gtest/gtest.h>
@@ -26,13 +26,13 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 Bytes bytes(std::string text) { return Bytes(std::move(text)); }
 
-// A value as a reader of that format has it: in a document, with text as the format stores it.
+// The value as the reader of a format returns it: a record of a document, with text in the encoding of the format.
 PlistValue inDocument(const PlistValue& value, PropertyListFormat format) {
   NativePropertyLists codec;
   return codec.parse(codec.serialize(value, format)).value;
 }
 
-// Values that all differ from one another.
+// Values that are all different.
 std::vector<PlistValue> differentValues() {
   return {u"",
           u"1",
@@ -71,7 +71,7 @@ std::vector<PlistValue> differentValues() {
           PlistValue::dictionary({{u"1", PlistValue::dictionary({})}})};
 }
 
-TEST(PlistValue, knowsItsKindAndOnlyThat) {
+TEST(PlistValue, hasExactlyOneKind) {
   const std::vector<std::pair<PlistValue, PlistKind>> kinds = {
       {u"a", PlistKind::string},
       {1, PlistKind::integer},
@@ -97,7 +97,7 @@ TEST(PlistValue, knowsItsKindAndOnlyThat) {
     }
 }
 
-TEST(PlistValue, equalsItselfAndNothingElse) {
+TEST(PlistValue, equalsOnlyItself) {
   const std::vector<PlistValue> values = differentValues();
   for (std::size_t a = 0; a < values.size(); ++a)
     for (std::size_t b = 0; b < values.size(); ++b) {
@@ -107,7 +107,7 @@ TEST(PlistValue, equalsItselfAndNothingElse) {
     }
 }
 
-TEST(PlistValue, equalsItselfWhereverItIsStored) {
+TEST(PlistValue, equalsItselfInADocument) {
   for (const PlistValue& value : differentValues()) {
     const PlistValue stored = inDocument(value, PropertyListFormat::binary);
     EXPECT_EQ(stored, value) << toJson(value);
@@ -117,7 +117,7 @@ TEST(PlistValue, equalsItselfWhereverItIsStored) {
   }
 }
 
-TEST(PlistValue, isCopiedWithoutBecomingAnother) {
+TEST(PlistValue, keepsItsIdentityWhenCopied) {
   for (const PlistValue& value : differentValues()) {
     const PlistValue copy = value;  // NOLINT(performance-unnecessary-copy-initialization): that is the test
     EXPECT_EQ(copy, value);
@@ -125,7 +125,7 @@ TEST(PlistValue, isCopiedWithoutBecomingAnother) {
   }
 }
 
-TEST(PlistValue, takesNoNotionOfTheOrderOfKeys) {
+TEST(PlistValue, equalsWithKeysInAnotherOrder) {
   const PlistValue value = PlistValue::dictionary({{u"a", 1}, {u"b", 2}, {u"c", PlistValue::array({1, 2})}});
   const PlistValue other = PlistValue::dictionary({{u"c", PlistValue::array({1, 2})}, {u"a", 1}, {u"b", 2}});
   EXPECT_EQ(value, other);
@@ -145,14 +145,14 @@ TEST(PlistValue, keepsTheOrderOfKeys) {
   }
 }
 
-TEST(PlistValue, hasOfEqualKeysTheFirst) {
+TEST(PlistValue, keepsTheFirstOfEqualKeys) {
   const PlistValue value = PlistValue::dictionary({{u"a", 1}, {u"b", 2}, {u"a", 3}});
   EXPECT_EQ(value, PlistValue::dictionary({{u"a", 1}, {u"b", 2}}));
 }
 
 TEST(PlistValue, refusesAKeyThatIsNotAString) { EXPECT_THROW(PlistValue::dictionary({{1, 1}}), std::invalid_argument); }
 
-TEST(PlistValue, findsKeysAndSaysWhichAreNotThere) {
+TEST(PlistValue, findsKeysAndReportsMissingKeys) {
   const PlistValue value = PlistValue::dictionary({{u"a", 1}, {u"\u00E9", 2}, {u"A", 3}});
   for (const PlistValue& each :
        {value, inDocument(value, PropertyListFormat::binary), inDocument(value, PropertyListFormat::xml)}) {
@@ -167,7 +167,7 @@ TEST(PlistValue, findsKeysAndSaysWhichAreNotThere) {
   }
 }
 
-TEST(PlistValue, tellsIntegersFromRealsAndBooleansAndDates) {
+TEST(PlistValue, distinguishesKindsOfNumbers) {
   EXPECT_FALSE(PlistValue(1) == PlistValue(1.0));
   EXPECT_FALSE(PlistValue(1) == PlistValue(true));
   EXPECT_FALSE(PlistValue(0) == PlistValue(false));
@@ -175,19 +175,19 @@ TEST(PlistValue, tellsIntegersFromRealsAndBooleansAndDates) {
   EXPECT_FALSE(PlistValue(u"a") == PlistValue(bytes("a")));
 }
 
-TEST(PlistValue, tellsMinusZeroFromZero) {
+TEST(PlistValue, distinguishesMinusZeroFromZero) {
   EXPECT_FALSE(PlistValue(-0.0) == PlistValue(0.0));
   EXPECT_FALSE(PlistValue(PlistDate{-0.0}) == PlistValue(PlistDate{0.0}));
   EXPECT_EQ(PlistValue(-0.0), PlistValue(-0.0));
 }
 
-TEST(PlistValue, takesNotANumberAsEqualToItself) {
+TEST(PlistValue, comparesNaNByItsBits) {
   EXPECT_EQ(PlistValue(nan), PlistValue(nan));
   EXPECT_EQ(PlistValue(PlistDate{nan}), PlistValue(PlistDate{nan}));
-  EXPECT_FALSE(PlistValue(nan) == PlistValue(-nan)) << "another sign is another bit";
+  EXPECT_FALSE(PlistValue(nan) == PlistValue(-nan)) << "the signs differ";
 }
 
-TEST(PlistInteger, reachesFromOneEndOfTheRangeToTheOther) {
+TEST(PlistInteger, printsTheLimitsOfItsRange) {
   EXPECT_EQ(PlistInteger(smallest).decimal(), "-9223372036854775808");
   EXPECT_EQ(PlistInteger(-1).decimal(), "-1");
   EXPECT_EQ(PlistInteger(0).decimal(), "0");
@@ -195,20 +195,20 @@ TEST(PlistInteger, reachesFromOneEndOfTheRangeToTheOther) {
   EXPECT_EQ(PlistInteger(largest).decimal(), "18446744073709551615");
 }
 
-TEST(PlistInteger, tellsTheSameBitsBelowZeroFromThoseAbove) {
+TEST(PlistInteger, distinguishesNegativeFromPositiveBits) {
   EXPECT_FALSE(PlistInteger(-1) == PlistInteger(largest));
   EXPECT_FALSE(PlistInteger(smallest) == PlistInteger(std::uint64_t{1} << 63));
   EXPECT_EQ(PlistInteger(std::int8_t{5}), PlistInteger(std::uint64_t{5}));
 }
 
-TEST(PlistInteger, hasASignedValueWhereOneFits) {
+TEST(PlistInteger, hasASignedValueIfItFits) {
   EXPECT_EQ(PlistInteger(smallest).signedValue(), smallest);
   EXPECT_EQ(PlistInteger(largestSigned).signedValue(), largestSigned);
   EXPECT_FALSE(PlistInteger(largest).signedValue());
   EXPECT_FALSE(PlistInteger(std::uint64_t{1} << 63).signedValue());
 }
 
-TEST(PlistValue, equalsByUnitsWhateverTheEncodingOfItsStrings) {
+TEST(PlistValue, comparesStringsByUnitsAcrossEncodings) {
   for (const char16_t* sample : {u"plain", u"\u00E9t\u00E9", u"\u0416", u"\U0001F600"}) {
     const PlistValue value = PlistValue::array({sample});
     const PlistValue xml = inDocument(value, PropertyListFormat::xml);        // UTF-8
@@ -235,7 +235,7 @@ PlistValue nested(unsigned levels) {
   return value;
 }
 
-TEST(PlistValue, countsItsLevels) {
+TEST(PlistValue, countsLevels) {
   EXPECT_EQ(PlistValue(1).depth(), 0U);
   EXPECT_EQ(PlistValue::array({}).depth(), 1U);
   EXPECT_EQ(PlistValue::array({PlistValue::array({}), 1}).depth(), 2U);
@@ -251,7 +251,7 @@ TEST(PlistValue, refusesMoreThan512Levels) {
   EXPECT_THROW(PlistValue::dictionary({{u"k", 1}}).replacing(0, deepest), std::length_error);
 }
 
-TEST(PlistValue, isReplacedOrRearrangedAsACopy) {
+TEST(PlistValue, replacingAndRearrangingReturnCopies) {
   const PlistValue array = PlistValue::array({1, 2});
   const PlistValue dictionary = PlistValue::dictionary({{u"a", 1}, {u"b", 2}});
   EXPECT_EQ(array.rearranged({2, 1}), PlistValue::array({2, 1}));
@@ -260,7 +260,7 @@ TEST(PlistValue, isReplacedOrRearrangedAsACopy) {
   EXPECT_EQ(dictionary, PlistValue::dictionary({{u"a", 1}, {u"b", 2}}));
 }
 
-TEST(PlistValue, remembersThePlaceThatItWasRearrangedFrom) {
+TEST(PlistValue, remembersItsOriginWhenRearranged) {
   const PlistValue stored = inDocument(PlistValue::array({u"a", u"b"}), PropertyListFormat::binary);
   const PlistValue once = stored.rearranged({stored.at(1), stored.at(0)});
   ASSERT_NE(once.origin(), nullptr);
@@ -271,7 +271,7 @@ TEST(PlistValue, remembersThePlaceThatItWasRearrangedFrom) {
   EXPECT_EQ(PlistValue::array({1}).origin(), nullptr);
 }
 
-TEST(PlistValue, outlivesTheBytesAndTheDocumentThatItCameFrom) {
+TEST(PlistValue, keepsItsDocumentAlive) {
   std::optional<PlistValue> title;
   {
     const PlistValue whole = inDocument(PlistValue::dictionary({{u"Title", u"kept"}}), PropertyListFormat::xml);
@@ -282,7 +282,7 @@ TEST(PlistValue, outlivesTheBytesAndTheDocumentThatItCameFrom) {
 
 // Sharing
 
-TEST(Sharing, sortedSharesWhatItDoesNotReorder) {
+TEST(Sharing, sortedSharesSubtreesInOrder) {
   const VirtualMachine machine;
   const PlistValue inOrder = folderNode(u"in order", {leafNode(u"a"), leafNode(u"b")});
   const PlistValue inDisorder = folderNode(u"in disorder", {leafNode(u"b"), leafNode(u"a")});
@@ -299,7 +299,7 @@ TEST(Sharing, sortedSharesWhatItDoesNotReorder) {
   }
 }
 
-TEST(Sharing, sortedReturnsANodeInOrderAsItIs) {
+TEST(Sharing, sortedReturnsATreeInOrderItself) {
   const VirtualMachine machine;
   const PlistValue root = rootNode({folderNode(u"z", {folderNode(u"b", {}), leafNode(u"a")}), leafNode(u"a")});
   EXPECT_EQ(sorted(root, true).identity(), root.identity());
@@ -307,7 +307,7 @@ TEST(Sharing, sortedReturnsANodeInOrderAsItIs) {
   EXPECT_EQ(sorted(stored, true).identity(), stored.identity());
 }
 
-// Each level holds the one below twice: 2^levels scalars, were it ever expanded.
+// Each level has the level below twice: 2^levels scalars if it were expanded.
 PlistValue doubledArrays(unsigned levels, const PlistValue& innermost) {
   PlistValue value = innermost;
   for (unsigned level = 0; level < levels; ++level) value = PlistValue::array({value, value});
@@ -320,18 +320,18 @@ PlistValue doubledFolders(unsigned levels, const std::vector<PlistValue>& innerm
   return value;
 }
 
-TEST(Sharing, aTreeThatExpandsTo2ToThe400IsComparedAtOnce) {
+TEST(Sharing, comparesATreeOf2ToThe400ValuesInLinearTime) {
   const PlistValue tree = doubledArrays(400, u"a");
   const PlistValue same = doubledArrays(400, u"a");
   EXPECT_NE(tree.identity(), same.identity());
   EXPECT_EQ(tree, same);
   EXPECT_FALSE(tree == doubledArrays(400, u"b"));
   EXPECT_FALSE(tree == doubledArrays(399, u"a"));
-  // Shared in one of the two only, where that can be built at all.
+  // Shared in one value only, with few levels, because the other value is expanded.
   EXPECT_EQ(doubledArrays(10, u"a"), deepCopy(doubledArrays(10, u"a")));
 }
 
-TEST(Sharing, aTreeThatDiffersInOneOfTwoSharedPlacesIsNotEqual) {
+TEST(Sharing, comparesEveryPlaceOfSharedValues) {
   const PlistValue left = PlistValue::array({1});
   const PlistValue right = PlistValue::array({2});
   EXPECT_FALSE(PlistValue::array({left, left}) == PlistValue::array({left, right}));
@@ -341,15 +341,15 @@ TEST(Sharing, aTreeThatDiffersInOneOfTwoSharedPlacesIsNotEqual) {
   EXPECT_EQ(PlistValue::array({left, leftAgain, left}), PlistValue::array({leftAgain, left, left}));
 }
 
-TEST(Sharing, aTreeThatExpandsTo2ToThe250IsSortedAtOnce) {
+TEST(Sharing, sortsATreeOf2ToThe250ValuesInLinearTime) {
   const VirtualMachine machine;
   const PlistValue tree = doubledFolders(250, {leafNode(u"b"), leafNode(u"a")});
   const PlistValue result = sorted(tree, true);
   EXPECT_FALSE(result == tree);
   EXPECT_EQ(sorted(result, true), result);
-  // Level by level the folders are first, and both are still the one that was sorted once.
+  // On each level the folders come first, and both are the same storage, so each was sorted once.
   PlistValue level = *result.value(u"Children");
-  EXPECT_EQ(level.at(1).identity(), level.at(2).identity()) << "the root's own children keep their places";
+  EXPECT_EQ(level.at(1).identity(), level.at(2).identity()) << "the root's children keep their places";
   level = *level.at(1).value(u"Children");
   for (unsigned depth = 1; depth < 250; ++depth) {
     ASSERT_EQ(level.at(0).identity(), level.at(1).identity()) << depth;

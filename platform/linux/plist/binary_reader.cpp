@@ -18,9 +18,9 @@ namespace {
 constexpr std::size_t headerSize = 8;
 constexpr std::size_t trailerSize = 32;
 
-// States of a record while the file is being read. Neither outlives the reader for anything that is reachable.
-constexpr std::uint8_t undecoded = 0x80;     // a flag: `bits` is the object's offset and nothing else is known
-constexpr std::uint16_t beingRead = 0xFFFF;  // a depth: the container is above the one that is being read
+// States of a record while the file is read. When the reader is done, no reachable record has either.
+constexpr std::uint8_t undecoded = 0x80;     // a flag: `bits` is the object's offset, the rest is not yet known
+constexpr std::uint16_t beingRead = 0xFFFF;  // a depth: the reader is inside this container
 
 template <std::size_t size>
 std::uint64_t bigEndianOf(const std::byte* start) {
@@ -29,7 +29,7 @@ std::uint64_t bigEndianOf(const std::byte* start) {
   return value;
 }
 
-// A number of any size; of one above eight bytes the low 64 bits.
+// Returns a number of any size; of more than eight bytes the low 64 bits.
 std::uint64_t bigEndian(const std::byte* start, std::size_t size) {
   switch (size) {
     case 1: return bigEndianOf<1>(start);
@@ -57,17 +57,17 @@ class BinaryReader {
     const auto top = static_cast<std::uint32_t>(top_);
     visit(top, 1);
     document_->layout.root = top;
-    if (apart_) document_->layout.referenceSize = static_cast<std::uint8_t>(referenceSize_);
+    if (isWithoutOverlap_) document_->layout.referenceSize = static_cast<std::uint8_t>(referenceSize_);
     return PlistValue(PlistValue::Place{std::move(document_), top});
   }
 
  private:
-  // The last 32 bytes: five unused, the sort version, the sizes of an offset and of a reference, then the number of
-  // objects, the top one, and the place of the offset table. All of it has to fit the file exactly.
+  // The last 32 bytes: five unused bytes, the sort version, the sizes of an offset and of a reference, then the number
+  // of objects, the top object and the offset of the offset table. All of it must fit the file exactly.
   void readTrailer() {
     const std::size_t size = document_->source.size();
     if (size < headerSize + 1 + trailerSize)
-      throw unreadable("the binary file is cut off at byte " + std::to_string(size));
+      throw unreadable("the binary file is truncated at byte " + std::to_string(size));
     const std::size_t trailer = size - trailerSize;
     offsetSize_ = bigEndian(start_ + trailer + 6, 1);
     referenceSize_ = bigEndian(start_ + trailer + 7, 1);
@@ -77,15 +77,16 @@ class BinaryReader {
     const auto check = [&](bool holds, const char* problem) {
       if (!holds) throw unreadable(std::string(problem) + " in the trailer at byte " + std::to_string(trailer));
     };
-    check(offsetSize_ >= 1, "bad offset size");
-    check(referenceSize_ >= 1, "bad reference size");
+    check(offsetSize_ >= 1, "an invalid offset size");
+    check(referenceSize_ >= 1, "an invalid reference size");
     check(count_ >= 1, "no objects");
-    check(top_ < count_, "top object out of range");
-    check(table_ > headerSize && table_ < trailer, "offset table out of range");
+    check(top_ < count_, "a top object out of range");
+    check(table_ > headerSize && table_ < trailer, "an offset table out of range");
     check(count_ <= (trailer - table_) / offsetSize_ && table_ + count_ * offsetSize_ == trailer,
-          "offset table of the wrong size");
-    check(referenceSize_ >= 8 || count_ < std::uint64_t{1} << (8 * referenceSize_), "references too small");
-    check(offsetSize_ >= 8 || table_ < std::uint64_t{1} << (8 * offsetSize_), "offsets too small");
+          "an offset table of the wrong size");
+    check(referenceSize_ >= 8 || count_ < std::uint64_t{1} << (8 * referenceSize_),
+          "an insufficient reference size");
+    check(offsetSize_ >= 8 || table_ < std::uint64_t{1} << (8 * offsetSize_), "an insufficient offset size");
   }
 
   void readOffsets() {
@@ -96,15 +97,15 @@ class BinaryReader {
     for (std::uint64_t index = 0; index < count_; ++index, entry += offsetSize_) {
       const std::uint64_t offset = bigEndian(entry, offsetSize_);
       if (offset >= table_)
-        throw unreadable("offset out of range in the offset table at byte " + std::to_string(entry - start_));
-      if (offset < previous) apart_ = false;
+        throw unreadable("an offset out of range in the offset table at byte " + std::to_string(entry - start_));
+      if (offset < previous) isWithoutOverlap_ = false;
       previous = offset;
       document_->records.push_back({.bits = offset, .flags = undecoded});
     }
   }
 
-  // Decodes an object that something refers to, and everything below it. `level` counts the containers down to
-  // this object, itself included if it is one.
+  // Decodes an object and everything below it. `level` is the number of containers from the top object to this object,
+  // itself included.
   void visit(std::uint32_t index, unsigned level) {
     PlistRecord& record = document_->records[index];
     if (record.has(undecoded)) {
@@ -115,8 +116,7 @@ class BinaryReader {
     }
     if (record.depth == 0) return;
     if (record.depth == beingRead)
-      throw unreadable("object " + std::to_string(index) + " contains itself, at byte " +
-                       std::to_string(offsetOf(index)));
+      throw unreadable("the object at byte " + std::to_string(offsetOf(index)) + " contains itself");
     record.flags |= PlistRecord::shared;
     requireLevel(level + record.depth - 1U, index);
   }
@@ -139,7 +139,7 @@ class BinaryReader {
     std::size_t entries = 0;
     for (std::size_t entry = 0; entry < dictionary.count; ++entry) {
       const std::uint32_t key = keyOf(reference(keys + entry * referenceSize_), index);
-      if (isDuplicate(links, entries, key)) continue;  // of equal keys the first one counts
+      if (isDuplicate(links, entries, key)) continue;  // the first of equal keys counts
       links[2 * entries] = key;
       links[2 * entries + 1] = reference(values + entry * referenceSize_);
       ++entries;
@@ -150,7 +150,7 @@ class BinaryReader {
     close(index, dictionary.low() + 1, 2, entries, level);
   }
 
-  // Makes room for a container's links, one or two for each thing in it.
+  // Makes room for the links of a container: one per element, two per entry.
   PlistRecord open(std::uint32_t index, std::size_t linksEach) {
     PlistRecord& record = document_->records[index];
     record.depth = beingRead;
@@ -160,7 +160,7 @@ class BinaryReader {
     return record;
   }
 
-  // Visits what a container's links lead to, and works out its depth.
+  // Visits the elements or values of a container and computes its depth.
   void close(std::uint32_t index, std::size_t first, std::size_t step, std::size_t count, unsigned level) {
     unsigned deepest = 0;
     for (std::size_t place = 0; place < count; ++place) {
@@ -176,13 +176,10 @@ class BinaryReader {
     if (record.has(undecoded)) {
       const std::uint64_t offset = record.low();
       const int type = std::to_integer<int>(start_[offset]) >> 4;
-      if (offset < headerSize || (type != 0x5 && type != 0x6))
-        throw unreadable("a key that is not a string, in the dictionary at byte " +
-                         std::to_string(offsetOf(dictionary)));
+      if (offset < headerSize || (type != 0x5 && type != 0x6)) throw keyNotString(dictionary);
       decode(index);
     }
-    if (record.kind != PlistKind::string)
-      throw unreadable("a key that is not a string, in the dictionary at byte " + std::to_string(offsetOf(dictionary)));
+    if (record.kind != PlistKind::string) throw keyNotString(dictionary);
     if (record.high() != 0) return index;
     if (const auto alias = aliases_.find(index); alias != aliases_.end()) return alias->second;
     const PlistText text = document_->text(record);
@@ -191,8 +188,12 @@ class BinaryReader {
     return key;
   }
 
-  // Whether a key is among the first `entries` of a dictionary: looked for in place in a small one, by a table
-  // in one that has many.
+  Error keyNotString(std::uint32_t dictionary) const {
+    return unreadable("a key that is not a string in the dictionary at byte " + std::to_string(offsetOf(dictionary)));
+  }
+
+  // Returns true if a key is among the first `entries` of a dictionary. Many entries need a table: a linear search for
+  // each would take quadratic time.
   bool isDuplicate(const std::uint32_t* links, std::size_t entries, std::uint32_t key) {
     constexpr std::size_t few = 16;
     if (entries < few) {
@@ -207,21 +208,21 @@ class BinaryReader {
 
   std::uint32_t reference(const std::byte* place) const {
     const std::uint64_t index = bigEndian(place, referenceSize_);
-    if (index >= count_) throw unreadable("reference out of range at byte " + std::to_string(place - start_));
+    if (index >= count_) throw unreadable("a reference out of range at byte " + std::to_string(place - start_));
     return static_cast<std::uint32_t>(index);
   }
 
-  // Decodes an object, and notes whether it ends before the next one begins. Objects that do not may not be changed
-  // in place, because one of them would change with the other.
+  // Decodes an object and checks that it ends before the next one begins. A file with overlapping objects cannot be
+  // rewritten in place: a change of one object would change another.
   void decode(std::uint32_t index) {
     decode(document_->records[index]);
-    if (end_ > (index + 1 < count_ ? offsetOf(index + 1) : table_)) apart_ = false;
+    if (end_ > (index + 1 < count_ ? offsetOf(index + 1) : table_)) isWithoutOverlap_ = false;
   }
 
-  // Fills in a record from the object at its offset. Containers get the place of their references, no links yet.
+  // Fills in a record from the object at its offset. A container gets the offset of its references, but no links yet.
   void decode(PlistRecord& record) {
     const std::size_t offset = record.low();
-    if (offset < headerSize) throw unreadable("an offset into the header, " + std::to_string(offset));
+    if (offset < headerSize) throw unreadable("an object inside the header at byte " + std::to_string(offset));
     end_ = offset + 1;
     const int marker = std::to_integer<int>(start_[offset]);
     const int low = marker & 0x0F;
@@ -247,24 +248,24 @@ class BinaryReader {
       case 0xD: return decodeSpan(record, PlistKind::dictionary, offset, 2 * referenceSize_);
       default: break;
     }
-    throw unreadable(std::string(typeName(marker)) + " at byte " + std::to_string(offset));
+    throw unreadable(std::string(unsupported(marker)) + " at byte " + std::to_string(offset));
   }
 
-  static const char* typeName(int marker) {
-    if (marker == 0x00) return "a null, which is no value here,";
+  static const char* unsupported(int marker) {
+    if (marker == 0x00) return "an unsupported null";
     switch (marker >> 4) {
-      case 0x2: return "a real of unknown size";
-      case 0x8: return "a UID, which is no value here,";
+      case 0x2: return "a real of unsupported size";
+      case 0x8: return "an unsupported UID";
       case 0xB:
-      case 0xC: return "a set, which is no value here,";
+      case 0xC: return "an unsupported set";
       default: return "an object of unknown type";
     }
   }
 
-  // One-, two- and four-byte integers are unsigned, eight-byte ones signed; sixteen bytes hold what is above 2^63-1.
+  // Integers of one, two and four bytes are unsigned, those of eight bytes signed; numbers above 2^63-1 have sixteen.
   void decodeInteger(PlistRecord& record, std::size_t offset) {
     const std::size_t size = std::size_t{1} << (std::to_integer<unsigned>(start_[offset]) & 0x0F);
-    if (size > 16) throw unreadable("an integer of unknown size at byte " + std::to_string(offset));
+    if (size > 16) throw unreadable("an integer of unsupported size at byte " + std::to_string(offset));
     requireInside(offset, offset + 1, size);
     record.kind = PlistKind::integer;
     record.bits = bigEndian(start_ + offset + 1 + (size == 16 ? 8 : 0), std::min<std::size_t>(size, 8));
@@ -293,8 +294,8 @@ class BinaryReader {
     record.flags = static_cast<std::uint8_t>(encoding);
   }
 
-  // An object that is a count and that many things of `size` bytes each: a count below 15 is in the marker, a
-  // larger one in an integer after it.
+  // Decodes an object of a count and that many items of `size` bytes. A count below 15 is in the marker, a larger one
+  // in an integer after it.
   void decodeSpan(PlistRecord& record, PlistKind kind, std::size_t offset, std::size_t size) {
     std::uint64_t count = std::to_integer<std::uint64_t>(start_[offset]) & 0x0F;
     std::size_t first = offset + 1;
@@ -302,19 +303,19 @@ class BinaryReader {
       requireInside(offset, first, 1);
       const int marker = std::to_integer<int>(start_[first]);
       const std::size_t width = std::size_t{1} << (marker & 0x0F);
-      if (marker >> 4 != 0x1) throw unreadable("a size that is not an integer at byte " + std::to_string(first));
+      if (marker >> 4 != 0x1) throw unreadable("a count that is not an integer at byte " + std::to_string(first));
       requireInside(offset, first + 1, width);
       const std::size_t excess = width > 8 ? width - 8 : 0;
       if (bigEndian(start_ + first + 1, excess) != 0)
-        throw unreadable("a size out of range at byte " + std::to_string(first));
+        throw unreadable("a count out of range at byte " + std::to_string(first));
       count = bigEndian(start_ + first + 1 + excess, width - excess);
       first += 1 + width;
     }
     if (count > (table_ - first) / size) throw beyondObjects(offset);
-    // Objects that lie side by side fit the file. In a hostile one they overlap, and each may reach over nearly
-    // all of it: then the whole would no longer be in proportion to the file.
+    // In a hostile file objects overlap, and each may extend over nearly the whole file. Without this limit time and
+    // memory would be quadratic in the size of the file.
     claimed_ += count * size;
-    if (claimed_ > table_) throw unreadable("objects that lie over one another, at byte " + std::to_string(offset));
+    if (claimed_ > table_) throw unreadable("overlapping objects at byte " + std::to_string(offset));
     end_ = first + count * size;
     record.kind = kind;
     record.count = static_cast<std::uint32_t>(count);
@@ -328,16 +329,14 @@ class BinaryReader {
   }
 
   static Error beyondObjects(std::size_t offset) {
-    return unreadable("the object at byte " + std::to_string(offset) + " reaches beyond the objects");
+    return unreadable("the object at byte " + std::to_string(offset) + " extends into the offset table");
   }
 
   void requireLevel(unsigned level, std::uint32_t index) const {
-    if (level > plistMaximumDepth)
-      throw unreadable("more than " + std::to_string(plistMaximumDepth) +
-                       " arrays or dictionaries one in another, at byte " + std::to_string(offsetOf(index)));
+    if (level > plistMaximumDepth) throw unreadable(tooManyLevels() + " at byte " + std::to_string(offsetOf(index)));
   }
 
-  // Where an object is, for a message: its record may have been decoded already.
+  // Reads the offset table: the record of a decoded object no longer has its offset.
   std::uint64_t offsetOf(std::uint32_t index) const {
     return bigEndian(start_ + table_ + index * offsetSize_, offsetSize_);
   }
@@ -350,11 +349,11 @@ class BinaryReader {
   std::uint64_t top_ = 0;
   std::uint64_t table_ = 0;
   std::uint64_t claimed_ = 0;  // bytes of the objects decoded so far
-  std::uint64_t end_ = 0;      // of the object that was decoded last
-  bool apart_ = true;          // whether no two objects share a byte, as far as is known
+  std::uint64_t end_ = 0;      // the end of the object that was decoded last
+  bool isWithoutOverlap_ = true;
   KeyTable keys_;
-  std::unordered_map<std::uint32_t, std::uint32_t> aliases_;  // keys with the text of an earlier one
-  std::unordered_set<std::uint32_t> seenKeys_;                // of a large dictionary that is being read
+  std::unordered_map<std::uint32_t, std::uint32_t> aliases_;  // string objects to an earlier key with the same text
+  std::unordered_set<std::uint32_t> seenKeys_;                // of the large dictionary whose keys are read
 };
 
 }  // namespace

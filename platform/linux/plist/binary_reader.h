@@ -1,15 +1,16 @@
-// Reads the binary property-list format ("bplist0" and any one character).
+// Reads the binary property-list format.
 #pragma once
 
 #include "values/bytes.h"
 #include "values/plist_value.h"
 
-// Whether bytes claim to be of this format.
+// Returns true if bytes begin like a file of this format. The header is "bplist0" and one more character.
 bool looksBinary(const Bytes& bytes);
 
-// The value in `bytes`, which it keeps and reads from. Takes time and memory in proportion to the file, however
-// often its objects refer to one another. Throws Error, naming the byte, for: a damaged trailer or offset table; a
-// reference, offset or size out of range; a cycle; more than plistMaximumDepth levels; and objects that are no
-// values of ours (sets, nulls, UIDs, keys that are not strings).
-// The layout is that of CFBinaryPList.c in Apple's open-source CoreFoundation, described at its head.
+// Returns the value in `bytes`. The value refers to the bytes and keeps them alive. Time and memory are linear in the
+// size of the file, however often its objects refer to each other. Throws Error with the byte of the fault for a
+// damaged trailer or offset table, a reference, offset or count out of range, overlapping objects that together are
+// larger than the file, a cycle, more than plistMaximumDepth levels, and unsupported objects: sets, nulls, UIDs, and
+// keys that are not strings.
+// The layout is described at the head of CFBinaryPList.c in Apple's open-source CoreFoundation.
 PlistValue readBinary(const Bytes& bytes);

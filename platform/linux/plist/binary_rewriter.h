@@ -1,4 +1,4 @@
-// Rewrites a binary property list in place of writing it anew.
+// Rewrites a binary property list: copies the file and changes the order of arrays.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,7 @@
 #include "values/bytes.h"
 #include "values/plist_value.h"
 
-// The file that `value` was parsed from, with the references of its rearranged arrays changed and nothing else;
-// absent where `value` is not a binary file's top object, or differs from it in more than the order of arrays, or
-// where a changed object is one that the file refers to from several places.
+// Returns the file that `value` was parsed from, with changed references in the rearranged arrays and every other byte
+// as it was. Absent if `value` is not the top object of a binary file, if it differs from that in more than the order
+// of arrays, if the file refers to a changed object from several places, or if objects overlap.
 std::optional<Bytes> rewriteBinary(const PlistValue& value);

@@ -35,11 +35,11 @@ void appendNumber(std::string& out, std::uint64_t number, unsigned size) {
     out.push_back(static_cast<char>(byte < sizeof number ? number >> (8 * byte) & 0xFF : 0));
 }
 
-// The smallest of one, two, four and eight bytes that can tell numbers below `limit` and `limit` itself apart.
+// Returns the smallest of one, two, four and eight bytes that can store `limit`.
 unsigned sizeFor(std::uint64_t limit) { return limit <= 0xFF ? 1 : limit <= 0xFFFF ? 2 : limit <= 0xFFFF'FFFF ? 4 : 8; }
 
 void appendInteger(std::string& out, PlistInteger integer) {
-  // Only eight bytes and more have a sign.
+  // Integers of fewer than eight bytes are unsigned.
   const bool beyondSigned = !integer.signedValue();
   const unsigned size = integer.isNegative() ? 8 : beyondSigned ? 16 : sizeFor(integer.bits());
   out.push_back(static_cast<char>(integerMarker | std::countr_zero(size)));
@@ -108,14 +108,14 @@ class BinaryWriter {
   }
 
  private:
-  // Of a scalar, its bytes in scalars_; of a container, its references in references_.
+  // The range of a scalar's bytes in scalars_ or of a container's references in references_.
   struct Object {
     PlistKind kind;
     std::size_t first;
     std::size_t count;
   };
 
-  // The number of the object that a value is, numbered on first sight, and everything below it.
+  // Returns the object number of a value. A new value is numbered first, with everything below it.
   std::uint32_t number(const PlistValue& value) {
     const PlistValue::Identity identity = value.identity();
     if (identity.storage != nullptr)
@@ -127,8 +127,7 @@ class BinaryWriter {
     return object;
   }
 
-  // Numbers the scalar that `append` adds to scalars_. Equal ones have equal bytes, so the bytes say which have
-  // been seen.
+  // Numbers the scalar that `append` adds to scalars_. Equal scalars have equal bytes, and only the first is kept.
   template <class Append>
   std::uint32_t numberScalar(PlistKind kind, const Append& append) {
     const std::size_t first = scalars_.size();
@@ -176,7 +175,7 @@ class BinaryWriter {
   }
 
   static void requireSize(std::size_t size) {
-    if (size > PlistDocument::maximumSize) throw unwritable("it would be too large");
+    if (size > PlistDocument::maximumSize) throw unwritable(tooLargeToWrite);
   }
 
   std::string_view bytesOf(std::uint32_t scalar) const {

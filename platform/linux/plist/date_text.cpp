@@ -10,8 +10,8 @@ namespace {
 constexpr std::int64_t secondsADay = 86400;
 constexpr std::int64_t maximumYear = std::numeric_limits<std::int32_t>::max();
 
-// Days before each month of a common year. The month after December counts like the next January; a month that is
-// none at all counts no days.
+// Days before each month of a common year. As in the platform's reader, month 13 is the next January and every other
+// month out of range adds no days.
 constexpr std::array<std::int64_t, 14> daysBeforeMonth = {0,   0,   31,  59,  90,  120, 151,
                                                           181, 212, 243, 273, 304, 334, 365};
 
@@ -19,7 +19,7 @@ bool isLeap(std::int64_t year) { return year % 4 == 0 && (year % 100 != 0 || yea
 
 std::int64_t floorDivide(std::int64_t a, std::int64_t b) { return a / b - (a % b < 0 ? 1 : 0); }
 
-// Days from 2001-01-01 to the first of January of a year of the proleptic Gregorian calendar.
+// Returns the days from 2001-01-01 to January 1 of a year of the proleptic Gregorian calendar.
 std::int64_t daysBeforeYear(std::int64_t year) {
   const std::int64_t past = year - 1;
   constexpr std::int64_t daysBefore2001 = 730485;
@@ -33,7 +33,7 @@ std::int64_t daysBefore(std::int64_t year, std::int64_t month) {
 
 bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
-// Takes numbers and separators off the front of a text, until one is not there.
+// Parses numbers and separators from the front of a text.
 class Taker {
  public:
   explicit Taker(std::string_view text) : rest_(text) {}
@@ -97,13 +97,13 @@ std::optional<DateText> parseDateText(std::string_view text) {
 }
 
 std::optional<std::string> dateText(double seconds) {
-  // No year that is short enough is further away than this, and every whole number within it fits 64 bits.
+  // Beyond every year that is accepted below, and small enough for 64-bit arithmetic.
   constexpr double farthest = 366.0 * secondsADay * 2.2e9;
   if (!(std::abs(seconds) < farthest)) return std::nullopt;
   const auto whole = static_cast<std::int64_t>(std::floor(seconds));
   const std::int64_t day = floorDivide(whole, secondsADay);
   const std::int64_t second = whole - day * secondsADay;
-  // A guess at the year from its mean length, which is never off by more than one.
+  // An estimate from the mean length of a year, wrong by at most one year.
   std::int64_t year = 2001 + static_cast<std::int64_t>(std::floor(static_cast<double>(day) / 365.2425));
   while (daysBeforeYear(year) > day) --year;
   while (daysBeforeYear(year + 1) <= day) ++year;

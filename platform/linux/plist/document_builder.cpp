@@ -10,8 +10,8 @@
 
 namespace {
 
-// Roughly how many bytes of text there are to a record; a guess too low costs one more growth of a vector.
-constexpr std::size_t bytesToARecord = 48;
+// An estimate of the bytes of text per record. With a wrong one a vector grows once more, or has unused capacity.
+constexpr std::size_t bytesPerRecord = 48;
 
 PlistRecord scalar(PlistKind kind, std::uint64_t bits, std::uint8_t flags = 0) {
   return {.bits = bits, .kind = kind, .flags = flags};
@@ -25,8 +25,8 @@ constexpr auto utf16Flag = static_cast<std::uint8_t>(PlistEncoding::utf16BigEndi
 DocumentBuilder::DocumentBuilder(const Bytes& text)
     : document_(std::make_shared<PlistDocument>(largeMemory())), keys_(*document_) {
   document_->source = text;
-  document_->records.reserve(text.size() / bytesToARecord + 16);
-  document_->links.reserve(text.size() / bytesToARecord + 16);
+  document_->records.reserve(text.size() / bytesPerRecord + 16);
+  document_->links.reserve(text.size() / bytesPerRecord + 16);
 }
 
 std::uint32_t DocumentBuilder::add(const PlistRecord& record) {
@@ -38,7 +38,7 @@ std::uint32_t DocumentBuilder::addAside(std::string_view bytes, PlistRecord reco
   record.bits = document_->aside.size();
   record.flags |= PlistRecord::aside;
   document_->aside.append(bytes);
-  if (document_->aside.size() > PlistDocument::maximumSize) throw unreadable("it is too large");
+  if (document_->aside.size() > PlistDocument::maximumSize) throw unreadable(tooLarge);
   return add(record);
 }
 
@@ -146,14 +146,14 @@ std::uint32_t DocumentBuilder::closeDictionary(std::size_t end) {
   return close(PlistKind::dictionary, count);
 }
 
-// What was dropped may have been deeper than all that stays.
+// A replaced value may have been deeper than all values that remain.
 void DocumentBuilder::measureDictionary(std::size_t first) {
   open_.back().deepest = 0;
   for (std::size_t place = first; place < pending_.size(); place += 2) deepen(pending_[place + 1]);
 }
 
 void DocumentBuilder::keepLastOfEqualKeys(std::size_t first) {
-  // A dictionary of a few keys is looked through in place; one of many gets a table.
+  // Few keys are searched in place. Many get a table: a linear search for each would take quadratic time.
   constexpr std::size_t few = 16;
   std::unordered_map<std::uint32_t, std::size_t> places;
   std::size_t end = first;

@@ -1,4 +1,4 @@
-// Builds the document of a text format, record by record.
+// Builds the document of a property list in a text format, record by record.
 #pragma once
 
 #include <cstdint>
@@ -6,18 +6,18 @@
 #include <string_view>
 #include <vector>
 
-#include "values/plist_value.h"
 #include "platform/linux/plist/key_table.h"
+#include "values/plist_value.h"
 
 class DocumentBuilder {
  public:
-  // For a text, which the document keeps.
+  // For a source text, which the document keeps alive.
   explicit DocumentBuilder(const Bytes& text);
 
-  // Scalars; each answers the number of its record. A span of the source must be valid UTF-8.
+  // Add scalars and return their record numbers. Text in the source must be valid UTF-8.
   std::uint32_t addSourceText(std::size_t offset, std::size_t size, bool verbatim);
   std::uint32_t addSourceBase64(std::size_t offset, std::size_t size);
-  std::uint32_t addText(std::u16string_view units);  // kept beside the source, as all below
+  std::uint32_t addText(std::u16string_view units);  // stored outside the source, as all below
   std::uint32_t addText(std::string_view utf8Text);
   std::uint32_t addData(std::string_view bytes);
   std::uint32_t addInteger(PlistInteger integer);
@@ -25,28 +25,28 @@ class DocumentBuilder {
   std::uint32_t addDate(double seconds);
   std::uint32_t addBoolean(bool truth);
 
-  // The record of a key with the text of a string record: that one, or an earlier one that equals it.
+  // Returns the key record for the text of a string record: an earlier key with this text, else the record itself.
   std::uint32_t key(std::uint32_t string);
-  // The record of a key that stands in the source, which is added only if it is new.
+  // Returns the key record for text in the source. Adds a record only if no earlier key has this text.
   std::uint32_t sourceKey(std::size_t offset, std::size_t size, bool verbatim);
 
-  // A container: opened, filled, and closed into a record. What is filled in is added to the innermost open one.
-  // `start` and `end` are the offsets of its element in the source.
+  // Build a container: open it, add its elements or entries, close it and get its record. Elements and entries are
+  // added to the innermost open container. `start` and `end` are the offsets of the container's element in the source.
   void open(std::size_t start);
   void element(std::uint32_t record);
-  void entry(std::uint32_t key, std::uint32_t value);  // an equal key that is there already gets the new value
+  void entry(std::uint32_t key, std::uint32_t value);  // replaces the value of an equal key
   std::uint32_t closeArray();
   std::uint32_t closeDictionary(std::size_t end);
 
-  // The value of the root record; the builder is done then. `rewritable` says that the source is an XML file itself,
-  // which can be rewritten.
+  // Returns the value of the root record and empties the builder. `rewritable` is true if the source is an unconverted
+  // XML file.
   PlistValue finish(std::uint32_t root, bool rewritable);
 
  private:
   struct Open {
-    std::size_t start;  // in the source
-    std::size_t first;  // of its links, in pending_
-    unsigned deepest;
+    std::size_t start;  // offset in the source
+    std::size_t first;  // index of its first link in pending_
+    unsigned deepest;   // the largest depth of its elements or values
   };
 
   std::uint32_t add(const PlistRecord& record);
@@ -59,5 +59,5 @@ class DocumentBuilder {
   std::shared_ptr<PlistDocument> document_;
   KeyTable keys_;
   std::vector<Open> open_;
-  std::vector<std::uint32_t> pending_;  // links of the open containers, innermost last
+  std::vector<std::uint32_t> pending_;  // links of the open containers, those of the innermost last
 };

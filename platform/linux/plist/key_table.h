@@ -1,4 +1,4 @@
-// The keys of one document while it is being read: each distinct key is one record, however often it occurs.
+// The keys of a document while it is read. Equal keys become one record.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,8 @@ class KeyTable {
  public:
   explicit KeyTable(PlistDocument& document) : document_(document), slots_(64, empty) {}
 
-  // The record of the key with this text and hash; if there is none yet, the one that `make` answers.
+  // Returns the record of the key with this text and hash; if there is none, calls `make` and uses the record that it
+  // returns.
   template <class Make>
   std::uint32_t intern(const PlistText& text, std::uint32_t hash, const Make& make) {
     std::size_t slot = hash & (slots_.size() - 1);
@@ -41,6 +42,6 @@ class KeyTable {
   }
 
   PlistDocument& document_;
-  std::vector<std::uint32_t> slots_;  // open addressing; a power of two
+  std::vector<std::uint32_t> slots_;  // a hash table with open addressing; its size is a power of two
   std::size_t count_ = 0;
 };

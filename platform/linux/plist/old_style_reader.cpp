@@ -13,7 +13,7 @@
 
 namespace {
 
-// What an octal escape above \177 means: the upper half of the NeXTSTEP character set.
+// Octal escapes above \177 are characters of the NeXTSTEP character set. This is its upper half.
 constexpr std::array<char16_t, 128> nextStepUpperHalf = {
     0x00A0, 0x00C0, 0x00C1, 0x00C2, 0x00C3, 0x00C4, 0x00C5, 0x00C7, 0x00C8, 0x00C9, 0x00CA, 0x00CB, 0x00CC,
     0x00CD, 0x00CE, 0x00CF, 0x00D0, 0x00D1, 0x00D2, 0x00D3, 0x00D4, 0x00D5, 0x00D6, 0x00D9, 0x00DA, 0x00DB,
@@ -50,13 +50,13 @@ class OldStyleReader : private TextScanner {
     const std::uint32_t root = readObject(1);
     skipSpace();
     if (next_ == end_) return builder_.finish(root, false);
-    if (!string) throw here("something after the end of the property list");
+    if (!string) throw here("unexpected text after the end of the property list");
     next_ = begin_;
     return builder_.finish(readEntries(1), false);
   }
 
  private:
-  // No character reaches from one line into the next.
+  // Checks line by line to name the line of a malformed character.
   void requireUtf8InEachLine() const {
     if (isWellFormedUtf8({begin_, static_cast<std::size_t>(end_ - begin_)})) return;
     for (const char* line = begin_; line != end_;) {
@@ -70,10 +70,10 @@ class OldStyleReader : private TextScanner {
     return character == '"' || character == '\'' || isWordCharacter(character);
   }
 
-  // Reads any object, of which there must be one. `level` counts the containers down to it.
+  // Reads an object of any kind. `level` is the number of containers around it, itself included.
   std::uint32_t readObject(unsigned level) {
     skipSpace();
-    if (next_ == end_) throw here("unexpected end");
+    if (next_ == end_) throw here(unexpectedEnd);
     switch (*next_) {
       case '{': {
         const char* start = next_++;
@@ -100,11 +100,11 @@ class OldStyleReader : private TextScanner {
       if (next_ == end_ || *next_ != ',') break;
       ++next_;
     }
-    expect(')', "an array without its closing parenthesis, or without a comma");
+    expect(')', "an array with a missing comma or closing parenthesis");
     return builder_.closeArray();
   }
 
-  // Reads `key = value;` and `key;` (which is its own value), until something else comes.
+  // Reads entries `key = value;` and `key;`, whose value is the key, up to something else.
   std::uint32_t readEntries(unsigned level) {
     builder_.open(offset(next_));
     for (skipSpace(); next_ != end_ && isStringStart(*next_); skipSpace()) {
@@ -140,8 +140,8 @@ class OldStyleReader : private TextScanner {
 
   std::uint32_t readEscaped(const char* start, char quote) {
     std::u16string units;
-    const char* plain = start;  // what comes next and needs no change
-    const auto takePlain = [&] {
+    const char* plain = start;  // the characters up to next_, which have no escapes
+    const auto appendPlain = [&] {
       PlistText(plain, static_cast<std::size_t>(next_ - plain), PlistEncoding::utf8).appendTo(units);
     };
     while (next_ != end_ && *next_ != quote) {
@@ -149,20 +149,20 @@ class OldStyleReader : private TextScanner {
         ++next_;
         continue;
       }
-      takePlain();
+      appendPlain();
       ++next_;
       if (next_ == end_) break;
       appendEscape(units);
       plain = next_;
     }
-    if (next_ == end_) throw at(start, "a quoted string that does not end");
-    takePlain();
+    if (next_ == end_) throw at(start, "an unterminated quoted string");
+    appendPlain();
     ++next_;
     return builder_.addText(units);
   }
 
-  // After a backslash: the C escapes, up to three octal digits, U and up to four hexadecimal ones; whatever else
-  // stands for itself.
+  // Decodes the characters after a backslash: a C escape, up to three octal digits, or U and up to four hexadecimal
+  // digits. Any other character is itself.
   void appendEscape(std::u16string& units) {
     const char character = *next_;
     if (character >= '0' && character <= '7') {
@@ -184,7 +184,7 @@ class OldStyleReader : private TextScanner {
       units.push_back(static_cast<char16_t>(character));
       ++next_;
     }
-    // What is not ASCII is left to be taken as plain text.
+    // A character outside ASCII is left to the caller, as plain text.
   }
 
   static char16_t nextStepCharacter(unsigned number) {
@@ -209,18 +209,18 @@ class OldStyleReader : private TextScanner {
     for (; next_ != end_ && *next_ != '>'; ++next_) {
       const int digit = hexadecimalDigit(*next_);
       if (digit < 0) {
-        if (high) throw here("an odd number of digits in data");
+        if (high) throw here(oddDigits);
         if (const std::size_t length = dataSpaceLength(); length != 0) {
           next_ += length - 1;
           continue;
         }
-        throw here("a character in data that is no hexadecimal digit");
+        throw here("a character other than a hexadecimal digit in data");
       }
       if (high) bytes.push_back(static_cast<char>(*high << 4 | digit));
       high = high ? std::nullopt : std::optional(digit);
     }
-    if (high) throw here("an odd number of digits in data");
-    expect('>', "data without its closing bracket");
+    if (high) throw here(oddDigits);
+    expect('>', "data without its closing ‘>’");
     return builder_.addData(bytes);
   }
 
@@ -233,7 +233,7 @@ class OldStyleReader : private TextScanner {
     return builder_.addSourceText(offset(start), static_cast<std::size_t>(end - start), false);
   }
 
-  // White space and comments, of both kinds.
+  // Skips white space and comments.
   void skipSpace() {
     while (next_ != end_) {
       if (*next_ == ' ' || (*next_ >= '\t' && *next_ <= '\r')) {
@@ -263,6 +263,8 @@ class OldStyleReader : private TextScanner {
     if (next_ == end_ || *next_ != wanted) throw here(problem);
     ++next_;
   }
+
+  static constexpr const char* oddDigits = "an odd number of hexadecimal digits in data";
 
   Error here(const std::string& problem) const { return at(next_, problem); }
 

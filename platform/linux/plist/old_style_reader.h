@@ -1,11 +1,11 @@
-// Reads the old-style ASCII format: { key = value; }, ( element, element ), <0fbd77>, "string" and word.
+// Reads the old-style ASCII property-list format: { key = value; }, ( element, element ), <0fbd77>, "string" and word.
 #pragma once
 
 #include "values/bytes.h"
 #include "values/plist_value.h"
 
-// The value in UTF-8 text, without a byte-order mark, which it keeps and reads from. A text that begins with a
-// string but goes on is a strings file: the content of a dictionary without its braces. A text of nothing but
-// white space and comments is an empty dictionary. Throws Error, naming the line, for everything that the
-// platform's own reader refuses (CFOldStylePList.c in Apple's open-source CoreFoundation).
+// Returns the value in UTF-8 text without a byte-order mark. The value refers to the text and keeps it alive. A text
+// with more after its first string is a strings file: the content of a dictionary without its braces. White space and
+// comments alone are an empty dictionary. Throws Error with the line of the fault for everything that the platform's
+// own reader refuses (CFOldStylePList.c in Apple's open-source CoreFoundation).
 PlistValue readOldStyle(const Bytes& text);

@@ -1,4 +1,4 @@
-// The errors of the property-list readers and writers.
+// Errors of the property-list readers and writers.
 #pragma once
 
 #include <algorithm>
@@ -6,15 +6,15 @@
 #include <string_view>
 
 #include "platform/error.h"
+#include "values/plist_document.h"
 
 inline constexpr const char* propertyListDomain = "PropertyList";
 
-// Codes as the platform that owns the format numbers them.
+// The codes of the platform that owns the format.
 enum PropertyListErrorCode { propertyListReadCorrupt = 3840, propertyListWriteInvalid = 3852 };
 
-// Whether an error may repeat what a file has as a name: it looks like a name, and is no longer than any that means
-// something (those of encodings have 40 characters at most, RFC 2978). Else whoever made the file would write the
-// error.
+// Returns true if an error may repeat a name from the file: it looks like a name and is not too long (names of
+// encodings have at most 40 characters, RFC 2978). Otherwise an attacker could put text into our messages.
 inline bool isPlainName(std::string_view text) {
   constexpr std::size_t longest = 40;
   constexpr std::string_view others = "0123456789._-";
@@ -24,13 +24,20 @@ inline bool isPlainName(std::string_view text) {
              text, [&](char character) { return isLetter(character) || others.find(character) != others.npos; });
 }
 
-// Bytes that are not a property list; `problem` says what is wrong and where, without a full stop.
+// The error for bytes that are not a property list. `problem` is the fault and its place, without a full stop.
 inline Error unreadable(const std::string& problem) {
   return {propertyListDomain, propertyListReadCorrupt,
           "The data couldn’t be read because it isn’t a valid property list: " + problem + "."};
 }
 
-// A value that the format cannot hold.
+// The error for a value that the format cannot represent.
 inline Error unwritable(const std::string& problem) {
   return {propertyListDomain, propertyListWriteInvalid, "The property list couldn’t be written: " + problem + "."};
+}
+
+inline constexpr const char* tooLarge = "it is 4 GiB or larger";
+inline constexpr const char* tooLargeToWrite = "it would be 4 GiB or larger";
+
+inline std::string tooManyLevels() {
+  return "more than " + std::to_string(plistMaximumDepth) + " levels of nested arrays and dictionaries";
 }

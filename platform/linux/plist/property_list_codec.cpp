@@ -12,12 +12,12 @@
 
 namespace {
 
-// Whether text begins with an XML tag, and not with the data of an old-style property list, "<0fbd77>".
+// Returns true if text begins with an XML tag and not with data of an old-style property list, such as "<0fbd77>".
 bool beginsWithTag(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t\n\r");
   if (first == std::string_view::npos || text[first] != '<') return false;
   constexpr std::string_view data = "0123456789abcdefABCDEF> \t\n\r";
-  // A word such as "<array>" begins with hexadecimal digits too, so the whole of it has to be looked at.
+  // "<array>" begins with a hexadecimal digit too, so check every character up to the bracket.
   const std::size_t other = text.find_first_not_of(data, first + 1);
   return other != std::string_view::npos && text.find('>', first) > other;
 }
@@ -26,7 +26,7 @@ bool beginsWithTag(std::string_view text) {
 
 PropertyLists::Parsed PropertyListCodec::parse(const Bytes& bytes) {
   if (bytes.empty()) throw unreadable("it is empty");
-  if (bytes.size() > PlistDocument::maximumSize) throw unreadable("it is too large");
+  if (bytes.size() > PlistDocument::maximumSize) throw unreadable(tooLarge);
   if (looksBinary(bytes)) return {readBinary(bytes), PropertyListFormat::binary};
   const Bytes text = toUtf8(bytes);
   if (beginsWithTag(text.text())) return {readXml(text, text.data() == bytes.data()), PropertyListFormat::xml};

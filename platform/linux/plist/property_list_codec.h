@@ -1,10 +1,10 @@
-// The program's own reader and writer of property lists.
+// Our own reader and writer of property lists.
 #pragma once
 
 #include "platform/property_lists.h"
 
-// Reads the binary format, the XML dialect and the old-style ASCII format, told apart by content; writes the first
-// two. What it reads keeps the given bytes and lies in them. Files of 4 GiB or more are refused.
+// Reads the binary format, the XML dialect and the old-style ASCII format, which it detects from the content; writes
+// binary and XML. A parsed value refers to the given bytes and keeps them alive. Refuses files of 4 GiB or more.
 class PropertyListCodec : public PropertyLists {
  public:
   Parsed parse(const Bytes& bytes) override;

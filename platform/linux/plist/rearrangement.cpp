@@ -9,7 +9,7 @@ class Comparison {
  public:
   explicit Comparison(const PlistDocument& document) : document_(document) {}
 
-  // Whether `value` is the record `index` with arrays rearranged.
+  // Returns true if `value` is the record `index` except for the order of arrays.
   bool holds(const PlistValue& value, std::uint32_t index) {
     if (recordOf(value) != index) return false;
     if (value.place() != nullptr) return true;
@@ -52,7 +52,7 @@ class Comparison {
     return elements == before;
   }
 
-  // The record of the document that a value is, or was made from.
+  // Returns the record of this document that a value is or was made from.
   std::optional<std::uint32_t> recordOf(const PlistValue& value) const {
     const PlistValue::Place* place = value.placeOrOrigin();
     return place != nullptr && place->document.get() == &document_ ? std::optional(place->record) : std::nullopt;

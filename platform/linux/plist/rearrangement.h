@@ -1,4 +1,4 @@
-// What a sort changes in a document: arrays in another order, and nothing else.
+// Finds the changes that a sort makes to a document: arrays in another order.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,11 @@
 #include "values/plist_value.h"
 
 struct RearrangedArray {
-  std::uint32_t array;                  // its record
-  std::vector<std::uint32_t> elements;  // the records of its elements in their new order
+  std::uint32_t array;                  // a record number
+  std::vector<std::uint32_t> elements;  // the record numbers of its elements in their new order
 };
 
-// The arrays of a document that `value` has in another order; absent if `value` is not the document's record `root`
-// with only that changed, or if a changed container has more than one place in the document, so that the change would
-// show in a place where `value` does not have it.
+// Returns the arrays of a document that have another order in `value`. Absent if `value` differs from the document's
+// record `root` in anything else, or if a changed container is shared: a rewritten file would then have the change in
+// places where `value` does not.
 std::optional<std::vector<RearrangedArray>> rearrangedArrays(const PlistValue& value, std::uint32_t root);

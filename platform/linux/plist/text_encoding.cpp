@@ -18,14 +18,14 @@ struct Mark {
   std::string_view bytes;
   const char* encoding;
 };
-// The longer ones first: UTF-32's begins with UTF-16's.
+// The mark of UTF-32LE begins with the mark of UTF-16LE, so it comes first.
 constexpr std::array<Mark, 5> marks = {{{std::string_view("\x00\x00\xFE\xFF", 4), "UTF-32BE"},
                                         {std::string_view("\xFF\xFE\x00\x00", 4), "UTF-32LE"},
                                         {"\xEF\xBB\xBF", "UTF-8"},
                                         {"\xFF\xFE", "UTF-16LE"},
                                         {"\xFE\xFF", "UTF-16BE"}}};
 
-// The encoding that the XML declaration at the start of a text names.
+// Returns the encoding that the XML declaration at the start of a text names.
 std::optional<std::string> declaredEncoding(std::string_view text) {
   constexpr std::string_view opening = "<?xml";
   constexpr std::string_view attribute = "encoding=";
@@ -44,7 +44,7 @@ struct CloseConverter {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
 
-// Where the first bytes are that stand for no character.
+// Returns the offset of the first bytes that are malformed.
 std::size_t firstBadByte(UConverter* converter, std::string_view text) {
   ucnv_reset(converter);
   UErrorCode status = U_ZERO_ERROR;
@@ -57,23 +57,22 @@ std::size_t firstBadByte(UConverter* converter, std::string_view text) {
   return static_cast<std::size_t>(last - text.data());
 }
 
-// The text that begins `start` bytes into the file.
+// Converts the text from offset `start` of the file.
 Bytes convert(std::string_view file, std::size_t start, const std::string& encoding) {
-  if (!isPlainName(encoding)) throw unreadable("an encoding without a valid name in the XML declaration");
+  if (!isPlainName(encoding)) throw unreadable("an invalid encoding name in the XML declaration");
   const std::string_view text = file.substr(start);
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<UConverter, CloseConverter> converter(ucnv_open(encoding.c_str(), &status));
   if (U_FAILURE(status)) throw unreadable("the unknown encoding “" + encoding + "” in the XML declaration");
   ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
   if (text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max() / 4))
-    throw unreadable("it is too large to be in another encoding than UTF-8");
+    throw unreadable("it is 512 MiB or larger and not in UTF-8");
   std::string out(text.size() * 4, '\0');
   const std::int32_t size =
       ucnv_toAlgorithmic(UCNV_UTF8, converter.get(), out.data(), static_cast<std::int32_t>(out.size()), text.data(),
                          static_cast<std::int32_t>(text.size()), &status);
   if (U_FAILURE(status))
-    throw unreadable("a text that is not valid " + encoding + " at byte " +
-                     std::to_string(start + firstBadByte(converter.get(), text)));
+    throw unreadable("invalid " + encoding + " at byte " + std::to_string(start + firstBadByte(converter.get(), text)));
   out.resize(static_cast<std::size_t>(size));
   return Bytes(std::move(out));
 }

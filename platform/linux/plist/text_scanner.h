@@ -1,4 +1,4 @@
-// What the scanners of both text formats have in common: a place in a text, and errors that name its line.
+// The base of the scanners of both text formats: a position in a text, and errors with its line.
 #pragma once
 
 #include <cstddef>
@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "platform/linux/plist/plist_error.h"
 #include "values/bytes.h"
 #include "values/plist_document.h"
 #include "values/plist_text.h"
-#include "platform/linux/plist/plist_error.h"
 
 class TextScanner {
  protected:
@@ -21,7 +21,7 @@ class TextScanner {
 
   std::size_t offset(const char* place) const { return static_cast<std::size_t>(place - begin_); }
 
-  // An error on the line of a place. Lines end at a carriage return, a line feed, or both together.
+  // Returns an error with the line of a place. Lines end with CR, LF or CR LF.
   Error at(const char* place, const std::string& problem) const {
     const std::string_view before(begin_, offset(place));
     std::size_t line = 1;
@@ -32,18 +32,17 @@ class TextScanner {
     return unreadable(problem + " on line " + std::to_string(line));
   }
 
-  // Refuses a container that lies too deep; `level` counts those down to it, itself included.
+  // Throws if a container is nested too deeply; `level` is the number of containers around it, itself included.
   void requireLevel(unsigned level, const char* place) const {
-    if (level > plistMaximumDepth)
-      throw at(place, "more than " + std::to_string(plistMaximumDepth) + " arrays or dictionaries one in another,");
+    if (level > plistMaximumDepth) throw at(place, tooManyLevels());
   }
 
-  // Refuses a text that is not UTF-8; the error names the line of `place`.
+  // Throws an error with the line of `place` if a text is not UTF-8.
   void requireUtf8(std::string_view text, const char* place) const {
-    if (!isWellFormedUtf8(text)) throw at(place, "a text that is not valid UTF-8");
+    if (!isWellFormedUtf8(text)) throw at(place, "invalid UTF-8");
   }
 
-  // The value of a hexadecimal digit, or -1.
+  // Returns the value of a hexadecimal digit, or -1.
   static int hexadecimalDigit(char character) {
     if (character >= '0' && character <= '9') return character - '0';
     if (character >= 'a' && character <= 'f') return character - 'a' + 10;
@@ -51,7 +50,9 @@ class TextScanner {
     return -1;
   }
 
+  static constexpr const char* unexpectedEnd = "an unexpected end of the file";
+
   const char* begin_;
-  const char* next_;  // what is scanned next
+  const char* next_;  // the next character to scan
   const char* end_;
 };

@@ -11,28 +11,29 @@
 #include <string>
 #include <string_view>
 
-#include "values/base64.h"
 #include "platform/linux/plist/date_text.h"
 #include "platform/linux/plist/document_builder.h"
 #include "platform/linux/plist/text_scanner.h"
+#include "values/base64.h"
 
 namespace {
 
 bool isSpace(char character) { return character == ' ' || character == '\t' || character == '\n' || character == '\r'; }
 
-// What ends a run of plain text: '<' and '&', and '>', which is plain but is written as an escape.
+// The characters that end a run of plain text. '>' is legal text, but a writer escapes it.
 bool isSpecial(char character) { return character == '<' || character == '&' || character == '>'; }
 
-// Whether any byte of a word is zero, by its high bit; exact up to and including the first one.
+// Sets the high bit of each zero byte of a word. Bits above the first zero byte may be wrong.
 std::uint64_t zeroBytes(std::uint64_t word) { return (word - 0x0101010101010101U) & ~word & 0x8080808080808080U; }
 
-// The first special character at or after `text`, eight at a time; adds to `bits` every bit of what is before it.
+// Returns the first special character at or after `text`, comparing eight at a time. Adds the bits of the characters
+// before it to `bits`.
 const char* findSpecial(const char* text, const char* end, std::uint64_t& bits) {
   if constexpr (std::endian::native == std::endian::little) {
     for (; end - text >= 8; text += 8) {
       std::uint64_t word = 0;
       std::memcpy(&word, text, 8);
-      // '<' and '>' differ in one bit.
+      // '<' and '>' differ in one bit, so one comparison finds both.
       const std::uint64_t found =
           zeroBytes((word | 0x0202020202020202U) ^ 0x3E3E3E3E3E3E3E3EU) | zeroBytes(word ^ 0x2626262626262626U);
       if (found == 0) {
@@ -48,7 +49,7 @@ const char* findSpecial(const char* text, const char* end, std::uint64_t& bits) 
   return text;
 }
 
-// The end of a run of tabs, which is what most white space is; up to eight at a time.
+// Returns the end of a run of tabs, comparing eight at a time. Most white space in these files is tabs.
 const char* skipTabs(const char* text, const char* end) {
   if constexpr (std::endian::native == std::endian::little) {
     for (; end - text >= 8; text += 8) {
@@ -63,7 +64,7 @@ const char* skipTabs(const char* text, const char* end) {
 
 enum class Element { array, dictionary, string, key, data, date, integer, real, truth, falsehood, plist, unknown };
 
-// Names are told apart by how long they are and by a letter, then compared once.
+// Selects a candidate by the length and one letter, then compares the name once.
 Element elementOf(std::string_view name) {
   const auto named = [&](std::string_view candidate, Element element) {
     return name == candidate ? element : Element::unknown;
@@ -100,17 +101,17 @@ class XmlReader : private TextScanner {
     bool isEmpty;
   };
 
-  // Everything before the root element: white space, comments, processing instructions, and a document type
-  // without an internal subset.
+  // Skips everything before the root element: white space, comments, processing instructions, and a document type
+  // declaration without an internal subset.
   void skipProlog() {
     while (true) {
       skipSpace();
       if (end_ - next_ < 2) throw at(next_, "no XML content");
-      if (*next_ != '<') throw at(next_, "unexpected character " + quoted(*next_));
+      if (*next_ != '<') throw at(next_, unexpected(*next_));
       if (next_[1] == '?')
-        skipPast("?>", "a processing instruction that does not end");
+        skipPast("?>", unterminatedInstruction);
       else if (startsWith("<!--"))
-        skipPast("-->", "a comment that does not end");
+        skipPast("-->", unterminatedComment);
       else if (next_[1] == '!')
         skipDocumentType();
       else
@@ -119,27 +120,27 @@ class XmlReader : private TextScanner {
   }
 
   void skipDocumentType() {
-    if (!startsWith("<!DOCTYPE")) throw at(next_, "a malformed document type");
+    if (!startsWith("<!DOCTYPE")) throw at(next_, "a malformed document type declaration");
     const char* found = std::find_if(next_, end_, [](char character) { return character == '>' || character == '['; });
-    if (found == end_) throw at(next_, "a document type that does not end");
-    if (*found == '[') throw at(found, "a document type with an internal subset");
+    if (found == end_) throw at(next_, "an unterminated document type declaration");
+    if (*found == '[') throw at(found, "a document type declaration with an internal subset");
     next_ = found + 1;
   }
 
-  // Moves to the next element, past white space, comments and processing instructions; false at a closing tag.
+  // Moves to the next element, past white space, comments and processing instructions. Returns false at a closing tag.
   bool findElement() {
     while (true) {
       skipSpace();
-      if (next_ == end_) throw at(next_, "unexpected end");
-      if (*next_ != '<') throw at(next_, "unexpected character " + quoted(*next_) + " instead of an element");
-      if (end_ - next_ < 2) throw at(next_, "unexpected end");
+      if (next_ == end_) throw at(next_, unexpectedEnd);
+      if (*next_ != '<') throw at(next_, unexpected(*next_) + " instead of an element");
+      if (end_ - next_ < 2) throw at(next_, unexpectedEnd);
       switch (next_[1]) {
         case '/': return false;
-        case '?': skipPast("?>", "a processing instruction that does not end"); break;
+        case '?': skipPast("?>", unterminatedInstruction); break;
         case '!':
-          if (!startsWith("<!--")) throw at(next_, "a declaration among the elements");
+          if (!startsWith("<!--")) throw at(next_, "a declaration between elements");
           next_ += 2;
-          skipPast("-->", "a comment that does not end");
+          skipPast("-->", unterminatedComment);
           break;
         default: return true;
       }
@@ -152,7 +153,7 @@ class XmlReader : private TextScanner {
     const char* nameEnd = name;
     while (nameEnd != end_ && *nameEnd != '>' && !isSpace(*nameEnd)) ++nameEnd;
     const char* close = std::find(nameEnd, end_, '>');
-    if (close == end_) throw at(name, "a tag that does not end");
+    if (close == end_) throw at(name, "an unterminated tag");
     const bool isEmpty = close[-1] == '/';
     if (isEmpty && nameEnd == close) --nameEnd;
     if (nameEnd == name) throw at(name, "a tag without a name");
@@ -166,9 +167,8 @@ class XmlReader : private TextScanner {
 
   void closeTag(const Tag& tag) {
     if (end_ - next_ < 2 || next_[0] != '<' || next_[1] != '/')
-      throw at(next_, next_ == end_
-                          ? "unexpected end"
-                          : "unexpected character " + quoted(*next_) + " instead of </" + std::string(tag.name) + ">");
+      throw at(next_,
+               next_ == end_ ? unexpectedEnd : unexpected(*next_) + " instead of </" + std::string(tag.name) + ">");
     next_ += 2;
     if (!startsWith(tag.name)) throw at(next_, "a closing tag that does not match <" + std::string(tag.name) + ">");
     next_ += tag.name.size();
@@ -178,7 +178,7 @@ class XmlReader : private TextScanner {
     ++next_;
   }
 
-  // Reads the rest of an element after its opening tag; `level` counts the containers down to this one.
+  // Reads the rest of an element after its opening tag. `level` is the number of containers around it, itself included.
   std::uint32_t readElement(const Tag& tag, unsigned level) {
     switch (tag.element) {
       case Element::array: return readArray(tag, level);
@@ -204,12 +204,12 @@ class XmlReader : private TextScanner {
     throw at(tag.name.data(), "an unknown element");
   }
 
-  // One `plist` in another is odd, but it is read, so it has to end somewhere.
+  // The platform's reader accepts nested `plist` elements. The limit protects the stack.
   std::uint32_t readPlist(const Tag& tag, unsigned level) {
     requireLevel(++plists_, tag.name.data());
     if (tag.isEmpty || !findElement()) throw at(tag.name.data(), "an empty <plist>");
     const std::uint32_t root = readElement(openTag(), level);
-    if (findElement()) throw at(next_, "a second object, where only one may be");
+    if (findElement()) throw at(next_, "a second value in <plist>");
     closeTag(tag);
     --plists_;
     return root;
@@ -231,9 +231,9 @@ class XmlReader : private TextScanner {
     if (!tag.isEmpty) {
       while (findElement()) {
         const Tag keyTag = openTag();
-        if (keyTag.element != Element::key) throw at(keyTag.name.data(), "an element that is no key, in a <dict>");
+        if (keyTag.element != Element::key) throw at(keyTag.name.data(), "a value without a key in a <dict>");
         const std::uint32_t key = readKey(keyTag);
-        if (!findElement()) throw at(next_, "a key without a value");
+        if (!findElement()) throw at(next_, "a key without a value in a <dict>");
         builder_.entry(key, readElement(openTag(), level + 1));
       }
       closeTag(tag);
@@ -248,7 +248,7 @@ class XmlReader : private TextScanner {
     return key;
   }
 
-  // Reads text up to the next tag. What has no escapes stays where it is.
+  // Reads text up to the next tag. Text without escapes stays in the source.
   std::uint32_t readText(bool isKey) {
     const char* start = next_;
     std::uint64_t bits = 0;
@@ -258,7 +258,7 @@ class XmlReader : private TextScanner {
       verbatim = false;
       special = findSpecial(special + 1, end_, bits);
     }
-    if (special == end_) throw at(end_, "unexpected end");
+    if (special == end_) throw at(end_, unexpectedEnd);
     next_ = special;
     if (*special == '&' || startsWith("<!")) return readEscapedText(start, isKey);
     const std::string_view text(start, static_cast<std::size_t>(special - start));
@@ -272,7 +272,7 @@ class XmlReader : private TextScanner {
     return isKey ? builder_.key(string) : string;
   }
 
-  // The characters from `start` to the next tag, with escapes and CDATA sections resolved.
+  // Returns the characters from `start` to the next tag, with escapes and CDATA sections decoded.
   std::string decodeText(const char* start) {
     std::string text;
     for (next_ = start; next_ != end_;) {
@@ -287,14 +287,14 @@ class XmlReader : private TextScanner {
         text.push_back(*next_++);
       }
     }
-    throw at(next_, "unexpected end");
+    throw at(next_, unexpectedEnd);
   }
 
   void appendCharacterData(std::string& text) {
     constexpr std::string_view opening = "<![CDATA[";
-    if (!startsWith(opening)) throw at(next_, "a comment or declaration in a text");
+    if (!startsWith(opening)) throw at(next_, "a comment or declaration inside text");
     const char* start = next_ + opening.size();
-    skipPast("]]>", "a CDATA section that does not end");
+    skipPast("]]>", "an unterminated CDATA section");
     text.append(start, next_ - 3);
   }
 
@@ -326,13 +326,13 @@ class XmlReader : private TextScanner {
     for (; next_ != end_ && *next_ != ';'; ++next_) {
       const int digit = hexadecimalDigit(*next_);
       if (digit < 0 || (!isHexadecimal && digit > 9) || next_ - start >= mostDigits)
-        throw at(reference, "a malformed character reference");
+        throw at(reference, malformedReference);
       number = number * (isHexadecimal ? 16 : 10) + static_cast<unsigned>(digit);
     }
-    if (next_ == end_) throw at(reference, "a malformed character reference");
+    if (next_ == end_) throw at(reference, malformedReference);
     ++next_;
     if (number > 0x10FFFF || (number >= 0xD800 && number <= 0xDFFF))
-      throw at(reference, "a reference to what is no Unicode character");
+      throw at(reference, "a reference to an invalid Unicode character");
     std::u16string units;
     if (number < 0x10000) {
       units.push_back(static_cast<char16_t>(number));
@@ -347,7 +347,7 @@ class XmlReader : private TextScanner {
     if (tag.isEmpty) throw at(tag.name.data(), "an empty <data/>");
     const char* start = next_;
     const auto* close = static_cast<const char*>(std::memchr(next_, '<', static_cast<std::size_t>(end_ - next_)));
-    if (close == nullptr) throw at(end_, "unexpected end");
+    if (close == nullptr) throw at(end_, unexpectedEnd);
     next_ = close;
     const std::string_view text(start, static_cast<std::size_t>(close - start));
     std::uint32_t data = 0;
@@ -355,7 +355,7 @@ class XmlReader : private TextScanner {
       data = builder_.addSourceBase64(offset(start), text.size());
     } else {
       const auto high = std::find_if(text.begin(), text.end(), [](char character) { return (character & 0x80) != 0; });
-      if (high != text.end()) throw at(&*high, "a character in <data> that is not base64");
+      if (high != text.end()) throw at(&*high, "a non-ASCII character in <data>");
       data = builder_.addData(decodeBase64(text));
     }
     closeTag(tag);
@@ -364,7 +364,7 @@ class XmlReader : private TextScanner {
 
   std::uint32_t readDate(const Tag& tag) {
     const auto date = tag.isEmpty ? std::nullopt : parseDateText({next_, static_cast<std::size_t>(end_ - next_)});
-    if (!date) throw at(tag.name.data(), "a <date> that is no date");
+    if (!date) throw at(tag.name.data(), "an invalid <date>");
     next_ += date->length;
     closeTag(tag);
     return builder_.addDate(date->seconds);
@@ -374,7 +374,7 @@ class XmlReader : private TextScanner {
     if (tag.isEmpty) throw at(tag.name.data(), "an empty <real/>");
     const char* start = next_;
     const auto number = realOf(decodeText(start));
-    if (!number) throw at(start, "a <real> that is no number");
+    if (!number) throw at(start, "an invalid <real>");
     closeTag(tag);
     return builder_.addReal(*number);
   }
@@ -419,24 +419,25 @@ class XmlReader : private TextScanner {
     for (; next_ != end_ && *next_ != '<'; ++next_) {
       const int digit = hexadecimalDigit(*next_);
       if (digit < 0 || static_cast<std::uint64_t>(digit) >= base)
-        throw at(next_, "unexpected character " + quoted(*next_) + " in an <integer>");
+        throw at(next_, unexpected(*next_) + " in an <integer>");
       const auto value = static_cast<std::uint64_t>(digit);
       if (magnitude > (std::numeric_limits<std::uint64_t>::max() - value) / base)
         throw at(next_, "an <integer> out of range");
       magnitude = magnitude * base + value;
     }
-    if (next_ == end_) throw at(next_, "unexpected end");
-    if (next_ == start) throw at(next_, "an incomplete <integer>");
+    if (next_ == end_) throw at(next_, unexpectedEnd);
+    if (next_ == start) throw at(next_, "an <integer> without digits");
     return magnitude;
   }
 
-  // White space before a number, as the platform's reader has it: every control character, and the spaces of
-  // Unicode's general punctuation.
+  // Skips white space before a number, as the platform's reader does: control characters, U+0020, U+00A0 and the wide
+  // spaces of Unicode.
   void skipNumberSpace() {
     while (next_ != end_) {
       const auto byte = static_cast<unsigned char>(*next_);
       const bool control = byte < 0x21 || (byte > 0x7E && byte < 0xA1);
-      // Of a wide space the first byte is enough: the other two count as control characters.
+      // Like the platform's reader, skip one byte only. The other two of a wide space count as control characters,
+      // except the last byte of U+202F.
       if (!control && !(end_ - next_ >= 3 && isWideSpace(std::string_view(next_, 3)))) return;
       ++next_;
     }
@@ -460,14 +461,19 @@ class XmlReader : private TextScanner {
     next_ += found + closing.size();
   }
 
-  static std::string quoted(char character) {
+  static std::string unexpected(char character) {
     const auto byte = static_cast<unsigned char>(character);
-    if (byte >= 0x21 && byte <= 0x7E) return std::string("‘") + character + "’";
-    return "number " + std::to_string(byte);
+    if (byte >= 0x21 && byte <= 0x7E) return std::string("an unexpected character ‘") + character + "’";
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    return std::string("an unexpected byte 0x") + digits[byte >> 4] + digits[byte & 0xF];
   }
 
+  static constexpr const char* unterminatedInstruction = "an unterminated processing instruction";
+  static constexpr const char* unterminatedComment = "an unterminated comment";
+  static constexpr const char* malformedReference = "a malformed character reference";
+
   DocumentBuilder builder_;
-  unsigned plists_ = 0;  // how many are open
+  unsigned plists_ = 0;  // open `plist` elements
 };
 
 }  // namespace

@@ -14,7 +14,7 @@ class XmlRewriter {
  public:
   explicit XmlRewriter(const PlistDocument& document) : document_(document), buffer_(document.source.size()) {}
 
-  // False if an element of these arrays is no dictionary.
+  // Returns false if an element of these arrays is not a dictionary.
   bool add(const std::vector<RearrangedArray>& arrays) {
     for (const RearrangedArray& rearranged : arrays) {
       const PlistRecord& array = document_.records[rearranged.array];
@@ -23,7 +23,7 @@ class XmlRewriter {
         if (document_.records[element].kind != PlistKind::dictionary) return false;
       moves_.push_back({rearranged.array, rearranged.elements});
     }
-    // In the order of the text. Of two arrays, one in the other, the outer one begins first.
+    // In the order of the text: an array comes before the arrays inside it.
     std::sort(moves_.begin(), moves_.end(),
               [&](const RearrangedArray& a, const RearrangedArray& b) { return firstStart(a) < firstStart(b); });
     return true;
@@ -42,9 +42,9 @@ class XmlRewriter {
     return start(document_.element(document_.records[array.array], 0));
   }
 
-  // Appends the text from `from` to `to`, in which every rearranged array has its new order.
+  // Appends the text from `from` to `to` with rearranged arrays in their new order.
   void append(std::size_t from, std::size_t to) {
-    // An array inside an element begins after it; one that begins with it is the array that it is in.
+    // Arrays inside an element start after `from`. An array that starts at `from` is the one around the element.
     auto next =
         std::upper_bound(moves_.begin(), moves_.end(), from,
                          [&](std::size_t place, const RearrangedArray& array) { return place < firstStart(array); });
@@ -56,7 +56,7 @@ class XmlRewriter {
         append(start(next->elements[index]), end(next->elements[index]));
         from = end(before);
       }
-      // Whatever lies inside these elements has gone with them.
+      // The calls above have appended the arrays inside these elements.
       while (next != moves_.end() && firstStart(*next) < from) ++next;
     }
     copy(from, to);

@@ -1,4 +1,4 @@
-// Rewrites an XML property list in place of writing it anew.
+// Rewrites an XML property list: copies the file and changes the order of arrays.
 #pragma once
 
 #include <optional>
@@ -6,8 +6,7 @@
 #include "values/bytes.h"
 #include "values/plist_value.h"
 
-// The text that `value` was parsed from, with the elements of its rearranged arrays in their new order, each as it was
-// to the byte, and with everything else, white space and comments too, where it was. Absent where `value` is not an
-// XML file's root, or differs from it in more than the order of arrays of dictionaries, or where the file's bytes were
-// not this text (in another encoding).
+// Returns the text that `value` was parsed from, with the elements of rearranged arrays in their new order. The bytes
+// of each element and of everything between elements stay the same. Absent if `value` is not the root of an XML file,
+// if it differs from that in more than the order of arrays of dictionaries, or if the file has another encoding.
 std::optional<Bytes> rewriteXml(const PlistValue& value);

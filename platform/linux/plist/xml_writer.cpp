@@ -11,11 +11,11 @@
 #include <string>
 #include <string_view>
 
-#include "values/base64.h"
 #include "platform/linux/plist/date_text.h"
 #include "platform/linux/plist/large_memory.h"
 #include "platform/linux/plist/plist_error.h"
 #include "platform/linux/plist/xml_rewriter.h"
+#include "values/base64.h"
 
 namespace {
 
@@ -25,10 +25,10 @@ constexpr std::string_view header =
     "<plist version=\"1.0\">\n";
 
 constexpr unsigned base64Columns = 76;
-constexpr unsigned columnsALevel = 8;
+constexpr unsigned columnsPerLevel = 8;
 constexpr unsigned mostBase64Levels = 8;
 
-// Of base64 text, which has no other characters below its digits.
+// Sufficient for base64 text, whose other characters are all above the space.
 bool isSpace(char character) { return character <= ' '; }
 
 class XmlWriter {
@@ -64,7 +64,7 @@ class XmlWriter {
     }
   }
 
-  // The same for a value that still lies in its document, where nothing has to be counted or copied.
+  // Writes a record of a document without copying strings or counting references.
   void writeRecord(const PlistDocument& document, std::uint32_t index, unsigned level) {
     const PlistRecord& record = document.records[index];
     switch (record.kind) {
@@ -120,8 +120,8 @@ class XmlWriter {
 
   static std::string utf8OfUnits(const std::u16string& units) {
     std::string characters = utf8(units);
-    // Only an unpaired surrogate does not come back as it was.
-    if (utf16(characters) != units) throw unwritable("a string with an unpaired surrogate cannot be in an XML file");
+    // Only unpaired surrogates are lost in UTF-8.
+    if (utf16(characters) != units) throw unwritable("XML cannot represent a string with an unpaired surrogate");
     return characters;
   }
 
@@ -147,7 +147,7 @@ class XmlWriter {
     if (std::isnan(real)) return "nan";
     if (std::isinf(real)) return real < 0 ? "-infinity" : "+infinity";
     if (real == 0) return std::signbit(real) ? "-0.0" : "0.0";
-    // Seventeen digits tell any two doubles apart.
+    // Seventeen digits identify every double.
     constexpr int digits = 17;
     std::array<char, 32> text{};
     const auto written =
@@ -162,15 +162,15 @@ class XmlWriter {
 
   void writeDate(double seconds, unsigned level) {
     const auto text = dateText(seconds);
-    if (!text) throw unwritable("a date that far away cannot be in an XML file");
+    if (!text) throw unwritable("XML cannot represent a date out of the range of its calendar");
     writeElement("date", *text, level);
   }
 
-  // Base64 on lines of 76 columns less eight for each level, of which no more than eight count; white space of
-  // the given text is left out.
+  // Writes base64 on lines of 76 columns minus eight per level, for at most eight levels. Leaves out the white space of
+  // the given text.
   void writeBase64(std::string_view text, unsigned level) {
     const unsigned counted = std::min(level, mostBase64Levels);
-    const std::size_t width = base64Columns - columnsALevel * counted;
+    const std::size_t width = base64Columns - columnsPerLevel * counted;
     indent(level, 8);
     put("<data>\n");
     std::size_t column = 0;
@@ -206,7 +206,7 @@ class XmlWriter {
     put(">\n");
   }
 
-  // Makes room for `level` tabs and so many more bytes, and puts the tabs.
+  // Makes room for `level` tabs and `more` bytes, and appends the tabs.
   void indent(unsigned level, std::size_t more) {
     makeRoom(level + more);
     std::memset(out_.data() + size_, '\t', level);
@@ -218,7 +218,7 @@ class XmlWriter {
     put(text);
   }
 
-  // Appends where there is room already.
+  // Appends without making room.
   void put(std::string_view text) {
     std::memcpy(out_.data() + size_, text.data(), text.size());
     size_ += text.size();
@@ -227,7 +227,7 @@ class XmlWriter {
   void makeRoom(std::size_t more) {
     const std::size_t needed = size_ + more;
     if (needed <= out_.capacity()) return;
-    if (needed > PlistDocument::maximumSize) throw unwritable("it would be too large");
+    if (needed > PlistDocument::maximumSize) throw unwritable(tooLargeToWrite);
     out_.resize(size_);
     out_.reserve(std::max(needed, out_.capacity() + out_.capacity() / 2));
   }
@@ -236,7 +236,7 @@ class XmlWriter {
   std::size_t size_ = 0;
 };
 
-// How long the text may get: as long as the file that the value is from, and a little more.
+// An estimate of the size of the text: the size of the file that the value is from, and a little more.
 std::size_t expectedSize(const PlistValue& value) {
   constexpr std::size_t least = std::size_t{64} * 1024;
   const PlistValue::Place* place = value.placeOrOrigin();

@@ -1,11 +1,11 @@
-// Writes the XML format as the platform itself does, so that a file it wrote comes back byte for byte.
+// Writes the XML format of property lists, byte for byte as the platform does.
 #pragma once
 
 #include "values/bytes.h"
 #include "values/plist_value.h"
 
-// `value` as XML text. Where it is a parsed XML file of which only arrays changed their order, that file with just
-// those elements moved. Otherwise a new text, keys in their order. Throws Error for a value that XML cannot hold: a
-// string with an unpaired surrogate, a date beyond every calendar, or a tree whose parts are shared so often that the
-// text would be 4 GiB or more.
+// Returns `value` as XML text. If `value` is a parsed XML file in which only arrays changed their order, the result is
+// a copy of that file with the elements of these arrays moved. Otherwise it is a new text; dictionaries keep the order
+// of their keys. Throws Error for a value that XML cannot represent: a string with an unpaired surrogate, a date out
+// of range, or a tree with so many shared parts that the text would be 4 GiB or larger.
 Bytes writeXml(const PlistValue& value);

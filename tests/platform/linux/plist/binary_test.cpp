@@ -1,4 +1,4 @@
-// The binary format: what is read, what is refused and why, and how a file is rewritten.
+// The binary format: reading, errors, writing and rewriting.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -55,14 +55,14 @@ TEST(BinaryReader, namesTheByteOfATruncatedFile) {
     EXPECT_THAT(problemOf(small().slice(0, size)), HasSubstr("byte")) << size;
 }
 
-TEST(BinaryReader, refusesACycleAndNamesTheObject) {
+TEST(BinaryReader, refusesACycle) {
   BinaryFile file;
   file.array({1});
   file.array({0});
-  EXPECT_THAT(problemOf(file.bytes()), AllOf(HasSubstr("contains itself"), HasSubstr("at byte 8")));
+  EXPECT_THAT(problemOf(file.bytes()), HasSubstr("the object at byte 8 contains itself"));
 }
 
-TEST(BinaryReader, refusesAReferenceOutOfRangeAndNamesItsPlace) {
+TEST(BinaryReader, refusesAReferenceOutOfRange) {
   BinaryFile file;
   file.array({7});
   EXPECT_THAT(problemOf(file.bytes()), HasSubstr("reference out of range at byte 9"));
@@ -72,41 +72,41 @@ TEST(BinaryReader, refusesAnOffsetOutOfRange) {
   const Bytes bytes = small();
   const std::size_t table = bytes.size() - 32 - std::size_t{3} * 4;
   EXPECT_THAT(problemOf(withByte(bytes, table + 4, '\x7F')), HasSubstr("offset out of range in the offset table"));
-  EXPECT_THAT(problemOf(withByte(bytes, table + 7, '\x02')), HasSubstr("offset into the header"));
+  EXPECT_THAT(problemOf(withByte(bytes, table + 7, '\x02')), HasSubstr("an object inside the header at byte 2"));
 }
 
-TEST(BinaryReader, refusesABadSize) {
+TEST(BinaryReader, refusesAnInvalidCount) {
   BinaryFile beyond;
   beyond.add(
       "\x5F\x10\x7F"
       "abc");
-  EXPECT_THAT(problemOf(beyond.bytes()), HasSubstr("the object at byte 8 reaches beyond the objects"));
+  EXPECT_THAT(problemOf(beyond.bytes()), HasSubstr("the object at byte 8 extends into the offset table"));
   BinaryFile notANumber;
   notANumber.add(
       "\x5F\x50"
       "abc");
-  EXPECT_THAT(problemOf(notANumber.bytes()), HasSubstr("a size that is not an integer at byte 9"));
+  EXPECT_THAT(problemOf(notANumber.bytes()), HasSubstr("a count that is not an integer at byte 9"));
   BinaryFile huge;
   huge.add(std::string("\x5F\x14\x01") + std::string(15, '\0') + "abc");
-  EXPECT_THAT(problemOf(huge.bytes()), HasSubstr("a size out of range at byte 9"));
+  EXPECT_THAT(problemOf(huge.bytes()), HasSubstr("a count out of range at byte 9"));
 }
 
-TEST(BinaryReader, refusesEveryBadTrailer) {
+TEST(BinaryReader, refusesEveryInvalidTrailer) {
   const Bytes bytes = small();
   const std::size_t trailer = bytes.size() - 32;
-  EXPECT_THAT(problemOf(withByte(bytes, trailer + 6, '\0')), HasSubstr("bad offset size in the trailer"));
-  EXPECT_THAT(problemOf(withByte(bytes, trailer + 7, '\0')), HasSubstr("bad reference size in the trailer"));
+  EXPECT_THAT(problemOf(withByte(bytes, trailer + 6, '\0')), HasSubstr("an invalid offset size in the trailer"));
+  EXPECT_THAT(problemOf(withByte(bytes, trailer + 7, '\0')), HasSubstr("an invalid reference size in the trailer"));
   EXPECT_THAT(problemOf(withByte(bytes, trailer + 15, '\0')), HasSubstr("no objects in the trailer"));
   EXPECT_THAT(problemOf(withByte(bytes, trailer + 23, '\5')), HasSubstr("top object out of range in the trailer"));
   EXPECT_THAT(problemOf(withByte(bytes, trailer + 31, '\3')), HasSubstr("offset table out of range in the trailer"));
   EXPECT_THAT(problemOf(withByte(bytes, trailer + 15, '\2')), HasSubstr("offset table of the wrong size"));
 }
 
-TEST(BinaryReader, refusesWhatIsNoValueOfOurs) {
-  const std::vector<std::pair<std::string, std::string>> objects = {{std::string(1, '\0'), "a null"},
-                                                                    {"\x80\x01", "a UID"},
-                                                                    {"\xC0", "a set"},
-                                                                    {"\xB0", "a set"},
+TEST(BinaryReader, refusesUnsupportedObjects) {
+  const std::vector<std::pair<std::string, std::string>> objects = {{std::string(1, '\0'), "an unsupported null"},
+                                                                    {"\x80\x01", "an unsupported UID"},
+                                                                    {"\xC0", "an unsupported set"},
+                                                                    {"\xB0", "an unsupported set"},
                                                                     {"\x70", "unknown type"}};
   for (const auto& [object, problem] : objects) {
     BinaryFile file;
@@ -122,8 +122,8 @@ TEST(BinaryReader, refusesAKeyThatIsNotAString) {
   EXPECT_THAT(problemOf(file.bytes()), HasSubstr("a key that is not a string"));
 }
 
-TEST(BinaryReader, refusesObjectsThatLieOverOneAnother) {
-  // Each of these arrays reaches over the headers of all that follow, so together they would be quadratic.
+TEST(BinaryReader, refusesOverlappingObjects) {
+  // The references of each array are the markers of the arrays after it.
   std::string objects = "bplist00";
   std::vector<std::size_t> offsets;
   for (int array = 0; array < 200; ++array) {
@@ -131,7 +131,7 @@ TEST(BinaryReader, refusesObjectsThatLieOverOneAnother) {
     objects += '\xA3';
   }
   objects += std::string(3, '\0');
-  // The references of the n-th array are the three bytes after its marker: markers, 0xA3, which is object 163.
+  // The references of the n-th array are the three bytes after its marker: the markers 0xA3, which name object 163.
   std::string file = objects;
   for (const std::size_t offset : offsets) file += static_cast<char>(offset);
   file += std::string(6, '\0') + '\1' + '\1' + std::string(7, '\0') + static_cast<char>(200);
@@ -139,7 +139,7 @@ TEST(BinaryReader, refusesObjectsThatLieOverOneAnother) {
   EXPECT_NE(problemOf(Bytes(file)), "no error");
 }
 
-TEST(BinaryReader, reads512LevelsAndRefuses513) {
+TEST(BinaryReader, reads512LevelsAndRefusesMore) {
   const auto nested = [](unsigned levels) {
     BinaryFile file(2);
     for (unsigned level = 0; level < levels; ++level) file.array({level + 1});
@@ -147,21 +147,21 @@ TEST(BinaryReader, reads512LevelsAndRefuses513) {
     return file.bytes();
   };
   EXPECT_EQ(nestedArrays(readBinary(nested(512))), 512U);
-  EXPECT_THAT(problemOf(nested(513)), HasSubstr("more than 512 arrays or dictionaries one in another"));
-  EXPECT_THAT(problemOf(nested(60000)), HasSubstr("more than 512 arrays or dictionaries one in another"));
+  EXPECT_THAT(problemOf(nested(513)), HasSubstr("more than 512 levels of nested arrays and dictionaries"));
+  EXPECT_THAT(problemOf(nested(60000)), HasSubstr("more than 512 levels of nested arrays and dictionaries"));
 }
 
-TEST(BinaryReader, countsTheLevelsOfASharedObjectWhereverItHangs) {
-  // A chain of 300, hung once near the top and once under another chain of 300.
+TEST(BinaryReader, countsTheLevelsOfASharedObjectInEveryPlace) {
+  // A chain of 300 arrays, referred to from the top array and from the end of another chain of 300.
   BinaryFile file(2);
   file.array({1, 301});
   for (std::uint32_t object = 1; object < 301; ++object) file.array({object == 300 ? 601 : object + 1});
   for (std::uint32_t object = 301; object < 601; ++object) file.array({object == 600 ? 1 : object + 1});
   file.string("x");
-  EXPECT_THAT(problemOf(file.bytes()), HasSubstr("more than 512 arrays or dictionaries one in another"));
+  EXPECT_THAT(problemOf(file.bytes()), HasSubstr("more than 512 levels of nested arrays and dictionaries"));
 }
 
-TEST(BinaryFormat, integersComeBackExact) {
+TEST(BinaryFormat, roundTripsIntegers) {
   const std::vector<PlistInteger> integers = {0,
                                               1,
                                               127,
@@ -181,7 +181,7 @@ TEST(BinaryFormat, integersComeBackExact) {
   for (const PlistInteger integer : integers) EXPECT_EQ(anew(integer), PlistValue(integer)) << integer.decimal();
 }
 
-TEST(BinaryFormat, realsAndDatesComeBackToTheBit) {
+TEST(BinaryFormat, roundTripsRealsAndDates) {
   const std::vector<double> reals = {0.0,
                                      -0.0,
                                      0.1,
@@ -199,22 +199,22 @@ TEST(BinaryFormat, realsAndDatesComeBackToTheBit) {
   }
 }
 
-TEST(BinaryFormat, stringsComeBackUnitForUnit) {
+TEST(BinaryFormat, roundTripsEveryUnit) {
   std::u16string every;
-  for (unsigned unit = 0; unit < 0x10000; ++unit) every.push_back(static_cast<char16_t>(unit));  // unpaired ones too
+  for (unsigned unit = 0; unit < 0x10000; ++unit) every.push_back(static_cast<char16_t>(unit));  // also unpaired ones
   for (const std::u16string& string : {std::u16string(), std::u16string(1, u'\0'), std::u16string(u"a\r\nb\rc"), every,
                                        std::u16string(u"\U0001F600\U0010FFFF"), std::u16string(1, char16_t{0xD83D})})
     EXPECT_EQ(anew(string), PlistValue(string));
 }
 
-TEST(BinaryFormat, dataComesBackEvenWhenEmpty) {
+TEST(BinaryFormat, roundTripsData) {
   EXPECT_EQ(anew(Bytes(std::string())), PlistValue(Bytes(std::string())));
   std::string all;
   for (int byte = 0; byte < 256; ++byte) all.push_back(static_cast<char>(byte));
   EXPECT_EQ(anew(Bytes(all)), PlistValue(Bytes(all)));
 }
 
-TEST(BinaryFormat, keysKeepTheirOrder) {
+TEST(BinaryFormat, keepsTheOrderOfKeys) {
   const PlistValue value = PlistValue::dictionary({{u"z", 1}, {u"a", 2}, {u"", 3}, {u"日本", 4}});
   const PlistValue back = anew(value);
   for (std::size_t index = 0; index < value.size(); ++index) EXPECT_EQ(back.keyAt(index), value.keyAt(index));
@@ -227,16 +227,16 @@ TEST(BinaryFormat, writesEqualScalarsOnce) {
                     {PlistValue(u"a string of some length"), PlistValue(123456), PlistValue(0.5),
                      PlistValue(PlistDate{7}), PlistValue(Bytes(std::string(20, 'x'))), PlistValue(true)});
   }
-  // Six scalars and a reference of one byte for each of six hundred elements.
+  // Six scalars, and a reference of one byte for each of six hundred elements.
   EXPECT_LT(writeBinary(PlistValue::array(elements)).size(), 800U);
 }
 
-TEST(BinaryFormat, tellsAnIntegerFromTheRealAndTheDateThatEqualIt) {
+TEST(BinaryFormat, distinguishesKindsOfEqualNumbers) {
   const PlistValue value = PlistValue::array({1, 1.0, PlistDate{1}, true, u"1", Bytes(std::string("1"))});
   EXPECT_EQ(anew(value), value);
 }
 
-// A folder whose one child is reached twice on each level: 2^400 bookmarks, were it ever expanded.
+// 250 nested folders, each with the next folder twice: 2^250 bookmarks if it were expanded.
 Bytes astronomicalTree() {
   constexpr std::uint32_t levels = 250;
   BinaryFile file(2);
@@ -256,7 +256,7 @@ Bytes astronomicalTree() {
       file.string("Title");
       file.string("WebBookmarkTypeList");
     }
-    // The larger title comes first, so every level has something to put in order.
+    // The last folder has its bookmarks in the wrong order, so every level changes.
     const std::uint32_t next = folderObject(level + 1);
     const std::uint32_t last = 7U + 3 * levels;
     const bool atEnd = level + 1 == levels;
@@ -274,7 +274,7 @@ Bytes astronomicalTree() {
   return file.bytes();
 }
 
-TEST(BinaryFormat, handlesAnAstronomicallySharedTreeInTimeOfTheFile) {
+TEST(BinaryFormat, handlesATreeOf2ToThe250ValuesInLinearTime) {
   const VirtualMachine machine;
   const Bytes bytes = astronomicalTree();
   const PlistValue value = readBinary(bytes);
@@ -305,25 +305,25 @@ TEST(BinaryRewriter, changesOnlyTheReferencesOfRearrangedArrays) {
   EXPECT_EQ(readBinary(*after), inOrder);
 }
 
-TEST(BinaryRewriter, keepsUnusedObjectsAndBytesBetweenObjects) {
+TEST(BinaryRewriter, keepsUnusedObjectsAndGaps) {
   const VirtualMachine machine;
   BinaryFile file;
   const std::uint32_t inner = file.folder("bar", {file.leaf("b"), file.leaf("a")});
-  file.string("nobody refers to this");
+  file.string("no reference leads here");
   file.add(
       "\x51"
       "x"
-      "and these bytes belong to nothing");
+      "and these bytes are in no object");
   const Bytes before = file.bytes(file.folder("root", {inner}));
   const std::optional<Bytes> after = rewriteBinary(sorted(readBinary(before), true));
   ASSERT_TRUE(after);
-  EXPECT_THAT(std::string(after->text()), HasSubstr("nobody refers to this"));
-  EXPECT_THAT(std::string(after->text()), HasSubstr("and these bytes belong to nothing"));
+  EXPECT_THAT(std::string(after->text()), HasSubstr("no reference leads here"));
+  EXPECT_THAT(std::string(after->text()), HasSubstr("and these bytes are in no object"));
 }
 
-TEST(BinaryRewriter, leavesASharedFolderToTheWriterOfNewFiles) {
+TEST(BinaryRewriter, declinesAChangeOfASharedArray) {
   const VirtualMachine machine;
-  // One array of children, once under the Reading List, where it keeps its order, and once under a folder.
+  // An array of children, shared by the Reading List, where it keeps its order, and by a folder, where it is sorted.
   BinaryFile file;
   const std::uint32_t array = file.array({file.leaf("b"), file.leaf("a")});
   const std::uint32_t type = file.string("WebBookmarkType");
@@ -343,9 +343,9 @@ TEST(BinaryRewriter, leavesASharedFolderToTheWriterOfNewFiles) {
   EXPECT_FALSE(folders.at(1) == value.value(u"Children")->at(1));
 }
 
-TEST(BinaryRewriter, leavesAFileWhoseObjectsShareBytesToTheWriterOfNewFiles) {
+TEST(BinaryRewriter, declinesOverlappingObjects) {
   const VirtualMachine machine;
-  // The data of "Extra" are the very bytes of the array of children, which must not change with its order.
+  // The data of "Extra" are the bytes of the array of children and must not change with its order.
   std::string file = "bplist00";
   std::string table;
   const auto add = [&](const std::string& object) {
@@ -375,7 +375,7 @@ TEST(BinaryRewriter, leavesAFileWhoseObjectsShareBytesToTheWriterOfNewFiles) {
   EXPECT_EQ(back.value(u"Children")->at(0).value(u"Extra")->data()->text(), "\xA2\7\x8");
 }
 
-TEST(BinaryRewriter, declinesWhatIsNotARearrangement) {
+TEST(BinaryRewriter, declinesOtherChangesThanRearrangements) {
   BinaryFile file;
   file.array({1, 2});
   file.string("a");
@@ -389,7 +389,7 @@ TEST(BinaryRewriter, declinesWhatIsNotARearrangement) {
   EXPECT_EQ(readBinary(writeBinary(value.rearranged({value.at(1), value.at(1)}))), PlistValue::array({u"b", u"b"}));
 }
 
-TEST(BinaryReader, ofEqualKeysTheFirstCountsAlsoAmongMany) {
+TEST(BinaryReader, keepsTheFirstOfEqualKeysAmongMany) {
   BinaryFile file(2);
   std::vector<std::uint32_t> keys;
   std::vector<std::uint32_t> values;

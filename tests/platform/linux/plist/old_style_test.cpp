@@ -1,4 +1,4 @@
-// The old-style ASCII format, which is only read.
+// The old-style ASCII format, which the program reads but does not write.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -40,26 +40,26 @@ TEST(OldStyleReader, readsAStringsFile) {
             PlistValue::dictionary({{u"hello", u"world"}, {u"again", u"again"}}));
 }
 
-TEST(OldStyleReader, takesNothingButSpaceAndCommentsForAnEmptyDictionary) {
+TEST(OldStyleReader, readsABlankFileAsAnEmptyDictionary) {
   EXPECT_EQ(read(" \n\t// nothing\n/* at all */ "), PlistValue::dictionary({}));
 }
 
-TEST(OldStyleReader, knowsTheEscapes) {
+TEST(OldStyleReader, decodesEscapes) {
   EXPECT_EQ(read("\"\\341\\U00e9\\n\\q\\\xC3\xA9\""), PlistValue(u"\u00C6\u00E9\nqé"));
   EXPECT_EQ(read("\"\\Ud83d\""), PlistValue(std::u16string(1, char16_t{0xD83D})));
 }
 
-TEST(OldStyleReader, ofEqualKeysTheLastCounts) {
+TEST(OldStyleReader, keepsTheLastOfEqualKeys) {
   EXPECT_EQ(read("{ a = 1; b = 2; a = 3; }"), PlistValue::dictionary({{u"a", u"3"}, {u"b", u"2"}}));
 }
 
 TEST(OldStyleReader, namesTheLine) {
   EXPECT_THAT(problemOf("{\n a = b\n}\n"), HasSubstr("on line 3"));
   EXPECT_THAT(problemOf("(\r\n a,\r\n %)"), HasSubstr("on line 3"));
-  EXPECT_THAT(problemOf("(\n\"a"), HasSubstr("a quoted string that does not end on line 2"));
-  EXPECT_THAT(problemOf("{ a = b; } c"), HasSubstr("something after the end"));
-  EXPECT_THAT(problemOf("a\xFF"), HasSubstr("not valid UTF-8 on line 1"));
-  EXPECT_THAT(problemOf("{ a = b;\n \xC3\xA9 = \"\xC3\"; }"), HasSubstr("not valid UTF-8 on line 2"));
+  EXPECT_THAT(problemOf("(\n\"a"), HasSubstr("an unterminated quoted string on line 2"));
+  EXPECT_THAT(problemOf("{ a = b; } c"), HasSubstr("unexpected text after the end"));
+  EXPECT_THAT(problemOf("a\xFF"), HasSubstr("invalid UTF-8 on line 1"));
+  EXPECT_THAT(problemOf("{ a = b;\n \xC3\xA9 = \"\xC3\"; }"), HasSubstr("invalid UTF-8 on line 2"));
 }
 
 TEST(OldStyleReader, refusesEveryTruncation) {
@@ -69,14 +69,14 @@ TEST(OldStyleReader, refusesEveryTruncation) {
     EXPECT_NE(problemOf(text.substr(0, size)), "no error") << text.substr(0, size);
 }
 
-TEST(OldStyleReader, reads512LevelsAndRefuses513AndFarMore) {
+TEST(OldStyleReader, reads512LevelsAndRefusesMore) {
   const auto nested = [](std::size_t levels) { return std::string(levels, '(') + "a" + std::string(levels, ')'); };
   EXPECT_EQ(nestedArrays(read(nested(512))), 512U);
-  EXPECT_THAT(problemOf(nested(513)), HasSubstr("more than 512"));
-  EXPECT_THAT(problemOf(nested(1'000'000)), HasSubstr("more than 512"));
+  EXPECT_THAT(problemOf(nested(513)), HasSubstr("more than 512 levels"));
+  EXPECT_THAT(problemOf(nested(1'000'000)), HasSubstr("more than 512 levels"));
 }
 
-TEST(OldStyleReader, readsUtf16WithAMark) {
+TEST(OldStyleReader, readsUtf16WithAByteOrderMark) {
   EXPECT_EQ(read(std::string("\xFE\xFF\0\"\0\xE9\0\"", 8)), PlistValue(u"é"));
 }
 

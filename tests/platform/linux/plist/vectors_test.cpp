@@ -1,4 +1,4 @@
-// What the platform's own property-list reader and writer did with a few hundred small files.
+// Compares our results with those of the platform's own reader and writer for a few hundred small files.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -16,7 +16,7 @@ namespace {
 
 const std::filesystem::path folder = std::filesystem::path(QUILLERY_TEST_DATA) / "property_lists";
 
-// Files that we take otherwise than the platform does, each with the reason.
+// Files that we read differently from the platform, with the reasons.
 const std::map<std::string, std::string> differences = {};
 
 Bytes bytesOf(const std::filesystem::path& path) { return Bytes(contentOf(path)); }
@@ -40,7 +40,7 @@ class PropertyListVector : public testing::TestWithParam<std::string> {
   PropertyListCodec codec_;
 };
 
-TEST_P(PropertyListVector, isReadOrRefusedAsByThePlatform) {
+TEST_P(PropertyListVector, isReadOrRefusedAsOnThePlatform) {
   const std::string& name = GetParam();
   const nlohmann::json& wanted = expected().at(name);
   const Bytes bytes = bytesOf(folder / (name + ".plist"));
@@ -60,13 +60,13 @@ TEST_P(PropertyListVector, isReadOrRefusedAsByThePlatform) {
 
 using AcceptedPropertyList = PropertyListVector;
 
-TEST_P(AcceptedPropertyList, comesBackAsItWasThroughBothFormats) {
+TEST_P(AcceptedPropertyList, roundTripsThroughBothFormats) {
   const PlistValue value = codec_.parse(bytesOf(folder / (GetParam() + ".plist"))).value;
   EXPECT_EQ(codec_.parse(codec_.serialize(value, PropertyListFormat::binary)).value, value);
   EXPECT_EQ(codec_.parse(codec_.serialize(deepCopy(value), PropertyListFormat::binary)).value, value);
   try {
     const Bytes xml = codec_.serialize(value, PropertyListFormat::xml);
-    // XML cuts dates to whole seconds, so what it holds is compared with itself.
+    // XML has only whole seconds, so the value may differ. Compare the text of a second round trip.
     EXPECT_EQ(codec_.serialize(codec_.parse(xml).value, PropertyListFormat::xml), xml);
   } catch (const Error& error) {
     EXPECT_EQ(error.code(), 3852) << error.description();
@@ -83,7 +83,7 @@ std::string testName(const testing::TestParamInfo<std::string>& info) {
   return name;
 }
 
-// Files that the platform wrote: some values in both formats, some in one.
+// Files written by the platform: some values in both formats, some in one.
 class WrittenByThePlatform : public testing::TestWithParam<std::string> {
  protected:
   static Bytes file(const std::string& name, const std::string& format) {
@@ -93,7 +93,7 @@ class WrittenByThePlatform : public testing::TestWithParam<std::string> {
 };
 
 using XmlWrittenByThePlatform = WrittenByThePlatform;
-TEST_P(XmlWrittenByThePlatform, comesBackByteForByte) {
+TEST_P(XmlWrittenByThePlatform, isWrittenUnchanged) {
   const Bytes xml = file(GetParam(), "xml");
   EXPECT_EQ(codec_.serialize(codec_.parse(xml).value, PropertyListFormat::xml).text(), xml.text());
 }
@@ -101,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(Files, XmlWrittenByThePlatform,
                          testing::Values("w-nested_data", "w-reals", "w-repeats", "w-scalars", "w-titles"), testName);
 
 using BinaryWrittenByThePlatform = WrittenByThePlatform;
-TEST_P(BinaryWrittenByThePlatform, isNotLargerWhenWrittenAnew) {
+TEST_P(BinaryWrittenByThePlatform, doesNotGrowWhenWrittenAnew) {
   const Bytes binary = file(GetParam(), "binary");
   const PlistValue value = codec_.parse(binary).value;
   const Bytes anew = codec_.serialize(deepCopy(value), PropertyListFormat::binary);
@@ -112,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(Files, BinaryWrittenByThePlatform,
                          testing::Values("w-fractional_dates", "w-repeats", "w-scalars", "w-titles"), testName);
 
 using BothWrittenByThePlatform = WrittenByThePlatform;
-TEST_P(BothWrittenByThePlatform, holdTheSameValue) {
+TEST_P(BothWrittenByThePlatform, haveTheSameValue) {
   const PlistValue fromXml = codec_.parse(file(GetParam(), "xml")).value;
   const Bytes binary = file(GetParam(), "binary");
   EXPECT_EQ(fromXml, codec_.parse(binary).value);
