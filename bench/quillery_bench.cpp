@@ -153,10 +153,10 @@ void steps(Figures& figures, FileSystem& files, const std::filesystem::path& scr
   const bool same = figures.measure("step: compare trees", [&] { return inOrder == parsed.value; });
   figures.measure("step: back up", [&] { files.writeNew(backup, bytes); });
   const Bytes out = figures.measure("step: serialize", [&] { return propertyLists.serialize(inOrder, parsed.format); });
-  const bool holds = figures.measure("step: conflict check", [&] { return files.holds(path, bytes); });
-  figures.measure("step: write", [&] { files.writeAtomically(path, out); });
+  const bool replaced =
+      figures.measure("step: compare and write", [&] { return files.replaceIfHolds(path, bytes, out); });
   std::filesystem::remove(backup);
-  if (same || !holds) throw std::runtime_error("the file was in order already, or changed");
+  if (same || !replaced) throw std::runtime_error("the file was in order already, or changed");
 }
 
 int run(const std::string& file, int rounds, bool flush) {

@@ -1,20 +1,21 @@
-// This process as an application: its loop, its end, and what its user asks of it from outside.
+// The application object: its main loop, its termination, and requests that reach it from outside.
 #pragma once
 
 #include <memory>
 
-// Told of what happens to the application as a whole, on the main thread.
+// Receives the application's events. Every call comes on the main thread.
 class ApplicationDelegate {
  public:
   virtual ~ApplicationDelegate() = default;
 
-  // The loop is about to run. The first thing that it is told, once.
+  // Called once, when the main loop starts, before every other event.
   virtual void applicationDidFinishLaunching() = 0;
 
-  // The application is to end; answers whether it may.
+  // Called before the application terminates. Returns true if it may terminate, false to keep it running.
   virtual bool applicationShouldTerminate() = 0;
 
-  // The user opened the application though it runs; answers whether the platform may do what it usually does then.
+  // Called when the user opens the application while it is running. `hasVisibleWindows` is true if at least one of its
+  // windows is on the screen. Returns true if the platform may perform its default action, such as raising windows.
   virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
 };
 
@@ -22,12 +23,13 @@ class Application {
  public:
   virtual ~Application() = default;
 
-  // Held weakly.
+  // Keeps only a weak reference. Without a living delegate, events have the platform's default effect.
   virtual void setDelegate(const std::weak_ptr<ApplicationDelegate>& delegate) = 0;
 
-  // Runs the main loop until the application terminates.
+  // Runs the main loop until the application terminates. On some platforms that ends the process, so this may not
+  // return.
   virtual void run() = 0;
 
-  // Asks the delegate and, unless it refuses, ends the loop, dialogs and all.
+  // Asks the delegate. Unless it refuses, ends the main loop, including the nested loop of an open dialog.
   virtual void terminate() = 0;
 };

@@ -1,4 +1,4 @@
-// Command-line arguments, matched whole and at any position.
+// Command-line arguments. An argument is matched whole, at any position.
 #pragma once
 
 #include <algorithm>
@@ -7,6 +7,7 @@
 
 using Arguments = std::vector<std::string_view>;
 
+// Returns the parameters of main() without the program's name. They refer to the memory of `values`.
 inline Arguments argumentsOf(int count, char** values) { return {values + (count > 0 ? 1 : 0), values + count}; }
 
 inline bool contains(const Arguments& arguments, std::string_view wanted) {

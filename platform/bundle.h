@@ -1,4 +1,5 @@
-// The installed application itself.
+// The installed application. Paths are absolute and in UTF-8. Every function may throw Error if the system does not
+// know where the application is.
 #pragma once
 
 #include <optional>
@@ -8,15 +9,16 @@ class Bundle {
  public:
   virtual ~Bundle() = default;
 
-  // The folder of the application bundle, or what stands for it on this platform.
+  // Returns the folder of the application bundle, or the folder that the platform installs applications under.
   virtual std::string path() = 0;
 
-  // The running executable: an absolute path.
+  // Returns the path of the running executable.
   virtual std::string executablePath() = 0;
 
-  // The image file of the application's icon; whether it is there is not looked at.
+  // Returns the path of the application's icon, an image file. The file may not exist.
   virtual std::string iconPath() = 0;
 
-  // A text of the bundle's information, by its key ("CFBundleVersion"); absent if there is none or it is no text.
+  // Returns the text that the bundle's information has for `key`, such as "CFBundleVersion"; absent if there is no such
+  // key or its value is not text.
   virtual std::optional<std::string> information(const std::string& key) = 0;
 };

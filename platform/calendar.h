@@ -8,7 +8,6 @@
 
 using Instant = std::chrono::system_clock::time_point;
 
-// Day numbers are the Gregorian calendar's weekday component: 1 is Sunday, 7 is Saturday.
 struct DateComponents {
   int year = 0;
   int month = 0;  // 1 to 12
@@ -16,12 +15,12 @@ struct DateComponents {
   int hour = 0;   // 0 to 23
   int minute = 0;
   int second = 0;
-  int weekday = 0;  // 1 to 7
+  int weekday = 0;  // 1 is Sunday, 7 is Saturday
 };
 
-// What a search looks for; a match lies at second 0 of the minute.
+// A local time to search for. It matches at second 0 of the minute.
 struct MatchingTime {
-  std::optional<int> weekday;  // absent: any day
+  std::optional<int> weekday;  // 1 is Sunday, 7 is Saturday; absent for any day
   int hour = 0;
   int minute = 0;
 };
@@ -30,15 +29,15 @@ class Calendar {
  public:
   virtual ~Calendar() = default;
 
-  // The local date and time of an instant.
+  // Returns the local date and time of an instant.
   virtual DateComponents components(Instant instant) const = 0;
 
-  // The instant of a full local hour, at minute and second 0; only year, month, day and hour are read.
+  // Returns the instant at which a local hour begins. Reads only year, month, day and hour.
   virtual Instant instant(const DateComponents& components) const = 0;
 
-  // The earliest match strictly after `after`, absent if there is none. Where the time does not exist on a
-  // matching day (a gap), the first instant after the gap on that same day; where it occurs twice, the first
-  // of the two, and only that one. Absent too for an hour or a minute that no day has.
+  // Returns the earliest match strictly after `after`; absent if there is none, or if the hour or the minute is out of
+  // range. If the local time does not exist on a matching day (a gap), the match is the first instant after the gap on
+  // that day. If it occurs twice, only the first occurrence is a match.
   virtual std::optional<Instant> nextDate(Instant after, const MatchingTime& matching) const = 0;
 };
 
@@ -46,9 +45,10 @@ class Calendars {
  public:
   virtual ~Calendars() = default;
 
-  // The user's calendar, in the system's time zone as it is now.
+  // Returns a calendar in the time zone that the system has at the moment of the call.
   virtual std::shared_ptr<const Calendar> current() = 0;
 
-  // The calendar in a time zone of the tz database ("UTC", "America/New_York"). Throws Error for an unknown one.
+  // Returns a calendar in a time zone of the tz database, such as "UTC" or "America/New_York". Throws Error if the
+  // system does not know the zone.
   virtual std::shared_ptr<const Calendar> inTimeZone(const std::string& name) = 0;
 };

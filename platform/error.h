@@ -1,11 +1,12 @@
-// The one type of error that the platform and the program raise.
+// The one exception type that the platform and the program throw for failures that a user may see.
 #pragma once
 
 #include <exception>
 #include <string>
 #include <utility>
 
-// `domain` names who raised it and what `code` means there; `description` is text for the user, in UTF-8.
+// `domain` names the part that failed and gives `code` its meaning ("POSIX": an error number of the system).
+// `description` is a sentence for the user, in UTF-8.
 class Error : public std::exception {
  public:
   Error(std::string domain, int code, std::string description)

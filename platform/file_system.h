@@ -1,4 +1,5 @@
-// Files. Paths are absolute and in UTF-8. Every failure throws Error, with the path and the system's own words.
+// Files and folders. Paths are absolute and in UTF-8. Every function throws Error if it fails; the description has the
+// path and the system's own words.
 #pragma once
 
 #include <cstdint>
@@ -8,10 +9,9 @@
 #include "platform/calendar.h"
 #include "values/bytes.h"
 
-// The permission bits of folders for which nothing else is said.
+// The permission bits of a folder that needs no others.
 inline constexpr unsigned defaultFolderMode = 0755;
 
-// A file in a folder, as the folder lists it.
 struct FileEntry {
   std::string name;
   Instant modified;
@@ -22,35 +22,33 @@ class FileSystem {
  public:
   virtual ~FileSystem() = default;
 
-  // The current user's home folder, without a slash at the end.
+  // Returns the current user's home folder without a slash at the end; the empty string if that is the root folder.
   virtual std::string homeFolder() = 0;
 
-  // The whole content of a file.
+  // Returns the whole content of a file. Follows symbolic links.
   virtual Bytes read(const std::string& path) = 0;
 
-  // Whether a file's whole content, read anew, is exactly `expected`: the same bytes, whatever its dates say.
-  virtual bool holds(const std::string& path, const Bytes& expected) = 0;
-
-  // The regular files in a folder, those that symbolic links in it lead to among them, in any order. A folder that does
-  // not exist has none; one that cannot be looked through is an error.
+  // Returns the regular files in a folder, in no particular order. Includes symbolic links to regular files, with the
+  // size and time of the file that they point to. Returns none if the folder does not exist.
   virtual std::vector<FileEntry> filesIn(const std::string& path) = 0;
 
-  // Creates a folder and the missing ones above it; every folder created gets exactly `mode` (permission bits),
-  // those that exist keep theirs. A folder that exists already is no error.
+  // Creates a folder and its missing parents, each with exactly the permission bits `mode`. Folders that exist keep
+  // their permission bits, and it is no error if `path` itself exists.
   virtual void createFolder(const std::string& path, unsigned mode) = 0;
 
-  // Writes a new file, flushed to disk. Fails if anything of that name exists, and leaves nothing behind when
-  // it fails.
+  // Writes a new file and flushes it to disk. Fails if anything of that name exists. Leaves no file behind on failure.
   virtual void writeNew(const std::string& path, const Bytes& bytes) = 0;
 
-  // Sets the permission bits of a file that can be read.
+  // Sets the permission bits of a file that the user may read.
   virtual void setMode(const std::string& path, unsigned mode) = 0;
 
-  // Replaces a file's content whole or not at all, keeping its permission bits: a temporary file in the same
-  // folder, flushed to disk, renamed over the target. A symbolic link is followed, not replaced.
+  // Replaces the content of a file atomically: writes a temporary file in the same folder, flushes it to disk and
+  // renames it over the target. Keeps the target's permission bits. Creates the file if it does not exist. Follows a
+  // symbolic link instead of replacing it.
   virtual void writeAtomically(const std::string& path, const Bytes& bytes) = 0;
 
-  // The same for a file that may have been changed by others: answers false, and leaves it as it is, unless its whole
-  // content is exactly `expected`. Its content is read anew, once everything is ready to replace it.
+  // Like writeAtomically, but only if the content of the file is exactly `expected`. Returns false, and leaves the file
+  // alone, if it is not. Reads the file immediately before the rename, when the temporary file is complete, so that
+  // another process has almost no time to change it unnoticed. Throws Error if the file does not exist.
   virtual bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) = 0;
 };

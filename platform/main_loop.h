@@ -1,5 +1,5 @@
-// Time, and work that waits for it. Everything here runs on the main thread, also inside the nested loop of a modal
-// dialog or an open menu.
+// The main loop: the clock, posted work and timers. All work and handlers run on the main thread, also inside the
+// nested loop of a modal dialog or an open menu. They must not throw.
 #pragma once
 
 #include <chrono>
@@ -10,39 +10,40 @@
 
 using Work = std::function<void()>;
 
-// The main loop holds a timer until it is done, so that giving up the last reference to one does not stop it.
+// The main loop holds a timer until it has fired for the last time. Releasing every other reference does not stop it.
 class Timer {
  public:
   virtual ~Timer() = default;
 
-  // Keeps it from ever firing again. May be called at any time, from its own handler too, and more than once.
+  // Stops the timer for good. May be called at any time, also from its own handler, and more than once.
   virtual void invalidate() = 0;
 
-  // Whether it may still fire: not once it was invalidated, nor once a one-shot timer's handler has begun.
+  // Returns true if the timer may still fire. Returns false once it is invalidated, and for a one-shot timer from the
+  // moment its handler starts.
   virtual bool isValid() const = 0;
 };
 
-// What a timer does when it fires; it is handed the timer itself.
+// Called with the timer that fires.
 using TimerHandler = std::function<void(Timer&)>;
 
 class MainLoop {
  public:
   virtual ~MainLoop() = default;
 
-  // The clock on the wall: what timers at an instant go by.
+  // Returns the time of the wall clock, which also decides when the timers of timerAt fire.
   virtual Instant now() = 0;
 
-  // Runs `work` after what is running now and what was posted before.
+  // Queues `work` behind the work that is running and the work that was posted before.
   virtual void post(Work work) = 0;
 
-  // Runs `work` once, this much later.
+  // Runs `work` once, after `delay`.
   virtual void after(std::chrono::milliseconds delay, Work work) = 0;
 
-  // Fires once, when the clock on the wall reaches `fireDate`: at once if it has, and late if the machine slept
-  // through it or the main thread was busy.
+  // Returns a one-shot timer that fires when the wall clock reaches `fireDate`. It fires at once if that instant has
+  // passed, and late if the machine is asleep or the main thread is busy at that time.
   virtual std::shared_ptr<Timer> timerAt(Instant fireDate, TimerHandler handler) = 0;
 
-  // Fires every `interval` from now on. A firing that is overdue is made once, however many were missed; a timer does
-  // not fire while its own handler runs.
+  // Returns a timer that fires every `interval`, for the first time one interval from now. Any number of missed firings
+  // count as one. The timer does not fire while its own handler runs.
   virtual std::shared_ptr<Timer> repeatingTimer(std::chrono::milliseconds interval, TimerHandler handler) = 0;
 };

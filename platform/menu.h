@@ -1,4 +1,4 @@
-// The program's place in the menu bar, and the menu behind it.
+// The program's item in the menu bar and its menu.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,7 @@ class MenuItem {
   virtual std::string title() const = 0;
   virtual void setTitle(const std::string& title) = 0;
   virtual void setEnabled(bool enabled) = 0;
-  // Whether it has a check mark.
+  // Shows or hides the item's check mark.
   virtual void setOn(bool on) = 0;
 };
 
@@ -20,29 +20,28 @@ class Menu {
  public:
   virtual ~Menu() = default;
 
-  // Adds an item at the end, without a key equivalent, enabled and without a check mark.
+  // Appends an item that is enabled and has neither a key equivalent nor a check mark.
   virtual std::shared_ptr<MenuItem> addItem(const std::string& title, Action action) = 0;
   virtual void addSeparator() = 0;
 
-  // Whether the platform decides by itself which items are enabled, each time that the menu opens. It does unless
-  // told otherwise.
+  // If true, which is the default, the platform itself enables and disables the items each time the menu opens.
   virtual void setAutoenablesItems(bool autoenables) = 0;
 };
 
-// An image of the platform's own set of symbols.
+// An image from the platform's own set of symbols.
 struct SymbolImage {
-  std::string name;                      // "bookmark"
-  std::string accessibilityDescription;  // what is said in its place
-  bool isTemplate = false;               // drawn in the colours of what it is on, light or dark
+  std::string name;                      // such as "bookmark"
+  std::string accessibilityDescription;  // for screen readers
+  bool isTemplate = false;               // drawn in the colour of the text around it, light or dark
 };
 
-// A square in the menu bar.
+// A square item in the menu bar. It disappears when its last reference is released.
 class StatusItem {
  public:
   virtual ~StatusItem() = default;
   virtual void setImage(const SymbolImage& image) = 0;
   virtual void setToolTip(const std::string& text) = 0;
-  // Whether it is drawn as if nothing could be done with it.
+  // Draws the item as if it were disabled. It keeps working.
   virtual void setAppearsDisabled(bool appearsDisabled) = 0;
   virtual void setMenu(std::shared_ptr<Menu> menu) = 0;
   virtual std::shared_ptr<Menu> menu() const = 0;

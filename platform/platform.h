@@ -1,4 +1,4 @@
-// The platform that a program runs on: one of each interface, and the installed one.
+// The platform that the program runs on: an implementation of each interface, and access to the installed one.
 #pragma once
 
 #include <cassert>
@@ -20,7 +20,7 @@
 #include "platform/user_interface.h"
 #include "platform/workspace.h"
 
-// What only a program with a main loop has.
+// The interfaces that only a program with a main loop has.
 struct Desktop {
   Application& application;
   MainLoop& mainLoop;
@@ -39,10 +39,10 @@ struct Platform {
   Bundle& bundle;
   Processes& processes;
   UserDefaults& userDefaults;
-  const Desktop* desktop = nullptr;  // null in a program that has none, the command-line companion
+  const Desktop* desktop = nullptr;  // null in the command-line companion
 };
 
-// Installs a platform for as long as it lives, then the one before.
+// Installs a platform for its own lifetime, and then the previous one again. Keeps a reference to `platform`.
 class PlatformScope {
  public:
   explicit PlatformScope(const Platform& platform) : previous_(installed) { installed = &platform; }
@@ -56,20 +56,21 @@ class PlatformScope {
   const Platform* previous_;
 };
 
-// The installed platform; there must be one.
+// Returns the installed platform. One must be installed.
 inline const Platform& platform() {
   assert(PlatformScope::installed != nullptr);
   return *PlatformScope::installed;
 }
 
-// The installed platform's desktop; there must be one.
+// Returns the desktop of the installed platform, which must have one.
 inline const Desktop& desktop() {
   assert(platform().desktop != nullptr);
   return *platform().desktop;
 }
 
-// The platform of this system without a desktop, made by its native layer; lives as long as the process.
+// Returns this system's platform without a desktop, created by the native layer at the first call. It lives as long as
+// the process. Throws Error if a part of the system that it needs is missing.
 const Platform& nativePlatform();
 
-// The same with the desktop of the user's session, made at the first call. Throws Error if there is no screen.
+// Returns the same platform with the desktop of the user's session. Throws Error if there is no screen.
 const Platform& nativeDesktopPlatform();

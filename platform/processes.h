@@ -9,23 +9,26 @@ class Processes {
  public:
   virtual ~Processes() = default;
 
-  // A fresh random UUID in canonical form: 36 characters, upper-case digits, 8-4-4-4-12.
+  // Returns a new random UUID in canonical form: 36 characters, upper-case digits, 8-4-4-4-12. Throws Error if the
+  // system has no random bytes.
   virtual std::string randomUuid() = 0;
 
-  // This process, and the user whose it is.
+  // Returns the ID of this process.
   virtual int processIdentifier() = 0;
+
+  // Returns the ID of the user that this process runs as.
   virtual unsigned userIdentifier() = 0;
 
-  // Whether what this process writes to its standard output goes to a terminal.
+  // Returns true if the standard output of this process is a terminal.
   virtual bool writesToTerminal() = 0;
 
-  // A variable of this process's environment; absent if it is not set.
+  // Returns the value of an environment variable; absent if it is not set.
   virtual std::optional<std::string> environmentVariable(const std::string& name) = 0;
 
-  // The folder that relative paths begin at: an absolute path. Throws Error if it is gone.
+  // Returns the working folder as an absolute path. Throws Error if the folder no longer exists.
   virtual std::string workingFolder() = 0;
 
-  // Runs a program, with no shell, nothing to read and its output discarded, and waits for its end. Answers its exit
-  // status; of one that a signal ended, that signal's number. Throws Error if it cannot be started.
+  // Runs a program without a shell, with no input and with its output discarded, and waits until it ends. Returns its
+  // exit status, or the signal's number if a signal ended it. Throws Error if the program cannot be started.
   virtual int run(const std::string& path, const std::vector<std::string>& arguments) = 0;
 };

@@ -1,4 +1,4 @@
-// Property lists: bytes to values and back.
+// Parsing and serializing property lists.
 #pragma once
 
 #include <optional>
@@ -17,11 +17,10 @@ class PropertyLists {
 
   virtual ~PropertyLists() = default;
 
-  // The value in `bytes`, in whichever format they are, and that format. Throws Error if they are in none, saying
-  // what is wrong and at which byte or line.
+  // Detects the format of `bytes` and returns the value and that format. Throws Error if the bytes are malformed; the
+  // description has the reason and the byte or line.
   virtual Parsed parse(const Bytes& bytes) = 0;
 
-  // `value` in `format`. Throws Error if the format cannot be written (the old-style one can only be read) or
-  // cannot hold the value.
+  // Returns `value` in `format`. Throws Error if the format can only be read (old-style) or cannot represent the value.
   virtual Bytes serialize(const PlistValue& value, PropertyListFormat format) = 0;
 };

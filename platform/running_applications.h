@@ -1,4 +1,4 @@
-// The applications that are running.
+// The running applications.
 #pragma once
 
 #include <memory>
@@ -13,11 +13,12 @@ class RunningApplication {
 
   virtual int processIdentifier() const = 0;
 
-  // Absent for a process without one.
+  // Absent if the process has no bundle identifier.
   virtual std::optional<std::string> bundleIdentifier() const = 0;
 
-  // Asks it to quit normally, as its own menu would, and does not wait for that: it may ask its user about unsaved
-  // work, and stay. Answers whether the request was delivered. There is no way to force it.
+  // Requests a normal quit, the same as the Quit command of the application's own menu, and does not wait for it. The
+  // application may ask its user about unsaved work and keep running; it is never forced to quit. Returns true if the
+  // request was delivered.
   virtual bool terminate() = 0;
 };
 
@@ -25,6 +26,6 @@ class RunningApplications {
  public:
   virtual ~RunningApplications() = default;
 
-  // Every running instance of the application with this bundle identifier; none if it is not running.
+  // Returns every running instance of the application with this bundle identifier.
   virtual std::vector<std::shared_ptr<RunningApplication>> withBundleIdentifier(const std::string& identifier) = 0;
 };

@@ -1,4 +1,4 @@
-// What the program puts on the screen.
+// Creates what the program shows on the screen.
 #pragma once
 
 #include <memory>
@@ -10,8 +10,9 @@ class Screen {
  public:
   virtual ~Screen() = default;
 
-  // A place in the menu bar, for as long as there is a reference to it.
+  // Adds an item to the menu bar.
   virtual std::shared_ptr<StatusItem> makeStatusItem() = 0;
   virtual std::shared_ptr<Menu> makeMenu() = 0;
+  // Creates a hidden window without controls.
   virtual std::shared_ptr<Window> makeWindow(const WindowDescription& description) = 0;
 };

@@ -1,4 +1,4 @@
-// The program's own updates, as the platform's updater brings them.
+// Updates of the program itself, through the platform's updater.
 #pragma once
 
 #include <functional>
@@ -7,24 +7,26 @@
 #include "platform/main_loop.h"
 #include "platform/workspace.h"
 
-// What the updater asks and tells the program, on the main thread.
+// Receives the updater's questions and events. Every call comes on the main thread.
 class UpdaterDelegate {
  public:
   virtual ~UpdaterDelegate() = default;
 
-  // Whether the program announces by itself, gently, what a scheduled check has found.
+  // Returns true if the program itself announces, without a dialog, what a scheduled check found.
   virtual bool supportsGentleScheduledUpdateReminders() const = 0;
 
-  // An update is about to be shown, or to be announced where reminders are gentle.
+  // Called before the updater shows an update, or before the program has to announce it. `isUserInitiated` is true if
+  // the user requested the check.
   virtual void standardUserDriverWillHandleShowingUpdate(bool isUserInitiated) = 0;
 
-  // The user has seen the update.
+  // Called when the user has seen the update.
   virtual void standardUserDriverDidReceiveUserAttention() = 0;
 
-  // The update session is over, whether or not something was installed.
+  // Called at the end of the update session, whether an update was installed or not.
   virtual void standardUserDriverWillFinishUpdateSession() = 0;
 
-  // The program is to be relaunched for an update. True: it will be once `install` is called; false: now.
+  // Called before the updater relaunches the program. Returns true to postpone the relaunch until `install` is called,
+  // false to relaunch now.
   virtual bool shouldPostponeRelaunch(Work install) = 0;
 };
 
@@ -36,10 +38,10 @@ class UpdaterController {
   virtual void setAutomaticallyChecksForUpdates(bool checks) = 0;
 
   virtual bool canCheckForUpdates() const = 0;
-  // Calls `handler` at once and after each change.
+  // Calls `handler` at once, and again after each change of canCheckForUpdates.
   virtual Observation observeCanCheckForUpdates(std::function<void()> handler) = 0;
 
-  // Checks because the user asked for it, and shows what comes of it.
+  // Starts a check that the user requested, and shows its result.
   virtual void checkForUpdates() = 0;
 };
 
@@ -47,6 +49,7 @@ class Updater {
  public:
   virtual ~Updater() = default;
 
-  // Makes the controller of the program's updates and starts it. The delegate is held weakly.
+  // Creates and starts the controller. Keeps only a weak reference to the delegate. Throws Error if the updater cannot
+  // be created.
   virtual std::shared_ptr<UpdaterController> start(const std::weak_ptr<UpdaterDelegate>& delegate) = 0;
 };

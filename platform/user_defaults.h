@@ -1,4 +1,4 @@
-// The settings of the current user for this program, by key. They last beyond the process.
+// The persistent settings of the current user for this program, by key.
 #pragma once
 
 #include <optional>
@@ -10,9 +10,9 @@ class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
 
-  // What is stored now, of whatever type; absent if nothing is, or if the store cannot be read.
+  // Returns the value stored for `key`, of any type; absent if there is none or the settings cannot be read.
   virtual std::optional<PlistValue> object(const std::string& key) = 0;
 
-  // Stores a value in the place of any other. Nothing tells of a failure.
+  // Stores a value, replacing the previous one. Failures are not reported to the caller.
   virtual void set(const std::string& key, const PlistValue& value) = 0;
 };

@@ -1,11 +1,11 @@
-// What a person sees.
+// Alerts, and the application's place on the desktop.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <vector>
 
-// A modal dialog. Without buttons it has the platform's own single one.
+// A modal dialog. If `buttons` is empty, it has the platform's single default button.
 struct Alert {
   std::string messageText;
   std::string informativeText;
@@ -16,12 +16,13 @@ class UserInterface {
  public:
   virtual ~UserInterface() = default;
 
-  // Makes this an application without a Dock icon or a place among the running windows.
+  // Removes this application from the Dock and from the list of running applications.
   virtual void becomeAccessory() = 0;
 
-  // Brings this application to the front, whatever else is there.
+  // Brings this application to the front, even if another application is active.
   virtual void activateIgnoringOthers() = 0;
 
-  // Shows the dialog and waits; answers the index of the button chosen.
+  // Shows the dialog and waits for the user. Returns the index of the chosen button; 0 for the default button of an
+  // alert without buttons.
   virtual std::size_t runModal(const Alert& alert) = 0;
 };

@@ -1,5 +1,5 @@
-// Windows and what is in them, described by the program and drawn by the platform. Lengths are in points, and the
-// origin of a frame is at the bottom left of the window's content.
+// Windows and their controls, described by the program and drawn by the platform. Lengths are in points. The origin of
+// a frame is at the bottom left of the window's content.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 #include "platform/calendar.h"
 
-// What a control does when it is used.
+// Runs when the user operates a control. It must not throw.
 using Action = std::function<void()>;
 
 struct Frame {
@@ -21,7 +21,8 @@ struct Frame {
   friend bool operator==(const Frame&, const Frame&) = default;
 };
 
-// The key that presses a button from anywhere in its window. The button of Return is the default one, and is drawn so.
+// The key that presses a button, wherever the keyboard focus is in its window. The button with `returnKey` is the
+// window's default button and is drawn as such.
 enum class KeyEquivalent { none, returnKey, escape };
 
 // A push button or a check box.
@@ -31,20 +32,21 @@ class Button {
   virtual bool isOn() const = 0;
   virtual void setOn(bool on) = 0;
   virtual void setEnabled(bool enabled) = 0;
-  // The number that the program gave it.
+  // Returns the number from its description.
   virtual int tag() const = 0;
 };
 
 class PopUpButton {
  public:
   virtual ~PopUpButton() = default;
-  // The index of the item chosen, from 0. Choosing one here does not call the action.
+  // Returns the index of the selected item, from 0.
   virtual std::size_t selectedIndex() const = 0;
+  // Selects an item without calling the action.
   virtual void select(std::size_t index) = 0;
   virtual void setEnabled(bool enabled) = 0;
 };
 
-// A field for the time of day of an instant, with a stepper; hours and minutes of the user's calendar.
+// A field with a stepper for hour and minute, in the user's calendar.
 class DatePicker {
  public:
   virtual ~DatePicker() = default;
@@ -53,7 +55,6 @@ class DatePicker {
   virtual void setEnabled(bool enabled) = 0;
 };
 
-// A button that is pressed. The one of Return is the default button of its window.
 struct PushButton {
   Frame frame;
   std::string title;
@@ -61,49 +62,48 @@ struct PushButton {
   KeyEquivalent key = KeyEquivalent::none;
 };
 
-// A button that is on or off and off at first; using it changes that, and then calls the action if there is one.
+// Initially off. A click toggles it and then calls the action, if there is one.
 struct CheckBox {
   Frame frame;
   std::string title;
   Action action;
-  int tag = 0;  // a number of the program's own
+  int tag = 0;  // for the program's own use
 };
 
 struct PopUp {
   Frame frame;
-  std::vector<std::string> items;  // the first is chosen at first
-  Action action;                   // when its user has chosen
+  std::vector<std::string> items;  // the first is selected initially
+  Action action;                   // called when the user has selected an item
 };
 
 struct Label {
   Frame frame;
-  std::string text;      // lines end at "\n" and, where it wraps, wherever the frame does
-  double fontSize = 13;  // of the system's font
+  std::string text;      // lines break at "\n" and, if `wraps` is set, at the frame's edge
+  double fontSize = 13;  // of the system's font, in points
   bool isBold = false;
   bool isCentered = false;
   bool wraps = true;
 };
 
-// An image from a file; nothing is shown if it cannot be read.
+// An image from a file. If the file cannot be read, nothing is shown.
 struct Image {
   Frame frame;
   std::string path;
 };
 
-// Created hidden; nobody can resize or minimise it. It outlives being closed, and is gone when its last
-// reference is.
 struct WindowDescription {
   int width = 0;  // of the content
   int height = 0;
   std::string title;
-  bool isClosable = false;  // by its user; without it there is no close box, and no other way to close it
+  bool isClosable = false;  // by the user; if not, there is no close box and no key that closes it
 };
 
+// A window that the user can neither resize nor minimise. Closing hides it; releasing its last reference destroys it.
 class Window {
  public:
   virtual ~Window() = default;
 
-  // Controls come on top of one another in the order in which they are added, and Tab goes through them in it.
+  // Adds a control. Tab visits controls in the order in which they were added, and later controls cover earlier ones.
   virtual std::shared_ptr<Button> add(const PushButton& button) = 0;
   virtual std::shared_ptr<Button> add(const CheckBox& checkBox) = 0;
   virtual std::shared_ptr<PopUpButton> add(const PopUp& popUp) = 0;
@@ -111,10 +111,10 @@ class Window {
   virtual void add(const Label& label) = 0;
   virtual void add(const Image& image) = 0;
 
-  // Puts it in the middle of the screen.
+  // Moves the window to the middle of the screen.
   virtual void center() = 0;
-  // Shows it in front of the program's other windows and gives it the keyboard.
+  // Shows the window in front of the program's other windows and gives it the keyboard focus.
   virtual void makeKeyAndOrderFront() = 0;
-  // Takes it off the screen.
+  // Hides the window.
   virtual void orderOut() = 0;
 };

@@ -1,4 +1,4 @@
-// The user's session around this program: the applications installed in it, and what happens in it.
+// The user's session: the installed applications, the file manager and system-wide events.
 #pragma once
 
 #include <functional>
@@ -8,34 +8,37 @@
 
 #include "platform/running_applications.h"
 
-// An observation lasts until its last reference is given up.
+// Ends the observation when the last reference is released.
 using Observation = std::shared_ptr<void>;
 
-// Told of an application that has terminated; null where the notification names none.
+// Called with the application that terminated; null if the system does not identify it.
 using TerminationHandler = std::function<void(const std::shared_ptr<RunningApplication>& application)>;
 
 class Workspace {
  public:
   virtual ~Workspace() = default;
 
-  // Where the application with this bundle identifier is installed: a path for openApplication. Absent if it is not.
+  // Returns the location of the installed application with this bundle identifier, a path for openApplication; absent
+  // if it is not installed.
   virtual std::optional<std::string> locateApplication(const std::string& bundleIdentifier) = 0;
 
-  // Asks for the application at this location to be started, or to be brought to the front, and does not wait for it.
-  // Nothing tells of a failure.
+  // The next four functions do not wait for their effect, and do not report failures.
+
+  // Starts the application at this location, or brings it to the front.
   virtual void openApplication(const std::string& location) = 0;
 
-  // Opens an address in the program that the user has for it, and a folder in the file manager. Nothing tells of a
-  // failure.
+  // Opens an address (a URL) in the user's program for it.
   virtual void openAddress(const std::string& address) = 0;
+
+  // Opens a folder in the file manager.
   virtual void openFolder(const std::string& path) = 0;
 
-  // Shows a file or folder in the file manager, selected. Nothing tells of a failure.
+  // Shows the folder that contains a file or folder in the file manager, and selects the file or folder there.
   virtual void revealFile(const std::string& path) = 0;
 
-  // Calls `handler` on the main thread whenever an application, any one, has terminated.
+  // Calls `handler` on the main thread each time any application has terminated. The handler must not throw.
   virtual Observation observeTerminations(TerminationHandler handler) = 0;
 
-  // Calls `handler` on the main thread whenever the machine has woken from sleep.
+  // Calls `handler` on the main thread each time the machine has woken from sleep. The handler must not throw.
   virtual Observation observeWake(std::function<void()> handler) = 0;
 };

@@ -50,6 +50,19 @@ std::size_t readSome(const FileDescriptor& file, std::byte* start, std::size_t s
   return static_cast<std::size_t>(count);
 }
 
+// Returns true if the file's content is exactly `expected`.
+bool hasContent(const std::string& path, const Bytes& expected) {
+  const OpenFile file = openForReading(path);
+  LargeBuffer buffer(comparedAtOnce);
+  std::size_t compared = 0;
+  while (const std::size_t count = readSome(file.descriptor, buffer.data(), comparedAtOnce, path)) {
+    if (count > expected.size() - compared) return false;
+    if (std::memcmp(buffer.data(), expected.data() + compared, count) != 0) return false;
+    compared += count;
+  }
+  return compared == expected.size();
+}
+
 bool isFolder(const std::string& path) {
   struct stat status {};
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
@@ -116,18 +129,6 @@ Bytes PosixFileSystem::read(const std::string& path) {
   return std::move(content).take();
 }
 
-bool PosixFileSystem::holds(const std::string& path, const Bytes& expected) {
-  const OpenFile file = openForReading(path);
-  LargeBuffer buffer(comparedAtOnce);
-  std::size_t compared = 0;
-  while (const std::size_t count = readSome(file.descriptor, buffer.data(), comparedAtOnce, path)) {
-    if (count > expected.size() - compared) return false;
-    if (std::memcmp(buffer.data(), expected.data() + compared, count) != 0) return false;
-    compared += count;
-  }
-  return compared == expected.size();
-}
-
 std::vector<FileEntry> PosixFileSystem::filesIn(const std::string& path) { return regularFilesIn(path); }
 
 void PosixFileSystem::createFolder(const std::string& path, unsigned mode) {
@@ -150,7 +151,7 @@ void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& byte
 
 bool PosixFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) {
   return replaceFileIf(
-      path, bytes, [&] { return holds(path, expected); }, flush_);
+      path, bytes, [&] { return hasContent(path, expected); }, flush_);
 }
 
 void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew) {

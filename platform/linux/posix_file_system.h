@@ -20,9 +20,6 @@ class PosixFileSystem : public FileSystem {
   // Regular files only: a folder, a pipe or a device is an error and is not waited for.
   Bytes read(const std::string& path) override;
 
-  // Reads through a small buffer, and no further than the first difference.
-  bool holds(const std::string& path, const Bytes& expected) override;
-
   std::vector<FileEntry> filesIn(const std::string& path) override;
 
   void createFolder(const std::string& path, unsigned mode) override;
@@ -35,7 +32,7 @@ class PosixFileSystem : public FileSystem {
   // As replaceFile says; a file that did not exist gets the permission bits of any new file.
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
 
-  // As replaceFileIf says.
+  // See replaceFileIf. Reads the file in small blocks, and no further than the first difference.
   bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) override;
 
   // The same, with the permission bits for a file that did not exist.

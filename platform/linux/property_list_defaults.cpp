@@ -127,7 +127,7 @@ void PropertyListDefaults::store(const std::string& key, const PlistValue& value
 
 bool PropertyListDefaults::isCopy(const std::string& path, const Bytes& bytes) {
   try {
-    return files_.holds(path, bytes);
+    return files_.read(path) == bytes;
   } catch (const Error&) {
     return false;  // a folder, a link to nowhere, a file of another user: in any case not ours
   }

@@ -1,4 +1,4 @@
-// The applications that are running, by AppKit.
+// The running applications, through AppKit.
 #pragma once
 
 #import <AppKit/AppKit.h>
@@ -6,11 +6,11 @@
 #include "platform/macos/objective_c.h"
 #include "platform/running_applications.h"
 
-// NSRunningApplication, which asks the system's launch services.
+// Uses NSRunningApplication, which asks Launch Services.
 class AppKitApplications : public RunningApplications {
  public:
   std::vector<std::shared_ptr<RunningApplication>> withBundleIdentifier(const std::string& identifier) override;
 };
 
-// One of them.
+// Wraps an application of AppKit.
 std::shared_ptr<RunningApplication> runningApplicationOf(NSRunningApplication* application);

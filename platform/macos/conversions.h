@@ -1,39 +1,39 @@
-// The program's own types and Foundation's, turned into each other. Nothing else in this layer does that.
+// Conversions between the program's types and Foundation's. Every conversion in this layer is here.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-#include "values/bytes.h"
-#include "values/plist_value.h"
 #include "platform/calendar.h"
 #include "platform/error.h"
 #include "platform/macos/objective_c.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
-// Text. A malformed sequence of UTF-8 becomes U+FFFD, and so does an unpaired surrogate in UTF-8 text; UTF-16 units
-// come back as they were.
+// Text. Malformed UTF-8 becomes U+FFFD, and so does an unpaired surrogate on conversion to UTF-8. UTF-16 units survive
+// a round trip unchanged.
 NSString* stringOf(std::u16string_view units);
 NSString* stringOf(std::string_view utf8Text);
 std::u16string unitsOf(NSString* string);
 std::string textOf(NSString* string);
 
-// A path as a URL of a file.
+// Returns the file URL of a path.
 NSURL* fileAddress(const std::string& path);
 
-// Instants. They come back to the resolution of the system's clock, a microsecond.
+// Instants. A round trip keeps the resolution of the system clock, a microsecond.
 NSDate* dateOf(Instant instant);
 Instant instantOf(NSDate* date);
 
-// Bytes, not copied: each holds the other's memory for as long as it lives.
+// Bytes. The result shares the memory of its argument and keeps it alive.
 NSData* dataOf(const Bytes& bytes);
 Bytes bytesOf(NSData* data);
 
-// The error with its domain, code and localized description; of nil, that no reason was given.
+// Returns an Error with the domain, code and localized description of `error`; for nil, that the system gave no reason.
 Error errorOf(NSError* error);
-// An exception's name as domain, code 0, and its reason.
+// Returns an Error with the exception's name as its domain, code 0 and the exception's reason.
 Error errorOf(NSException* exception);
 
-// Calls `call` and answers what it does; an NSException becomes an Error.
+// Returns the result of `call`. Throws an Error for an NSException.
 template <class Call>
 auto raisingErrors(Call call) -> decltype(call()) {
   @try {
@@ -43,12 +43,12 @@ auto raisingErrors(Call call) -> decltype(call()) {
   }
 }
 
-// An object of a property list (NSString, NSNumber, NSDate, NSData, NSArray, NSDictionary with strings as keys) as a
-// value of exactly its kind: of the numbers, the two of CFBoolean are Booleans, those with a fraction reals, though it
-// be zero, and the others integers. Dictionaries have no order in Foundation, so keys come in any. An object that is in
-// several places becomes one value in all of them. Throws Error, saying what is wrong, for an object of another class,
-// an integer beyond -2^63 to 2^64-1, and more than plistMaximumDepth levels.
+// Returns the value of a property-list object (NSString, NSNumber, NSDate, NSData, NSArray, or NSDictionary with string
+// keys). Of the numbers, the two of CFBoolean become Booleans, floating-point types become reals, even without a
+// fraction, and the others become integers. Dictionaries of Foundation are unordered, so the keys come in any order.
+// An object in several places becomes one shared value. Throws Error for an object of another class, an integer outside
+// -2^63 to 2^64-1, and more than plistMaximumDepth levels.
 PlistValue valueOf(id object);
 
-// The same value as objects, immutable ones. A container that is in several places becomes one object in all of them.
+// Returns the value as objects that the caller must not change. A shared container becomes one shared object.
 id objectOf(const PlistValue& value);

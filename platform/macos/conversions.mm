@@ -15,14 +15,14 @@ using Seconds = std::chrono::duration<double>;
 
 Error unfit(const std::string& problem) {
   return {textOf(NSCocoaErrorDomain), static_cast<int>(NSPropertyListReadCorruptError),
-          "The property list couldn’t be used because it holds " + problem + "."};
+          "The property list couldn’t be used because it contains " + problem + "."};
 }
 
 bool isBoolean(NSNumber* number) { return CFGetTypeID((__bridge CFTypeRef)number) == CFBooleanGetTypeID(); }
 
 bool isReal(NSNumber* number) { return CFNumberIsFloatType((__bridge CFNumberRef)number) != 0; }
 
-// Foundation keeps integers beyond 64 bits, too, and its accessors cut them off without a word.
+// Foundation also stores integers of more than 64 bits, and its accessors truncate them silently.
 PlistInteger integerOf(NSNumber* number) {
   const bool isNegative = [number compare:@0] == NSOrderedAscending;
   NSNumber* const kept = isNegative ? @(number.longLongValue) : @(number.unsignedLongLongValue);
@@ -51,7 +51,7 @@ class ValueMaker {
   }
 
  private:
-  // What is nested in many places at once would, made anew for each, not fit the world.
+  // Each container is converted once. Otherwise nested sharing would take exponential time and memory.
   PlistValue makeContainer(id container, bool isArray) {
     const void* const identity = (__bridge const void*)container;
     const auto known = made_.find(identity);
@@ -82,7 +82,7 @@ class ValueMaker {
     return PlistValue::dictionary(std::move(entries));
   }
 
-  unsigned depth_ = 0;  // of the containers around what is being made
+  unsigned depth_ = 0;  // of the containers around the current object
   std::unordered_map<const void*, PlistValue> made_;
 };
 
@@ -165,7 +165,7 @@ NSData* dataOf(const Bytes& bytes) {
   return [[NSData alloc] initWithBytesNoCopy:const_cast<std::byte*>(bytes.data())
                                       length:bytes.size()
                                  deallocator:^(void*, NSUInteger) {
-                                   static_cast<void>(owner);  // which the block holds until then
+                                   static_cast<void>(owner);  // captured, so it lives as long as the block
                                  }];
 }
 

@@ -1,4 +1,4 @@
-// Gregorian calendars by Foundation.
+// Gregorian calendars, through Foundation.
 #pragma once
 
 #include <memory>
@@ -6,9 +6,10 @@
 
 #include "platform/calendar.h"
 
-// NSCalendar in the system's time zone, which is looked up anew in every call, or in one of Foundation's names.
+// Uses NSCalendar. `current` reads the system's time zone again in every call; `inTimeZone` takes Foundation's names.
 //
-// Where a gap is not an hour long, or begins at midnight, Foundation may find a later time than its end; so may this.
+// For a gap that is not an hour long or begins at midnight, nextDate may return a later instant than the end of the
+// gap, because NSCalendar does.
 class FoundationCalendars : public Calendars {
  public:
   std::shared_ptr<const Calendar> current() override;

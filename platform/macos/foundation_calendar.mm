@@ -55,7 +55,7 @@ class FoundationCalendar : public Calendar {
                                 options:NSCalendarMatchNextTime | NSCalendarMatchFirst];
   }
 
-  // Asked between two equal times of a night that has an hour twice, Foundation answers the second of them.
+  // Between the two occurrences of a repeated local time, NSCalendar finds the second one, which is not a match.
   bool isFirstOfItsDay(NSDate* match, NSDateComponents* wanted) const {
     NSDate* const before = [[calendar_ startOfDayForDate:match] dateByAddingTimeInterval:-1];
     return [nextMatch(before, wanted) compare:match] != NSOrderedAscending;

@@ -4,7 +4,7 @@
 
 namespace {
 
-// The units where they lie: a sort compares each title many times.
+// Does not copy the units, because a sort compares each title many times.
 NSString* stringAt(std::u16string_view units) {
   auto* const start = const_cast<unichar*>(reinterpret_cast<const unichar*>(units.data()));
   return [[NSString alloc] initWithCharactersNoCopy:start length:units.size() freeWhenDone:NO];

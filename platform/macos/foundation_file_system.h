@@ -1,17 +1,15 @@
-// Files by Foundation.
+// Files and folders, through Foundation.
 #pragma once
 
 #include "platform/file_system.h"
 
-// NSFileManager and NSData, whose errors come with their own domain, code and description. Only the operations that
-// write files are the system's plain ones: NSData does not say that the disk has what it wrote, and gives a new file
-// the permission bits of any new file until they are set. So is looking through a folder, which needs nothing that is
-// Foundation's own. These throw as FileAttempt does.
+// Uses NSFileManager and NSData, with their own error domains, codes and descriptions. Writing and listing use POSIX
+// calls and throw the errors of FileAttempt: NSData does not flush to disk, and creates a file with the permission bits
+// of the umask before others can be set; listing needs nothing of Foundation.
 class FoundationFileSystem : public FileSystem {
  public:
   std::string homeFolder() override;
   Bytes read(const std::string& path) override;
-  bool holds(const std::string& path, const Bytes& expected) override;
   std::vector<FileEntry> filesIn(const std::string& path) override;
   void createFolder(const std::string& path, unsigned mode) override;
   void writeNew(const std::string& path, const Bytes& bytes) override;

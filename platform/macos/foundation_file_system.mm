@@ -26,8 +26,6 @@ Bytes FoundationFileSystem::read(const std::string& path) {
   }
 }
 
-bool FoundationFileSystem::holds(const std::string& path, const Bytes& expected) { return read(path) == expected; }
-
 std::vector<FileEntry> FoundationFileSystem::filesIn(const std::string& path) { return regularFilesIn(path); }
 
 void FoundationFileSystem::createFolder(const std::string& path, unsigned mode) {
@@ -56,5 +54,5 @@ void FoundationFileSystem::writeAtomically(const std::string& path, const Bytes&
 }
 
 bool FoundationFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) {
-  return replaceFileIf(path, bytes, [&] { return holds(path, expected); });
+  return replaceFileIf(path, bytes, [&] { return read(path) == expected; });
 }

@@ -1,19 +1,19 @@
-// What Foundation offers to processes.
+// Services for processes, through Foundation.
 #pragma once
 
 #include "platform/processes.h"
 
-// NSUUID, NSProcessInfo and NSTask. Errors are Foundation's own.
+// Uses NSUUID, NSProcessInfo and NSTask, with Foundation's own errors.
 class FoundationProcesses : public Processes {
  public:
   std::string randomUuid() override;
   int processIdentifier() override;
-  // The user who started the process, whatever rights it has.
+  // Returns the real user ID, not the effective one.
   unsigned userIdentifier() override;
   bool writesToTerminal() override;
   std::optional<std::string> environmentVariable(const std::string& name) override;
   std::string workingFolder() override;
-  // The program has this process's environment and working folder. While it runs, the run loop may go on in its default
-  // mode: that is how NSTask waits.
+  // The program inherits this process's environment and working folder. While NSTask waits for it, the run loop may run
+  // in its default mode.
   int run(const std::string& path, const std::vector<std::string>& arguments) override;
 };

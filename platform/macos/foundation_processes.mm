@@ -40,6 +40,6 @@ int FoundationProcesses::run(const std::string& path, const std::vector<std::str
     NSError* error = nil;
     if (![task launchAndReturnError:&error]) throw errorOf(error);
     [task waitUntilExit];
-    return task.terminationStatus;  // of one that a signal ended, the signal's number
+    return task.terminationStatus;  // the signal's number if a signal ended it
   });
 }

@@ -1,12 +1,12 @@
-// Property lists by Foundation.
+// Property lists, through Foundation.
 #pragma once
 
 #include "platform/property_lists.h"
 
-// NSPropertyListSerialization, without options. Errors are Foundation's own, and those of valueOf.
+// Uses NSPropertyListSerialization without options. Throws Foundation's own errors and those of valueOf.
 //
-// A dictionary's keys come in no particular order. What it writes may differ from what it read where Foundation has
-// more than one way to say the same, and a real of minus zero is written in XML as zero.
+// The keys of a dictionary come in no particular order. Serializing a parsed value may give other bytes than those that
+// were parsed, because formats have several representations of a value. In XML, the real -0.0 is written as 0.0.
 class FoundationPropertyLists : public PropertyLists {
  public:
   Parsed parse(const Bytes& bytes) override;

@@ -3,13 +3,13 @@
 
 #include "platform/bundle.h"
 
-// NSBundle's main bundle: Quillery.app.
+// Uses the main bundle of NSBundle, which is Quillery.app.
 class MainBundle : public Bundle {
  public:
   std::string path() override;
-  // Throws Error if the bundle has none.
+  // Throws Error if the bundle has no executable.
   std::string executablePath() override;
-  // AppIcon.icns among the bundle's resources.
+  // Returns the path of AppIcon.icns in the bundle's resources.
   std::string iconPath() override;
   std::optional<std::string> information(const std::string& key) override;
 };

@@ -5,11 +5,10 @@ target_compile_options(quillery_native PRIVATE -fobjc-arc)
 target_link_libraries(quillery_native PUBLIC quillery_values PRIVATE "-framework AppKit" "-framework Foundation"
                                                                    "-framework CoreFoundation" -lobjc)
 
-# What only a program with a main loop has, with Sparkle, which the companion does not load. Sparkle is no part of the
-# system: SPARKLE_FOLDER is where its framework is.
+# The desktop, which the companion does not load. Sparkle is not part of the system; its framework is in SPARKLE_FOLDER.
 file(GLOB macos_desktop_sources CONFIGURE_DEPENDS platform/macos/desktop/*.mm)
 add_library(quillery_native_desktop STATIC ${macos_desktop_sources})
-# As a system's framework: its headers keep to other warnings than ours.
+# As a system framework, because its headers do not compile with our warnings.
 target_compile_options(quillery_native_desktop PRIVATE -fobjc-arc "SHELL:-iframework ${SPARKLE_FOLDER}")
 target_link_libraries(quillery_native_desktop PUBLIC quillery_native
                                               PRIVATE "-framework CoreGraphics" "-F${SPARKLE_FOLDER}" "-framework Sparkle")

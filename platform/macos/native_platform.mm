@@ -1,4 +1,4 @@
-// The platform of a Mac's session without a screen.
+// The platform of macOS without a desktop.
 #include "platform/macos/appkit_applications.h"
 #include "platform/macos/foundation_calendar.h"
 #include "platform/macos/foundation_collation.h"

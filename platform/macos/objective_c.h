@@ -1,4 +1,4 @@
-// What every Objective-C++ source of this layer includes first.
+// Every Objective-C++ header of this layer includes this header.
 #pragma once
 
 #if !__has_feature(objc_arc)

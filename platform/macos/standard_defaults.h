@@ -1,9 +1,9 @@
-// The settings, in the user's defaults.
+// The settings in the user defaults of macOS.
 #pragma once
 
 #include "platform/user_defaults.h"
 
-// NSUserDefaults' standard ones. What is no value of a property list is absent, and is not stored.
+// Uses the standard user defaults of NSUserDefaults. A stored object that is no property-list value counts as absent.
 class StandardDefaults : public UserDefaults {
  public:
   std::optional<PlistValue> object(const std::string& key) override;

@@ -17,7 +17,6 @@ class VirtualFileSystem : public FileSystem {
 
   std::string homeFolder() override { return home_; }
   Bytes read(const std::string& path) override;
-  bool holds(const std::string& path, const Bytes& expected) override;
   std::vector<FileEntry> filesIn(const std::string& path) override;
   void createFolder(const std::string& path, unsigned mode) override;
   void writeNew(const std::string& path, const Bytes& bytes) override;
@@ -47,6 +46,8 @@ class VirtualFileSystem : public FileSystem {
   const std::map<std::string, unsigned>& folders() const { return folders_; }
 
  private:
+  // The first step of replaceIfHolds.
+  bool holds(const std::string& path, const Bytes& expected);
   // Throws if the folder of `path` does not exist.
   void requireParent(const std::string& operation, const std::string& path) const;
   // Sets the modification time of a file; each change is one second after the previous one.

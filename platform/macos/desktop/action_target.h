@@ -1,10 +1,10 @@
-// The one class that AppKit's controls and menu items send their action to.
+// The target that AppKit's controls and menu items send their action to.
 #pragma once
 
 #include "platform/macos/objective_c.h"
 #include "platform/window.h"
 
-// Calls an action, if it is one, whoever sends `performAction:`.
+// Calls the action, if it is not empty, for `performAction:` from any sender.
 @interface ActionTarget : NSObject
 - (instancetype)initWithAction:(Action)action;
 - (void)performAction:(id)sender;

@@ -15,7 +15,7 @@
 }
 
 - (void)performAction:(id)__unused sender {
-  const Action action = action_;  // what it does may be the end of this object
+  const Action action = action_;  // the action may destroy this object
   if (action) callBack(action);
 }
 

@@ -1,4 +1,4 @@
-// The process as an application of AppKit's.
+// The application object of AppKit.
 #pragma once
 
 #import <AppKit/AppKit.h>
@@ -10,14 +10,14 @@
 
 @class ApplicationForwarder;
 
-// NSApplication's shared one. There is one of these at a time.
+// Uses the shared NSApplication. At most one instance may exist at a time.
 class AppKitApplication : public Application {
  public:
   AppKitApplication();
 
   void setDelegate(const std::weak_ptr<ApplicationDelegate>& delegate) override;
 
-  // AppKit ends the process when the application terminates, so this returns only if that fails.
+  // AppKit ends the process when the application terminates, so this returns only if the loop cannot run.
   void run() override;
 
   // Returns only if the delegate refuses.
@@ -25,5 +25,5 @@ class AppKitApplication : public Application {
 
  private:
   NSApplication* application_ = NSApplication.sharedApplication;
-  ApplicationForwarder* forwarder_;  // AppKit holds its delegate weakly
+  ApplicationForwarder* forwarder_;  // AppKit keeps a weak reference
 };

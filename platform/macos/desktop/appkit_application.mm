@@ -2,7 +2,7 @@
 
 #include "platform/macos/desktop/callback.h"
 
-// Passes on what AppKit tells and asks. Where there is no delegate any more, AppKit goes its usual way.
+// Forwards AppKit's messages to the delegate. Without a living delegate, AppKit performs its default action.
 @interface ApplicationForwarder : NSObject <NSApplicationDelegate>
 - (void)setDelegate:(const std::weak_ptr<ApplicationDelegate>&)delegate;
 @end

@@ -1,4 +1,4 @@
-// The controls that a program holds on to, over AppKit's. They outlive their window, but then nobody sees them.
+// Wrappers of AppKit's controls. They may outlive their window, and then have no visible effect.
 #pragma once
 
 #import <AppKit/AppKit.h>
@@ -23,7 +23,7 @@ class AppKitPopUpButton : public PopUpButton {
  public:
   explicit AppKitPopUpButton(NSPopUpButton* popUp) : popUp_(popUp) {}
   std::size_t selectedIndex() const override;
-  // An index that there is not is ignored.
+  // Ignores an index that is out of range.
   void select(std::size_t index) override;
   void setEnabled(bool enabled) override { popUp_.enabled = enabled; }
 

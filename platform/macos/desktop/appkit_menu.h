@@ -1,4 +1,4 @@
-// A menu of AppKit's.
+// A menu, through AppKit.
 #pragma once
 
 #import <AppKit/AppKit.h>
@@ -22,8 +22,8 @@ class AppKitMenuItem : public MenuItem {
   NSMenuItem* item_;
 };
 
-// AppKit closes the menu before an item's action runs, so that may show a dialog. Where AppKit decides which items are
-// enabled, all of these are.
+// AppKit closes the menu before it calls an item's action, so an action may show a dialog. With automatic enabling,
+// every item is enabled, because every item has a target.
 class AppKitMenu : public Menu {
  public:
   std::shared_ptr<MenuItem> addItem(const std::string& title, Action action) override;
@@ -34,5 +34,5 @@ class AppKitMenu : public Menu {
 
  private:
   NSMenu* menu_ = [[NSMenu alloc] initWithTitle:@""];
-  std::vector<ActionTarget*> targets_;  // which the items hold weakly
+  std::vector<ActionTarget*> targets_;  // the items keep weak references
 };

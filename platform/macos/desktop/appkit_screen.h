@@ -1,4 +1,4 @@
-// What the program puts on the screen, by AppKit.
+// Creates windows, menus and the status item, through AppKit.
 #pragma once
 
 #include "platform/screen.h"

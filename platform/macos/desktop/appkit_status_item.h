@@ -1,4 +1,4 @@
-// The program's place in the menu bar.
+// The program's item in the menu bar, through AppKit.
 #pragma once
 
 #import <AppKit/AppKit.h>
@@ -14,11 +14,11 @@ class AppKitStatusItem : public StatusItem {
   AppKitStatusItem(const AppKitStatusItem&) = delete;
   AppKitStatusItem& operator=(const AppKitStatusItem&) = delete;
 
-  // A symbol that the system has not got is no image.
+  // Shows no image if the system does not have the symbol.
   void setImage(const SymbolImage& image) override;
   void setToolTip(const std::string& text) override;
   void setAppearsDisabled(bool appearsDisabled) override { item_.button.appearsDisabled = appearsDisabled; }
-  // It must be one that AppKitScreen made.
+  // Shows no menu unless AppKitScreen created it.
   void setMenu(std::shared_ptr<Menu> menu) override;
   std::shared_ptr<Menu> menu() const override { return menu_; }
 

@@ -1,4 +1,4 @@
-// A window of AppKit's.
+// A window, through AppKit.
 #pragma once
 
 #import <AppKit/AppKit.h>
@@ -12,7 +12,7 @@
 class AppKitWindow : public Window {
  public:
   explicit AppKitWindow(const WindowDescription& description);
-  // The window itself goes by the run loop: an action that runs in one of its controls may give it up.
+  // The run loop releases the NSWindow later, because an action of one of its controls may destroy this object.
   ~AppKitWindow() override;
   AppKitWindow(const AppKitWindow&) = delete;
   AppKitWindow& operator=(const AppKitWindow&) = delete;
@@ -33,6 +33,6 @@ class AppKitWindow : public Window {
   void placeControl(NSControl* control, const Frame& frame, const Action& action);
 
   NSWindow* window_;
-  std::vector<ActionTarget*> targets_;  // which the controls hold weakly
-  NSView* lastControl_ = nil;           // in the order of Tab
+  std::vector<ActionTarget*> targets_;  // the controls keep weak references
+  NSView* lastControl_ = nil;           // the last in the Tab order
 };

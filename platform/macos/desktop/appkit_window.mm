@@ -35,7 +35,7 @@ AppKitWindow::~AppKitWindow() {
   NSWindow* const window = window_;
   [NSRunLoop.mainRunLoop performInModes:@[ NSRunLoopCommonModes ]
                                   block:^{
-                                    static_cast<void>(window);  // which the block holds until then
+                                    static_cast<void>(window);  // captured, so it lives as long as the block
                                   }];
 }
 
@@ -54,7 +54,7 @@ std::shared_ptr<Button> AppKitWindow::add(const CheckBox& checkBox) {
   return std::make_shared<AppKitButton>(control);
 }
 
-// The items go to the menu itself, because the button takes items of the same title for one.
+// The items are added to the menu, because NSPopUpButton removes an existing item of the same title.
 std::shared_ptr<PopUpButton> AppKitWindow::add(const PopUp& popUp) {
   NSPopUpButton* const control = [[NSPopUpButton alloc] initWithFrame:rectangleOf(popUp.frame) pullsDown:NO];
   for (const std::string& item : popUp.items)

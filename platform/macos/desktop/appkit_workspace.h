@@ -1,9 +1,9 @@
-// The user's session on a Mac.
+// The user's session, through AppKit.
 #pragma once
 
 #include "platform/workspace.h"
 
-// NSWorkspace. An application's location is the path of its bundle.
+// Uses NSWorkspace. An application's location is the path of its bundle.
 class AppKitWorkspace : public Workspace {
  public:
   std::optional<std::string> locateApplication(const std::string& bundleIdentifier) override;

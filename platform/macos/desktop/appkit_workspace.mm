@@ -12,7 +12,7 @@ namespace {
 
 NSWorkspace* workspace() { return NSWorkspace.sharedWorkspace; }
 
-// The application that a notification is about; null where it names none.
+// Returns the application of a notification; null if it has none.
 std::shared_ptr<RunningApplication> applicationIn(NSNotification* notification) {
   id const application = notification.userInfo[NSWorkspaceApplicationKey];
   return [application isKindOfClass:[NSRunningApplication class]] ? runningApplicationOf(application) : nullptr;

@@ -1,8 +1,8 @@
-// Calling the program from a frame of AppKit's or Foundation's.
+// Calls into the program from frames of AppKit or Foundation.
 #pragma once
 
-// Calls `callback` with what follows. It must not throw: those frames would swallow it and go on as if nothing had
-// been, so an exception that leaves it, of C++ or of Objective-C, ends the process.
+// Calls `callback` with `arguments`. A C++ or Objective-C exception that leaves it ends the process, because those
+// frames would otherwise swallow the exception and continue.
 template <class Callback, class... Arguments>
 auto callBack(const Callback& callback, Arguments&&... arguments) noexcept {
   return callback(static_cast<Arguments&&>(arguments)...);

@@ -1,4 +1,4 @@
-// Time and waiting work by the main thread's run loop.
+// The main loop, through the main thread's run loop.
 #pragma once
 
 #include <deque>
@@ -6,8 +6,8 @@
 
 #include "platform/main_loop.h"
 
-// Everything runs in the common modes, which are also those of a modal dialog and an open menu. The main dispatch queue
-// would not do: what is posted there waits for as long as something posted there shows a dialog.
+// Everything runs in the common modes, which include the modes of a modal dialog and an open menu. Does not use the
+// main dispatch queue: while a block of that queue shows a dialog, the queue runs no other block.
 //
 // Work and handlers must not throw; see callBack.
 class MainRunLoop : public MainLoop {
@@ -16,14 +16,14 @@ class MainRunLoop : public MainLoop {
 
   void post(Work work) override;
 
-  // Goes by a clock that neither jumps nor runs while the machine sleeps.
+  // Uses a monotonic clock, which stops while the machine sleeps.
   void after(std::chrono::milliseconds delay, Work work) override;
 
-  // Where the clock is set, it is armed anew. Sleep, through which the run loop's own clock stands still, makes it
-  // late.
+  // Rearms the timer when the wall clock is set. The timer is late after sleep, because the run loop's own clock stops
+  // meanwhile.
   std::shared_ptr<Timer> timerAt(Instant fireDate, TimerHandler handler) override;
 
-  // An interval below a millisecond is one.
+  // The shortest interval is one millisecond.
   std::shared_ptr<Timer> repeatingTimer(std::chrono::milliseconds interval, TimerHandler handler) override;
 
  private:

@@ -13,8 +13,8 @@ using std::chrono::milliseconds;
 
 NSTimeInterval secondsOf(milliseconds span) { return std::chrono::duration<NSTimeInterval>(span).count(); }
 
-// The run loop takes all blocks that wait at once, and what a nested loop is to run must not be among them. So only one
-// waits there at a time.
+// Schedules the first element of the queue. Only one block is scheduled at a time: the run loop dequeues all of its
+// blocks at once, and a nested loop could not run those that are already dequeued.
 void runNextSoon(const std::shared_ptr<std::deque<Work>>& posted) {
   const auto waiting = posted;
   [NSRunLoop.mainRunLoop performInModes:@[ NSRunLoopCommonModes ]
@@ -26,7 +26,7 @@ void runNextSoon(const std::shared_ptr<std::deque<Work>>& posted) {
                                   }];
 }
 
-// Held by the run loop until it is done.
+// The block of its NSTimer holds it until the timer is invalid.
 class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTimer> {
  public:
   RunLoopTimer(TimerHandler handler, bool repeats) : handler_(std::move(handler)), repeats_(repeats) {}
@@ -42,7 +42,7 @@ class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTi
     [NSRunLoop.mainRunLoop addTimer:timer_ forMode:NSRunLoopCommonModes];
   }
 
-  // The run loop keeps how long it is to wait, not until when.
+  // The run loop stores a delay instead of an instant, so set the date again when the clock is set.
   void followClock(NSDate* fireDate) {
     const std::weak_ptr<RunLoopTimer> weak = weak_from_this();
     clockObserver_ = observeNotifications(NSNotificationCenter.defaultCenter, NSSystemClockDidChangeNotification,
@@ -52,10 +52,10 @@ class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTi
   }
 
   void invalidate() override {
-    const auto thisLives = weak_from_this().lock();
+    const auto keepAlive = weak_from_this().lock();
     [timer_ invalidate];
     finish();
-    // What it holds may well hold the timer. While it runs it is not here, but with `fire`.
+    // The handler may own this timer, so release it last. While it runs, `fire` holds it.
     const TimerHandler released = std::exchange(handler_, nullptr);
   }
 
@@ -63,8 +63,8 @@ class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTi
 
  private:
   void fire() {
-    if (!handler_) return;  // it runs already
-    const auto thisLives = shared_from_this();
+    if (!handler_) return;  // the handler is running
+    const auto keepAlive = shared_from_this();
     TimerHandler handler = std::move(handler_);
     if (!repeats_) finish();
     callBack(handler, *this);
@@ -72,7 +72,7 @@ class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTi
   }
 
   void finish() {
-    timer_ = nil;  // whose block holds this
+    timer_ = nil;  // its block holds this object
     clockObserver_ = nullptr;
   }
 

@@ -1,4 +1,4 @@
-// The platform of a Mac's session with a screen.
+// The platform of macOS with a desktop.
 #import <CoreGraphics/CoreGraphics.h>
 
 #include "platform/macos/desktop/appkit_application.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-// AppKit would end the process by a signal.
+// Without a screen AppKit would crash the process.
 void requireScreen() {
   NSDictionary* const session = (__bridge_transfer NSDictionary*)CGSessionCopyCurrentDictionary();
   if (session == nil) throw Error("Desktop", 1, "There is no desktop to run on: nobody is logged in at a screen.");
@@ -49,7 +49,7 @@ class NativeDesktop {
 
 const Platform& nativeDesktopPlatform() {
   requireScreen();
-  // Never destroyed: AppKit ends the process from within the application's loop, which needs it.
+  // Never destroyed, because AppKit ends the process inside the application's loop, which still uses it.
   static const auto* const desktop = new NativeDesktop(nativePlatform());
   return desktop->platform();
 }

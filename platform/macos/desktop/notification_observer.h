@@ -1,4 +1,4 @@
-// Observing the notifications of Foundation and AppKit.
+// Observes notifications of Foundation and AppKit.
 #pragma once
 
 #include <functional>
@@ -6,7 +6,7 @@
 #include "platform/macos/objective_c.h"
 #include "platform/workspace.h"
 
-// Calls `handler`, which must not throw, on the main queue for each notification of this name that the centre has, for
-// as long as there is a reference to the observation.
+// Calls `handler`, which must not throw, on the main queue for each notification of this name that `center` posts,
+// until the observation is released.
 Observation observeNotifications(NSNotificationCenter* center, NSNotificationName name,
                                  std::function<void(NSNotification*)> handler);

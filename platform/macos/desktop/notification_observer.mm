@@ -21,7 +21,7 @@ class NotificationObserver : public std::enable_shared_from_this<NotificationObs
                                   object:nil
                                    queue:NSOperationQueue.mainQueue
                               usingBlock:^(NSNotification* notification) {
-                                // Held by nobody but the observer, and by this while it calls the handler.
+                                // Holds the observer, and with it the handler, during the call.
                                 if (const auto present = weak.lock()) callBack(present->handler_, notification);
                               }];
   }

@@ -1,10 +1,10 @@
-// Updates by Sparkle.
+// Updates, through Sparkle.
 #pragma once
 
 #include "platform/updater.h"
 
-// Sparkle's standard controller with its standard windows. The address of its feed and the key of its signatures are in
-// the bundle's information.
+// Uses Sparkle's standard controller with its standard windows. The feed's address and the public key for its
+// signatures are in the bundle's Info.plist.
 class SparkleUpdater : public Updater {
  public:
   std::shared_ptr<UpdaterController> start(const std::weak_ptr<UpdaterDelegate>& delegate) override;

@@ -13,7 +13,7 @@ NSString* const canCheckKey = @"canCheckForUpdates";
 
 }  // namespace
 
-// Passes on what Sparkle asks and tells. Where there is no delegate any more, Sparkle goes its usual way.
+// Forwards Sparkle's messages to the delegate. Without a living delegate, Sparkle performs its default action.
 @interface SparkleForwarder : NSObject <SPUUpdaterDelegate, SPUStandardUserDriverDelegate>
 - (instancetype)initWithDelegate:(const std::weak_ptr<UpdaterDelegate>&)delegate;
 @end
@@ -67,7 +67,7 @@ NSString* const canCheckKey = @"canCheckForUpdates";
 
 @end
 
-// Calls its handler whenever a value that it observes has changed.
+// Calls its handler for each change of the value that it observes.
 @interface CanCheckObserver : NSObject
 - (instancetype)initWithHandler:(std::function<void()>)handler;
 @end
@@ -86,7 +86,7 @@ NSString* const canCheckKey = @"canCheckForUpdates";
                       ofObject:(id)__unused object
                         change:(NSDictionary<NSKeyValueChangeKey, id>*)__unused change
                        context:(void*)__unused context {
-  const auto handler = handler_;  // what it does may be the end of this object
+  const auto handler = handler_;  // the handler may destroy this object
   callBack(handler);
 }
 
@@ -134,7 +134,7 @@ class SparkleController : public UpdaterController {
   void checkForUpdates() override { [controller_ checkForUpdates:nil]; }
 
  private:
-  SparkleForwarder* forwarder_;  // Sparkle holds its delegates weakly
+  SparkleForwarder* forwarder_;  // Sparkle keeps weak references
   SPUStandardUpdaterController* controller_;
 };
 

@@ -189,53 +189,14 @@ TEST_F(PosixRead, leavesNothingOpen) {
   makeFile(file_, "text");
   const std::size_t before = openDescriptors();
   files_.read(file_);
-  files_.holds(file_, bytes("other"));
+  files_.replaceIfHolds(file_, bytes("other"), bytes("new"));
+  files_.replaceIfHolds(file_, bytes("text"), bytes("new"));
   readOutcome(scratch_.path());
   writeOutcome(file_, "new");
   writeOutcome(scratch_.path(), "new");
   outcomeOf([&] { files_.writeNew(scratch_.path("new"), bytes("new")); });
   outcomeOf([&] { files_.writeNew(scratch_.path("new"), bytes("new")); });
   EXPECT_EQ(openDescriptors(), before);
-}
-
-// Comparing
-
-using PosixHolds = PosixFileSystemTest;
-
-TEST_F(PosixHolds, trueForTheSameBytes) {
-  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, block - 1, block, block + 1, 3 * block}) {
-    makeFile(file_, patterned(size));
-    EXPECT_TRUE(files_.holds(file_, bytes(patterned(size)))) << size;
-  }
-}
-
-TEST_F(PosixHolds, noticesOneByteWhereverWithTheSameLengthAndDate) {
-  const std::string old = patterned(2 * block + 100);
-  for (const std::size_t place : {std::size_t{0}, block - 1, block, old.size() - 1}) {
-    makeFile(file_, old);
-    struct stat before {};
-    ASSERT_EQ(stat(file_.c_str(), &before), 0);
-    std::string changed = old;
-    changed[place] = static_cast<char>(changed[place] ^ 1);
-    makeFile(file_, changed);
-    const std::array<timespec, 2> times{before.st_atim, before.st_mtim};
-    ASSERT_EQ(utimensat(AT_FDCWD, file_.c_str(), times.data(), 0), 0);
-    EXPECT_FALSE(files_.holds(file_, bytes(old))) << place;
-  }
-}
-
-TEST_F(PosixHolds, noticesAByteMoreOrLess) {
-  for (const std::size_t size : {std::size_t{1}, block, 2 * block}) {
-    makeFile(file_, patterned(size));
-    EXPECT_FALSE(files_.holds(file_, bytes(patterned(size + 1)))) << size;
-    EXPECT_FALSE(files_.holds(file_, bytes(patterned(size - 1)))) << size;
-    EXPECT_FALSE(files_.holds(file_, Bytes())) << size;
-  }
-}
-
-TEST_F(PosixHolds, isAnErrorForAFileThatIsGone) {
-  EXPECT_EQ(outcomeOf([&] { files_.holds(file_, Bytes()); }),
-            sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be opened", "No such file or directory", file_));
 }
 
 // Looking through a folder
@@ -604,11 +565,10 @@ TEST_F(PosixWriteAtomically, takesTheLongestName) {
 TEST_F(PosixWriteAtomically, neverShowsHalfAFile) {
   const std::string old = patterned(3 << 20);
   makeFile(file_, old);
-  const Bytes before = files_.read(file_);
   const int open = ::open(file_.c_str(), O_RDONLY | O_CLOEXEC);
   const FlushScope watch([&](const std::string& path) {
     if (path != scratch_.path()) {
-      EXPECT_TRUE(files_.holds(file_, before)) << "the old file stays until the new one is whole on disk";
+      EXPECT_TRUE(contentOf(file_) == old) << "the old file stays until the new one is whole on disk";
     }
     return 0;
   });
@@ -793,6 +753,40 @@ TEST_F(PosixReplaceIfHolds, leavesWhatIsNotExpected) {
   EXPECT_EQ(outcome("olb"), "not replaced");
   EXPECT_EQ(contentOf(file_), "old");
   EXPECT_THAT(names(), ElementsAre("Bookmarks.plist"));
+}
+
+TEST_F(PosixReplaceIfHolds, replacesTheSameBytesOfEverySize) {
+  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, block - 1, block, block + 1, 3 * block}) {
+    makeFile(file_, patterned(size));
+    EXPECT_EQ(outcome(patterned(size)), "replaced") << size;
+    EXPECT_EQ(contentOf(file_), "new") << size;
+  }
+}
+
+TEST_F(PosixReplaceIfHolds, noticesOneChangedByteOfTheSameDate) {
+  const std::string old = patterned(2 * block + 100);
+  for (const std::size_t place : {std::size_t{0}, block - 1, block, old.size() - 1}) {
+    makeFile(file_, old);
+    struct stat before {};
+    ASSERT_EQ(stat(file_.c_str(), &before), 0);
+    std::string changed = old;
+    changed[place] = static_cast<char>(changed[place] ^ 1);
+    makeFile(file_, changed);
+    const std::array<timespec, 2> times{before.st_atim, before.st_mtim};
+    ASSERT_EQ(utimensat(AT_FDCWD, file_.c_str(), times.data(), 0), 0);
+    EXPECT_EQ(outcome(old), "not replaced") << place;
+    EXPECT_TRUE(contentOf(file_) == changed) << place;
+  }
+}
+
+TEST_F(PosixReplaceIfHolds, noticesAByteMoreOrLess) {
+  for (const std::size_t size : {std::size_t{1}, block, 2 * block}) {
+    makeFile(file_, patterned(size));
+    EXPECT_EQ(outcome(patterned(size + 1)), "not replaced") << size;
+    EXPECT_EQ(outcome(patterned(size - 1)), "not replaced") << size;
+    EXPECT_EQ(outcome(""), "not replaced") << size;
+    EXPECT_TRUE(contentOf(file_) == patterned(size)) << size;
+  }
 }
 
 TEST_F(PosixReplaceIfHolds, noticesAChangeThatIsMadeWhileTheNewFileIsWritten) {
