@@ -6,7 +6,7 @@ import signal
 from gi.repository import GLib
 
 from status_item import StatusItem
-from waiting import increase_in, wait_for, wait_until_steady
+from waiting import least_increase_in, wait_for
 
 IDENTIFIER = "com.fenwarde.quillery"
 OBJECT = "/com/fenwarde/quillery"
@@ -104,10 +104,9 @@ class Quillery:
         return sum(int(figures["voluntary_ctxt_switches"]) for figures in self._figures())
 
     def wakes_in_an_idle_minute(self):
-        """Waits until the program is idle, then returns how often it wakes in one minute. It is not idle at first: for
-        a minute after a program connects to the session bus, it polls whether that program queues for a name."""
-        wait_until_steady(self.wakes, "an idle program", seconds=35)
-        return increase_in(self.wakes, seconds=60)
+        """Returns how often the program wakes in an idle minute. It is not idle at first: for a minute after a program
+        connects to the session bus, it polls whether that program queues for a name."""
+        return least_increase_in(self.wakes, seconds=60, enough=1, patience=240)
 
     # --- Exit and bus name ---
 

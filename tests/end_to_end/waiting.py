@@ -27,24 +27,20 @@ def stays(condition, what, seconds):
         time.sleep(PAUSE)
 
 
-def wait_until_steady(read, what, seconds, pause=1):
-    """Returns the result of `read` once it has been the same for this many seconds; raises AssertionError if that takes
-    ten times as long."""
-    value, since = read(), time.monotonic()
-
-    def is_steady():
-        nonlocal value, since
-        previous, value = value, read()
-        if value != previous:
-            since = time.monotonic()
-        return time.monotonic() - since >= seconds
-
-    wait_for(is_steady, what, patience=10 * seconds, pause=pause)
-    return value
-
-
-def increase_in(read, seconds):
-    """Returns by how much the result of `read` grows in this many seconds."""
-    before = read()
-    time.sleep(seconds)
-    return read() - before
+def least_increase_in(read, seconds, enough, patience):
+    """Watches how much the result of `read` grows in any period of this many seconds. Returns the least increase, as soon
+    as one is at most `enough`, or after `patience` seconds."""
+    samples, least = [], None
+    end = time.monotonic() + patience
+    while time.monotonic() < end:
+        now, value = time.monotonic(), read()
+        samples.append((now, value))
+        while len(samples) > 1 and samples[1][0] <= now - seconds:
+            samples.pop(0)
+        if samples[0][0] <= now - seconds:
+            increase = value - samples[0][1]
+            least = increase if least is None else min(least, increase)
+            if least <= enough:
+                break
+        time.sleep(1)
+    return least

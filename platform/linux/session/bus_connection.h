@@ -42,12 +42,12 @@ class BusConnection {
 
   bool isOpen() const { return bus_ != nullptr; }
 
-  // Calls `handler` for each such signal from now on. The subscription is in force before any later call is answered.
+  // Calls `handler` for each such signal from now on. The bus subscribes us before it replies to any later call.
   void subscribe(const char* sender, const char* path, const char* interface, const char* signal,
                  MessageHandler handler);
 
-  // Calls a method; the bus starts the application if needed. Calls `handler` once, with the reply, however late, or
-  // with null if the call fails, which may be at once, or the connection breaks.
+  // Calls a method; the bus starts the application if needed. Calls `handler` once: with the reply, however late, or
+  // with null if the call fails, perhaps at once, or if the connection breaks.
   void call(const BusMethod& method, const Arguments& arguments, MessageHandler handler);
 
   // Calls a method of the bus itself, with one string as the argument or none (null).

@@ -20,7 +20,7 @@ void withNextDialog(std::function<void(QDialog&)> work) {
     look->stop();
     look->deleteLater();
     if (dialog != nullptr) return work(*dialog);
-    ADD_FAILURE() << "no dialog came";
+    ADD_FAILURE() << "no dialog appeared";
     QApplication::exit(1);
   });
   look->start(std::chrono::milliseconds(2));

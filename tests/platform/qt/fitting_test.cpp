@@ -1,4 +1,4 @@
-// Whether all of a text is to be seen, by the very pixels, with the font that the desktop of a user may have.
+// Checks pixel by pixel that all of a text is visible, in each font that a user's desktop may have.
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -28,7 +28,7 @@ const std::string longText =
     "read "
     "and write the bookmark file, which the system allows only to programs that its user has chosen.";
 
-// A window as closely packed as the program's own are.
+// Fills a window as densely as the program's own windows.
 void fill(QtWindow& window, const std::string& iconPath) {
   window.add(Image{{20, 196, 64, 64}, iconPath});
   window.add(Label{.frame = {100, 232, 280, 22}, .text = "Keep bookmarks in order", .fontSize = 17, .isBold = true});
@@ -42,7 +42,7 @@ void fill(QtWindow& window, const std::string& iconPath) {
   window.add(PushButton{{302, 12, 82, 32}, "Save & Sort", nullptr, KeyEquivalent::returnKey});
 }
 
-// How many pixels are not those of the background when the widget is drawn in this size.
+// Returns the number of pixels that differ from the background when the widget is drawn in this size.
 int inkOf(QWidget& widget, QSize size) {
   const QSize original = widget.size();
   widget.resize(size);
@@ -55,7 +55,7 @@ int inkOf(QWidget& widget, QSize size) {
   return ink;
 }
 
-// Whether a label shows as much as it would in a frame with more room below, and to the right where it does not wrap.
+// Returns true if a label shows as much as in a taller frame, which is also wider if the label does not wrap.
 bool showsAll(QLabel& label) {
   QSize more = label.size() + QSize(0, 300);
   const Qt::Alignment alignment = label.alignment();
@@ -80,7 +80,7 @@ void save(QWidget& widget, const std::string& name) {
   EXPECT_TRUE(widget.grab().save(QString("%1/%2.png").arg(folder, name.c_str())));
 }
 
-void expectEverythingIsToBeSeen(const std::string& pictureName) {
+void expectEverythingIsVisible(const std::string& pictureName) {
   QtWindow window({400, 280, "Settings", true});
   fill(window, QUILLERY_ICONS "/quillery.svg");
   save(window.widget(), pictureName);
@@ -92,22 +92,22 @@ void expectEverythingIsToBeSeen(const std::string& pictureName) {
   for (QTimeEdit* timeEdit : controls<QTimeEdit>(window)) EXPECT_LE(timeEdit->sizeHint().width(), timeEdit->width());
 }
 
-TEST(Fitting, everythingInAWindowIsToBeSeen) { expectEverythingIsToBeSeen("window"); }
+TEST(Fitting, everythingInAWindowIsVisible) { expectEverythingIsVisible("window"); }
 
-TEST(Fitting, everythingInAWindowIsToBeSeenWhateverTheDesktopsFont) {
+TEST(Fitting, everythingInAWindowIsVisibleInAnyFontSize) {
   const QFont usual = QApplication::font();
   for (const int pixelSize : {9, 11, 15, 18, 22, 28}) {
     QFont font = usual;
     font.setPixelSize(pixelSize);
     QApplication::setFont(font);
-    expectEverythingIsToBeSeen("window-" + std::to_string(pixelSize));
+    expectEverythingIsVisible("window-" + std::to_string(pixelSize));
   }
   QApplication::setFont(usual);
 }
 
-TEST(Fitting, anAlertIsAsLargeAsItsTexts) {
+TEST(Fitting, anAlertFitsItsTexts) {
   QtEventLoop loop;
-  const QtApplication application(*qApp, loop);  // sets the icon of the alert
+  const QtApplication application(*qApp, loop);  // sets the alert's icon
   AlertDialog alert({"Quillery could not sort the bookmarks because Safari is running.",
                      longText + "\n\n" + std::string(90, 'W') + "\n\n/home/ann/" + std::string(120, 'x') + "/y.plist",
                      {"Quit Safari & Sort", "Cancel", "Settings …"}});
@@ -120,7 +120,7 @@ TEST(Fitting, anAlertIsAsLargeAsItsTexts) {
   for (QPushButton* button : alert.findChildren<QPushButton*>()) EXPECT_LE(button->sizeHint().width(), button->width());
 }
 
-TEST(Fitting, aFontIsMadeSmallerOnlyAsFarAsItMustBe) {
+TEST(Fitting, shrinksAFontOnlyAsFarAsNeeded) {
   QFont font = QApplication::font();
   font.setPixelSize(30);
   const auto upTo = [](int largest) {
@@ -128,10 +128,10 @@ TEST(Fitting, aFontIsMadeSmallerOnlyAsFarAsItMustBe) {
   };
   EXPECT_EQ(fittedFont(font, upTo(40)).pixelSize(), 30);
   EXPECT_EQ(fittedFont(font, upTo(17)).pixelSize(), 17);
-  EXPECT_EQ(fittedFont(font, upTo(1)).pixelSize(), 7) << "smaller ones cannot be read";
+  EXPECT_EQ(fittedFont(font, upTo(1)).pixelSize(), 7) << "smaller fonts are not readable";
 }
 
-TEST(Fitting, aWordIsBrokenOnlyIfNothingElseWouldDo) {
+TEST(Fitting, breaksAWordOnlyAsALastResort) {
   const QFontMetrics metrics(QApplication::font());
   EXPECT_EQ(breakable("short words, and a/path/too", metrics, 400), "short words, and a/path/too");
   const QString broken = breakable("see " + QString(200, 'W'), metrics, 400);
@@ -144,8 +144,8 @@ TEST(Fitting, aWordIsBrokenOnlyIfNothingElseWouldDo) {
   for (QLabel* label : controls<QLabel>(window)) EXPECT_TRUE(showsAll(*label));
 }
 
-// The tests above on other screens, each in a process of its own: Qt looks at these only when it starts.
-TEST(Fitting, isTheSameOnScreensOfOtherDensities) {
+// Runs the tests above on other screens, each in its own process, because Qt reads these variables only at its start.
+TEST(Fitting, holdsOnScreensOfOtherDensities) {
   const std::vector<Environment> screens = {
       {{"QT_FONT_DPI", "96"}},      {{"QT_FONT_DPI", "192"}},      {{"QT_SCALE_FACTOR", "2"}},
       {{"QT_SCALE_FACTOR", "1.5"}}, {{"QT_SCALE_FACTOR", "1.25"}}, {{"QT_SCALE_FACTOR", "2"}, {"QT_FONT_DPI", "192"}},
@@ -156,7 +156,7 @@ TEST(Fitting, isTheSameOnScreensOfOtherDensities) {
     if (const char* const folder = std::getenv("QUILLERY_SCREENSHOTS"))
       environment["QUILLERY_SCREENSHOTS"] = std::string(folder) + "/" + std::to_string(index);
     const Ending ending =
-        run("/proc/self/exe", {"--gtest_filter=Fitting.every*:Fitting.anAlert*:Fitting.aWord*"}, environment);
+        run("/proc/self/exe", {"--gtest_filter=Fitting.every*:Fitting.anAlert*:Fitting.breaks*"}, environment);
     EXPECT_EQ(ending.status, 0) << "screen " << index << ":\n" << ending.output;
     EXPECT_NE(ending.output.find("[  PASSED  ] 4 tests."), std::string::npos);
   }

@@ -1,4 +1,4 @@
-// The tests of what needs an event loop: there is one application for all of them, on a screen that nobody sees.
+// Runs the tests of the Qt layer, with one application for all of them, on a headless display.
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -8,7 +8,7 @@ int main(int argumentCount, char** arguments) {
   testing::InitGoogleTest(&argumentCount, arguments);
   setenv("QT_QPA_PLATFORM", "offscreen", 0);
   setenv("LC_ALL", "C.UTF-8", 1);
-  setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);  // the session of whoever runs the tests is not touched
+  setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);  // so that tests do not touch the real session
   const QApplication application(argumentCount, arguments);
   return RUN_ALL_TESTS();
 }

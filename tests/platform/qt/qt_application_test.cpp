@@ -1,4 +1,4 @@
-// The application with its real loop, real signals and a session bus of the test's own.
+// The application with its real loop, real signals and a private session bus.
 #include "platform/qt/qt_application.h"
 
 #include <gmock/gmock.h>
@@ -36,24 +36,24 @@ using namespace std::chrono_literals;
 
 const QString identifier = QString::fromStdString(std::string(product::bundleIdentifier));
 
-// Notes what it is told, and does then what a test wants done.
+// Records its calls, and then runs the test's function for them.
 class Delegate : public ApplicationDelegate {
  public:
   void applicationDidFinishLaunching() override {
-    told.emplace_back("launched");
+    calls.emplace_back("launched");
     launched();
   }
   bool applicationShouldTerminate() override {
-    told.emplace_back("terminate?");
+    calls.emplace_back("terminate?");
     return mayTerminate();
   }
   bool applicationShouldHandleReopen(bool hasVisibleWindows) override {
-    told.emplace_back(hasVisibleWindows ? "reopened with windows" : "reopened");
+    calls.emplace_back(hasVisibleWindows ? "reopened with windows" : "reopened");
     reopened();
     return true;
   }
 
-  std::vector<std::string> told;
+  std::vector<std::string> calls;
   std::function<void()> launched = [] {};
   std::function<bool()> mayTerminate = [] { return true; };
   std::function<void()> reopened = [] {};
@@ -63,15 +63,15 @@ class QtApplicationTest : public testing::Test {
  protected:
   QtApplicationTest() { application_.setDelegate(delegate_); }
 
-  // Fails the test if the application does not end by itself.
+  // Fails the test if the application does not end within 20 seconds.
   void run() { run(application_); }
   static void run(QtApplication& application) {
-    QTimer patience;
-    QObject::connect(&patience, &QTimer::timeout, &patience, [] {
-      ADD_FAILURE() << "the application goes on and on";
+    QTimer timeout;
+    QObject::connect(&timeout, &QTimer::timeout, &timeout, [] {
+      ADD_FAILURE() << "the application does not end";
       QApplication::exit();
     });
-    patience.start(20s);
+    timeout.start(20s);
     application.run();
   }
 
@@ -81,14 +81,14 @@ class QtApplicationTest : public testing::Test {
   QtUserInterface userInterface_{application_};
 };
 
-TEST_F(QtApplicationTest, isKnownToTheDesktopByItsIdentifier) {
+TEST_F(QtApplicationTest, isIdentifiedToTheDesktop) {
   EXPECT_EQ(QGuiApplication::desktopFileName(), identifier);
   EXPECT_EQ(QGuiApplication::applicationDisplayName().toStdString(), product::name);
   EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
   EXPECT_FALSE(QApplication::windowIcon().isNull());
 }
 
-TEST_F(QtApplicationTest, theDelegateIsToldFirstAndByTheLoop) {
+TEST_F(QtApplicationTest, theLoopCallsTheDelegateFirst) {
   bool isRunning = false;
   delegate_->launched = [&] {
     EXPECT_TRUE(isRunning);
@@ -96,11 +96,11 @@ TEST_F(QtApplicationTest, theDelegateIsToldFirstAndByTheLoop) {
   };
   isRunning = true;
   run();
-  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?"));
   EXPECT_TRUE(application_.isTerminating());
 }
 
-TEST_F(QtApplicationTest, aDelegateThatRefusesKeepsItRunning) {
+TEST_F(QtApplicationTest, aDelegateCanRefuseToTerminate) {
   int refusals = 0;
   delegate_->mayTerminate = [&] { return ++refusals > 2; };
   delegate_->launched = [&] {
@@ -110,10 +110,10 @@ TEST_F(QtApplicationTest, aDelegateThatRefusesKeepsItRunning) {
     QTimer::singleShot(1, [&] { application_.terminate(); });
   };
   run();
-  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?", "terminate?", "terminate?"));
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?", "terminate?", "terminate?"));
 }
 
-TEST_F(QtApplicationTest, theDelegateIsHeldWeaklyAndNotNeeded) {
+TEST_F(QtApplicationTest, holdsTheDelegateWeakly) {
   std::weak_ptr<Delegate> observer = delegate_;
   delegate_.reset();
   EXPECT_TRUE(observer.expired());
@@ -121,13 +121,13 @@ TEST_F(QtApplicationTest, theDelegateIsHeldWeaklyAndNotNeeded) {
   run();
 }
 
-TEST_F(QtApplicationTest, oneThatWasTerminatedBeforeDoesNotRun) {
+TEST_F(QtApplicationTest, doesNotRunOnceTerminated) {
   application_.terminate();
   run();
-  EXPECT_THAT(delegate_->told, ElementsAre("terminate?"));
+  EXPECT_THAT(delegate_->calls, ElementsAre("terminate?"));
 }
 
-TEST_F(QtApplicationTest, terminatingEndsNestedDialogsToo) {
+TEST_F(QtApplicationTest, terminatingEndsNestedDialogs) {
   std::vector<std::string> steps;
   delegate_->launched = [&] {
     withNextDialog([&](QDialog&) {
@@ -144,7 +144,7 @@ TEST_F(QtApplicationTest, terminatingEndsNestedDialogsToo) {
   EXPECT_THAT(steps, ElementsAre("inner", "outer", "more"));
 }
 
-TEST_F(QtApplicationTest, whileTheDelegateAsksItsUserItIsNotAskedAgain) {
+TEST_F(QtApplicationTest, doesNotAskTheDelegateTwiceAtOnce) {
   delegate_->mayTerminate = [&] {
     withNextDialog([&](QDialog& dialog) {
       application_.terminate();
@@ -155,25 +155,25 @@ TEST_F(QtApplicationTest, whileTheDelegateAsksItsUserItIsNotAskedAgain) {
   };
   delegate_->launched = [&] { application_.terminate(); };
   run();
-  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?"));
 }
 
-TEST_F(QtApplicationTest, aWindowThatCannotBeClosedDoesNotKeepItRunning) {
+TEST_F(QtApplicationTest, quitsDespiteAWindowThatCannotBeClosed) {
   QtWindow window({100, 100, "Title"});
   delegate_->launched = [&] {
     window.makeKeyAndOrderFront();
-    QCoreApplication::quit();  // as the session does
+    QCoreApplication::quit();  // as the session manager does
   };
   run();
-  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?"));
 }
 
-TEST_F(QtApplicationTest, closingTheLastWindowEndsNothing) {
+TEST_F(QtApplicationTest, keepsRunningWithoutWindows) {
   QtWindow window({100, 100, "Title", true});
   delegate_->launched = [&] {
     window.makeKeyAndOrderFront();
     window.widget().close();
-    QTimer::singleShot(0, [&] {  // after what closing it has posted
+    QTimer::singleShot(0, [&] {  // after the events that closing has posted
       EXPECT_FALSE(application_.isTerminating());
       application_.terminate();
     });
@@ -181,26 +181,26 @@ TEST_F(QtApplicationTest, closingTheLastWindowEndsNothing) {
   run();
 }
 
-TEST_F(QtApplicationTest, signalsOfTheSystemTerminateIt) {
+TEST_F(QtApplicationTest, signalsTerminateIt) {
   for (const int number : {SIGTERM, SIGINT}) {
     struct sigaction before {};
     sigaction(number, nullptr, &before);
     QtApplication application(*qApp, loop_);
     application.setDelegate(delegate_);
-    delegate_->told.clear();
+    delegate_->calls.clear();
     delegate_->launched = [&] {
       EXPECT_EQ(std::raise(number), 0);
-      EXPECT_THAT(delegate_->told, ElementsAre("launched")) << "nothing happens but by the loop";
+      EXPECT_THAT(delegate_->calls, ElementsAre("launched")) << "only the loop reacts";
     };
     run(application);
-    EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+    EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?"));
     struct sigaction after {};
     sigaction(number, nullptr, &after);
     EXPECT_EQ(after.sa_handler, before.sa_handler);
   }
 }
 
-TEST_F(QtApplicationTest, aSignalEndsDialogsAsWell) {
+TEST_F(QtApplicationTest, aSignalEndsDialogs) {
   delegate_->launched = [&] {
     withNextDialog([](QDialog&) { EXPECT_EQ(std::raise(SIGTERM), 0); });
     userInterface_.runModal({"Text", "", {"One", "Two"}});
@@ -223,8 +223,8 @@ class QtApplicationOnABusTest : public QtApplicationTest {
     message.setArguments(arguments);
     return client_.asyncCall(message);
   }
-  // From within the loop, with the loop going on.
-  bool isAnswered(const QDBusPendingCall& pending) {
+  // Called by the loop, and runs it until the reply arrives. Returns true unless the reply is an error.
+  bool succeeds(const QDBusPendingCall& pending) {
     EXPECT_TRUE(runUntil([&] { return pending.isFinished(); }));
     return pending.reply().type() == QDBusMessage::ReplyMessage;
   }
@@ -237,7 +237,7 @@ class QtApplicationOnABusTest : public QtApplicationTest {
 
 const QVariantMap platformData;
 
-TEST_F(QtApplicationOnABusTest, hasItsNameWhileItRuns) {
+TEST_F(QtApplicationOnABusTest, ownsItsNameWhileItRuns) {
   EXPECT_FALSE(client_.interface()->isServiceRegistered(identifier));
   delegate_->launched = [&] {
     EXPECT_TRUE(client_.interface()->isServiceRegistered(identifier));
@@ -247,7 +247,7 @@ TEST_F(QtApplicationOnABusTest, hasItsNameWhileItRuns) {
   EXPECT_FALSE(client_.interface()->isServiceRegistered(identifier));
 }
 
-TEST_F(QtApplicationOnABusTest, asSecondOneItWaitsForTheName) {
+TEST_F(QtApplicationOnABusTest, aSecondInstanceQueuesForTheName) {
   const std::string name = identifier.toStdString();
   auto first = std::make_unique<ApplicationService>(name, ApplicationRequests{});
   const QString owner = client_.interface()->serviceOwner(identifier);
@@ -259,28 +259,28 @@ TEST_F(QtApplicationOnABusTest, asSecondOneItWaitsForTheName) {
   EXPECT_FALSE(successor.isEmpty());
 }
 
-TEST_F(QtApplicationOnABusTest, openingItAgainIsToldToTheDelegateAndThenToThePlatform) {
-  application_.setReopened([&] { delegate_->told.emplace_back("platform"); });
+TEST_F(QtApplicationOnABusTest, reopeningCallsTheDelegateThenThePlatform) {
+  application_.setReopened([&] { delegate_->calls.emplace_back("platform"); });
   QtWindow window({100, 100, "Title"});
   delegate_->launched = [&] {
-    EXPECT_TRUE(isAnswered(call("Activate", {platformData})));
-    EXPECT_TRUE(runUntil([&] { return delegate_->told.size() == 3; }));
+    EXPECT_TRUE(succeeds(call("Activate", {platformData})));
+    EXPECT_TRUE(runUntil([&] { return delegate_->calls.size() == 3; }));
     window.makeKeyAndOrderFront();
-    EXPECT_TRUE(isAnswered(call("Open", {QStringList{"file:///tmp"}, platformData})));
-    EXPECT_TRUE(runUntil([&] { return delegate_->told.size() == 5; }));
+    EXPECT_TRUE(succeeds(call("Open", {QStringList{"file:///tmp"}, platformData})));
+    EXPECT_TRUE(runUntil([&] { return delegate_->calls.size() == 5; }));
     application_.terminate();
   };
   run();
-  EXPECT_THAT(delegate_->told,
+  EXPECT_THAT(delegate_->calls,
               ElementsAre("launched", "reopened", "platform", "reopened with windows", "platform", "terminate?"));
 }
 
-TEST_F(QtApplicationOnABusTest, theCallerIsAnsweredBeforeADialogOfTheDelegates) {
+TEST_F(QtApplicationOnABusTest, repliesBeforeTheDelegateShowsADialog) {
   delegate_->reopened = [&] { userInterface_.runModal({"Text", "", {"One", "Two"}}); };
   delegate_->launched = [&] {
     const QDBusPendingCall pending = call("Activate", {platformData});
     withNextDialog([&, pending](QDialog&) {
-      EXPECT_TRUE(isAnswered(pending));
+      EXPECT_TRUE(succeeds(pending));
       application_.terminate();
     });
   };
@@ -290,42 +290,42 @@ TEST_F(QtApplicationOnABusTest, theCallerIsAnsweredBeforeADialogOfTheDelegates) 
 TEST_F(QtApplicationOnABusTest, theActionQuitTerminatesIt) {
   delegate_->launched = [&] { call("ActivateAction", {"quit", QVariantList(), platformData}); };
   run();
-  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?"));
 }
 
-TEST_F(QtApplicationOnABusTest, whatItDoesNotKnowIsAnError) {
+TEST_F(QtApplicationOnABusTest, anUnknownRequestIsAnError) {
   delegate_->launched = [&] {
-    EXPECT_FALSE(isAnswered(call("ActivateAction", {"restart", QVariantList(), platformData})));
-    EXPECT_FALSE(isAnswered(call("Activate", {"wrong"})));
-    EXPECT_FALSE(isAnswered(call("Explode", {})));
+    EXPECT_FALSE(succeeds(call("ActivateAction", {"restart", QVariantList(), platformData})));
+    EXPECT_FALSE(succeeds(call("Activate", {"wrong"})));
+    EXPECT_FALSE(succeeds(call("Explode", {})));
     application_.terminate();
   };
   run();
-  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?"));
 }
 
-TEST_F(QtApplicationOnABusTest, withoutABusNothingIsMissed) {
+TEST_F(QtApplicationOnABusTest, runsWithoutABus) {
   address_.set("unix:path=" + scratch_.path("no-bus"));
   testing::internal::CaptureStderr();
   delegate_->launched = [&] { application_.terminate(); };
   run();
-  EXPECT_THAT(delegate_->told, ElementsAre("launched", "terminate?"));
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?"));
   EXPECT_THAT(testing::internal::GetCapturedStderr(), IsEmpty());
 }
 
-TEST_F(QtApplicationOnABusTest, itsInterfaceCanBeLookedAt) {
+TEST_F(QtApplicationOnABusTest, describesItsInterface) {
   delegate_->launched = [&] {
     QDBusMessage message = QDBusMessage::createMethodCall(identifier, "/com/fenwarde/quillery",
                                                           "org.freedesktop.DBus.Introspectable", "Introspect");
     const QDBusPendingCall pending = client_.asyncCall(message);
-    EXPECT_TRUE(isAnswered(pending));
+    EXPECT_TRUE(succeeds(pending));
     EXPECT_TRUE(pending.reply().arguments().value(0).toString().contains("\"org.freedesktop.Application\""));
     application_.terminate();
   };
   run();
 }
 
-TEST(ObjectPath, isMadeOfTheName) {
+TEST(ObjectPath, replacesDotsAndHyphens) {
   EXPECT_EQ(objectPath("com.fenwarde.quillery"), "/com/fenwarde/quillery");
   EXPECT_EQ(objectPath("org.example.Two-Words"), "/org/example/Two_Words");
 }

@@ -46,7 +46,7 @@ TEST_F(QtEventLoopTest, callsTheHandlerWhileTheDescriptorIsReady) {
   turn();
   EXPECT_EQ(calls, 0);
   makeReadable();
-  EXPECT_TRUE(runUntil([&] { return calls >= 3; })) << "nobody reads, so it stays ready";
+  EXPECT_TRUE(runUntil([&] { return calls >= 3; })) << "the descriptor stays ready until it is read";
   drain();
   turn();
   const int callsUntilDrained = calls;

@@ -27,7 +27,7 @@ using namespace std::chrono_literals;
 
 constexpr auto shortWhile = 20ms;
 
-// Keeps the thread busy, as long work does: the one case in which time itself is waited for.
+// Keeps the thread busy, as long work does.
 void beBusyFor(milliseconds span) {
   const auto end = steady_clock::now() + span;
   while (steady_clock::now() < end) continue;
@@ -50,14 +50,14 @@ class QtMainLoopTest : public testing::Test {
   SessionMainLoop loop_{eventLoop_};
 };
 
-TEST_F(QtMainLoopTest, nowIsTheClockOnTheWall) {
+TEST_F(QtMainLoopTest, nowIsTheWallClock) {
   const Instant before = std::chrono::system_clock::now();
   const Instant now = loop_.now();
   EXPECT_LE(before, now);
   EXPECT_LE(now, std::chrono::system_clock::now());
 }
 
-TEST_F(QtMainLoopTest, postedWorkRunsInItsOrderAfterWhatIsRunning) {
+TEST_F(QtMainLoopTest, postedWorkRunsInOrderAfterTheCurrentWork) {
   loop_.post([this] {
     loop_.post(note("third"));
     note("first")();
@@ -68,7 +68,7 @@ TEST_F(QtMainLoopTest, postedWorkRunsInItsOrderAfterWhatIsRunning) {
   EXPECT_THAT(noted_, ElementsAre("first", "second", "third"));
 }
 
-TEST_F(QtMainLoopTest, everythingRunsInsideANestedLoopToo) {
+TEST_F(QtMainLoopTest, everythingRunsInANestedLoop) {
   loop_.post([this] {
     loop_.post(note("posted"));
     loop_.after(1ms, note("after"));
@@ -76,37 +76,36 @@ TEST_F(QtMainLoopTest, everythingRunsInsideANestedLoopToo) {
     const auto repeating = loop_.repeatingTimer(1ms, noteFiring("repeating"));
     for (const char* what : {"posted", "after", "timer", "repeating"}) EXPECT_TRUE(runUntilNoted(what)) << what;
     repeating->invalidate();
-    note("nested loop over")();
+    note("the nested loop has ended")();
   });
-  EXPECT_TRUE(runUntilNoted("nested loop over"));
-  EXPECT_EQ(noted_.back(), "nested loop over");
+  EXPECT_TRUE(runUntilNoted("the nested loop has ended"));
+  EXPECT_EQ(noted_.back(), "the nested loop has ended");
 }
 
-TEST_F(QtMainLoopTest, workIsDoneOnceTheDelayIsOver) {
+TEST_F(QtMainLoopTest, delayedWorkRunsAfterItsDelay) {
   const auto start = steady_clock::now();
   std::optional<steady_clock::duration> waited;
   loop_.after(shortWhile, [&] { waited = steady_clock::now() - start; });
   loop_.after(0ms, note("at once"));
-  EXPECT_THAT(noted_, IsEmpty()) << "not before the call returns";
+  EXPECT_THAT(noted_, IsEmpty()) << "not before `after` returns";
   EXPECT_TRUE(runUntilNoted("at once"));
   EXPECT_TRUE(runUntil([&] { return waited.has_value(); }));
   EXPECT_GE(waited, shortWhile);
 }
 
-TEST_F(QtMainLoopTest, whatIsOverdueRunsInTheOrderInWhichItFellDue) {
+TEST_F(QtMainLoopTest, overdueWorkRunsInOrderOfDueTime) {
   loop_.after(4ms, note("4 ms"));
   loop_.after(2ms, note("2 ms"));
   loop_.after(3ms, note("3 ms"));
-  loop_.after(2ms, note("2 ms, asked for later"));
+  loop_.after(2ms, note("2 ms, requested later"));
   loop_.after(-5ms, note("-5 ms"));
   beBusyFor(10ms);
-  loop_.after(0ms, note("0 ms, asked for at the end"));
-  EXPECT_TRUE(runUntilNoted("0 ms, asked for at the end"));
-  EXPECT_THAT(noted_,
-              ElementsAre("-5 ms", "2 ms", "2 ms, asked for later", "3 ms", "4 ms", "0 ms, asked for at the end"));
+  loop_.after(0ms, note("0 ms, requested last"));
+  EXPECT_TRUE(runUntilNoted("0 ms, requested last"));
+  EXPECT_THAT(noted_, ElementsAre("-5 ms", "2 ms", "2 ms, requested later", "3 ms", "4 ms", "0 ms, requested last"));
 }
 
-TEST_F(QtMainLoopTest, whatIsPostedDoesNotWaitForAllThatIsOverdue) {
+TEST_F(QtMainLoopTest, postedWorkDoesNotWaitForAllOverdueWork) {
   loop_.after(0ms, [this] {
     note("first")();
     loop_.post(note("posted by it"));
@@ -118,7 +117,7 @@ TEST_F(QtMainLoopTest, whatIsPostedDoesNotWaitForAllThatIsOverdue) {
   EXPECT_THAT(noted_, ElementsAre("first", "posted by it", "second", "third"));
 }
 
-TEST_F(QtMainLoopTest, aTimerFiresOnceWhenTheClockReachesItsDate) {
+TEST_F(QtMainLoopTest, aTimerFiresOnceAtItsDate) {
   const Instant fireDate = loop_.now() + shortWhile;
   std::optional<Instant> fired;
   std::shared_ptr<Timer> timer;
@@ -136,7 +135,7 @@ TEST_F(QtMainLoopTest, aTimerFiresOnceWhenTheClockReachesItsDate) {
   EXPECT_TRUE(runUntilNoted("later"));
 }
 
-TEST_F(QtMainLoopTest, aTimerWhoseDateHasPassedFiresAtOnceButNotBeforeItIsReturned) {
+TEST_F(QtMainLoopTest, aTimerForAPastDateFiresInTheNextTurn) {
   loop_.timerAt(Instant{}, noteFiring("1970"));
   loop_.timerAt(Instant{} - 1000000h, noteFiring("long before"));
   loop_.timerAt(Instant::min(), noteFiring("the beginning of time"));
@@ -147,7 +146,7 @@ TEST_F(QtMainLoopTest, aTimerWhoseDateHasPassedFiresAtOnceButNotBeforeItIsReturn
   EXPECT_THAT(noted_, ElementsAre("the beginning of time", "long before", "1970", "just now"));
 }
 
-TEST_F(QtMainLoopTest, aTimerForTheEndOfTimeHoldsUpNoOther) {
+TEST_F(QtMainLoopTest, aTimerForTheEndOfTimeDelaysNoOther) {
   const auto never = loop_.timerAt(Instant::max(), noteFiring("the end of time"));
   const auto nearlyNever = loop_.repeatingTimer(milliseconds::max(), noteFiring("ages"));
   loop_.after(milliseconds::max(), note("ages"));
@@ -160,7 +159,7 @@ TEST_F(QtMainLoopTest, aTimerForTheEndOfTimeHoldsUpNoOther) {
   EXPECT_TRUE(nearlyNever->isValid());
 }
 
-TEST_F(QtMainLoopTest, aTimerThatNobodyRefersToFires) {
+TEST_F(QtMainLoopTest, aTimerWithoutReferencesFires) {
   EXPECT_NE(loop_.timerAt(loop_.now() + 1ms, noteFiring("once")), nullptr);
   int firings = 0;
   loop_.repeatingTimer(1ms, [&](Timer& timer) {
@@ -184,7 +183,7 @@ TEST_F(QtMainLoopTest, anInvalidatedTimerNeverFires) {
   EXPECT_THAT(noted_, ElementsAre("later"));
 }
 
-TEST_F(QtMainLoopTest, aTimerMayInvalidateAnotherThatIsOverdueAsWell) {
+TEST_F(QtMainLoopTest, aTimerMayInvalidateAnotherOverdueOne) {
   std::shared_ptr<Timer> second;
   loop_.timerAt(Instant{}, [&](Timer&) { second->invalidate(); });
   second = loop_.timerAt(Instant{}, noteFiring("second"));
@@ -193,7 +192,7 @@ TEST_F(QtMainLoopTest, aTimerMayInvalidateAnotherThatIsOverdueAsWell) {
   EXPECT_THAT(noted_, ElementsAre("third"));
 }
 
-TEST_F(QtMainLoopTest, aTimerMayBeInvalidatedByItsOwnHandler) {
+TEST_F(QtMainLoopTest, aHandlerMayInvalidateItsOwnTimer) {
   const auto held = std::make_shared<int>(5);
   loop_.repeatingTimer(1ms, [this, held](Timer& timer) {
     EXPECT_TRUE(timer.isValid());
@@ -214,7 +213,7 @@ TEST_F(QtMainLoopTest, aTimerMayBeInvalidatedByItsOwnHandler) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST_F(QtMainLoopTest, whatAHandlerHoldsIsReleasedOnceItIsDone) {
+TEST_F(QtMainLoopTest, handlersAreReleasedOnceDone) {
   const auto held = std::make_shared<int>();
   const auto fired = loop_.timerAt(Instant{}, [held](Timer&) {});
   const auto invalidated = loop_.timerAt(Instant::max(), [held](Timer&) {});
@@ -229,7 +228,7 @@ TEST_F(QtMainLoopTest, whatAHandlerHoldsIsReleasedOnceItIsDone) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST_F(QtMainLoopTest, aHandlerThatHoldsItsOwnTimerIsReleasedByInvalidatingIt) {
+TEST_F(QtMainLoopTest, invalidatingReleasesAHandlerThatOwnsItsTimer) {
   const auto held = std::make_shared<int>();
   const auto self = std::make_shared<std::shared_ptr<Timer>>();
   *self = loop_.repeatingTimer(1h, [held, self](Timer&) {});
@@ -253,25 +252,25 @@ TEST_F(QtMainLoopTest, aRepeatingTimerFiresAtEveryInterval) {
     EXPECT_GE(firings[number], 10ms * (number + 1)) << "firing " << number;
 }
 
-TEST_F(QtMainLoopTest, missedFiringsComeToOne) {
+TEST_F(QtMainLoopTest, missedFiringsAreMadeOnce) {
   int firings = 0;
   const auto timer = loop_.repeatingTimer(50ms, [&](Timer&) { ++firings; });
   beBusyFor(220ms);
-  loop_.after(0ms, note("all that is overdue was done"));
+  loop_.after(0ms, note("all overdue work is done"));
   EXPECT_EQ(firings, 0);
-  EXPECT_TRUE(runUntilNoted("all that is overdue was done"));
+  EXPECT_TRUE(runUntilNoted("all overdue work is done"));
   EXPECT_EQ(firings, 1);
-  EXPECT_TRUE(runUntil([&] { return firings == 2; })) << "and it goes on";
+  EXPECT_TRUE(runUntil([&] { return firings == 2; })) << "and the timer continues";
 }
 
-TEST_F(QtMainLoopTest, aRepeatingTimerDoesNotFireWhileItsOwnHandlerRuns) {
+TEST_F(QtMainLoopTest, aTimerDoesNotFireWhileItsHandlerRuns) {
   int depth = 0;
   int firings = 0;
   const auto timer = loop_.repeatingTimer(2ms, [&](Timer&) {
     EXPECT_EQ(++depth, 1);
     if (++firings == 1) {
-      loop_.after(shortWhile, note("nested loop over"));
-      EXPECT_TRUE(runUntilNoted("nested loop over")) << "others do fire";
+      loop_.after(shortWhile, note("the nested loop has ended"));
+      EXPECT_TRUE(runUntilNoted("the nested loop has ended")) << "others do fire";
       EXPECT_EQ(firings, 1);
     }
     --depth;
@@ -279,19 +278,19 @@ TEST_F(QtMainLoopTest, aRepeatingTimerDoesNotFireWhileItsOwnHandlerRuns) {
   EXPECT_TRUE(runUntil([&] { return firings == 3; }));
 }
 
-TEST_F(QtMainLoopTest, firingsMissedWhileTheHandlerRanAreMadeOnceWhenItReturns) {
+TEST_F(QtMainLoopTest, missedFiringsAreMadeOnceAfterTheHandler) {
   const auto timer = loop_.repeatingTimer(50ms, [&](Timer&) {
     note("fired")();
     if (noted_.size() > 1) return;
     beBusyFor(220ms);
-    loop_.after(0ms, note("all that is overdue was done"));
+    loop_.after(0ms, note("all overdue work is done"));
   });
-  EXPECT_TRUE(runUntilNoted("all that is overdue was done"));
-  EXPECT_THAT(noted_, ElementsAre("fired", "fired", "all that is overdue was done"));
+  EXPECT_TRUE(runUntilNoted("all overdue work is done"));
+  EXPECT_THAT(noted_, ElementsAre("fired", "fired", "all overdue work is done"));
 }
 
-// Lets a timer of 50 ms fire 75 ms after it was made, and then again, and answers whether it did so before 110 ms had
-// passed; absent if the machine was too busy to tell.
+// Makes a timer of 50 ms fire 75 ms after its creation. Returns true if it fires again before 110 ms have passed;
+// absent if the machine was too busy to decide.
 std::optional<bool> keepsToTheInterval(MainLoop& loop) {
   std::optional<steady_clock::time_point> firstFiring;
   std::vector<std::string> order;
@@ -303,13 +302,13 @@ std::optional<bool> keepsToTheInterval(MainLoop& loop) {
   loop.after(110ms, [&] { order.emplace_back("110 ms"); });
   const auto after = steady_clock::now();
   beBusyFor(75ms);
-  const bool wasTold = runUntil([&] { return order.size() >= 2; });
+  const bool firedTwice = runUntil([&] { return order.size() >= 2; });
   timer->invalidate();
   const bool wasQuick = after - before < 10ms && firstFiring && *firstFiring - before < 100ms;
-  return wasTold && wasQuick ? std::optional(order.front() == "fired again") : std::nullopt;
+  return firedTwice && wasQuick ? std::optional(order.front() == "fired again") : std::nullopt;
 }
 
-TEST_F(QtMainLoopTest, firingsKeepToMultiplesOfTheIntervalHoweverLateOneIs) {
+TEST_F(QtMainLoopTest, aLateFiringDoesNotShiftTheNext) {
   for (int attempt = 0; attempt < 20; ++attempt)
     if (const auto keeps = keepsToTheInterval(loop_)) {
       EXPECT_TRUE(*keeps);
@@ -318,7 +317,7 @@ TEST_F(QtMainLoopTest, firingsKeepToMultiplesOfTheIntervalHoweverLateOneIs) {
   GTEST_SKIP() << "this machine is too busy to fire a timer within 25 ms";
 }
 
-TEST_F(QtMainLoopTest, aRepeatingTimerInvalidatedInsideANestedLoopOfItsHandlerIsOver) {
+TEST_F(QtMainLoopTest, aNestedLoopMayInvalidateTheFiringTimer) {
   const auto timer = loop_.repeatingTimer(1ms, [&](Timer& fires) {
     note("fired")();
     loop_.post([&fires] { fires.invalidate(); });
@@ -330,7 +329,7 @@ TEST_F(QtMainLoopTest, aRepeatingTimerInvalidatedInsideANestedLoopOfItsHandlerIs
   EXPECT_THAT(noted_, ElementsAre("fired", "later"));
 }
 
-TEST_F(QtMainLoopTest, anIntervalThatIsNotPositiveIsTheShortest) {
+TEST_F(QtMainLoopTest, aNonPositiveIntervalIsTheShortest) {
   int firings = 0;
   const auto none = loop_.repeatingTimer(0ms, [&](Timer&) { ++firings; });
   EXPECT_TRUE(runUntil([&] { return firings == 3; }));
@@ -339,7 +338,7 @@ TEST_F(QtMainLoopTest, anIntervalThatIsNotPositiveIsTheShortest) {
   EXPECT_TRUE(runUntil([&] { return firings == 6; }));
 }
 
-TEST_F(QtMainLoopTest, aLoopThatIsDestroyedDropsWhatStillWaits) {
+TEST_F(QtMainLoopTest, aDestroyedLoopDropsPendingWork) {
   const auto held = std::make_shared<int>();
   std::shared_ptr<Timer> once;
   std::shared_ptr<Timer> repeating;
@@ -360,7 +359,7 @@ TEST_F(QtMainLoopTest, aLoopThatIsDestroyedDropsWhatStillWaits) {
   EXPECT_THAT(noted_, ElementsAre("later"));
 }
 
-TEST_F(QtMainLoopTest, hundredsOfTimersShareTheDescriptors) {
+TEST_F(QtMainLoopTest, manyTimersShareTheDescriptors) {
   const auto openDescriptors = [] {
     int count = 0;
     DIR* const folder = opendir("/proc/self/fd");
@@ -383,12 +382,12 @@ TEST_F(QtMainLoopTest, anIdleLoopSleeps) {
   loop_.after(200ms, note("later"));
   const std::clock_t start = std::clock();
   EXPECT_TRUE(runUntilNoted("later"));
-  EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 10) << "the processor was busy while nothing was to do";
+  EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 10) << "the loop used the processor while it was idle";
 }
 
 using QtMainLoopDeathTest = QtMainLoopTest;
 
-TEST_F(QtMainLoopDeathTest, anExceptionThatLeavesWorkEndsTheProcess) {
+TEST_F(QtMainLoopDeathTest, anExceptionFromWorkEndsTheProcess) {
   const auto throwing = [] { throw std::runtime_error("from the work"); };
   EXPECT_DEATH(
       {

@@ -24,7 +24,7 @@ class QtMenuTest : public testing::Test {
   std::vector<std::string> done_;
 };
 
-TEST_F(QtMenuTest, itemsAndSeparatorsAreInTheirOrder) {
+TEST_F(QtMenuTest, itemsAndSeparatorsAreInOrder) {
   menu_->addItem("First", nullptr);
   menu_->addSeparator();
   menu_->addItem("Second", nullptr);
@@ -35,14 +35,14 @@ TEST_F(QtMenuTest, itemsAndSeparatorsAreInTheirOrder) {
   EXPECT_FALSE(action(2).isSeparator());
 }
 
-TEST_F(QtMenuTest, aNewItemIsEnabledAndHasNoPlaceForACheckMark) {
+TEST_F(QtMenuTest, aNewItemIsEnabledAndNotCheckable) {
   menu_->addItem("Item", nullptr);
   EXPECT_TRUE(action(0).isEnabled());
   EXPECT_FALSE(action(0).isCheckable());
   EXPECT_TRUE(action(0).shortcut().isEmpty());
 }
 
-TEST_F(QtMenuTest, titlesAreShownAsTheyAre) {
+TEST_F(QtMenuTest, titlesAreShownVerbatim) {
   const auto item = menu_->addItem("Sort & Quit", nullptr);
   EXPECT_EQ(item->title(), "Sort & Quit");
   EXPECT_EQ(action(0).text(), "Sort && Quit") << "one ampersand would mark a key";
@@ -51,7 +51,7 @@ TEST_F(QtMenuTest, titlesAreShownAsTheyAre) {
   EXPECT_EQ(action(0).text(), QString::fromUtf8("Über …"));
 }
 
-TEST_F(QtMenuTest, itemsAreEnabledAndMarkedAsTheProgramSays) {
+TEST_F(QtMenuTest, itemsCanBeEnabledAndMarked) {
   const auto item = menu_->addItem("Item", nullptr);
   item->setEnabled(false);
   item->setOn(true);
@@ -64,7 +64,7 @@ TEST_F(QtMenuTest, itemsAreEnabledAndMarkedAsTheProgramSays) {
   EXPECT_FALSE(action(0).isChecked());
 }
 
-TEST_F(QtMenuTest, choosingAnItemRunsItsActionFromTheLoopAndLeavesItsMark) {
+TEST_F(QtMenuTest, choosingAnItemRunsItsActionAndKeepsItsMark) {
   const auto item = menu_->addItem("Item", [this] { done_.emplace_back("chosen"); });
   item->setOn(true);
   action(0).trigger();
@@ -86,20 +86,20 @@ TEST_F(QtMenuTest, aDisabledItemCannotBeChosen) {
   EXPECT_THAT(done_, ElementsAre("enabled"));
 }
 
-TEST_F(QtMenuTest, anActionMayGiveUpTheMenu) {
+TEST_F(QtMenuTest, anActionMayDestroyTheMenu) {
   const auto item = menu_->addItem("Item", [this] {
     menu_.reset();
-    done_.emplace_back("given up");
+    done_.emplace_back("destroyed");
   });
   action(0).trigger();
   EXPECT_TRUE(runUntil([this] { return !done_.empty(); }));
-  item->setTitle("Still here");
+  item->setTitle("Still valid");
   item->setEnabled(true);
   item->setOn(true);
-  EXPECT_EQ(item->title(), "Still here");
+  EXPECT_EQ(item->title(), "Still valid");
 }
 
-TEST_F(QtMenuTest, whetherThePlatformEnablesItemsIsRemembered) {
+TEST_F(QtMenuTest, storesAutoenablesItems) {
   EXPECT_TRUE(menu_->autoenablesItems());
   menu_->setAutoenablesItems(false);
   EXPECT_FALSE(menu_->autoenablesItems());

@@ -1,4 +1,4 @@
-// The status item where there is no tray, as on the screen of these tests.
+// The status item without a tray: the display of these tests has none.
 #include "platform/qt/qt_status_item.h"
 
 #include <gmock/gmock.h>
@@ -26,20 +26,20 @@ class QtStatusItemTest : public testing::Test {
   QtStatusItemTest() {
     testing::internal::CaptureStderr();
     item_ = screen_.makeStatusItem();
-    complaint_ = testing::internal::GetCapturedStderr();
+    message_ = testing::internal::GetCapturedStderr();
   }
 
   QtEventLoop loop_;
   QtScreen screen_{loop_};
   std::shared_ptr<StatusItem> item_;
-  std::string complaint_;
+  std::string message_;
 };
 
-TEST_F(QtStatusItemTest, withoutATrayALineSaysSo) {
-  EXPECT_THAT(complaint_, HasSubstr("quillery: no system tray; opening the program again shows its menu\n"));
+TEST_F(QtStatusItemTest, reportsAMissingTray) {
+  EXPECT_THAT(message_, HasSubstr("quillery: no system tray; opening the program again shows its menu\n"));
   EXPECT_TRUE(screen_.isWithoutTray());
   item_.reset();
-  EXPECT_FALSE(screen_.isWithoutTray()) << "there is nothing that a tray could show";
+  EXPECT_FALSE(screen_.isWithoutTray()) << "there is no item to show";
 }
 
 TEST_F(QtStatusItemTest, itsMenuOpensAtThePointer) {
@@ -60,7 +60,7 @@ TEST_F(QtStatusItemTest, itsMenuOpensAtThePointer) {
   EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
 
-TEST_F(QtStatusItemTest, itsMenuIsExchanged) {
+TEST_F(QtStatusItemTest, itsMenuCanBeReplaced) {
   item_->setMenu(screen_.makeMenu());
   item_->setMenu(nullptr);
   EXPECT_EQ(item_->menu(), nullptr);
@@ -68,7 +68,7 @@ TEST_F(QtStatusItemTest, itsMenuIsExchanged) {
   EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
 
-TEST_F(QtStatusItemTest, whatIsOfATrayCanBeSetBeforeThereIsOne) {
+TEST_F(QtStatusItemTest, canBeChangedWithoutATray) {
   item_->setImage({"bookmark", "Quillery", true});
   item_->setToolTip("Sorted just now");
   item_->setAppearsDisabled(true);
@@ -79,10 +79,10 @@ TEST_F(QtStatusItemTest, whatIsOfATrayCanBeSetBeforeThereIsOne) {
   QApplication::setPalette(usual);
 }
 
-// The colour of a point of the ribbon's edge, in an icon of 64 pixels.
+// Returns the colour of a point on the ribbon's edge in an icon of 64 pixels.
 QColor colourOf(const QIcon& icon) { return icon.pixmap(QSize(64, 64), 1.0).toImage().pixelColor(16, 32); }
 
-TEST(SvgIcon, aSymbolHasTheColourThatTheDesktopWritesWith) {
+TEST(SvgIcon, aSymbolHasTheDesktopsTextColour) {
   const QIcon icon = symbolicIcon(bookmarkSymbolFile, "no-such-icon", QIcon::Normal);
   const QPalette usual = QApplication::palette();
   for (const char* const name : {"#ffffff", "#000000", "#123456"}) {
@@ -102,7 +102,7 @@ TEST(SvgIcon, aDisabledSymbolIsPale) {
   EXPECT_LT(disabled, 180);
 }
 
-TEST(SvgIcon, isDrawnInEverySizeAndLeavesTheRestClear) {
+TEST(SvgIcon, isDrawnInEverySizeOnTransparency) {
   for (const int side : {16, 22, 48, 256, 512}) {
     const QImage image = svgIcon(applicationIconFile, "none").pixmap(QSize(side, side), 1.0).toImage();
     ASSERT_EQ(image.size(), QSize(side, side));
@@ -111,7 +111,7 @@ TEST(SvgIcon, isDrawnInEverySizeAndLeavesTheRestClear) {
   }
 }
 
-TEST(SvgIcon, hasANameOnlyWhereTheIconThemeKnowsIt) {
+TEST(SvgIcon, hasANameOnlyIfTheIconThemeHasIt) {
   EXPECT_EQ(svgIcon(applicationIconFile, "no-such-icon").name(), QString());
   EXPECT_EQ(symbolicIcon(bookmarkSymbolFile, "no-such-icon", QIcon::Normal).name(), QString());
 }

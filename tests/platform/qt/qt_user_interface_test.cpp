@@ -1,4 +1,4 @@
-// Alerts, answered through the very widgets that a person would use.
+// Alerts, answered through the widgets that a user would use.
 #include "platform/qt/qt_user_interface.h"
 
 #include <gmock/gmock.h>
@@ -42,7 +42,7 @@ class QtUserInterfaceTest : public testing::Test {
   QtUserInterface userInterface_{application_};
 };
 
-TEST_F(QtUserInterfaceTest, buttonsAreInTheirOrderFromTheLeftAndTheFirstIsTheDefault) {
+TEST_F(QtUserInterfaceTest, buttonsAreInOrderAndTheFirstIsTheDefault) {
   for (const std::vector<std::string>& titles :
        {std::vector<std::string>{"Quit", "Cancel"}, {"Cancel", "Quit"}, {"No", "Yes", "Help", "Apply"}, {"Only"}}) {
     withNextDialog([&](QDialog& dialog) {
@@ -55,7 +55,7 @@ TEST_F(QtUserInterfaceTest, buttonsAreInTheirOrderFromTheLeftAndTheFirstIsTheDef
   }
 }
 
-TEST_F(QtUserInterfaceTest, theAnswerIsTheIndexOfTheButtonThatIsPressed) {
+TEST_F(QtUserInterfaceTest, returnsTheIndexOfThePressedButton) {
   const std::vector<std::string> titles = {"OK", "Cancel", "Save & Go", "Help"};
   for (std::size_t index = 0; index < titles.size(); ++index) {
     withNextDialog([&](QDialog& dialog) { QTest::mouseClick(buttonsFromTheLeft(dialog).at(index), Qt::LeftButton); });
@@ -63,7 +63,7 @@ TEST_F(QtUserInterfaceTest, theAnswerIsTheIndexOfTheButtonThatIsPressed) {
   }
 }
 
-TEST_F(QtUserInterfaceTest, withoutButtonsThereIsOneToAgree) {
+TEST_F(QtUserInterfaceTest, anAlertWithoutButtonsHasOk) {
   withNextDialog([](QDialog& dialog) {
     EXPECT_THAT(titlesFromTheLeft(dialog), ElementsAre("OK"));
     QTest::keyClick(&dialog, Qt::Key_Escape);
@@ -71,7 +71,7 @@ TEST_F(QtUserInterfaceTest, withoutButtonsThereIsOneToAgree) {
   EXPECT_EQ(userInterface_.runModal({"Text", "More", {}}), 0U);
 }
 
-TEST_F(QtUserInterfaceTest, escapeAndTheCloseBoxPressCancelWhereverItIs) {
+TEST_F(QtUserInterfaceTest, escapeAndTheCloseButtonPressCancel) {
   for (const std::size_t place : {0U, 1U, 2U}) {
     std::vector<std::string> titles = {"One", "Two"};
     titles.insert(titles.begin() + static_cast<std::ptrdiff_t>(place), "Cancel");
@@ -82,7 +82,7 @@ TEST_F(QtUserInterfaceTest, escapeAndTheCloseBoxPressCancelWhereverItIs) {
   }
 }
 
-TEST_F(QtUserInterfaceTest, escapeAndTheCloseBoxDoNothingWhereNothingIsCancelled) {
+TEST_F(QtUserInterfaceTest, escapeDoesNothingWithoutACancelButton) {
   withNextDialog([](QDialog& dialog) {
     QTest::keyClick(&dialog, Qt::Key_Escape);
     EXPECT_TRUE(dialog.isVisible());
@@ -93,7 +93,7 @@ TEST_F(QtUserInterfaceTest, escapeAndTheCloseBoxDoNothingWhereNothingIsCancelled
   EXPECT_EQ(userInterface_.runModal({"Text", "", {"Yes", "No"}}), 1U);
 }
 
-TEST_F(QtUserInterfaceTest, theMainTextIsBoldAndIsAboveTheOther) {
+TEST_F(QtUserInterfaceTest, theMainTextIsBoldAndOnTop) {
   withNextDialog([](QDialog& dialog) {
     QList<QLabel*> texts = dialog.findChildren<QLabel*>();
     erase_if(texts, [](const QLabel* label) { return label->text().isEmpty(); });
@@ -108,7 +108,7 @@ TEST_F(QtUserInterfaceTest, theMainTextIsBoldAndIsAboveTheOther) {
   userInterface_.runModal({"Main text", "Other\ntext", {}});
 }
 
-TEST_F(QtUserInterfaceTest, textIsShownAsItIsWhateverItLooksLike) {
+TEST_F(QtUserInterfaceTest, textIsShownVerbatim) {
   const QString text = "<b>bold</b> & <img src='picture'>";
   withNextDialog([&](QDialog& dialog) {
     for (const QLabel* const label : dialog.findChildren<QLabel*>()) {
@@ -121,7 +121,7 @@ TEST_F(QtUserInterfaceTest, textIsShownAsItIsWhateverItLooksLike) {
   userInterface_.runModal({text.toStdString(), text.toStdString(), {}});
 }
 
-// Every letter of every text lies within its label, and every label within the dialog or what can be scrolled there.
+// Checks that every text lies within its label, and every label within the dialog or the dialog's scroll area.
 void expectAllTextInside(QDialog& dialog) {
   for (QLabel* label : dialog.findChildren<QLabel*>()) {
     if (label->text().isEmpty()) continue;
@@ -136,7 +136,7 @@ void expectAllTextInside(QDialog& dialog) {
       << "the dialog is larger than the screen";
 }
 
-TEST_F(QtUserInterfaceTest, longTextIsAllThere) {
+TEST_F(QtUserInterfaceTest, longTextIsShownInFull) {
   std::string words;
   for (int count = 0; count < 80; ++count) words += "bookmarks are put in order ";
   for (const std::string& text : {words, std::string(300, 'W'), "/home/ann/" + std::string(200, 'x') + "/file.plist"}) {
@@ -172,7 +172,7 @@ TEST_F(QtUserInterfaceTest, alertsNest) {
   EXPECT_THAT(answers, ElementsAre(2U, 1U));
 }
 
-TEST_F(QtUserInterfaceTest, activatingRaisesTheDialogThatIsShownNext) {
+TEST_F(QtUserInterfaceTest, activatingRaisesTheNextDialog) {
   userInterface_.activateIgnoringOthers();
   withNextDialog([](QDialog& dialog) {
     EXPECT_TRUE(runUntil([&] { return QApplication::activeWindow() == &dialog; }));
@@ -181,7 +181,7 @@ TEST_F(QtUserInterfaceTest, activatingRaisesTheDialogThatIsShownNext) {
   EXPECT_EQ(userInterface_.runModal({"Text", "", {"Yes", "No"}}), 0U);
 }
 
-TEST_F(QtUserInterfaceTest, activatingRaisesTheWindowThatIsThere) {
+TEST_F(QtUserInterfaceTest, activatingRaisesTheVisibleWindow) {
   QWidget one;
   QWidget other;
   other.show();
@@ -193,7 +193,7 @@ TEST_F(QtUserInterfaceTest, activatingRaisesTheWindowThatIsThere) {
   EXPECT_TRUE(runUntil([&] { return QApplication::activeWindow() == &other; }));
 }
 
-TEST_F(QtUserInterfaceTest, oneThatIsTerminatingShowsNothingAndGoesAheadWithNothing) {
+TEST_F(QtUserInterfaceTest, aTerminatingApplicationShowsNoAlert) {
   application_.terminate();
   EXPECT_EQ(userInterface_.runModal({"Text", "", {"Replace", "Cancel", "Help"}}), 1U);
   EXPECT_EQ(userInterface_.runModal({"Text", "", {"Replace", "Keep"}}), 1U);

@@ -1,4 +1,4 @@
-// Windows as a person meets them: the geometry that Qt gives the widgets, and keys as the keyboard sends them.
+// Windows as a user sees them: the geometry of the widgets, and keys as the keyboard sends them.
 #include "platform/qt/qt_window.h"
 
 #include <gmock/gmock.h>
@@ -44,7 +44,7 @@ class QtWindowTest : public testing::Test {
     window_->makeKeyAndOrderFront();
     ASSERT_TRUE(runUntil([this] { return QApplication::activeWindow() == &window_->widget(); }));
   }
-  // To whatever has the keyboard's focus.
+  // Sends the key to the focused widget.
   void press(Qt::Key key) {
     const QWidget* const popUp = QApplication::activePopupWidget();
     QWidget* const focus = popUp != nullptr ? popUp->focusWidget() : QApplication::focusWidget();
@@ -55,7 +55,7 @@ class QtWindowTest : public testing::Test {
   std::vector<std::string> done_;
 };
 
-TEST_F(QtWindowTest, isHiddenAtFirstAndExactlyAsLargeAsSaid) {
+TEST_F(QtWindowTest, isHiddenAtFirstAndHasAFixedSize) {
   QWidget& widget = window_->widget();
   EXPECT_FALSE(widget.isVisible());
   EXPECT_EQ(widget.size(), QSize(300, 200));
@@ -66,7 +66,7 @@ TEST_F(QtWindowTest, isHiddenAtFirstAndExactlyAsLargeAsSaid) {
   EXPECT_FALSE(widget.windowFlags() & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint));
 }
 
-TEST_F(QtWindowTest, framesAreCountedFromTheBottomLeft) {
+TEST_F(QtWindowTest, framesStartAtTheBottomLeft) {
   window_->add(PushButton{{10, 20, 90, 32}, "Push", nullptr});
   window_->add(CheckBox{{1, 2, 120, 18}, "Check", nullptr});
   window_->add(PopUp{{0, 0, 300, 26}, {"One"}, nullptr});
@@ -78,16 +78,16 @@ TEST_F(QtWindowTest, framesAreCountedFromTheBottomLeft) {
   EXPECT_EQ(only<QTimeEdit>().geometry(), QRect(200, 0, 100, 28));
   EXPECT_EQ(only<QLabel>().geometry(), QRect(5, 83, 290, 17));
   show();
-  EXPECT_EQ(only<QPushButton>().geometry(), QRect(10, 148, 90, 32)) << "nothing moves when the window is shown";
+  EXPECT_EQ(only<QPushButton>().geometry(), QRect(10, 148, 90, 32)) << "showing the window moves nothing";
 }
 
-TEST_F(QtWindowTest, controlsAddedLaterAreSeenToo) {
+TEST_F(QtWindowTest, controlsAddedLaterAreVisible) {
   show();
   window_->add(Label{{0, 0, 100, 17}, "Late"});
   EXPECT_TRUE(only<QLabel>().isVisible());
 }
 
-TEST_F(QtWindowTest, titlesAreShownAsTheyAre) {
+TEST_F(QtWindowTest, titlesAreShownVerbatim) {
   window_->add(PushButton{{0, 0, 200, 32}, "Sort & Quit", nullptr});
   window_->add(CheckBox{{0, 40, 200, 18}, "Sort & Quit", nullptr});
   window_->add(Label{{0, 80, 200, 17}, "Sort & <b>Quit</b>"});
@@ -97,7 +97,7 @@ TEST_F(QtWindowTest, titlesAreShownAsTheyAre) {
   EXPECT_EQ(only<QLabel>().textFormat(), Qt::PlainText);
 }
 
-TEST_F(QtWindowTest, labelsAreBoldCentredAndLargerAsSaid) {
+TEST_F(QtWindowTest, labelsCanBeBoldCentredAndLarger) {
   window_->add(Label{.frame = {0, 100, 300, 60}, .text = "Large", .fontSize = 26, .isBold = true, .isCentered = true});
   const int large = QFontInfo(only<QLabel>().font()).pixelSize();
   EXPECT_TRUE(only<QLabel>().font().bold());
@@ -109,7 +109,7 @@ TEST_F(QtWindowTest, labelsAreBoldCentredAndLargerAsSaid) {
   EXPECT_FALSE(only<QLabel>().alignment() & Qt::AlignHCenter);
 }
 
-TEST_F(QtWindowTest, buttonsDoTheirActionWhenUsed) {
+TEST_F(QtWindowTest, buttonsRunTheirActions) {
   const auto button = window_->add(PushButton{{0, 0, 90, 32}, "Push", note("pushed")});
   const auto box = window_->add(CheckBox{{0, 50, 90, 18}, "Check", nullptr, 7});
   EXPECT_EQ(button->tag(), 0);
@@ -125,7 +125,7 @@ TEST_F(QtWindowTest, buttonsDoTheirActionWhenUsed) {
   EXPECT_THAT(done_, ElementsAre("pushed"));
 }
 
-TEST_F(QtWindowTest, aCheckBoxHasChangedByTheTimeOfItsAction) {
+TEST_F(QtWindowTest, aCheckBoxChangesBeforeItsAction) {
   std::shared_ptr<Button> box;
   box = window_->add(CheckBox{{0, 50, 90, 18}, "Check", [&] { done_.emplace_back(box->isOn() ? "on" : "off"); }});
   only<QCheckBox>().click();
@@ -133,10 +133,10 @@ TEST_F(QtWindowTest, aCheckBoxHasChangedByTheTimeOfItsAction) {
   EXPECT_THAT(done_, ElementsAre("on", "off"));
   box->setOn(true);
   EXPECT_TRUE(box->isOn());
-  EXPECT_THAT(done_, ElementsAre("on", "off")) << "the program's own change is no use of it";
+  EXPECT_THAT(done_, ElementsAre("on", "off")) << "the program's own change is not reported";
 }
 
-TEST_F(QtWindowTest, aPopUpButtonTellsOnlyOfItsUsersChoice) {
+TEST_F(QtWindowTest, aPopUpButtonReportsOnlyTheUsersChoice) {
   const auto popUp = window_->add(PopUp{{0, 0, 100, 26}, {"One", "Two", "Three"}, note("chosen")});
   EXPECT_EQ(popUp->selectedIndex(), 0U);
   popUp->select(2);
@@ -153,7 +153,7 @@ TEST_F(QtWindowTest, aPopUpButtonTellsOnlyOfItsUsersChoice) {
   EXPECT_FALSE(only<QComboBox>().isEnabled());
 }
 
-TEST_F(QtWindowTest, returnAndEscapePressTheirButtonsWhateverHasTheFocus) {
+TEST_F(QtWindowTest, returnAndEscapePressTheirButtonsWithAnyFocus) {
   window_->add(PushButton{{0, 0, 90, 32}, "Save", note("saved"), KeyEquivalent::returnKey});
   window_->add(PushButton{{100, 0, 90, 32}, "Cancel", note("cancelled"), KeyEquivalent::escape});
   window_->add(PushButton{{200, 0, 90, 32}, "Other", note("other")});
@@ -170,7 +170,7 @@ TEST_F(QtWindowTest, returnAndEscapePressTheirButtonsWhateverHasTheFocus) {
   EXPECT_TRUE(window_->widget().isVisible());
 }
 
-TEST_F(QtWindowTest, returnAndEscapeInAnOpenPopUpAreItsOwn) {
+TEST_F(QtWindowTest, anOpenPopUpReceivesReturnAndEscape) {
   const auto popUp = window_->add(PopUp{{0, 100, 100, 26}, {"One", "Two", "Three"}, note("chosen")});
   window_->add(PushButton{{0, 0, 90, 32}, "Save", note("saved"), KeyEquivalent::returnKey});
   window_->add(PushButton{{100, 0, 90, 32}, "Cancel", note("cancelled"), KeyEquivalent::escape});
@@ -186,7 +186,7 @@ TEST_F(QtWindowTest, returnAndEscapeInAnOpenPopUpAreItsOwn) {
   EXPECT_EQ(popUp->selectedIndex(), 1U);
 }
 
-TEST_F(QtWindowTest, theButtonOfReturnIsDrawnAsTheDefault) {
+TEST_F(QtWindowTest, theReturnButtonIsTheDefault) {
   window_->add(PushButton{{0, 0, 90, 32}, "Save", nullptr, KeyEquivalent::returnKey});
   EXPECT_TRUE(only<QPushButton>().isDefault());
   delete &only<QPushButton>();
@@ -194,14 +194,14 @@ TEST_F(QtWindowTest, theButtonOfReturnIsDrawnAsTheDefault) {
   EXPECT_FALSE(only<QPushButton>().isDefault());
 }
 
-TEST_F(QtWindowTest, aDisabledButtonHasNoKey) {
+TEST_F(QtWindowTest, aDisabledButtonIgnoresItsKey) {
   window_->add(PushButton{{0, 0, 90, 32}, "Save", note("saved"), KeyEquivalent::returnKey})->setEnabled(false);
   show();
   press(Qt::Key_Return);
   EXPECT_THAT(done_, IsEmpty());
 }
 
-TEST_F(QtWindowTest, aTimeThatIsTypedCountsWhenReturnSavesIt) {
+TEST_F(QtWindowTest, returnSavesATypedTime) {
   const auto picker = window_->addTimePicker({0, 150, 100, 26});
   const auto at = [](int hour, int minute) {
     return Instant(std::chrono::milliseconds(QDateTime({2026, 6, 15}, {hour, minute}).toMSecsSinceEpoch()));
@@ -212,14 +212,14 @@ TEST_F(QtWindowTest, aTimeThatIsTypedCountsWhenReturnSavesIt) {
   show();
   auto& field = only<QTimeEdit>();
   field.setFocus();
-  field.setKeyboardTracking(false);  // so that nothing but Return takes in what is typed
+  field.setKeyboardTracking(false);  // so that only Return accepts the typed time
   field.setSelectedSection(QDateTimeEdit::HourSection);
   QTest::keyClicks(&field, "17");
   press(Qt::Key_Return);
   EXPECT_EQ(saved, at(17, 30));
 }
 
-TEST_F(QtWindowTest, aClickInATimeSelectsTheHourOrTheMinuteToBeTypedAnew) {
+TEST_F(QtWindowTest, aClickInATimeSelectsTheHourOrMinute) {
   window_->addTimePicker({0, 150, 100, 26});
   show();
   auto& field = only<QTimeEdit>();
@@ -236,7 +236,7 @@ TEST_F(QtWindowTest, aClickInATimeSelectsTheHourOrTheMinuteToBeTypedAnew) {
   EXPECT_EQ(field.time(), QTime(17, 45));
 }
 
-TEST_F(QtWindowTest, tabGoesThroughTheControlsInTheOrderInWhichTheyWereAdded) {
+TEST_F(QtWindowTest, tabFollowsTheOrderOfAddition) {
   window_->add(PushButton{{200, 0, 90, 32}, "Save", nullptr});
   window_->add(Label{{0, 180, 90, 17}, "Label"});
   window_->add(CheckBox{{0, 50, 90, 18}, "Check", nullptr});
@@ -248,14 +248,14 @@ TEST_F(QtWindowTest, tabGoesThroughTheControlsInTheOrderInWhichTheyWereAdded) {
   std::vector<std::string> order;
   for (int step = 0; step < 6; ++step) {
     order.emplace_back(QApplication::focusWidget()->metaObject()->className());
-    // A field for a time keeps Tab for its minutes first.
+    // In a time field, Tab first moves to the minutes.
     const QWidget* const before = QApplication::focusWidget();
     for (int attempt = 0; attempt < 3 && QApplication::focusWidget() == before; ++attempt) press(Qt::Key_Tab);
   }
   EXPECT_THAT(order, ElementsAre("QPushButton", "QCheckBox", "QTimeEdit", "QComboBox", "QPushButton", "QPushButton"));
 }
 
-TEST_F(QtWindowTest, oneThatIsNotClosableStaysOpen) {
+TEST_F(QtWindowTest, aWindowThatIsNotClosableStaysOpen) {
   EXPECT_FALSE(window_->widget().windowFlags() & Qt::WindowCloseButtonHint);
   show();
   EXPECT_FALSE(window_->widget().close());
@@ -266,7 +266,7 @@ TEST_F(QtWindowTest, oneThatIsNotClosableStaysOpen) {
   EXPECT_FALSE(window_->widget().isVisible());
 }
 
-TEST_F(QtWindowTest, oneThatIsClosableIsHiddenByItsUserAndCanBeShownAgain) {
+TEST_F(QtWindowTest, aClosedWindowCanBeShownAgain) {
   window_ = std::make_shared<QtWindow>(WindowDescription{300, 200, "Title", true});
   window_->add(Label{{0, 0, 90, 17}, "Label"});
   EXPECT_TRUE(window_->widget().windowFlags() & Qt::WindowCloseButtonHint);
@@ -277,27 +277,27 @@ TEST_F(QtWindowTest, oneThatIsClosableIsHiddenByItsUserAndCanBeShownAgain) {
   EXPECT_TRUE(only<QLabel>().isVisible());
 }
 
-TEST_F(QtWindowTest, isInTheMiddleOfTheScreen) {
+TEST_F(QtWindowTest, centersOnTheScreen) {
   window_->center();
   show();
   const QPoint distance = window_->widget().geometry().center() - QApplication::primaryScreen()->geometry().center();
-  EXPECT_LE(distance.manhattanLength(), 8) << "but for the window's borders, which are not known before it is shown";
+  EXPECT_LE(distance.manhattanLength(), 8) << "the borders are not known before the window is shown";
 }
 
-TEST_F(QtWindowTest, anActionMayGiveUpItsWindow) {
+TEST_F(QtWindowTest, anActionMayDestroyItsWindow) {
   const auto other = window_->add(CheckBox{{0, 50, 90, 18}, "Check", nullptr});
   const auto picker = window_->addTimePicker({0, 150, 100, 26});
   const auto popUp = window_->add(PopUp{{0, 100, 100, 26}, {"One", "Two"}, nullptr});
   const auto button = window_->add(PushButton{{0, 0, 90, 32}, "Close", [this] {
                                                 window_.reset();
-                                                done_.emplace_back("given up");
+                                                done_.emplace_back("destroyed");
                                               }});
   show();
   const QPointer<QWidget> widget(&window_->widget());
   QTest::mouseClick(&only<QPushButton>(), Qt::LeftButton);
-  EXPECT_THAT(done_, ElementsAre("given up"));
-  EXPECT_FALSE(widget.isNull()) << "its button was still at work";
-  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // as a loop that runs does
+  EXPECT_THAT(done_, ElementsAre("destroyed"));
+  EXPECT_FALSE(widget.isNull()) << "its button was still in use";
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // as a running loop does
   EXPECT_TRUE(widget.isNull());
   for (const auto& control : {button, other}) {
     control->setOn(true);
@@ -324,12 +324,12 @@ class QtDatePickerTest : public QtWindowTest {
   std::shared_ptr<DatePicker> picker_ = window_->addTimePicker({0, 150, 100, 26});
 };
 
-TEST_F(QtDatePickerTest, showsHoursAndMinutesOfTheSystemsTimeZone) {
+TEST_F(QtDatePickerTest, showsTheTimeInTheSystemsTimeZone) {
   picker_->setDateValue(Instant(1'781'512'245s));  // 2026-06-15 08:30:45 UTC
   EXPECT_EQ(only<QTimeEdit>().text(), "10:30");
 }
 
-TEST_F(QtDatePickerTest, answersTheVeryInstantUnlessItsUserChangesIt) {
+TEST_F(QtDatePickerTest, returnsTheExactInstantUntilTheUserChangesIt) {
   const Instant date = Instant(1'781'512'245s) + 678us;
   picker_->setDateValue(date);
   EXPECT_EQ(picker_->dateValue(), date);
@@ -341,12 +341,12 @@ TEST_F(QtDatePickerTest, answersTheVeryInstantUnlessItsUserChangesIt) {
   EXPECT_EQ(picker_->dateValue(), date);
 }
 
-TEST_F(QtDatePickerTest, isDisabledAsSaid) {
+TEST_F(QtDatePickerTest, canBeDisabled) {
   picker_->setEnabled(false);
   EXPECT_FALSE(only<QTimeEdit>().isEnabled());
 }
 
-// A picture that is red all over, as wide as it is high.
+// Makes a square red picture and returns its path.
 std::string makePicture(const ScratchFolder& scratch) {
   std::string path = scratch.path("picture.svg");
   makeFile(path,
@@ -355,12 +355,12 @@ std::string makePicture(const ScratchFolder& scratch) {
   return path;
 }
 
-TEST_F(QtWindowTest, anImageFillsItsFrameInItsOwnProportions) {
+TEST_F(QtWindowTest, anImageKeepsItsAspectRatio) {
   const ScratchFolder scratch;
   window_->add(Image{{100, 50, 100, 60}, makePicture(scratch)});
   const QImage seen = window_->widget().grab().toImage();
   const auto red = [&](int x, int y) { return seen.pixelColor(QPoint(x, y) * seen.devicePixelRatio()) == Qt::red; };
-  for (const int y : {92, 148}) {  // the frame is from 90 to 149 in the widget
+  for (const int y : {92, 148}) {  // in the widget, the frame is from 90 to 149
     EXPECT_TRUE(red(122, y));
     EXPECT_TRUE(red(177, y));
     EXPECT_FALSE(red(117, y));
@@ -370,7 +370,7 @@ TEST_F(QtWindowTest, anImageFillsItsFrameInItsOwnProportions) {
   EXPECT_FALSE(red(150, 152));
 }
 
-TEST_F(QtWindowTest, anImageThatCannotBeReadIsNothing) {
+TEST_F(QtWindowTest, anUnreadableImageDrawsNothing) {
   const QImage before = window_->widget().grab().toImage();
   window_->add(Image{{100, 50, 100, 60}, "/nowhere/at/all.png"});
   EXPECT_EQ(window_->widget().grab().toImage(), before);

@@ -1,4 +1,4 @@
-// A panel on a session bus of the test's own. It answers from a thread of its own, as another process would.
+// A panel on a private session bus. It replies from its own thread, as another process would.
 #include "platform/qt/system_tray.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ class Panel : private QDBusVirtualObject {
   Panel(const Panel&) = delete;
   Panel& operator=(const Panel&) = delete;
 
-  bool wasAsked() const { return wasAsked_; }
+  bool wasQueried() const { return wasQueried_; }
   void registerHost() {
     hasHost_ = true;
     EXPECT_TRUE(bus_.send(QDBusMessage::createSignal(watcherPath, watcherName, "StatusNotifierHostRegistered")));
@@ -49,12 +49,12 @@ class Panel : private QDBusVirtualObject {
   QString introspect(const QString&) const override { return {}; }
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
     if (message.member() != "Get" || message.arguments().value(1) != "IsStatusNotifierHostRegistered") return false;
-    wasAsked_ = true;
+    wasQueried_ = true;
     return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(hasHost_.load()))));
   }
 
   std::atomic<bool> hasHost_;
-  std::atomic<bool> wasAsked_ = false;
+  std::atomic<bool> wasQueried_ = false;
   QThread thread_;
   QDBusConnection bus_;
 };
@@ -72,7 +72,7 @@ class SystemTrayTest : public testing::Test {
   int arrivals_ = 0;
 };
 
-TEST_F(SystemTrayTest, isThereWherePanelsHaveAHost) {
+TEST_F(SystemTrayTest, isAvailableIfAPanelHasAHost) {
   SystemTray tray(loop_);
   EXPECT_FALSE(tray.isAvailable());
   {
@@ -81,22 +81,22 @@ TEST_F(SystemTrayTest, isThereWherePanelsHaveAHost) {
   }
   EXPECT_FALSE(tray.isAvailable());
   const Panel panel(bus_.address(), false);
-  EXPECT_FALSE(tray.isAvailable()) << "there is the service, but nothing that shows icons";
-  EXPECT_TRUE(panel.wasAsked());
+  EXPECT_FALSE(tray.isAvailable()) << "the service exists, but nothing that shows icons";
+  EXPECT_TRUE(panel.wasQueried());
 }
 
-TEST_F(SystemTrayTest, aPanelThatComesLaterIsNoticed) {
+TEST_F(SystemTrayTest, noticesALaterPanel) {
   SystemTray tray(loop_);
   await(tray);
   const Panel panel(bus_.address(), true);
   EXPECT_TRUE(runUntil([&] { return arrivals_ > 0; }));
 }
 
-TEST_F(SystemTrayTest, aHostThatComesLaterIsNoticedOnce) {
+TEST_F(SystemTrayTest, noticesALaterHostOnce) {
   SystemTray tray(loop_);
   await(tray);
   Panel panel(bus_.address(), false);
-  EXPECT_TRUE(runUntil([&] { return panel.wasAsked(); }));
+  EXPECT_TRUE(runUntil([&] { return panel.wasQueried(); }));
   EXPECT_EQ(arrivals_, 0);
   panel.registerHost();
   EXPECT_TRUE(runUntil([&] { return arrivals_ > 0; }));
@@ -108,7 +108,7 @@ TEST_F(SystemTrayTest, aHostThatComesLaterIsNoticedOnce) {
   EXPECT_EQ(arrivals_, 1);
 }
 
-TEST_F(SystemTrayTest, withoutABusThereIsNone) {
+TEST_F(SystemTrayTest, isUnavailableWithoutABus) {
   address_.set("disabled:");
   SystemTray tray(loop_);
   await(tray);

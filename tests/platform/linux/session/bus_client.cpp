@@ -7,7 +7,7 @@ BusClient::BusClient() {
   EXPECT_GE(sd_bus_open_user(&bus), 0);
   bus_.reset(bus);
   const char* name = nullptr;
-  EXPECT_GE(sd_bus_get_unique_name(bus, &name), 0);  // waits for the bus to answer
+  EXPECT_GE(sd_bus_get_unique_name(bus, &name), 0);  // waits for the bus to reply
 }
 
 BusClient::BusClient(const std::string& address) {
@@ -23,4 +23,4 @@ BusClient::BusClient(const std::string& address) {
 
 void BusClient::take(const char* name) { EXPECT_GE(sd_bus_request_name(bus(), name, SD_BUS_NAME_QUEUE), 0) << name; }
 
-void BusClient::giveUp(const char* name) { EXPECT_GE(sd_bus_release_name(bus(), name), 0) << name; }
+void BusClient::release(const char* name) { EXPECT_GE(sd_bus_release_name(bus(), name), 0) << name; }

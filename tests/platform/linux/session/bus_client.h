@@ -1,4 +1,4 @@
-// A connection of the test's own process to a bus: an application that comes and goes as the test says.
+// A connection of the test's process to a bus, which stands for an application.
 #pragma once
 
 #include <systemd/sd-bus.h>
@@ -6,18 +6,18 @@
 #include <memory>
 #include <string>
 
-// What it does has happened on the bus when a function returns. A process forked while it lives keeps it on the bus.
+// Each function returns after the bus has acted. A process forked while this lives keeps the connection open.
 class BusClient {
  public:
-  // On the session bus, or with its address on another.
+  // Connects to the session bus, or to the bus with this address.
   BusClient();
   explicit BusClient(const std::string& address);
 
   sd_bus* bus() const { return bus_.get(); }
-  // Owns the name, or waits for it.
+  // Takes the name, or queues for it.
   void take(const char* name);
-  // Gives up what `take` took.
-  void giveUp(const char* name);
+  // Releases the name, or leaves its queue.
+  void release(const char* name);
 
  private:
   struct Closer {

@@ -12,7 +12,7 @@ using testing::UnorderedElementsAre;
 
 constexpr const char* safari = "com.apple.Safari";
 
-TEST(BusMembers, aConnectionLeavesUnderEachOfItsNames) {
+TEST(BusMembers, reportsADepartureForEachNameOfAConnection) {
   BusMembers members;
   members.arrived(":1.1");
   members.hasName(":1.1", safari);
@@ -23,14 +23,14 @@ TEST(BusMembers, aConnectionLeavesUnderEachOfItsNames) {
   EXPECT_THAT(members.left(":1.1"), IsEmpty());
 }
 
-TEST(BusMembers, aConnectionWithoutNamesLeavesUnnoticed) {
+TEST(BusMembers, reportsNoDepartureWithoutNames) {
   BusMembers members;
   members.arrived(":1.1");
   members.hasProcess(":1.1", 11);
   EXPECT_THAT(members.left(":1.1"), IsEmpty());
 }
 
-TEST(BusMembers, aProcessLeavesWithTheLastOfItsConnectionsThatHasTheName) {
+TEST(BusMembers, aProcessDepartsWithItsLastConnection) {
   BusMembers members;
   for (const char* connection : {":1.1", ":1.2", ":1.3", ":1.4"}) {
     members.arrived(connection);
@@ -44,7 +44,7 @@ TEST(BusMembers, aProcessLeavesWithTheLastOfItsConnectionsThatHasTheName) {
   EXPECT_THAT(members.left(":1.4"), ElementsAre(FieldsAre(safari, 44)));
 }
 
-TEST(BusMembers, connectionsOfUnknownProcessesAreNotTakenForOne) {
+TEST(BusMembers, doesNotMergeConnectionsOfUnknownProcesses) {
   BusMembers members;
   for (const char* connection : {":1.1", ":1.2"}) {
     members.arrived(connection);
@@ -55,7 +55,7 @@ TEST(BusMembers, connectionsOfUnknownProcessesAreNotTakenForOne) {
   EXPECT_THAT(members.left(":1.2"), ElementsAre(FieldsAre(safari, -1)));
 }
 
-TEST(BusMembers, whatIsSaidOfOneThatIsNotThereIsIgnored) {
+TEST(BusMembers, ignoresFactsAboutAbsentConnections) {
   BusMembers members;
   members.hasName(":1.1", safari);
   members.hasProcess(":1.1", 11);
@@ -64,7 +64,7 @@ TEST(BusMembers, whatIsSaidOfOneThatIsNotThereIsIgnored) {
   EXPECT_THAT(members.left(":1.1"), IsEmpty());
 }
 
-TEST(BusMembers, whoIsAnnouncedTwiceIsStillTheSame) {
+TEST(BusMembers, ignoresASecondArrival) {
   BusMembers members;
   members.arrived(":1.1");
   members.hasName(":1.1", safari);

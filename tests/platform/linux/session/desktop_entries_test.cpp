@@ -17,7 +17,7 @@ constexpr const char* application = "[Desktop Entry]\nType=Application\nName=An 
 
 class DesktopEntriesTest : public testing::Test {
  protected:
-  // Makes a desktop entry below a data folder of the test's and answers its path.
+  // Makes a desktop entry in one of the test's data folders and returns its path.
   std::string make(const std::string& folder, const std::string& name, const std::string& content = application) {
     const std::filesystem::path path = scratch_.path(folder + "/applications/" + name);
     std::filesystem::create_directories(path.parent_path());
@@ -47,7 +47,7 @@ TEST_F(DesktopEntriesTest, theUsersEntryComesBeforeTheSystems) {
   EXPECT_EQ(findDesktopEntry(safari), user);
 }
 
-TEST_F(DesktopEntriesTest, theUsersFolderIsInTheHomeFolderUnlessItIsNamed) {
+TEST_F(DesktopEntriesTest, theUsersFolderIsInTheHomeFolderByDefault) {
   const EnvironmentScope home("HOME", scratch_.path("home"));
   const std::string path = make("home/.local/share", "com.apple.Safari.desktop");
   for (const std::optional<std::string>& nothing : {std::optional<std::string>(), std::optional<std::string>("")}) {
@@ -67,7 +67,7 @@ TEST_F(DesktopEntriesTest, relativeFoldersAreIgnored) {
   std::filesystem::current_path(before);
 }
 
-TEST_F(DesktopEntriesTest, aHiddenEntryHidesThoseThatFollow) {
+TEST_F(DesktopEntriesTest, aHiddenEntryHidesLaterOnes) {
   make("second", "com.apple.Safari.desktop");
   const std::string path = make("first", "com.apple.Safari.desktop", std::string(application) + "Hidden=true\n");
   EXPECT_EQ(findDesktopEntry(safari), std::nullopt);
@@ -75,25 +75,41 @@ TEST_F(DesktopEntriesTest, aHiddenEntryHidesThoseThatFollow) {
   EXPECT_EQ(findDesktopEntry(safari), path);
 }
 
-TEST_F(DesktopEntriesTest, anEntryThatDescribesNoApplicationIsNone) {
+TEST_F(DesktopEntriesTest, anEntryOfAnotherTypeIsNoApplication) {
   make("first", "com.apple.Safari.desktop", "[Desktop Entry]\nType=Directory\n");
   EXPECT_EQ(findDesktopEntry(safari), std::nullopt);
   std::filesystem::create_directories(scratch_.path("user/applications/com.apple.Mail.desktop"));
   EXPECT_EQ(findDesktopEntry("com.apple.Mail"), std::nullopt);
 }
 
-TEST_F(DesktopEntriesTest, anEntryWhoseProgramToTryIsNotThereIsNone) {
+TEST_F(DesktopEntriesTest, anEntryWithoutItsProgramIsAbsent) {
   const auto tryExec = [&](const std::string& program) {
     make("first", "com.apple.Safari.desktop", std::string(application) + "TryExec=" + program + "\n");
     return findDesktopEntry(safari).has_value();
   };
   makeFile(scratch_.path("program"), "#!/bin/sh\n");
-  EXPECT_FALSE(tryExec(scratch_.path("program"))) << "it cannot be executed";
+  EXPECT_FALSE(tryExec(scratch_.path("program"))) << "it is not executable";
   chmod(scratch_.path("program").c_str(), 0755);
   EXPECT_TRUE(tryExec(scratch_.path("program")));
   EXPECT_FALSE(tryExec("program"));
-  const EnvironmentScope programs("PATH", "/nonexistent:" + scratch_.path());
+  EXPECT_FALSE(tryExec(scratch_.path())) << "it is a folder";
+  const EnvironmentScope programs("PATH", "/nonexistent::" + scratch_.path());
   EXPECT_TRUE(tryExec("program"));
+  EXPECT_FALSE(tryExec(""));
+}
+
+TEST_F(DesktopEntriesTest, searchesTheUsualFoldersIfPathIsNotSet) {
+  make("first", "com.apple.Safari.desktop", std::string(application) + "TryExec=sh\n");
+  EnvironmentScope programs("PATH", std::nullopt);
+  EXPECT_TRUE(findDesktopEntry(safari));
+  programs.set("");
+  EXPECT_FALSE(findDesktopEntry(safari));
+}
+
+TEST_F(DesktopEntriesTest, normalizesTheSystemsFolders) {
+  const std::string path = make("second", "com.apple.Safari.desktop");
+  systemFolders_.set(scratch_.path("missing/../second//./"));
+  EXPECT_EQ(findDesktopEntry(safari), path);
 }
 
 TEST_F(DesktopEntriesTest, aHyphenMayStandForAFolder) {
@@ -105,7 +121,7 @@ TEST_F(DesktopEntriesTest, aHyphenMayStandForAFolder) {
   EXPECT_EQ(findDesktopEntry("one-two-three"), flat);
 }
 
-TEST_F(DesktopEntriesTest, whatIsNoIdentifierFindsNothing) {
+TEST_F(DesktopEntriesTest, findsNothingForAnInvalidIdentifier) {
   make("first", ".desktop");
   make("first", "below/entry.desktop");
   make("first/applications", "../entry.desktop");
@@ -114,7 +130,7 @@ TEST_F(DesktopEntriesTest, whatIsNoIdentifierFindsNothing) {
   EXPECT_EQ(findDesktopEntry(std::string("below-entry\0x", 13)), std::nullopt);
 }
 
-TEST_F(DesktopEntriesTest, anEntryMayBeASymbolicLink) {
+TEST_F(DesktopEntriesTest, anEntryMayBeASymlink) {
   make("elsewhere", "entry.desktop");
   std::filesystem::create_directories(scratch_.path("user/applications"));
   std::filesystem::create_symlink(scratch_.path("elsewhere/applications/entry.desktop"),

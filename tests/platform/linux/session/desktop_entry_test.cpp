@@ -25,7 +25,7 @@ class DesktopEntryTest : public testing::Test {
   EnvironmentScope language_{"LANG", std::nullopt};
 };
 
-TEST_F(DesktopEntryTest, valuesAreThoseOfItsGroup) {
+TEST_F(DesktopEntryTest, readsOnlyTheDesktopEntryGroup) {
   const auto entry = read(
       "# A comment\n\nStray=1\n[Desktop Entry]\nType=Application\n#Name=Comment\n  Name  =  Two Words  \r\n"
       "Equation=a=b\nEmpty=\nnonsense\nName=Second\n[Desktop Action new]\nName=Action\nExec=action\n");
@@ -52,7 +52,7 @@ TEST_F(DesktopEntryTest, onlyTheWordTrueIsTrue) {
   for (const char* key : {"B", "C", "D", "E", "F"}) EXPECT_FALSE(entry->isTrue(key)) << key;
 }
 
-TEST_F(DesktopEntryTest, whatDescribesNoApplicationIsNone) {
+TEST_F(DesktopEntryTest, isAbsentUnlessItDescribesAnApplication) {
   EXPECT_FALSE(read(""));
   EXPECT_FALSE(read("[Desktop Entry]\nName=Nothing\n"));
   EXPECT_FALSE(read("[Desktop Entry]\nType=Link\nURL=https://example.com/\n"));
@@ -61,7 +61,7 @@ TEST_F(DesktopEntryTest, whatDescribesNoApplicationIsNone) {
   EXPECT_FALSE(DesktopEntry::read(scratch_.path()));
 }
 
-TEST_F(DesktopEntryTest, theUsersLanguageIsTheBestThatThereIs) {
+TEST_F(DesktopEntryTest, choosesTheBestMatchForTheUsersLanguage) {
   const auto entry = read(
       "[Desktop Entry]\nType=Application\nName=Plain\nName[de]=German\nName[de_AT]=Austrian\nName[de@x]=German X\n"
       "Name[fr_FR@x]=French X\n");

@@ -78,10 +78,10 @@ class FileManagerTest : public testing::Test {
     std::filesystem::permissions(scratch_.path("xdg-open"), std::filesystem::perms::owner_all);
   }
 
-  // What was opened up to now.
+  // Returns the targets that were opened up to now.
   std::string opened() const { return contentOf(scratch_.path("opened")); }
 
-  // The same once there are so many.
+  // Waits until so many targets were opened, and returns them.
   std::string opened(std::ptrdiff_t count) {
     EXPECT_TRUE(loop_.runUntil([&] {
       const std::string targets = opened();
@@ -185,7 +185,7 @@ TEST_F(FileManagerTest, opensTheFolderIfThereIsNoBus) {
   EXPECT_EQ(opened(1), "/home/ann/Library|");
 }
 
-// Listens at a path, and refuses whoever connects as a bus of another user does.
+// Listens at a path, and refuses its client as another user's bus does.
 class RefusingBus {
  public:
   RefusingBus(PollLoop& loop, const std::string& path) {

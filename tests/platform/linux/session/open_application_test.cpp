@@ -1,4 +1,4 @@
-// Real desktop entries, real processes, and a real session bus that starts one.
+// Real desktop entries, real processes, and a private session bus that starts an application.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ class OpenApplicationTest : public testing::Test {
     return scratch_.path(name);
   }
 
-  // A program that writes what it finds to descriptor 9, into a file that is there once it is complete.
+  // Makes a program that writes notes to descriptor 9. The file with them appears once it is complete.
   std::string makeProgram(const std::string& notes) {
     std::string path = scratch_.path("program");
     const std::string found = scratch_.path("found");
@@ -54,14 +54,14 @@ class OpenApplicationTest : public testing::Test {
   SessionWorkspace workspace_{loop_};
 };
 
-TEST_F(OpenApplicationTest, theCommandIsStartedWithItsArguments) {
+TEST_F(OpenApplicationTest, startsTheCommandWithItsArguments) {
   const std::string program = makeProgram(R"(printf '%s|' "$@" >&9; pwd >&9)");
   workspace_.openApplication(makeEntry("a b.desktop", "Exec=" + program + " %U \"two words\" $HOME %c %k\n"));
   EXPECT_EQ(found(), "two words|$HOME|An Application|" + scratch_.path("a b.desktop") + "|" +
                          std::filesystem::current_path().string() + "\n");
 }
 
-TEST_F(OpenApplicationTest, theEntrySaysInWhichFolderItWorks) {
+TEST_F(OpenApplicationTest, startsInTheFolderOfTheEntry) {
   std::filesystem::create_directory(scratch_.path("work"));
   makeProgram("pwd >&9");
   const EnvironmentScope programs("PATH", scratch_.path() + ":/usr/bin:/bin");
@@ -69,11 +69,11 @@ TEST_F(OpenApplicationTest, theEntrySaysInWhichFolderItWorks) {
   EXPECT_EQ(found(), scratch_.path("work") + "\n");
 }
 
-TEST_F(OpenApplicationTest, itIsNoChildAndHasASessionOfItsOwn) {
+TEST_F(OpenApplicationTest, isDetachedInASessionOfItsOwn) {
   const std::string program = makeProgram("cut -d' ' -f4,6,7 /proc/$$/stat >&9");  // parent, session, terminal
   workspace_.openApplication(makeEntry("a.desktop", "Exec=" + program + "\n"));
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
-  EXPECT_EQ(errno, ECHILD) << "there is no child, dead or alive";
+  EXPECT_EQ(errno, ECHILD) << "there is no child, not even a zombie";
   std::istringstream numbers(found());
   pid_t parent = 0;
   pid_t session = 0;
@@ -84,20 +84,20 @@ TEST_F(OpenApplicationTest, itIsNoChildAndHasASessionOfItsOwn) {
   EXPECT_EQ(terminal, 0);
 }
 
-TEST_F(OpenApplicationTest, itHasNoneOfOurDescriptors) {
+TEST_F(OpenApplicationTest, inheritsNoDescriptors) {
   const int inheritable = open(scratch_.path("inheritable").c_str(), O_RDWR | O_CREAT, 0600);
   ASSERT_GE(inheritable, 0);
   const std::string program =
       makeProgram("own=/proc/$$/fd\nlinks=$(readlink $own/0 $own/1 $own/2 $own/*)\nprintf '%s' \"$links\" >&9");
   workspace_.openApplication(makeEntry("a.desktop", "Exec=" + program + "\n"));
-  const std::string links = found();  // those that the shell itself opened among them
+  const std::string links = found();  // includes descriptors that the shell itself opened
   EXPECT_THAT(links, StartsWith("/dev/null\n/dev/null\n/dev/null\n"));
   EXPECT_THAT(links, HasSubstr("found.part"));
   EXPECT_THAT(links, Not(HasSubstr("inheritable")));
   close(inheritable);
 }
 
-TEST_F(OpenApplicationTest, itHandlesSignalsAsUsual) {
+TEST_F(OpenApplicationTest, resetsSignalHandlers) {
   const std::string program = makeProgram("grep -E '^Sig(Blk|Ign)' /proc/self/status >&9");
   const auto handler = signal(SIGPIPE, SIG_IGN);
   sigset_t blocked;
@@ -111,7 +111,7 @@ TEST_F(OpenApplicationTest, itHandlesSignalsAsUsual) {
   EXPECT_EQ(found(), "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n");
 }
 
-TEST_F(OpenApplicationTest, aFailureIsIgnored) {
+TEST_F(OpenApplicationTest, ignoresFailures) {
   makeFile(scratch_.path("garbage"), "no program");
   chmod(scratch_.path("garbage").c_str(), 0755);
   const std::string program = makeProgram("");
@@ -131,7 +131,7 @@ class OpenByBusTest : public OpenApplicationTest {
  protected:
   static constexpr const char* name = "com.example.Some-App2";
 
-  // What the bus starts for the name before anyone owns it; made before the bus is.
+  // Makes the program that the bus starts for the name. Must be called before the bus starts.
   static const ScratchFolder& withService(const ScratchFolder& scratch) {
     makeFile(scratch.path("example.service"), std::string("[D-BUS Service]\nName=") + name + "\nExec=/usr/bin/touch " +
                                                   scratch.path("started") + "-it\n");
@@ -142,7 +142,7 @@ class OpenByBusTest : public OpenApplicationTest {
     return makeEntry(std::string(name) + ".desktop", "DBusActivatable=true\nExec=" + makeProgram("") + "\n");
   }
 
-  // Serves the application's connection until it is called, and answers how: path, method, arguments.
+  // Serves the application's connection until a call arrives, and returns its path, method and signature.
   std::string nextCall(const BusClient& application) {
     std::string call;
     EXPECT_TRUE(loop_.runUntil([&] {
@@ -153,7 +153,7 @@ class OpenByBusTest : public OpenApplicationTest {
                sd_bus_message_get_member(message) + " " + sd_bus_message_get_signature(message, 1);
       sd_bus_message_unref(message);
       return !call.empty();
-    })) << "it was not called";
+    })) << "no call arrived";
     return call;
   }
 
@@ -161,7 +161,7 @@ class OpenByBusTest : public OpenApplicationTest {
   EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
 };
 
-TEST_F(OpenByBusTest, oneThatRunsIsAskedToComeToTheFront) {
+TEST_F(OpenByBusTest, activatesARunningApplication) {
   BusClient application;
   application.take(name);
   workspace_.openApplication(entry());
@@ -169,20 +169,20 @@ TEST_F(OpenByBusTest, oneThatRunsIsAskedToComeToTheFront) {
   workspace_.openApplication(entry());
   EXPECT_EQ(nextCall(application), "/com/example/Some_App2 org.freedesktop.Application.Activate a{sv}");
   EXPECT_FALSE(std::filesystem::exists(scratch_.path("started-it")));
-  EXPECT_FALSE(std::filesystem::exists(scratch_.path("found"))) << "its command was started";
+  EXPECT_FALSE(std::filesystem::exists(scratch_.path("found"))) << "its command must not be started";
 }
 
-TEST_F(OpenByBusTest, oneThatDoesNotRunIsStartedByTheBusAndAskedThen) {
+TEST_F(OpenByBusTest, theBusStartsTheApplicationIfNeeded) {
   workspace_.openApplication(entry());
   EXPECT_TRUE(loop_.runUntil([&] { return std::filesystem::exists(scratch_.path("started-it")); }));
   workspace_.openApplication(makeEntry("com.example.Missing.desktop", "DBusActivatable=true\nExec=true\n"));
   BusClient application;
   application.take(name);
   EXPECT_EQ(nextCall(application), "/com/example/Some_App2 org.freedesktop.Application.Activate a{sv}");
-  EXPECT_FALSE(std::filesystem::exists(scratch_.path("found"))) << "its command was started";
+  EXPECT_FALSE(std::filesystem::exists(scratch_.path("found"))) << "its command must not be started";
 }
 
-TEST_F(OpenByBusTest, aBusThatWasReplacedIsAskedAnew) {
+TEST_F(OpenByBusTest, usesTheNextBusOnceTheFirstHasGone) {
   workspace_.openApplication(entry());
   EXPECT_TRUE(loop_.runUntil([&] { return std::filesystem::exists(scratch_.path("started-it")); }));
   bus_.stop();
@@ -197,7 +197,7 @@ TEST_F(OpenByBusTest, aBusThatWasReplacedIsAskedAnew) {
   EXPECT_EQ(nextCall(application), "/com/example/Some_App2 org.freedesktop.Application.Activate a{sv}");
 }
 
-TEST_F(OpenByBusTest, aFailureIsIgnored) {
+TEST_F(OpenByBusTest, ignoresFailures) {
   workspace_.openApplication(makeEntry("com.example.Missing.desktop", "DBusActivatable=true\nExec=true\n"));
   workspace_.openApplication(makeEntry("no bus name.desktop", "DBusActivatable=true\nExec=true\n"));
   address_.set("unix:path=/nonexistent/bus");

@@ -29,31 +29,31 @@ class PackageUpdaterTest : public testing::Test {
   std::shared_ptr<UpdaterController> controller_ = updater_.start({});
 };
 
-TEST_F(PackageUpdaterTest, checksAutomaticallyUnlessToldOtherwise) {
+TEST_F(PackageUpdaterTest, checksAutomaticallyByDefault) {
   EXPECT_TRUE(controller_->automaticallyChecksForUpdates());
   controller_->setAutomaticallyChecksForUpdates(false);
   EXPECT_FALSE(controller_->automaticallyChecksForUpdates());
-  EXPECT_FALSE(updater_.start({})->automaticallyChecksForUpdates()) << "it is kept";
+  EXPECT_FALSE(updater_.start({})->automaticallyChecksForUpdates()) << "the setting is stored";
   EXPECT_EQ(defaults_.object("SUEnableAutomaticChecks").value().boolean(), false);
   controller_->setAutomaticallyChecksForUpdates(true);
   EXPECT_EQ(defaults_.object("SUEnableAutomaticChecks").value().boolean(), true);
   EXPECT_TRUE(controller_->automaticallyChecksForUpdates());
 }
 
-TEST_F(PackageUpdaterTest, aSettingThatIsNoBooleanIsNone) {
+TEST_F(PackageUpdaterTest, ignoresASettingThatIsNoBoolean) {
   defaults_.set("SUEnableAutomaticChecks", u"NO");
   EXPECT_TRUE(controller_->automaticallyChecksForUpdates());
 }
 
-TEST_F(PackageUpdaterTest, neverCanCheckAndSaysSoOnce) {
-  int told = 0;
-  const Observation observation = controller_->observeCanCheckForUpdates([&] { ++told; });
+TEST_F(PackageUpdaterTest, canNeverCheck) {
+  int calls = 0;
+  const Observation observation = controller_->observeCanCheckForUpdates([&] { ++calls; });
   EXPECT_NE(observation, nullptr);
-  EXPECT_EQ(told, 1);
+  EXPECT_EQ(calls, 1);
   EXPECT_FALSE(controller_->canCheckForUpdates());
   controller_->checkForUpdates();
   controller_->setAutomaticallyChecksForUpdates(false);
-  EXPECT_EQ(told, 1);
+  EXPECT_EQ(calls, 1);
   EXPECT_FALSE(controller_->canCheckForUpdates());
 }
 

@@ -1,4 +1,4 @@
-// Waking on a bus that stands in for the system's, with a login manager of the test's own.
+// Wake-ups on a private bus in place of the system's, with the test's own login manager.
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
 
@@ -41,17 +41,17 @@ class SessionWakeTest : public testing::Test {
   int woken_ = 0;
 };
 
-TEST_F(SessionWakeTest, theEndOfASleepIsTold) {
+TEST_F(SessionWakeTest, reportsTheEndOfASleep) {
   const Observation observation = workspace_.observeWake([this] { ++woken_; });
   for (int sleep = 1; sleep <= 3; ++sleep) {
     announceSleep(loginManager_, true);
     announceSleep(loginManager_, false);
-    EXPECT_EQ(woken_, sleep - 1) << "nothing is told but by the loop";
+    EXPECT_EQ(woken_, sleep - 1) << "only the loop reports";
     EXPECT_TRUE(loop_.runUntil([&] { return woken_ == sleep; })) << sleep;
   }
 }
 
-TEST_F(SessionWakeTest, nothingElseIsAWake) {
+TEST_F(SessionWakeTest, ignoresAllOtherSignals) {
   const Observation observation = workspace_.observeWake([this] { ++woken_; });
   announceSleep(loginManager_, true);
   announceSleep(loginManager_, false, "/org/freedesktop/login1/other");
@@ -63,17 +63,17 @@ TEST_F(SessionWakeTest, nothingElseIsAWake) {
   EXPECT_GE(sd_bus_flush(loginManager_.bus()), 0);
   const BusClient stranger(bus_.address());
   announceSleep(stranger, false);
-  const BusClient last(bus_.address());  // the bus has passed on all of that once it has served one that came after it
+  const BusClient last(bus_.address());  // once the bus has served a later client, it has passed on all of that
   bool isRead = false;
-  mainLoop_.after(20ms, [&] { isRead = true; });  // what has come is read before what falls due later
+  mainLoop_.after(20ms, [&] { isRead = true; });  // received messages are read before a later timer fires
   EXPECT_TRUE(loop_.runUntil([&] { return isRead; }));
   EXPECT_EQ(woken_, 0);
   announceSleep(loginManager_, false);
   EXPECT_TRUE(loop_.runUntil([&] { return woken_ == 1; }));
 }
 
-TEST_F(SessionWakeTest, aLoginManagerThatStartsLaterIsHeard) {
-  loginManager_.giveUp("org.freedesktop.login1");
+TEST_F(SessionWakeTest, followsALoginManagerThatStartsLater) {
+  loginManager_.release("org.freedesktop.login1");
   const Observation observation = workspace_.observeWake([this] { ++woken_; });
   BusClient next(bus_.address());
   next.take("org.freedesktop.login1");
@@ -81,7 +81,7 @@ TEST_F(SessionWakeTest, aLoginManagerThatStartsLaterIsHeard) {
   EXPECT_TRUE(loop_.runUntil([&] { return woken_ == 1; }));
 }
 
-TEST_F(SessionWakeTest, anObserverIsToldUntilItsReferenceIsGivenUp) {
+TEST_F(SessionWakeTest, reportsUntilTheObservationEnds) {
   int wokenToo = 0;
   const Observation observation = workspace_.observeWake([this] { ++woken_; });
   Observation another;
@@ -96,7 +96,7 @@ TEST_F(SessionWakeTest, anObserverIsToldUntilItsReferenceIsGivenUp) {
   EXPECT_EQ(wokenToo, 2) << "one call, which ran to its end";
 }
 
-TEST_F(SessionWakeTest, aBusThatGoesAwayKeepsNobodyBusy) {
+TEST_F(SessionWakeTest, staysIdleAfterTheBusGoesAway) {
   const Observation observation = workspace_.observeWake([this] { ++woken_; });
   bus_.stop();
   bool isLater = false;
@@ -107,7 +107,7 @@ TEST_F(SessionWakeTest, aBusThatGoesAwayKeepsNobodyBusy) {
   EXPECT_EQ(woken_, 0);
 }
 
-TEST_F(SessionWakeTest, withoutABusNothingIsTold) {
+TEST_F(SessionWakeTest, reportsNothingWithoutABus) {
   address_.set("unix:path=/nonexistent/bus");
   const Observation observation = workspace_.observeWake([this] { ++woken_; });
   EXPECT_NE(observation, nullptr);
