@@ -72,7 +72,7 @@ def read_reasons(text):
         places = [line for line in lines if not line[0].isspace()]
         reason = " ".join(line.strip() for line in lines[len(places):])
         if lines[:len(places)] != places or not places or not reason:
-            raise Mistake(f"{REASONS}: lines and then, indented, their reason are wanted here:\n{paragraph}")
+            raise Mistake(f"{REASONS}: expected lines of source and then their reason, indented:\n{paragraph}")
         for place in places:
             path, separator, source = place.partition(": ")
             if not separator:
@@ -99,7 +99,7 @@ def print_table(counted):
 
 
 def complaints(counted, reasons):
-    """Prints every line that was not run, and answers what is wrong."""
+    """Prints each uncovered line and yields the problems."""
     for folder in FOLDERS:
         lines = [line for name in counted if name.startswith(folder + "/") for line in counted[name]]
         covered = sum(line.count > 0 for line in lines)
@@ -113,10 +113,10 @@ def complaints(counted, reasons):
             reason = known.pop(0) if known else "NO REASON"
             print(f"{name}:{line.number}: {line.text}\n    {reason}")
             if reason == "NO REASON":
-                yield f"{name}:{line.number}: was not run, and {REASONS} says not why"
+                yield f"{name}:{line.number}: is uncovered, and {REASONS} has no reason for it"
     for (name, text), left in unused.items():
         for _ in left:
-            yield f"{REASONS}: stale, as no such line is left that was not run: {name}: {text}"
+            yield f"{REASONS}: stale, because no such line is uncovered: {name}: {text}"
 
 
 def main():

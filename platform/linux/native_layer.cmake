@@ -1,20 +1,25 @@
 # The Linux layer: property lists, the system, and the session.
 
+# What both systems share.
+file(GLOB posix_sources CONFIGURE_DEPENDS platform/posix/*.cpp)
+add_library(quillery_posix STATIC ${posix_sources})
+target_link_libraries(quillery_posix PUBLIC quillery_values)
+
 # Property lists by hand; of libraries only ICU's converters, for XML in other encodings than UTF-8, and Abseil's
 # reader of numbers.
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 find_package(absl REQUIRED)
 file(GLOB plist_sources CONFIGURE_DEPENDS platform/linux/plist/*.cpp)
 add_library(quillery_plist STATIC ${plist_sources})
-target_link_libraries(quillery_plist PUBLIC quillery_values PRIVATE ICU::uc absl::strings)
+target_link_libraries(quillery_plist PUBLIC quillery_values PRIVATE quillery_posix ICU::uc absl::strings)
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
-file(GLOB linux_sources CONFIGURE_DEPENDS platform/linux/*.cpp platform/posix/*.cpp)
+file(GLOB linux_sources CONFIGURE_DEPENDS platform/linux/*.cpp)
 list(FILTER linux_sources EXCLUDE REGEX "main\\.cpp$")
 add_library(quillery_linux STATIC ${linux_sources})
-target_link_libraries(quillery_linux PUBLIC quillery_values PRIVATE quillery_plist ICU::uc ICU::i18n absl::time
-                                                                  PkgConfig::SYSTEMD)
+target_link_libraries(quillery_linux PUBLIC quillery_values PRIVATE quillery_plist quillery_posix ICU::uc ICU::i18n
+                                                                  absl::time PkgConfig::SYSTEMD)
 
 # The user's session: buses, timers, desktop entries. For any toolkit with an event loop, so it links none.
 file(GLOB session_sources CONFIGURE_DEPENDS platform/linux/session/*.cpp)

@@ -12,18 +12,19 @@
 #include <utility>
 #include <vector>
 
-#include "values/plist_document.h"
 #include "platform/error.h"
-#include "platform/linux/plist/large_memory.h"
 #include "platform/posix/file_attempt.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/folder_listing.h"
+#include "platform/posix/large_memory.h"
 
 namespace {
 
 constexpr const char* errorDomain = "POSIX";
 constexpr mode_t permissionBits = 07777;
-constexpr std::size_t comparedAtOnce = std::size_t{256} << 10;
+constexpr std::size_t comparedAtOnce = std::size_t{256} << 10;  // bytes
+// In bytes. The readers of property lists refuse larger files, but reading one first could take all memory.
+constexpr std::size_t largestFile = 0xFFFF'FFFF;
 
 FileAttempt opening(const std::string& path) { return {"file", path, "opened"}; }
 FileAttempt creatingFolder(const std::string& path) { return {"folder", path, "created"}; }
@@ -119,8 +120,8 @@ std::string PosixFileSystem::homeFolder() {
 
 Bytes PosixFileSystem::read(const std::string& path) {
   const OpenFile file = openForReading(path);
-  if (file.size > PlistDocument::maximumSize) throw opening(path).failure(EFBIG);  // nothing here could be made of it
-  LargeBuffer content(file.size + 1);  // room for one byte more: reading it finds the end
+  if (file.size > largestFile) throw opening(path).failure(EFBIG);
+  LargeBuffer content(file.size + 1);  // one more byte, so that the last read finds the end
   while (const std::size_t count =
              readSome(file.descriptor, content.data() + content.size(), content.capacity() - content.size(), path)) {
     content.resize(content.size() + count);

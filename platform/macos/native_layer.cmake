@@ -1,5 +1,7 @@
 # The macOS layer: Objective-C++ with ARC over the system's frameworks.
 file(GLOB macos_sources CONFIGURE_DEPENDS platform/macos/*.mm platform/posix/*.cpp)
+# Foundation parses property lists here, with memory of its own.
+list(FILTER macos_sources EXCLUDE REGEX "/large_memory\\.cpp$")
 add_library(quillery_native STATIC ${macos_sources})
 target_compile_options(quillery_native PRIVATE -fobjc-arc)
 target_link_libraries(quillery_native PUBLIC quillery_values PRIVATE "-framework AppKit" "-framework Foundation"

@@ -28,8 +28,8 @@ def stays(condition, what, seconds):
 
 
 def least_increase_in(read, seconds, enough, patience):
-    """Watches how much the result of `read` grows in any period of this many seconds. Returns the least increase, as soon
-    as one is at most `enough`, or after `patience` seconds."""
+    """Watches how much the result of `read` grows in any period of this many seconds. Returns the least increase, as
+    soon as one is at most `enough`, or after `patience` seconds."""
     samples, least = [], None
     end = time.monotonic() + patience
     while time.monotonic() < end:

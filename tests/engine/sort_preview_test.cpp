@@ -109,7 +109,8 @@ TEST_F(SortPreviewTest, stopsAtItsLimitOfEntries) {
   } catch (const Error& error) {
     EXPECT_EQ(error.domain(), "Sorter");
     EXPECT_EQ(error.code(), 5);
-    EXPECT_EQ(error.description(), "The file holds the same entries again and again, more often than can be listed.");
+    EXPECT_EQ(error.description(),
+              "The bookmark file refers to the same folders so often that a preview of it would not end.");
   }
 }
 

@@ -176,6 +176,6 @@ class Descriptions(unittest.TestCase):
         self.assertEqual(result.stderr, "")
 
 
-COMPANION, BUILD = (pathlib.Path(argument) for argument in sys.argv[1:3])
+COMPANION, BUILD = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1])

@@ -77,7 +77,7 @@ class Coverage(unittest.TestCase):
         self.add("app/part.h", ["work();"] * 39 + ["fail();"], [1] * 39 + [0])
         output = self.check(1)
         self.assertIn("app/part.h:40: fail();\n    NO REASON\n", output)
-        self.assertIn("app/part.h:40: was not run, and tools/uncovered.txt says not why", output)
+        self.assertIn("app/part.h:40: is uncovered, and tools/uncovered.txt has no reason for it", output)
 
     def test_needs_a_reason_for_each_of_two_equal_lines(self):
         self.add("app/part.cpp", ["work();"] * 40, [1] * 38 + [0, 0])
@@ -88,13 +88,13 @@ class Coverage(unittest.TestCase):
 
     def test_fails_for_a_reason_whose_line_was_run(self):
         self.give_reasons("app/whole.cpp: work();\n  Because.\n")
-        self.assertIn("stale, as no such line is left that was not run: app/whole.cpp: work();", self.check(1))
+        self.assertIn("stale, because no such line is uncovered: app/whole.cpp: work();", self.check(1))
 
     def test_fails_for_a_reason_whose_line_or_file_is_gone(self):
         self.give_reasons("app/whole.cpp: play();\n  Because.\n\napp/gone.cpp: work();\n  Because.\n")
         output = self.check(1)
-        self.assertIn("was not run: app/whole.cpp: play();", output)
-        self.assertIn("was not run: app/gone.cpp: work();", output)
+        self.assertIn("is uncovered: app/whole.cpp: play();", output)
+        self.assertIn("is uncovered: app/gone.cpp: work();", output)
 
     def test_ignores_lines_of_punctuation(self):
         self.add("engine/part.cpp", ["work();", "{", "}  // here", "});", "return {};", "} else {", "else"],

@@ -167,6 +167,30 @@ TEST(PlistValue, findsKeysAndReportsMissingKeys) {
   }
 }
 
+TEST(PlistValue, findsNoKeyInALargeArray) {
+  // More elements than a dictionary may have without an index, and as many more behind them in the document.
+  const PlistValue built = PlistValue::array(
+      {PlistValue::array(std::vector<PlistValue>(100, u"a")), PlistValue::array(std::vector<PlistValue>(300, u"a"))});
+  for (const PlistValue& each :
+       {built, inDocument(built, PropertyListFormat::binary), inDocument(built, PropertyListFormat::xml)}) {
+    EXPECT_FALSE(each.at(0).indexOf(u"a"));
+    EXPECT_FALSE(each.at(1).value(u"a"));
+  }
+}
+
+TEST(PlistValue, findsKeysInALargeDictionary) {
+  std::vector<PlistEntry> entries;
+  for (int key = 0; key < 100; ++key) entries.push_back({utf16("key " + std::to_string(key)), key});
+  const PlistValue built = PlistValue::dictionary(entries);
+  for (const PlistValue& each :
+       {built, inDocument(built, PropertyListFormat::binary), inDocument(built, PropertyListFormat::xml)})
+    for (int key = 0; key < 100; ++key) {
+      const std::u16string name = utf16("key " + std::to_string(key));
+      EXPECT_EQ(each.value(PlistKey(name)), PlistValue(key));
+      EXPECT_FALSE(each.value(PlistKey(name + u" more")));
+    }
+}
+
 TEST(PlistValue, distinguishesKindsOfNumbers) {
   EXPECT_FALSE(PlistValue(1) == PlistValue(1.0));
   EXPECT_FALSE(PlistValue(1) == PlistValue(true));
@@ -258,6 +282,24 @@ TEST(PlistValue, replacingAndRearrangingReturnCopies) {
   EXPECT_EQ(dictionary.replacing(1, 3), PlistValue::dictionary({{u"a", 1}, {u"b", 3}}));
   EXPECT_EQ(array, PlistValue::array({1, 2}));
   EXPECT_EQ(dictionary, PlistValue::dictionary({{u"a", 1}, {u"b", 2}}));
+}
+
+TEST(PlistValue, replacingTwiceKeepsBothChanges) {
+  const PlistValue built =
+      PlistValue::dictionary({{u"a", PlistValue::array({PlistValue::array({})})}, {u"b", 2}, {u"c", 3}});
+  for (const PlistValue& each :
+       {built, inDocument(built, PropertyListFormat::binary), inDocument(built, PropertyListFormat::xml)}) {
+    const PlistValue once = each.replacing(1, u"new b");
+    const PlistValue twice = once.replacing(0, u"new a");
+    EXPECT_EQ(once, PlistValue::dictionary({{u"a", built.valueAt(0)}, {u"b", u"new b"}, {u"c", 3}}));
+    EXPECT_EQ(twice, PlistValue::dictionary({{u"a", u"new a"}, {u"b", u"new b"}, {u"c", 3}}));
+    EXPECT_EQ(once.depth(), 3U);
+    EXPECT_EQ(twice.depth(), 1U);
+    EXPECT_EQ(twice.value(u"c"), PlistValue(3));
+    EXPECT_EQ(each, built);
+    ASSERT_EQ(twice.origin() != nullptr, each.place() != nullptr);
+    EXPECT_TRUE(twice.origin() == nullptr || twice.origin()->document == each.place()->document);
+  }
 }
 
 TEST(PlistValue, remembersItsOriginWhenRearranged) {

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "platform/linux/plist/key_table.h"
-#include "platform/linux/plist/large_memory.h"
 #include "platform/linux/plist/plist_error.h"
+#include "platform/posix/large_memory.h"
 
 namespace {
 
@@ -84,8 +84,7 @@ class BinaryReader {
     check(table_ > headerSize && table_ < trailer, "an offset table out of range");
     check(count_ <= (trailer - table_) / offsetSize_ && table_ + count_ * offsetSize_ == trailer,
           "an offset table of the wrong size");
-    check(referenceSize_ >= 8 || count_ < std::uint64_t{1} << (8 * referenceSize_),
-          "an insufficient reference size");
+    check(referenceSize_ >= 8 || count_ < std::uint64_t{1} << (8 * referenceSize_), "an insufficient reference size");
     check(offsetSize_ >= 8 || table_ < std::uint64_t{1} << (8 * offsetSize_), "an insufficient offset size");
   }
 

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <vector>
 
-#include "platform/linux/plist/large_memory.h"
 #include "platform/linux/plist/rearrangement.h"
+#include "platform/posix/large_memory.h"
 
 std::optional<Bytes> rewriteBinary(const PlistValue& value) {
   const PlistValue::Place* place = value.placeOrOrigin();

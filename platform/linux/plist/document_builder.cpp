@@ -5,8 +5,8 @@
 #include <unordered_map>
 #include <utility>
 
-#include "platform/linux/plist/large_memory.h"
 #include "platform/linux/plist/plist_error.h"
+#include "platform/posix/large_memory.h"
 
 namespace {
 

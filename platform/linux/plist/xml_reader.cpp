@@ -430,14 +430,14 @@ class XmlReader : private TextScanner {
     return magnitude;
   }
 
-  // Skips white space before a number, as the platform's reader does: control characters, U+0020, U+00A0 and the wide
-  // spaces of Unicode.
+  // Skips white space before a number, as the platform's reader does: bytes up to 0x20 and from 0x7F to 0xA0, and the
+  // wide spaces of Unicode.
   void skipNumberSpace() {
     while (next_ != end_) {
       const auto byte = static_cast<unsigned char>(*next_);
       const bool control = byte < 0x21 || (byte > 0x7E && byte < 0xA1);
-      // Like the platform's reader, skip one byte only. The other two of a wide space count as control characters,
-      // except the last byte of U+202F.
+      // Like the platform's reader, skip one byte only. The other two bytes of a wide space are skipped as control
+      // characters, except the last one of U+202F.
       if (!control && !(end_ - next_ >= 3 && isWideSpace(std::string_view(next_, 3)))) return;
       ++next_;
     }

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <vector>
 
-#include "platform/linux/plist/large_memory.h"
 #include "platform/linux/plist/rearrangement.h"
+#include "platform/posix/large_memory.h"
 
 namespace {
 

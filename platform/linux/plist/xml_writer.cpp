@@ -12,9 +12,9 @@
 #include <string_view>
 
 #include "platform/linux/plist/date_text.h"
-#include "platform/linux/plist/large_memory.h"
 #include "platform/linux/plist/plist_error.h"
 #include "platform/linux/plist/xml_rewriter.h"
+#include "platform/posix/large_memory.h"
 #include "values/base64.h"
 
 namespace {

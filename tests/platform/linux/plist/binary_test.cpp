@@ -123,20 +123,31 @@ TEST(BinaryReader, refusesAKeyThatIsNotAString) {
 }
 
 TEST(BinaryReader, refusesOverlappingObjects) {
-  // The references of each array are the markers of the arrays after it.
-  std::string objects = "bplist00";
-  std::vector<std::size_t> offsets;
-  for (int array = 0; array < 200; ++array) {
-    offsets.push_back(objects.size());
-    objects += '\xA3';
+  // The top object is an array of 150 arrays. Each of these has 200 references, which are the bytes of the arrays after
+  // it: 0xAF, 0x10 and 0xC8. The objects of these numbers are one Boolean, so nothing but the overlap is wrong.
+  constexpr std::size_t arrays = 150;
+  const std::string array = "\xAF\x10\xC8";
+  std::string file = "bplist00\xAF\x10\x96";
+  for (std::size_t index = 0; index <= arrays; ++index)
+    if (index != 0x10) file += static_cast<char>(index);
+  file[11] = '\x01';
+  const std::size_t first = file.size();
+  for (std::size_t index = 0; index < arrays; ++index) file += array;
+  file += std::string(200, '\x10');
+  const std::size_t boolean = file.size();
+  file += '\x09';
+  const std::size_t table = file.size();
+  const auto appendOffset = [&](std::size_t offset) {
+    file += {static_cast<char>(offset >> 8), static_cast<char>(offset)};
+  };
+  constexpr std::size_t count = 255;
+  for (std::size_t index = 0; index < count; ++index) {
+    const std::size_t place = index < 0x10 ? index - 1 : index - 2;
+    appendOffset(index == 0 ? 8 : index == 0x10 || index > arrays ? boolean : first + 3 * place);
   }
-  objects += std::string(3, '\0');
-  // The references of the n-th array are the three bytes after its marker: the markers 0xA3, which name object 163.
-  std::string file = objects;
-  for (const std::size_t offset : offsets) file += static_cast<char>(offset);
-  file += std::string(6, '\0') + '\1' + '\1' + std::string(7, '\0') + static_cast<char>(200);
-  file += std::string(8, '\0') + std::string(7, '\0') + static_cast<char>(objects.size());
-  EXPECT_NE(problemOf(Bytes(file)), "no error");
+  file += std::string(6, '\0') + "\2\1" + std::string(7, '\0') + static_cast<char>(count) + std::string(14, '\0');
+  appendOffset(table);
+  EXPECT_THAT(problemOf(Bytes(file)), HasSubstr("overlapping objects at byte 170"));
 }
 
 TEST(BinaryReader, reads512LevelsAndRefusesMore) {
@@ -387,6 +398,24 @@ TEST(BinaryRewriter, declinesOtherChangesThanRearrangements) {
   EXPECT_FALSE(rewriteBinary(value.at(0)));
   EXPECT_FALSE(rewriteBinary(PlistValue::array({u"a"})));
   EXPECT_EQ(readBinary(writeBinary(value.rearranged({value.at(1), value.at(1)}))), PlistValue::array({u"b", u"b"}));
+}
+
+TEST(BinaryReader, readsTwoLargeDictionariesWithEqualKeys) {
+  BinaryFile file(2);
+  std::vector<std::uint32_t> keys;
+  std::vector<std::uint32_t> values;
+  for (int key = 0; key < 20; ++key) {
+    keys.push_back(file.string("key " + std::to_string(key)));
+    values.push_back(file.string("value " + std::to_string(key)));
+  }
+  const std::uint32_t first = file.dictionary(keys, values);
+  const std::uint32_t second = file.dictionary(keys, values);
+  const PlistValue value = readBinary(file.bytes(file.array({first, second})));
+  for (std::size_t element = 0; element < 2; ++element) {
+    ASSERT_EQ(value.at(element).size(), 20U) << element;
+    for (std::size_t index = 0; index < 20; ++index)
+      EXPECT_EQ(value.at(element).valueAt(index), PlistValue(utf16("value " + std::to_string(index)))) << element;
+  }
 }
 
 TEST(BinaryReader, keepsTheFirstOfEqualKeysAmongMany) {

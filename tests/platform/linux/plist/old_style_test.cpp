@@ -40,6 +40,13 @@ TEST(OldStyleReader, readsAStringsFile) {
             PlistValue::dictionary({{u"hello", u"world"}, {u"again", u"again"}}));
 }
 
+TEST(OldStyleReader, readsTextBetweenTwoBlockComments) {
+  EXPECT_EQ(read("/* one */ { a = /* two */ b; /* three */ c = d; } /* four */"),
+            PlistValue::dictionary({{u"a", u"b"}, {u"c", u"d"}}));
+  EXPECT_EQ(read("(a /* * / */, b /***/)"), PlistValue::array({u"a", u"b"}));
+  EXPECT_THAT(problemOf("( a /* b )"), HasSubstr("an array with a missing comma or closing parenthesis on line 1"));
+}
+
 TEST(OldStyleReader, readsABlankFileAsAnEmptyDictionary) {
   EXPECT_EQ(read(" \n\t// nothing\n/* at all */ "), PlistValue::dictionary({}));
 }
@@ -74,6 +81,28 @@ TEST(OldStyleReader, reads512LevelsAndRefusesMore) {
   EXPECT_EQ(nestedArrays(read(nested(512))), 512U);
   EXPECT_THAT(problemOf(nested(513)), HasSubstr("more than 512 levels"));
   EXPECT_THAT(problemOf(nested(1'000'000)), HasSubstr("more than 512 levels"));
+}
+
+TEST(OldStyleReader, reads512LevelsOfDictionariesAndRefusesMore) {
+  const auto nested = [](std::size_t levels) {
+    std::string text;
+    for (std::size_t level = 0; level < levels; ++level) text += "{a=";
+    text += "b";
+    for (std::size_t level = 0; level < levels; ++level) text += ";}";
+    return text;
+  };
+  EXPECT_EQ(read(nested(512)).depth(), 512U);
+  EXPECT_THAT(problemOf(nested(513)), HasSubstr("more than 512 levels"));
+  EXPECT_THAT(problemOf(nested(200'000)), HasSubstr("more than 512 levels"));
+}
+
+TEST(OldStyleReader, refusesDeepContainersThatAreNotClosed) {
+  for (const std::string opening : {"(", "{a=", "({a="}) {
+    std::string text;
+    for (int level = 0; level < 200'000; ++level) text += opening;
+    EXPECT_THAT(problemOf(text), HasSubstr("more than 512 levels")) << opening;
+    EXPECT_THAT(problemOf("a=" + text), HasSubstr("more than 512 levels")) << opening;
+  }
 }
 
 TEST(OldStyleReader, readsUtf16WithAByteOrderMark) {

@@ -97,6 +97,10 @@ TEST_P(XmlWrittenByThePlatform, isWrittenUnchanged) {
   const Bytes xml = file(GetParam(), "xml");
   EXPECT_EQ(codec_.serialize(codec_.parse(xml).value, PropertyListFormat::xml).text(), xml.text());
 }
+TEST_P(XmlWrittenByThePlatform, isWrittenAnewUnchanged) {
+  const Bytes xml = file(GetParam(), "xml");
+  EXPECT_EQ(codec_.serialize(deepCopy(codec_.parse(xml).value), PropertyListFormat::xml).text(), xml.text());
+}
 INSTANTIATE_TEST_SUITE_P(Files, XmlWrittenByThePlatform,
                          testing::Values("w-nested_data", "w-reals", "w-repeats", "w-scalars", "w-titles"), testName);
 

@@ -104,6 +104,89 @@ TEST(XmlReader, keepsTheLastOfEqualKeysAmongMany) {
   for (std::size_t index = 0; index < 50; ++index) EXPECT_EQ(value.valueAt(index), PlistValue(index + 50));
 }
 
+// The elements of a dictionary: keys "key 0" to "key 29" with arrays as values, then "key 7" again with the value
+// `duplicate`, then "last".
+std::string entriesWithADuplicate(const std::string& duplicate) {
+  std::string text;
+  for (int key = 0; key < 30; ++key) {
+    const std::string number = std::to_string(key);
+    text += "<key>key " + number + "</key><array><integer>" + number + "</integer></array>";
+  }
+  return text + "<key>key 7</key>" + duplicate + "<key>last</key><dict><key>a</key><true/></dict>";
+}
+
+PlistValue dictionaryWithADuplicate(const PlistValue& duplicate) {
+  std::vector<PlistEntry> entries;
+  for (int key = 0; key < 30; ++key)
+    entries.push_back({utf16("key " + std::to_string(key)), key == 7 ? duplicate : PlistValue::array({key})});
+  entries.push_back({u"last", PlistValue::dictionary({{u"a", true}})});
+  return PlistValue::dictionary(std::move(entries));
+}
+
+TEST(XmlReader, keepsContainersAroundADuplicateKey) {
+  const std::string text = "<array><string>before</string><dict>" +
+                           entriesWithADuplicate("<array><array><integer>7</integer></array></array>") +
+                           "</dict><string>after</string></array>";
+  const PlistValue duplicate = PlistValue::array({PlistValue::array({7})});
+  const PlistValue expected = PlistValue::array({u"before", dictionaryWithADuplicate(duplicate), u"after"});
+  const PlistValue value = read(text);
+  EXPECT_EQ(value, expected);
+  EXPECT_EQ(value.depth(), expected.depth());
+  EXPECT_EQ(value.at(1).keyAt(30).utf16(), u"last");
+}
+
+TEST(XmlReader, countsNoLevelsOfAReplacedValue) {
+  for (const bool many : {false, true}) {
+    const std::string more = many ? entriesWithADuplicate("<true/>") : "";
+    const PlistValue value = read("<array><dict><key>key 7</key><array><array><array><array/></array></array></array>" +
+                                  more + "<key>key 7</key><false/></dict></array>");
+    EXPECT_EQ(value.at(0).value(u"key 7"), PlistValue(false));
+    EXPECT_EQ(value.depth(), many ? 3U : 2U);
+    EXPECT_EQ(value, deepCopy(value));
+  }
+}
+
+TEST(XmlReader, acceptsManySiblings) {
+  std::string text = "<array>";
+  for (int element = 0; element < 600; ++element)
+    text += "<array><dict/></array><dict><key>k</key><array/></dict><plist><true/></plist>";
+  const PlistValue value = read(text + "</array>");
+  EXPECT_EQ(value.size(), 1800U);
+  EXPECT_EQ(value.depth(), 3U);
+}
+
+TEST(XmlReader, skipsWhiteSpaceBeforeIntegers) {
+  // White space of ASCII, control characters, an en space and an ideographic space.
+  for (const std::string space : {" ", "\t", "\n", "\r\n\t ", "\v", "\x01", "\x7F", "\xE2\x80\x82", "\xE3\x80\x80"}) {
+    EXPECT_EQ(read("<integer>" + space + "5</integer>"), PlistValue(5)) << testing::PrintToString(space);
+    EXPECT_EQ(read("<integer>-" + space + "5</integer>"), PlistValue(-5)) << testing::PrintToString(space);
+    EXPECT_EQ(read("<integer>" + space + "+" + space + "0x1F</integer>"), PlistValue(31));
+    EXPECT_THAT(problemOf("<integer>" + space + "</integer>"), HasSubstr("an empty <integer> on line"));
+    EXPECT_THAT(problemOf("<integer>5" + space + "</integer>"), HasSubstr("an unexpected byte 0x"));
+  }
+  EXPECT_THAT(problemOf("<integer>5 6</integer>"), HasSubstr("an unexpected byte 0x20 in an <integer> on line 1"));
+  EXPECT_THAT(problemOf("<integer>\xE2\x82\xAC"
+                        "5</integer>"),
+              HasSubstr("an unexpected byte 0xE2"));
+}
+
+TEST(XmlReader, readsCommentsBeforeTheRoot) {
+  EXPECT_EQ(read("<!-- <true/> --><string>a</string>"), PlistValue(u"a"));
+  EXPECT_EQ(read(" <!-- one -->\n<!-- > -- two --><?more?><!DOCTYPE plist><!--three--><string>a</string>"),
+            PlistValue(u"a"));
+  EXPECT_THAT(problemOf("\n<!-- <string>a</string>"), HasSubstr("an unterminated comment on line 2"));
+  EXPECT_THAT(problemOf("<!-- a --> -->"), HasSubstr("an unexpected character ‘-’ on line 1"));
+}
+
+TEST(XmlReader, ignoresAnEncodingNameWithoutItsClosingQuote) {
+  EXPECT_EQ(read("<?xml version='1.0' encoding='iso-8859-1?><string>a</string>"), PlistValue(u"a"));
+  EXPECT_EQ(read("<?xml version='1.0' encoding=\"martian'?><string>a</string>"), PlistValue(u"a"));
+  EXPECT_EQ(read("<?xml version='1.0' encoding='?><string>a</string>"), PlistValue(u"a"));
+  EXPECT_EQ(read("<?xml version='1.0' encoding=?><string>a</string>"), PlistValue(u"a"));
+  EXPECT_THAT(problemOf("<?xml version='1.0' encoding='iso-8859-1?><string>\xE9</string>"),
+              HasSubstr("invalid UTF-8 on line 1"));
+}
+
 TEST(XmlReader, refusesInternalSubsetsAndASecondValue) {
   EXPECT_THAT(problemOf("<!DOCTYPE plist [ <!ENTITY a \"b\"> ]><plist><true/></plist>"), HasSubstr("internal subset"));
   EXPECT_THAT(problemOf("<plist><true/><true/></plist>"), HasSubstr("a second value in <plist>"));
@@ -117,7 +200,7 @@ TEST(XmlReader, readsTheNamedEncoding) {
   EXPECT_THAT(problemOf("<?xml version='1.0' encoding='martian'?><string>a</string>"),
               HasSubstr("unknown encoding “martian”"));
   EXPECT_THAT(problemOf("<?xml version='1.0' encoding='us-ascii'?><string>\xE9</string>"),
-              HasSubstr("invalid us-ascii at byte 59"));
+              HasSubstr("invalid us-ascii at byte 49"));
 }
 
 TEST(XmlReader, repeatsOnlyPlainElementNamesInErrors) {
@@ -213,6 +296,15 @@ TEST(XmlWriter, writesTheCanonicalForm) {
                 "<array>\n\t<dict>\n\t\t<key>a\"&gt;</key>\n\t\t<array/>\n\t\t<key>b</key>\n\t\t<string></string>\n\t</"
                 "dict>\n"
                 "</array>\n</plist>\n");
+}
+
+TEST(XmlWriter, escapesARawGreaterThanSign) {
+  EXPECT_EQ(writtenAnew(read(
+                "<dict><key>a > b</key><string>></string><key>c</key><string>a rather long text > and >> more</string>"
+                "</dict>")),
+            head +
+                "<array>\n\t<dict>\n\t\t<key>a &gt; b</key>\n\t\t<string>&gt;</string>\n\t\t<key>c</key>\n"
+                "\t\t<string>a rather long text &gt; and &gt;&gt; more</string>\n\t</dict>\n</array>\n</plist>\n");
 }
 
 const std::string handWritten =

@@ -13,7 +13,7 @@
 namespace {
 
 constexpr const char* safari = "com.apple.Safari";
-constexpr const char* application = "[Desktop Entry]\nType=Application\nName=An Application\nExec=true\n";
+const std::string application = "[Desktop Entry]\nType=Application\nName=An Application\nExec=true\n";
 
 class DesktopEntriesTest : public testing::Test {
  protected:
@@ -69,9 +69,9 @@ TEST_F(DesktopEntriesTest, relativeFoldersAreIgnored) {
 
 TEST_F(DesktopEntriesTest, aHiddenEntryHidesLaterOnes) {
   make("second", "com.apple.Safari.desktop");
-  const std::string path = make("first", "com.apple.Safari.desktop", std::string(application) + "Hidden=true\n");
+  const std::string path = make("first", "com.apple.Safari.desktop", application + "Hidden=true\n");
   EXPECT_EQ(findDesktopEntry(safari), std::nullopt);
-  makeFile(path, std::string(application) + "Hidden=false\nNoDisplay=true\n");
+  makeFile(path, application + "Hidden=false\nNoDisplay=true\n");
   EXPECT_EQ(findDesktopEntry(safari), path);
 }
 
@@ -84,7 +84,7 @@ TEST_F(DesktopEntriesTest, anEntryOfAnotherTypeIsNoApplication) {
 
 TEST_F(DesktopEntriesTest, anEntryWithoutItsProgramIsAbsent) {
   const auto tryExec = [&](const std::string& program) {
-    make("first", "com.apple.Safari.desktop", std::string(application) + "TryExec=" + program + "\n");
+    make("first", "com.apple.Safari.desktop", application + "TryExec=" + program + "\n");
     return findDesktopEntry(safari).has_value();
   };
   makeFile(scratch_.path("program"), "#!/bin/sh\n");
@@ -99,7 +99,7 @@ TEST_F(DesktopEntriesTest, anEntryWithoutItsProgramIsAbsent) {
 }
 
 TEST_F(DesktopEntriesTest, searchesTheUsualFoldersIfPathIsNotSet) {
-  make("first", "com.apple.Safari.desktop", std::string(application) + "TryExec=sh\n");
+  make("first", "com.apple.Safari.desktop", application + "TryExec=sh\n");
   EnvironmentScope programs("PATH", std::nullopt);
   EXPECT_TRUE(findDesktopEntry(safari));
   programs.set("");
