@@ -51,6 +51,6 @@ void performSort() noexcept {
     if (const std::optional<Report> report = sortUnlessImpossible()) alert(report->title, report->message);
   } catch (...) {
     // No dialog could be shown, or memory has run out: this text needs neither.
-    std::fputs("quillery: the outcome of a sort could not be reported\n", stderr);
+    static_cast<void>(std::fputs("quillery: the outcome of a sort could not be reported\n", stderr));
   }
 }

@@ -15,16 +15,15 @@
 
 namespace {
 
-// A weekday comes round every seven days. Eight days find the next one, today's being over already; and where a
-// zone left that one out to change sides of the date line, or has it without the hour in question, it is the one a
-// week later still: days 0 to 14.
+// Days 0 to 14. The time on today's weekday may have passed, which leads to day 7. A zone that moved across the date
+// line skipped a whole day, and a gap at the end of a day can skip the hour, which leads to day 14.
 constexpr int daysSearched = 15;
 
 constexpr const char* systemZone = "/etc/localtime";
 constexpr std::string_view zoneFolder = "/zoneinfo/";
 
 int weekdayNumber(absl::CivilDay day) {
-  return (static_cast<int>(absl::GetWeekday(day)) + 1) % 7 + 1;  // the library's week begins with 0 for Monday
+  return (static_cast<int>(absl::GetWeekday(day)) + 1) % 7 + 1;  // in Abseil 0 is Monday
 }
 
 Instant instantOf(absl::Time time) { return absl::ToChronoTime(time); }
@@ -56,13 +55,13 @@ class CivilCalendar : public Calendar {
   }
 
  private:
-  // The first instant of a local time: of a repeated one the first of the two, of a skipped one the end of the gap.
+  // Returns the instant of a local time: the first of two if it is repeated, the end of the gap if it is skipped.
   absl::Time firstInstant(absl::CivilSecond local) const {
     const absl::TimeZone::TimeInfo info = zone_.At(local);
     return info.kind == absl::TimeZone::TimeInfo::SKIPPED ? info.trans : info.pre;
   }
 
-  // The instant of a time of day; absent if the day has no such time and none later.
+  // Returns the instant of a time of day, or the end of the gap that it is in; absent if that is on another day.
   std::optional<absl::Time> onDay(absl::CivilDay day, int hour, int minute) const {
     if (hour < 0 || hour > 23 || minute < 0 || minute > 59) return std::nullopt;
     const absl::CivilSecond local = absl::CivilMinute(absl::CivilHour(day) + hour) + minute;
@@ -76,8 +75,8 @@ class CivilCalendar : public Calendar {
 
 std::shared_ptr<const Calendar> calendarIn(absl::TimeZone zone) { return std::make_shared<CivilCalendar>(zone); }
 
-// A path of the system's zone file. The library remembers a zone by the name it was asked for, so every version of
-// the file gets a spelling of its own: one more slash in front.
+// Returns a path of the system's zone file. Abseil caches zones by name for the life of the process, so each version of
+// the file gets another spelling of the path, with one more leading slash.
 std::string systemZonePath() {
   static std::string path = systemZone;
   static struct timespec seen {};
@@ -89,7 +88,7 @@ std::string systemZonePath() {
   return path;
 }
 
-// The name of the system's zone, as the link has it, or the path of the file if it is none.
+// Returns the zone's name from the target of the symbolic link; the path of the zone file if it is no such link.
 std::string systemZoneName() {
   std::error_code noLink;
   const std::string target = std::filesystem::read_symlink(systemZone, noLink).string();

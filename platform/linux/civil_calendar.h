@@ -6,9 +6,9 @@
 
 #include "platform/calendar.h"
 
-// The calendars of this system. TZ is followed as the C library does where it names a zone, with or without a
-// colon in front; empty, or naming none, it means UTC. Rules spelled out in TZ itself ("CET-1CEST,M3.5.0,M10.5.0")
-// count as no zone's name. Without TZ the zone is that of /etc/localtime. Both are looked at anew in every call.
+// The current zone is the one that TZ names, with or without a leading colon. If TZ is empty or does not name a zone,
+// it is UTC; POSIX rules in TZ ("CET-1CEST,M3.5.0,M10.5.0") do not name a zone. If TZ is not set, the current zone is
+// that of /etc/localtime. Every call reads both again.
 class CivilCalendars : public Calendars {
  public:
   std::shared_ptr<const Calendar> current() override;

@@ -12,27 +12,27 @@
 
 namespace {
 
-void handleSignalsAsUsual() {
+void resetSignals() {
   for (int number = 1; number < NSIG; ++number) static_cast<void>(signal(number, SIG_DFL));
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-void giveUpDescriptors() {
+void closeDescriptors() {
   const int nowhere = open("/dev/null", O_RDWR);
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nowhere, stream);
   if (close_range(STDERR_FILENO + 1, ~0U, 0) == 0) return;
-  const long limit = sysconf(_SC_OPEN_MAX);  // a kernel before 5.9
+  const long limit = sysconf(_SC_OPEN_MAX);  // kernels before 5.9 have no close_range
   for (int descriptor = STDERR_FILENO + 1; descriptor < limit; ++descriptor) close(descriptor);
 }
 
-// In a forked process. Other threads may have held locks when it was forked, so nothing here allocates memory.
+// Runs in a forked process. Other threads may have held the allocator's locks at the fork, so this allocates no memory.
 [[noreturn]] void becomeDetached(char* const* command, const char* folder) {
   setsid();
-  if (fork() != 0) _exit(EXIT_SUCCESS);  // whose child is nobody's now, and cannot get a terminal
-  handleSignalsAsUsual();
-  giveUpDescriptors();
+  if (fork() != 0) _exit(EXIT_SUCCESS);  // not a session leader from here on, so it cannot acquire a terminal
+  resetSignals();
+  closeDescriptors();
   if (*folder == '\0' || chdir(folder) == 0) execvp(*command, command);
   _exit(EXIT_FAILURE);
 }

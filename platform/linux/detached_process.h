@@ -1,11 +1,11 @@
-// Starting a program that goes on by itself.
+// Starting a program that is independent of this process.
 #pragma once
 
 #include <string>
 #include <vector>
 
-// Starts a program, the one given or for a name without a slash the first in PATH, with the arguments that follow. It
-// has nothing to do with this process from then on: it is no child, has a session of its own, nothing to read from and
-// nowhere to write to, none of our descriptors, and the usual signal handling. `folder` is where it works; ours if it
-// is empty. Nothing tells of a failure.
+// Starts the program `command[0]`, which is searched for in PATH if it has no slash, with the other elements as its
+// arguments. The program is no child of this process and has a session of its own. It inherits no descriptors, its
+// standard streams are /dev/null, and its signals have their default handling. Its working folder is `folder`, or the
+// current one if that is empty. Failures are not reported.
 void startDetached(const std::vector<std::string>& command, const std::string& folder);

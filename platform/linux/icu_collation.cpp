@@ -20,17 +20,17 @@ namespace {
 
 constexpr const char* rootLocale = "root";
 
-// ICU counts units with 32 bits; what lies beyond two thousand million of them does not count.
+// ICU's lengths have 32 bits, so only the first 2^31 - 1 units of a text count.
 std::int32_t length(std::u16string_view text) {
   return static_cast<std::int32_t>(std::min<std::size_t>(text.size(), std::numeric_limits<std::int32_t>::max()));
 }
 
-// Goes through the numbers in a text: its runs of decimal digits, of whatever script.
+// Iterates over the numbers in a text, which are runs of decimal digits of any script.
 class LeadingZeros {
  public:
   explicit LeadingZeros(std::u16string_view text) : text_(text.data()), length_(length(text)) {}
 
-  // How many zeros the next number begins with; -1 if there is no other number.
+  // Returns the number of leading zeros of the next number; -1 at the end of the text.
   std::int32_t next() {
     while (position_ < length_) {
       std::int32_t digit = nextDigit();
@@ -44,7 +44,7 @@ class LeadingZeros {
   }
 
  private:
-  // The value of the next character, which is consumed; -1 for one that is no digit, and at the end.
+  // Consumes the next character. Returns its value; -1 if it is not a digit, and at the end of the text.
   std::int32_t nextDigit() {
     if (position_ >= length_) return -1;
     UChar32 character = 0;
@@ -57,7 +57,7 @@ class LeadingZeros {
   std::int32_t position_ = 0;
 };
 
-// Text without a number where the other still has one comes first, so that this is an order of all texts.
+// A text that ends before the other's next number comes first, so that this is a total order.
 std::strong_ordering compareLeadingZeros(std::u16string_view a, std::u16string_view b) {
   LeadingZeros inA(a);
   LeadingZeros inB(b);
@@ -73,7 +73,7 @@ std::strong_ordering compareCodePoints(std::u16string_view a, std::u16string_vie
   return u_strCompare(a.data(), length(a), b.data(), length(b), 1) <=> 0;
 }
 
-// The character that the unit at `place` is part of; -1 at the end of the text.
+// Returns the character that contains the unit at `place`; -1 at the end of the text.
 UChar32 characterAt(std::u16string_view text, std::size_t place) {
   if (place >= text.size()) return -1;
   UChar32 character = 0;
@@ -83,28 +83,27 @@ UChar32 characterAt(std::u16string_view text, std::size_t place) {
 
 bool isAsciiDigit(UChar32 character) { return character >= '0' && character <= '9'; }
 
-bool isForeignDigit(UChar32 character) {
+bool isOtherDigit(UChar32 character) {
   constexpr UChar32 first = 0x0660;
   return character >= first && u_isdigit(character) != 0;
 }
 
-// Whether the first difference of two texts lies in a number that has other digits than ASCII ones. ICU passes over
-// what two texts begin with alike, and then goes back to the start of a number that it landed in. But outside ASCII
-// it overlooks digits there (in a tailored order, and beyond the first plane), takes a part of a number for the whole,
-// and its answers contradict each other.
-bool differWithinForeignNumber(std::u16string_view a, std::u16string_view b) {
+// Returns true if the first difference of two texts is in a number with digits outside ASCII. ICU skips the common
+// prefix and then backs up to the start of a number. Outside ASCII it misses digits there (in tailored orders and
+// beyond the Basic Multilingual Plane), so it compares only a part of the number, and its results are not transitive.
+bool differInNonAsciiNumber(std::u16string_view a, std::u16string_view b) {
   const std::size_t shorter = std::min(a.size(), b.size());
   if (shorter == 0 || a[0] != b[0]) [[likely]]
-    return false;  // nothing to pass over
+    return false;  // no common prefix
   std::size_t place = 1;
   while (place < shorter && a[place] == b[place]) ++place;
   const UChar32 inA = characterAt(a, place);
   const UChar32 inB = characterAt(b, place);
-  if (isForeignDigit(inA) || isForeignDigit(inB)) return true;
+  if (isOtherDigit(inA) || isOtherDigit(inB)) return true;
   if (!isAsciiDigit(inA) && !isAsciiDigit(inB)) [[likely]]
     return false;
   while (place > 0 && isAsciiDigit(a[place - 1])) --place;
-  return place > 0 && isForeignDigit(characterAt(a, place - 1));
+  return place > 0 && isOtherDigit(characterAt(a, place - 1));
 }
 
 using SortKey = std::vector<std::uint8_t>;
@@ -121,7 +120,7 @@ SortKey sortKey(const UCollator* collator, std::u16string_view text) {
   return key;
 }
 
-// The same order as the collator's own, over the texts from their first character on; far slower.
+// Compares whole texts, without skipping a common prefix as the collator's own comparison does. Far slower.
 std::strong_ordering compareSortKeys(const UCollator* collator, std::u16string_view a, std::u16string_view b) {
   return sortKey(collator, a) <=> sortKey(collator, b);
 }
@@ -130,24 +129,24 @@ std::strong_ordering compareByRules(const UCollator* collator, std::u16string_vi
   return ucol_strcoll(collator, a.data(), length(a), b.data(), length(b)) <=> 0;
 }
 
-// What the collator does not tell apart.
-std::strong_ordering compareUndecided(std::u16string_view a, std::u16string_view b) {
+// Orders texts that are equal by the collator's rules.
+std::strong_ordering compareEquivalent(std::u16string_view a, std::u16string_view b) {
   if (a == b) return std::strong_ordering::equal;
   const auto byZeros = compareLeadingZeros(a, b);
   return std::is_neq(byZeros) ? byZeros : compareCodePoints(a, b);
 }
 
-// The first of the variables that say which locale orders text.
+// Returns the value of the first variable that selects a locale for collation; empty if none does.
 std::string_view namedLocale() {
   for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"})
     if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') return value;
   return {};
 }
 
-// A POSIX locale's rules are those of the C library's bytes, capitals first, which is nobody's order of titles.
+// POSIX locales order by bytes, with capitals first, which no user expects of titles.
 bool isPosix(const char* locale) { return std::string_view(locale).find("POSIX") != std::string_view::npos; }
 
-// The rules of a locale; null if there are none of its own, in whatever way ICU says so.
+// Returns the rules of a locale. Returns null if ICU has none: it then fails, or falls back to other rules.
 UCollator* openOwn(const std::string& locale) {
   UErrorCode status = U_ZERO_ERROR;
   UCollator* collator = ucol_open(locale.c_str(), &status);
@@ -166,8 +165,8 @@ UCollator* open(const std::string& locale, UErrorCode& status) {
   return collator;
 }
 
-// A copy that tells only letters apart, for rules by which accents count from the end of a text, as they do in
-// Canadian French; else null.
+// Returns a copy that compares only letters, if the rules compare accents from the end of a text, as in Canadian
+// French; null otherwise.
 UCollator* openLettersOnly(const UCollator* rules, UErrorCode& status) {
   if (ucol_getAttribute(rules, UCOL_FRENCH_COLLATION, &status) != UCOL_ON) return nullptr;
   UCollator* copy = ucol_clone(rules, &status);
@@ -194,23 +193,23 @@ IcuCollation::IcuCollation(const std::string& locale) {
   rules_.reset(open(locale, status));
   lettersOnly_.reset(openLettersOnly(rules_.get(), status));
   if (U_FAILURE(status) != 0)
-    throw Error("ICU", status,
-                std::string("The rules for ordering titles couldn’t be loaded because ICU answered “") +
-                    u_errorName(status) + "” (" + locale + ").");
+    throw Error(
+        "ICU", status,
+        std::string("The rules for ordering titles couldn’t be loaded: ") + u_errorName(status) + " (" + locale + ").");
 }
 
-// ICU's comparison leaves out what two texts begin with alike, which misleads it in two cases: see
-// differWithinForeignNumber, and accents that count from the end, where the texts do not have equally many. In both
-// the sort keys decide, which cost several times as much; in the second only between texts of the same letters.
+// ICU's comparison skips the common prefix of two texts, which gives wrong results in two cases: numbers outside ASCII
+// (see differInNonAsciiNumber), and accents that compare from the end if one text has more of them. In both cases the
+// sort keys decide, which cost several times as much; in the second case only for texts with the same letters.
 std::strong_ordering IcuCollation::localizedStandardCompare(std::u16string_view a, std::u16string_view b) const {
-  const bool isMisled = differWithinForeignNumber(a, b);
-  if (!isMisled) {
+  const bool needsSortKeys = differInNonAsciiNumber(a, b);
+  if (!needsSortKeys) {
     const auto order = compareByRules(lettersOnly_ ? lettersOnly_.get() : rules_.get(), a, b);
     if (std::is_neq(order)) return order;
   }
-  if (isMisled || lettersOnly_) {
+  if (needsSortKeys || lettersOnly_) {
     const auto order = compareSortKeys(rules_.get(), a, b);
     if (std::is_neq(order)) return order;
   }
-  return compareUndecided(a, b);
+  return compareEquivalent(a, b);
 }

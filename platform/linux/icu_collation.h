@@ -1,4 +1,4 @@
-// The order of titles by the Unicode collation algorithm, tailored to the user's locale.
+// The order of titles by the Unicode collation algorithm, with the rules of the user's locale.
 #pragma once
 
 #include <memory>
@@ -8,17 +8,17 @@
 
 struct UCollator;
 
-// The locale that LC_ALL, LC_COLLATE or LANG names, the first of them that is not empty, without its encoding and
-// modifier: "sv_SE". "root" where that is no language: for "C", "POSIX", and where nothing is set.
+// Returns the locale from LC_ALL, LC_COLLATE or LANG, the first of them that is not empty, without encoding and
+// modifier: "sv_SE". Returns "root" if none is set or the value names no language, as "C" and "POSIX" do.
 std::string collationLocale();
 
-// Letters before accents before case, numbers by their value. What is the same by these rules is ordered by fewer
-// leading zeros in its numbers, as decided by the first number that has not as many in both texts, and then by
-// code points. Unpaired surrogates are code points like others.
+// Letters count before accents and accents before case; numbers compare by their value. Of two texts that are equal by
+// these rules, the one with fewer leading zeros in the first number that differs comes first; otherwise code points
+// decide. An unpaired surrogate counts as a code point.
 class IcuCollation : public Collation {
  public:
-  // The rules of a locale by its name in ICU ("sv_SE"); the root collation if ICU does not know it. Throws Error
-  // if ICU's data are not installed.
+  // Uses the rules of a locale by its ICU name ("sv_SE"), or the root collation if ICU does not know the locale. Throws
+  // Error if ICU's data are not installed.
   explicit IcuCollation(const std::string& locale = collationLocale());
 
   std::strong_ordering localizedStandardCompare(std::u16string_view a, std::u16string_view b) const override;
@@ -30,5 +30,5 @@ class IcuCollation : public Collation {
   using Collator = std::unique_ptr<UCollator, Closer>;
 
   Collator rules_;
-  Collator lettersOnly_;  // the same without accents and case where accents count from the end, else none
+  Collator lettersOnly_;  // ignores accents and case; only for locales where accents compare from the end, else null
 };

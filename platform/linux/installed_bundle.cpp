@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "platform/product.h"
 #include "platform/error.h"
+#include "platform/product.h"
 
 namespace {
 
@@ -17,8 +17,7 @@ std::string runningExecutable() {
   const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", problem);
   if (problem)
     throw Error("POSIX", problem.value(),
-                "The program’s own folder couldn’t be found because the system answered “" + problem.message() +
-                    "” (/proc/self/exe).");
+                "The program’s own folder couldn’t be found: " + problem.message() + " (/proc/self/exe).");
   return executable.string();
 }
 

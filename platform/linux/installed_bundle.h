@@ -1,4 +1,4 @@
-// The installed program.
+// The installed program as a bundle.
 #pragma once
 
 #include <optional>
@@ -8,26 +8,25 @@
 
 class InstalledBundle : public Bundle {
  public:
-  // The folder that the program was installed under: the one that holds the bin folder of the running executable
-  // ("/usr"), or the executable's own folder if that is not named bin. Throws Error if the system does not say.
+  // Returns the installation prefix of the running executable: "/usr" for an executable in /usr/bin, or the
+  // executable's own folder if that is not named bin.
   std::string path() override;
 
-  // Throws Error if the system does not say.
   std::string executablePath() override;
 
-  // The scalable one of the icon theme in the folder of `path`. Throws Error as that does.
+  // Returns the path of the scalable icon in the icon theme under path().
   std::string iconPath() override;
 
-  // Both CFBundleShortVersionString and CFBundleVersion are the program's version; there is nothing else.
+  // Has only CFBundleShortVersionString and CFBundleVersion, which are both the program's version.
   std::optional<std::string> information(const std::string& key) override;
 };
 
-// The path of the running executable. Throws Error if the system does not say.
+// Returns the path of the running executable. Throws Error if /proc does not have it.
 std::string runningExecutable();
 
-// The folder that the executable at `executable`, an absolute path, was installed under, as said above.
+// Returns the installation prefix of the executable at an absolute path, as InstalledBundle::path does.
 std::string installationFolder(const std::string& executable);
 
-// Where the executable at `executable`, an absolute path, has a program of this name that is for itself alone: in
-// libexec/quillery of the folder that it was installed under, or beside it if it is in no bin folder.
+// Returns the path of a private helper program of the executable at an absolute path: in libexec/quillery under its
+// installation prefix, or beside the executable if that is not in a bin folder.
 std::string helperProgram(const std::string& executable, const std::string& name);

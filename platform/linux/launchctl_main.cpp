@@ -1,4 +1,4 @@
-// The stand-in for launchctl: loads, unloads and finds login agents in the user's own session.
+// The program that replaces launchctl on Linux: loads, unloads, finds and runs login agents of the user's session.
 #include <iostream>
 #include <string>
 #include <vector>

@@ -27,12 +27,10 @@ Uuid randomBytes() {
   Uuid bytes{};
   ssize_t count = 0;
   do {
-    count = getrandom(bytes.data(), bytes.size(), 0);  // so few come all at once or not at all
+    count = getrandom(bytes.data(), bytes.size(), 0);  // up to 256 bytes are never split
   } while (count < 0 && errno == EINTR);
   if (count != static_cast<ssize_t>(bytes.size()))
-    throw Error(
-        "POSIX", errno,
-        "No random bytes could be had because the system answered “" + std::generic_category().message(errno) + "”.");
+    throw Error("POSIX", errno, "No random bytes are available: " + std::generic_category().message(errno) + ".");
   return bytes;
 }
 
@@ -47,10 +45,10 @@ std::string canonicalText(const Uuid& uuid) {
   return text;
 }
 
-// How a program is started: nothing to read, nowhere to write, no signal blocked or ignored.
-class Surroundings {
+// What a started program inherits: standard streams from and to /dev/null, and no blocked or ignored signals.
+class SpawnSettings {
  public:
-  Surroundings() {
+  SpawnSettings() {
     posix_spawn_file_actions_init(&streams_);
     posix_spawn_file_actions_addopen(&streams_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
@@ -63,12 +61,12 @@ class Surroundings {
     sigfillset(&signals);
     posix_spawnattr_setsigdefault(&signals_, &signals);
   }
-  ~Surroundings() {
+  ~SpawnSettings() {
     posix_spawnattr_destroy(&signals_);
     posix_spawn_file_actions_destroy(&streams_);
   }
-  Surroundings(const Surroundings&) = delete;
-  Surroundings& operator=(const Surroundings&) = delete;
+  SpawnSettings(const SpawnSettings&) = delete;
+  SpawnSettings& operator=(const SpawnSettings&) = delete;
 
   const posix_spawn_file_actions_t* streams() const { return &streams_; }
   const posix_spawnattr_t* signals() const { return &signals_; }
@@ -80,16 +78,15 @@ class Surroundings {
 
 Error cannotRun(const std::string& path, int problem) {
   return {"POSIX", problem,
-          "The program “" + path + "” couldn’t be run because the system answered “" +
-              std::generic_category().message(problem) + "”."};
+          "The program “" + path + "” couldn’t be run: " + std::generic_category().message(problem) + "."};
 }
 
 pid_t start(const std::string& path, std::vector<std::string> words) {
   words.insert(words.begin(), path);
-  const Surroundings surroundings;
+  const SpawnSettings settings;
   pid_t process = 0;
-  const int problem = posix_spawn(&process, path.c_str(), surroundings.streams(), surroundings.signals(),
-                                  pointersTo(words).data(), environ);
+  const int problem =
+      posix_spawn(&process, path.c_str(), settings.streams(), settings.signals(), pointersTo(words).data(), environ);
   if (problem != 0) throw cannotRun(path, problem);
   return process;
 }
@@ -99,7 +96,7 @@ pid_t start(const std::string& path, std::vector<std::string> words) {
 std::string LinuxProcesses::randomUuid() {
   Uuid uuid = randomBytes();
   uuid[6] = static_cast<std::uint8_t>((uuid[6] & 0x0F) | 0x40);  // version 4: random
-  uuid[8] = static_cast<std::uint8_t>((uuid[8] & 0x3F) | 0x80);  // the variant that has versions
+  uuid[8] = static_cast<std::uint8_t>((uuid[8] & 0x3F) | 0x80);  // the variant of RFC 4122
   return canonicalText(uuid);
 }
 

@@ -1,4 +1,4 @@
-// What the system offers to processes.
+// Services of Linux for processes.
 #pragma once
 
 #include <string>
@@ -8,21 +8,21 @@
 
 class LinuxProcesses : public Processes {
  public:
-  // Version 4, of the kernel's random bytes. Throws Error if it gives none.
+  // Returns a UUID of version 4 from the kernel's random bytes.
   std::string randomUuid() override;
 
   int processIdentifier() override;
-  // The user who started the process, whatever rights it has.
+  // Returns the real user ID, not the effective one.
   unsigned userIdentifier() override;
 
   bool writesToTerminal() override;
   std::optional<std::string> environmentVariable(const std::string& name) override;
   std::string workingFolder() override;
 
-  // The path is not searched for. The program has this process's environment and working folder, and the usual
-  // handling of signals.
+  // `path` is not searched for in PATH. The program inherits this process's environment and working folder; its signals
+  // have their default handling.
   //
-  // One path stands for another: /bin/launchctl is a program that this system has not got, and the program brings one
-  // of its own that answers to the same arguments, quillery-launchctl (helperProgram says where it is).
+  // /bin/launchctl does not exist on Linux. For this path, runs quillery-launchctl instead, a helper program that takes
+  // the same arguments (see helperProgram).
   int run(const std::string& path, const std::vector<std::string>& arguments) override;
 };

@@ -4,20 +4,22 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
-#include "values/plist_value.h"
 #include "platform/error.h"
 #include "platform/linux/detached_process.h"
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/linux/word_pointers.h"
+#include "values/plist_value.h"
 
 namespace {
 
@@ -25,7 +27,7 @@ constexpr int logMode = 0644;
 
 struct Agent {
   std::string label;
-  std::vector<std::string> arguments;  // the program's path first
+  std::vector<std::string> arguments;  // the first is the program's path
   std::optional<std::string> output;
   std::optional<std::string> errors;
   bool runsAtLoad = false;
@@ -42,14 +44,14 @@ std::vector<std::string> argumentsOf(const PlistValue& agent) {
   const std::optional<PlistValue> list = agent.value(u"ProgramArguments");
   for (std::size_t index = 0; list && index < list->size(); ++index) {
     const std::optional<PlistText> text = list->is(PlistKind::array) ? list->stringAt(index) : std::nullopt;
-    if (!text) throw std::runtime_error("its ProgramArguments are not strings");
+    if (!text) throw std::runtime_error("its ProgramArguments are not an array of strings");
     arguments.push_back(utf8(text->utf16()));
   }
   if (arguments.empty()) throw std::runtime_error("it has no ProgramArguments");
   return arguments;
 }
 
-// A name that is a file's name and a line's text, too, and nothing but that.
+// Returns true if a label can be used as a file name and as a line of a desktop entry.
 bool isLabel(std::string_view label) {
   return !label.empty() && label.front() != '.' && label.find_first_of("/\n\r") == std::string_view::npos;
 }
@@ -58,7 +60,7 @@ Agent read(const std::string& propertyList) {
   const PlistValue stored = PropertyListCodec().parse(PosixFileSystem().read(propertyList)).value;
   Agent agent;
   agent.label = textAt(stored, u"Label").value_or("");
-  if (!isLabel(agent.label)) throw std::runtime_error("it has no Label");
+  if (!isLabel(agent.label)) throw std::runtime_error("it has no valid Label");
   agent.arguments = argumentsOf(stored);
   agent.output = textAt(stored, u"StandardOutPath");
   agent.errors = textAt(stored, u"StandardErrorPath");
@@ -67,6 +69,7 @@ Agent read(const std::string& propertyList) {
   return agent;
 }
 
+// Prints an error and returns the status for it.
 AgentStatus complain(const std::string& propertyList, const std::string& reason) {
   std::cerr << "quillery-launchctl: " << propertyList << ": " << reason << '\n';
   return AgentStatus::failed;
@@ -74,15 +77,15 @@ AgentStatus complain(const std::string& propertyList, const std::string& reason)
 
 std::string ownDomain() { return "gui/" + std::to_string(getuid()); }
 
-// The label in a service target of the user's own session.
+// Returns the label in a service target; absent if the target is not in the user's own session.
 std::optional<std::string> labelIn(const std::string& serviceTarget) {
   const std::string prefix = ownDomain() + "/";
   if (!serviceTarget.starts_with(prefix)) return std::nullopt;
   return serviceTarget.substr(prefix.size());
 }
 
-// What stands for a character in a quoted argument of an Exec line: what is special in quotes is escaped, field codes
-// too, and all of that once more as in every string of a desktop entry, which is one line.
+// Escapes a character of a quoted argument in an Exec line: first for the quotes and field codes of the Exec line, then
+// for the string syntax of desktop entries, which has no line breaks.
 std::string escaped(char character) {
   switch (character) {
     case '%': return "%%";
@@ -107,8 +110,8 @@ std::string autostartEntry(const std::string& label, const std::string& runner, 
          quoted(propertyList) + "\nNoDisplay=true\nX-GNOME-Autostart-enabled=true\n";
 }
 
-// Has one of the standard streams written to the end of a file; where that cannot be opened, to nowhere.
-void appendTo(const std::optional<std::string>& path, int stream) {
+// Redirects a standard stream to the end of a file, or to /dev/null if there is no path or the file cannot be opened.
+void redirect(int stream, const std::optional<std::string>& path) {
   int file = path ? open(path->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, logMode) : -1;
   if (file < 0) file = open("/dev/null", O_WRONLY | O_CLOEXEC);
   dup2(file, stream);
@@ -119,7 +122,7 @@ void appendTo(const std::optional<std::string>& path, int stream) {
 LoginAgents::LoginAgents(std::string configurationFolder, std::string runner)
     : configurationFolder_(std::move(configurationFolder)), runner_(std::move(runner)) {}
 
-std::string LoginAgents::entryOf(const std::string& label) const {
+std::string LoginAgents::entryPath(const std::string& label) const {
   return configurationFolder_ + "/autostart/" + label + ".desktop";
 }
 
@@ -127,8 +130,8 @@ AgentStatus LoginAgents::bootstrap(const std::string& domain, const std::string&
   if (domain != ownDomain()) return AgentStatus::wrongDomain;
   try {
     const Agent agent = read(propertyList);
-    const std::string entry = entryOf(agent.label);
-    if (std::filesystem::exists(entry)) return complain(propertyList, "it is loaded already");
+    const std::string entry = entryPath(agent.label);
+    if (std::filesystem::exists(entry)) return complain(propertyList, "it is already loaded");
     PosixFileSystem files;
     files.createFolder(configurationFolder_ + "/autostart", defaultFolderMode);
     files.writeAtomically(entry, Bytes(autostartEntry(agent.label, runner_, propertyList)));
@@ -143,14 +146,14 @@ AgentStatus LoginAgents::bootstrap(const std::string& domain, const std::string&
 
 AgentStatus LoginAgents::print(const std::string& serviceTarget) const {
   const auto label = labelIn(serviceTarget);
-  const bool isLoaded = label && isLabel(*label) && std::filesystem::exists(entryOf(*label));
+  const bool isLoaded = label && isLabel(*label) && std::filesystem::exists(entryPath(*label));
   return isLoaded ? AgentStatus::done : AgentStatus::notFound;
 }
 
 AgentStatus LoginAgents::bootout(const std::string& serviceTarget) {
   const auto label = labelIn(serviceTarget);
   std::error_code problem;
-  const bool wasLoaded = label && isLabel(*label) && std::filesystem::remove(entryOf(*label), problem);
+  const bool wasLoaded = label && isLabel(*label) && std::filesystem::remove(entryPath(*label), problem);
   return wasLoaded ? AgentStatus::done : AgentStatus::notLoaded;
 }
 
@@ -158,10 +161,10 @@ AgentStatus LoginAgents::run(const std::string& propertyList) {
   try {
     Agent agent = read(propertyList);
     const std::vector<char*> arguments = pointersTo(agent.arguments);
-    appendTo(agent.output, STDOUT_FILENO);
-    appendTo(agent.errors, STDERR_FILENO);
+    redirect(STDOUT_FILENO, agent.output);
+    redirect(STDERR_FILENO, agent.errors);
     execv(arguments.front(), arguments.data());
-    return complain(propertyList, "its program cannot be run");
+    return complain(propertyList, "its program couldn’t be run: " + std::generic_category().message(errno));
   } catch (const Error& error) {
     return complain(propertyList, error.description());
   } catch (const std::exception& error) {

@@ -1,37 +1,41 @@
-// Login agents on Linux: what stands in for launchd. An agent is loaded if the user's session has an autostart entry
-// for it, which runs what its property list says.
+// Login agents on Linux, which has no launchd. A loaded agent is an autostart entry of the user's session; the entry
+// runs the program of the agent's property list.
 #pragma once
 
 #include <string>
 
-// The answers that launchctl gives; the numbers are its own.
+// Exit statuses of launchctl.
 enum class AgentStatus {
   done = 0,
   notLoaded = 3,     // bootout
   failed = 5,        // bootstrap
   notFound = 113,    // print
-  wrongDomain = 125  // not the session of this user
+  wrongDomain = 125  // not this user's session
 };
 
 class LoginAgents {
  public:
-  // `configurationFolder` holds the folder "autostart"; it need not exist. `runner` is the absolute path of the program
-  // that the entries run, with "run" and the path of the agent's property list; empty: nothing can be loaded.
+  // `configurationFolder` contains the folder "autostart" and may not exist. `runner` is the absolute path of the
+  // program that the entries start with "run" and the path of the agent's property list as its arguments.
   LoginAgents(std::string configurationFolder, std::string runner);
 
-  // Loads the agent of a property list (a Label, ProgramArguments, and a RunAtLoad that starts it at once) into
-  // "gui/" + the user's identifier. What fails is said in one line on standard error.
+  // Loads the agent of a property list (Label, ProgramArguments, StandardOutPath, StandardErrorPath), and starts it at
+  // once if RunAtLoad is true. `domain` must be "gui/" + the user ID. Prints one line on standard error on failure.
   AgentStatus bootstrap(const std::string& domain, const std::string& propertyList);
-  // Whether the agent of a service target (domain + "/" + label) is loaded; and unloads it, which ends nothing.
+
+  // Returns done if the agent of a service target (domain + "/" + label) is loaded, notFound otherwise.
   AgentStatus print(const std::string& serviceTarget) const;
+
+  // Unloads the agent of a service target. A running program of the agent continues.
   AgentStatus bootout(const std::string& serviceTarget);
 
-  // Becomes what the property list says, with what it prints appended to its StandardOutPath and StandardErrorPath.
-  // Returns only if that fails.
+  // Replaces this process by the program of a property list, with its output appended to StandardOutPath and
+  // StandardErrorPath. Returns only on failure, and then prints one line on standard error: on this process's before
+  // the property list is read, on the agent's afterwards.
   static AgentStatus run(const std::string& propertyList);
 
  private:
-  std::string entryOf(const std::string& label) const;
+  std::string entryPath(const std::string& label) const;
 
   std::string configurationFolder_;
   std::string runner_;

@@ -1,4 +1,4 @@
-// The platform of a Linux session without a screen.
+// The platform of Linux without a desktop.
 #include "platform/linux/civil_calendar.h"
 #include "platform/linux/icu_collation.h"
 #include "platform/linux/installed_bundle.h"

@@ -1,7 +1,7 @@
-// Where an application with a name on the session bus has its interfaces.
+// Object paths of applications on the session bus.
 #pragma once
 
 #include <string>
 
-// "/com/example/Some_Name" for "com.example.Some-Name".
+// Returns the object path of an application by its bus name: "/com/example/Some_Name" for "com.example.Some-Name".
 std::string objectPath(const std::string& name);

@@ -22,21 +22,21 @@ namespace {
 
 constexpr const char* errorDomain = "POSIX";
 constexpr mode_t permissionBits = 07777;
-constexpr std::size_t comparedAtOnce = std::size_t{256} << 10;  // bytes
-// In bytes. The readers of property lists refuse larger files, but reading one first could take all memory.
+constexpr std::size_t blockSize = std::size_t{256} << 10;
+// In bytes. The parsers reject larger files anyway, but reading one first could take all memory.
 constexpr std::size_t largestFile = 0xFFFF'FFFF;
 
 FileAttempt opening(const std::string& path) { return {"file", path, "opened"}; }
 FileAttempt creatingFolder(const std::string& path) { return {"folder", path, "created"}; }
 
-// An open regular file and its size as the system has it now.
+// An open regular file and the size that the system reports for it.
 struct OpenFile {
   FileDescriptor descriptor;
   std::size_t size;
 };
 
 OpenFile openForReading(const std::string& path) {
-  // Not blocking: opening a pipe must not wait for somebody to write to it. A regular file does not mind.
+  // O_NONBLOCK, so that opening a pipe does not wait for a writer. It has no effect on a regular file.
   FileDescriptor file(uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
   struct stat status {};
   if (!file.isOpen() || fstat(file.get(), &status) != 0) throw opening(path).failure(errno);
@@ -44,7 +44,7 @@ OpenFile openForReading(const std::string& path) {
   return {std::move(file), static_cast<std::size_t>(status.st_size)};
 }
 
-// Up to `size` bytes; 0 at the end of the file.
+// Reads up to `size` bytes to `start`. Returns their number, which is 0 at the end of the file.
 std::size_t readSome(const FileDescriptor& file, std::byte* start, std::size_t size, const std::string& path) {
   const ssize_t count = uninterrupted([&] { return ::read(file.get(), start, size); });
   if (count < 0) throw opening(path).failure(errno);
@@ -54,9 +54,9 @@ std::size_t readSome(const FileDescriptor& file, std::byte* start, std::size_t s
 // Returns true if the file's content is exactly `expected`.
 bool hasContent(const std::string& path, const Bytes& expected) {
   const OpenFile file = openForReading(path);
-  LargeBuffer buffer(comparedAtOnce);
+  LargeBuffer buffer(blockSize);
   std::size_t compared = 0;
-  while (const std::size_t count = readSome(file.descriptor, buffer.data(), comparedAtOnce, path)) {
+  while (const std::size_t count = readSome(file.descriptor, buffer.data(), blockSize, path)) {
     if (count > expected.size() - compared) return false;
     if (std::memcmp(buffer.data(), expected.data() + compared, count) != 0) return false;
     compared += count;
@@ -69,15 +69,15 @@ bool isFolder(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// Creates one folder. Answers false if the folder above it is missing.
+// Creates one folder. Returns false if its parent is missing.
 bool createOneFolder(const std::string& path, mode_t mode, Flush flush) {
   if (mkdir(path.c_str(), mode) != 0) {
     const int problem = errno;
-    if (problem == EEXIST && isFolder(path)) return true;  // somebody else was faster
+    if (problem == EEXIST && isFolder(path)) return true;  // another process has just created it
     if (problem == ENOENT) return false;
     throw creatingFolder(path).failure(problem);
   }
-  int problem = chmod(path.c_str(), mode) == 0 ? 0 : errno;  // what the umask took away
+  int problem = chmod(path.c_str(), mode) == 0 ? 0 : errno;  // sets the bits that the umask cleared
   if (problem == 0) problem = flushName(path, flush);
   if (problem == 0) return true;
   rmdir(path.c_str());
@@ -105,10 +105,9 @@ std::string homeInUserDatabase() {
   while ((problem = getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found)) == ERANGE)
     buffer.resize(2 * buffer.size());
   if (found != nullptr && found->pw_dir != nullptr && found->pw_dir[0] == '/') return found->pw_dir;
-  const std::string reason = problem != 0 ? "the system answered “" + std::generic_category().message(problem) + "”"
-                                          : "the user database has none for user " + std::to_string(geteuid());
-  throw Error(errorDomain, problem != 0 ? problem : ENOENT,
-              "The home folder couldn’t be found because " + reason + ".");
+  const std::string reason = problem != 0 ? ": " + std::generic_category().message(problem)
+                                          : " because the user database has none for user " + std::to_string(geteuid());
+  throw Error(errorDomain, problem != 0 ? problem : ENOENT, "The home folder couldn’t be found" + reason + ".");
 }
 
 }  // namespace
@@ -121,7 +120,7 @@ std::string PosixFileSystem::homeFolder() {
 Bytes PosixFileSystem::read(const std::string& path) {
   const OpenFile file = openForReading(path);
   if (file.size > largestFile) throw opening(path).failure(EFBIG);
-  LargeBuffer content(file.size + 1);  // one more byte, so that the last read finds the end
+  LargeBuffer content(file.size + 1);  // one byte more than expected, to find the end of the file
   while (const std::size_t count =
              readSome(file.descriptor, content.data() + content.size(), content.capacity() - content.size(), path)) {
     content.resize(content.size() + count);
@@ -139,7 +138,7 @@ void PosixFileSystem::createFolder(const std::string& path, unsigned mode) {
 void PosixFileSystem::writeNew(const std::string& path, const Bytes& bytes) { writeNewFile(path, bytes, flush_); }
 
 void PosixFileSystem::setMode(const std::string& path, unsigned mode) {
-  // What has its name by now may be somebody else's link.
+  // O_NOFOLLOW, because an attacker may have put a symbolic link in the file's place.
   const FileDescriptor file(
       uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
   if (!file.isOpen() || fchmod(file.get(), static_cast<mode_t>(mode) & permissionBits) != 0)
@@ -150,11 +149,11 @@ void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& byte
   writeAtomically(path, bytes, modeOfNewFiles());
 }
 
+void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew) {
+  replaceFile(path, bytes, static_cast<mode_t>(modeIfNew), flush_);
+}
+
 bool PosixFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) {
   return replaceFileIf(
       path, bytes, [&] { return hasContent(path, expected); }, flush_);
-}
-
-void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew) {
-  replaceFile(path, bytes, static_cast<mode_t>(modeIfNew), flush_);
 }

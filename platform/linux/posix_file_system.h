@@ -6,37 +6,36 @@
 #include "platform/file_system.h"
 #include "platform/posix/durable_files.h"
 
-// Errors have the domain "POSIX", the system's error number as code, and a description with the file's name, the
-// system's words and the whole path.
+// Throws the errors of FileAttempt: the domain is "POSIX" and the code is the system's error number.
 class PosixFileSystem : public FileSystem {
  public:
-  // `never` is for measuring what everything but the disk costs; nobody's bookmarks are written so.
   explicit PosixFileSystem(Flush flush = Flush::toDisk) : flush_(flush) {}
 
-  // HOME if it holds an absolute path, else what the user database says. The root folder is the empty string, so
-  // that a path can always be appended.
+  // Returns HOME if it is an absolute path, otherwise the home folder from the user database.
   std::string homeFolder() override;
 
-  // Regular files only: a folder, a pipe or a device is an error and is not waited for.
+  // Throws for anything but a regular file, without waiting for a pipe or a device, and for a file that is larger than
+  // any property list can be.
   Bytes read(const std::string& path) override;
 
   std::vector<FileEntry> filesIn(const std::string& path) override;
 
   void createFolder(const std::string& path, unsigned mode) override;
 
-  // As writeNewFile says.
+  // See writeNewFile.
   void writeNew(const std::string& path, const Bytes& bytes) override;
 
+  // Throws for a symbolic link, whose target may belong to an attacker.
   void setMode(const std::string& path, unsigned mode) override;
 
-  // As replaceFile says; a file that did not exist gets the permission bits of any new file.
+  // See replaceFile. A file that does not exist gets the permission bits that the umask leaves to a new file.
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
+
+  // Does the same, but a file that does not exist gets exactly the permission bits `modeIfNew`.
+  void writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew);
 
   // See replaceFileIf. Reads the file in small blocks, and no further than the first difference.
   bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) override;
-
-  // The same, with the permission bits for a file that did not exist.
-  void writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew);
 
  private:
   Flush flush_;

@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
-#include "platform/product.h"
 #include "platform/error.h"
 #include "platform/posix/file_descriptor.h"
+#include "platform/product.h"
 
 namespace {
 
@@ -22,12 +22,11 @@ constexpr unsigned fileMode = 0600;
 
 Error lockFailure(const std::string& path) {
   return {"POSIX", errno,
-          "The settings couldn’t be locked because the system answered “" + std::generic_category().message(errno) +
-              "” (" + path + ")."};
+          "The settings couldn’t be locked: " + std::generic_category().message(errno) + " (" + path + ")."};
 }
 
-// Nobody else has the settings locked for as long as this lives. The file stays where it is: removing it would let a
-// process that waits at the removed file and one that makes a new file both go on.
+// Holds the exclusive lock on the settings during its lifetime. The lock file is never removed: otherwise a process
+// that waits for the lock of the removed file and a process that creates a new file would both continue.
 class SettingsLock {
  public:
   explicit SettingsLock(const std::string& path)
@@ -36,7 +35,7 @@ class SettingsLock {
     if (uninterrupted([&] { return flock(file_.get(), LOCK_EX); }) != 0) throw lockFailure(path);
   }
 
-  // Closing the file would not do while a process that was forked meanwhile has it open, too.
+  // Closing the file does not release the lock if a process forked meanwhile still has the file open.
   ~SettingsLock() { flock(file_.get(), LOCK_UN); }
   SettingsLock(const SettingsLock&) = delete;
   SettingsLock& operator=(const SettingsLock&) = delete;
@@ -50,7 +49,7 @@ std::optional<PlistValue> entry(const std::optional<PlistValue>& root, const std
   return root ? root->value(PlistKey(units)) : std::nullopt;
 }
 
-// The dictionary with one entry changed, or added at the end.
+// Returns the dictionary with one entry changed, or appended if it is new.
 PlistValue withEntry(const std::optional<PlistValue>& root, const std::string& key, const PlistValue& value) {
   const std::u16string units = utf16(key);
   if (!root) return PlistValue::dictionary({{units, value}});
@@ -103,7 +102,7 @@ PropertyListDefaults::Stored PropertyListDefaults::read() {
     stored.bytes = files_.read(path_);
   } catch (const Error& error) {
     if (error.code() == ENOENT) return stored;
-    throw;  // there is something, and nobody knows what
+    throw;  // the file exists, and `set` must not replace it unread
   }
   try {
     PlistValue root = codec_.parse(stored.bytes).value;
@@ -115,13 +114,13 @@ PropertyListDefaults::Stored PropertyListDefaults::read() {
 }
 
 void PropertyListDefaults::store(const std::string& key, const PlistValue& value) {
-  if (entry(read().root, key) == value) return;  // takes no lock, and no right to write here
+  if (entry(read().root, key) == value) return;  // needs neither the lock nor permission to write
   files_.createFolder(folder_, folderMode);
   const SettingsLock lock(path_ + ".lock");
   const Stored stored = read();
   const Bytes bytes = codec_.serialize(withEntry(stored.root, key, value), PropertyListFormat::xml);
-  if (bytes == stored.bytes) return;  // a date, say, that differs by less than a second
-  if (!stored.root && !stored.bytes.empty()) keepDamaged(stored.bytes);
+  if (bytes == stored.bytes) return;  // such as a date that differs by less than a second
+  if (!stored.root && !stored.bytes.empty()) saveDamaged(stored.bytes);
   files_.writeAtomically(path_, bytes, fileMode);
 }
 
@@ -129,22 +128,22 @@ bool PropertyListDefaults::isCopy(const std::string& path, const Bytes& bytes) {
   try {
     return files_.read(path) == bytes;
   } catch (const Error&) {
-    return false;  // a folder, a link to nowhere, a file of another user: in any case not ours
+    return false;  // such as a folder, a dangling link or another user's file
   }
 }
 
-void PropertyListDefaults::keepDamaged(const Bytes& bytes) {
+void PropertyListDefaults::saveDamaged(const Bytes& bytes) {
   const std::string start = folder_ + "/" + std::string(product::bundleIdentifier) + ".damaged-";
   for (unsigned number = 1;; ++number) {
     const std::string copy = start + std::to_string(number) + ".plist";
     try {
       files_.writeNew(copy, bytes);
-      std::cerr << product::name << ": The settings couldn’t be read and start afresh; the old ones are in " << copy
-                << "." << std::endl;
+      std::cerr << product::name << ": The settings couldn’t be read and are empty now; the old file is saved as "
+                << copy << "." << std::endl;
       return;
     } catch (const Error& error) {
       if (error.code() != EEXIST) throw;
     }
-    if (isCopy(copy, bytes)) return;  // by a `set` that could not go on from there
+    if (isCopy(copy, bytes)) return;  // saved by an earlier `set` that failed afterwards
   }
 }

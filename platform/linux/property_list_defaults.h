@@ -1,52 +1,52 @@
-// The settings, in a property list in the user's configuration folder.
+// The settings in a property list in the user's configuration folder.
 #pragma once
 
 #include <optional>
 #include <string>
 
-#include "values/bytes.h"
-#include "values/plist_value.h"
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/user_defaults.h"
+#include "values/bytes.h"
+#include "values/plist_value.h"
 
-// Where this user's programs keep their settings: XDG_CONFIG_HOME if it holds an absolute path, else the folder .config
-// in the home folder. Empty if the home folder is not to be found either.
+// Returns the folder for the settings of this user's programs: XDG_CONFIG_HOME if it is an absolute path, otherwise
+// .config in the home folder. Returns the empty string if there is no home folder either.
 std::string configurationFolder();
 
-// Settings are the entries of one dictionary, in the XML file that is named after the bundle identifier. Nothing is
-// remembered between two calls, because another process may have changed the file. Its dates are kept to the second,
-// as in every XML property list.
+// The settings are the entries of one dictionary in an XML file that is named after the bundle identifier. Nothing is
+// cached between calls, because another process may change the file. Dates keep only whole seconds, as in every
+// XML property list.
 //
-// No function throws. Whatever cannot be read is absent, and a failure to store leaves all as it was and is said in
-// one line on standard error.
+// No function throws. A setting that cannot be read is absent. If a setting cannot be stored, `set` leaves the file as
+// it was and prints one line on standard error.
 //
-// A file that holds no property list, or one that is no dictionary, counts as empty. Before the first `set` replaces
-// it, its bytes are kept in a file beside it, "….damaged-1.plist" or the next number that is free.
+// A file without a property list, or whose root is not a dictionary, counts as empty. Before `set` replaces such a
+// file, it saves the file's bytes in "….damaged-1.plist" beside it, or with the next number that is free.
 class PropertyListDefaults : public UserDefaults {
  public:
-  // `folder` need not exist; `set` creates it, for its owner only. Empty stands for no folder: all is absent and
-  // nothing is stored.
+  // `folder` may not exist; `set` creates it, accessible only to its owner. If `folder` is empty, every setting is
+  // absent and nothing can be stored.
   explicit PropertyListDefaults(const std::string& folder = configurationFolder());
 
   std::optional<PlistValue> object(const std::string& key) override;
 
-  // Replaces the file whole, and in it only this key: entries keep their order, and a new one comes last. Several
-  // processes that do this at once wait for each other, so that none loses what another has set; the empty file
-  // "….plist.lock" is what they wait at, and it stays. A value that is stored already is not written again.
+  // Replaces the file atomically. The other entries keep their values and their order, and a new key comes last. A lock
+  // on the empty file "….plist.lock", which is never removed, keeps concurrent processes from losing each other's
+  // changes. If the file already has the value, it is not written.
   void set(const std::string& key, const PlistValue& value) override;
 
  private:
-  // The file as it is now.
+  // The content of the file.
   struct Stored {
-    Bytes bytes;                     // none if there is no file
-    std::optional<PlistValue> root;  // a dictionary; absent if there is no file or no dictionary in it
+    Bytes bytes;                     // empty if there is no file
+    std::optional<PlistValue> root;  // a dictionary; absent if the file has none
   };
 
   Stored read();
   void store(const std::string& key, const PlistValue& value);
   bool isCopy(const std::string& path, const Bytes& bytes);
-  void keepDamaged(const Bytes& bytes);
+  void saveDamaged(const Bytes& bytes);
 
   std::string folder_;
   std::string path_;

@@ -1,4 +1,4 @@
-// The session bus, and what it says about the names and connections on it.
+// The session bus, its names and its connections.
 #pragma once
 
 #include <chrono>
@@ -11,15 +11,16 @@
 struct sd_bus;
 struct sd_bus_message;
 
-// What a bus itself answers to; its interface has the name, too.
+// The bus's own name, which is also the name of its interface, and its object path.
 inline constexpr const char* messageBusName = "org.freedesktop.DBus";
 inline constexpr const char* messageBusPath = "/org/freedesktop/DBus";
 
+// The end of a timeout that starts with the construction and that several calls share.
 class Deadline {
  public:
-  explicit Deadline(std::chrono::microseconds patience) : end_(std::chrono::steady_clock::now() + patience) {}
+  explicit Deadline(std::chrono::microseconds timeout) : end_(std::chrono::steady_clock::now() + timeout) {}
 
-  // What is left in microseconds, 0 if it has passed.
+  // Returns the remaining time in microseconds; 0 if it has passed.
   std::uint64_t left() const;
 
  private:
@@ -36,16 +37,17 @@ struct MessageRelease {
 };
 using Message = std::unique_ptr<sd_bus_message, MessageRelease>;
 
-// A new connection to the bus of the environment; null if there is none that answers in time. Starts no bus.
+// Returns a new connection to the session bus of the environment; null if there is none or it does not reply before the
+// deadline. Never starts a bus.
 BusHandle openSessionBus(const Deadline& deadline);
 
-// Whether a connection is there and still holds.
+// Returns true if `bus` is an open connection.
 bool isReady(const BusHandle& bus);
 
-// The unique names of the connections that own a name or wait for it, in the order of the line; none if the bus does
-// not answer in time.
+// Returns the unique names of the connections that own a name or are queued for it, in the order of the queue; none if
+// the bus does not reply before the deadline.
 std::vector<std::string> connectionsOwning(sd_bus* bus, const std::string& name, const Deadline& deadline);
 
-// The process of a connection, as the bus saw it when the connection was made. Absent if there is no such connection,
-// or not any more, or if the bus does not answer in time.
+// Returns the ID of the process that opened a connection; absent if the connection does not exist (any more) or the bus
+// does not reply before the deadline.
 std::optional<std::uint32_t> processOf(sd_bus* bus, const std::string& connection, const Deadline& deadline);

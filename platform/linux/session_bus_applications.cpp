@@ -9,30 +9,31 @@
 
 namespace {
 
-constexpr int connectionsTried = 2;  // one that broke since the last question, and a fresh one
+constexpr int connectionsTried = 2;  // the bus may have closed the existing one, so try a new one too
 
 class RunningProcess : public RunningApplication {
  public:
-  RunningProcess(QuitAddressee process, std::chrono::microseconds patience)
-      : process_(std::move(process)), patience_(patience) {}
+  RunningProcess(QuitTarget process, std::chrono::microseconds timeout)
+      : process_(std::move(process)), timeout_(timeout) {}
 
   int processIdentifier() const override { return static_cast<int>(process_.process); }
   std::optional<std::string> bundleIdentifier() const override { return process_.identifier; }
-  bool terminate() override { return requestQuit(process_, patience_); }
+  bool terminate() override { return requestQuit(process_, timeout_); }
 
  private:
-  QuitAddressee process_;
-  std::chrono::microseconds patience_;
+  QuitTarget process_;
+  std::chrono::microseconds timeout_;
 };
 
-// The processes that own a name or wait for it, in the order of the line, each with all of its connections there.
-std::vector<QuitAddressee> processesOwning(sd_bus* bus, const std::string& name, const Deadline& deadline) {
-  std::vector<QuitAddressee> processes;
+// Returns the processes that own a name or are queued for it, in the order of the queue, each with all its connections
+// there.
+std::vector<QuitTarget> processesOwning(sd_bus* bus, const std::string& name, const Deadline& deadline) {
+  std::vector<QuitTarget> processes;
   for (const std::string& connection : connectionsOwning(bus, name, deadline)) {
     const std::optional<std::uint32_t> process = processOf(bus, connection, deadline);
     if (!process) continue;
     const auto known = std::find_if(processes.begin(), processes.end(),
-                                    [&](const QuitAddressee& other) { return other.process == *process; });
+                                    [&](const QuitTarget& other) { return other.process == *process; });
     if (known != processes.end())
       known->connections.push_back(connection);
     else
@@ -45,13 +46,13 @@ std::vector<QuitAddressee> processesOwning(sd_bus* bus, const std::string& name,
 
 std::vector<std::shared_ptr<RunningApplication>> SessionBusApplications::withBundleIdentifier(
     const std::string& identifier) {
-  const Deadline deadline(patience_);
+  const Deadline deadline(timeout_);
   for (int connection = 0; connection < connectionsTried; ++connection) {
     if (!isReady(bus_)) bus_ = openSessionBus(deadline);
     if (!bus_) return {};
     std::vector<std::shared_ptr<RunningApplication>> applications;
-    for (QuitAddressee& process : processesOwning(bus_.get(), identifier, deadline))
-      applications.push_back(std::make_shared<RunningProcess>(std::move(process), patience_));
+    for (QuitTarget& process : processesOwning(bus_.get(), identifier, deadline))
+      applications.push_back(std::make_shared<RunningProcess>(std::move(process), timeout_));
     if (isReady(bus_)) return applications;
   }
   return {};

@@ -1,4 +1,4 @@
-// The applications that are running, by the names that they own on the session bus.
+// The running applications, by the names that they own on the session bus.
 #pragma once
 
 #include <chrono>
@@ -9,21 +9,20 @@
 #include "platform/linux/session_bus.h"
 #include "platform/running_applications.h"
 
-// An application's identifier is its name on the session bus, so one that owns the name, or waits in line for it, is
-// running. Nothing runs where there is no bus, where nobody owns the name, or where the bus does not answer. Asking
-// starts no application, and no bus.
+// An application's bundle identifier is its bus name, so every process that owns the name or is queued for it counts as
+// running. None counts as running if there is no bus or the bus does not reply. Never starts an application or a bus.
 class SessionBusApplications : public RunningApplications {
  public:
-  // How long a hung bus may hold up one question, and a bus or an application one request to quit, everything included.
-  static constexpr std::chrono::seconds defaultPatience{2};
+  // The longest time that one call of withBundleIdentifier or terminate takes.
+  static constexpr std::chrono::seconds defaultTimeout{2};
 
-  explicit SessionBusApplications(std::chrono::microseconds patience = defaultPatience) : patience_(patience) {}
+  explicit SessionBusApplications(std::chrono::microseconds timeout = defaultTimeout) : timeout_(timeout) {}
 
-  // One entry for each process, in the order of the line; a process that leaves meanwhile is left out. `terminate` of
-  // an entry is what quit_request.h says; each entry can be used without this, and from any thread.
+  // Returns one entry per process, in the order of the queue, without processes that end meanwhile. `terminate` of an
+  // entry calls requestQuit. An entry may outlive this object, and may be used from any thread.
   std::vector<std::shared_ptr<RunningApplication>> withBundleIdentifier(const std::string& identifier) override;
 
  private:
-  std::chrono::microseconds patience_;
-  BusHandle bus_;  // opened by the first question, and again once it broke
+  std::chrono::microseconds timeout_;
+  BusHandle bus_;  // opened by the first call, and again after it was closed
 };

@@ -1,10 +1,10 @@
-// Words as the system takes those of a command.
+// Arguments in the form that exec functions take.
 #pragma once
 
 #include <string>
 #include <vector>
 
-// Pointers to the words, and a null one behind them; they hold for as long as the words are not changed.
+// Returns pointers to the words and a terminating null pointer. They are valid until `words` changes.
 inline std::vector<char*> pointersTo(std::vector<std::string>& words) {
   std::vector<char*> pointers;
   pointers.reserve(words.size() + 1);

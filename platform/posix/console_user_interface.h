@@ -6,11 +6,11 @@
 
 #include "platform/user_interface.h"
 
-// Says on standard error what a dialog would have said. Nobody can answer, so the answer is the careful one: the last
-// button, which is the one that cancels.
+// Prints the text of an alert instead of showing a dialog. Nobody can choose a button, so runModal returns the last
+// one, which is the button that cancels.
 class ConsoleUserInterface : public UserInterface {
  public:
-  // `output` must outlive this.
+  // `output` must outlive this object.
   explicit ConsoleUserInterface(std::ostream& output = std::cerr) : output_(output) {}
 
   void becomeAccessory() override {}

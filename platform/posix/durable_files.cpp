@@ -20,17 +20,17 @@ namespace {
 constexpr mode_t permissionBits = 07777;
 constexpr mode_t ownerOnly = 0600;
 constexpr mode_t usualMode = 0666;
-constexpr int longestChainOfLinks = 40;  // as many as the kernel follows
+constexpr int maximumLinks = 40;  // as many as Linux follows when it opens a file
 
-// Where a mode has sixteen bits, arithmetic makes it an int.
-mode_t common(mode_t a, mode_t b) { return static_cast<mode_t>(a & b); }
+// On macOS mode_t has 16 bits, so `&` returns an int.
+mode_t masked(mode_t mode, mode_t mask) { return static_cast<mode_t>(mode & mask); }
 
 FileAttempt saving(const std::string& path) { return {"file", path, "saved"}; }
 
-// Answers 0 once the disk has what the descriptor stands for; else less, and errno is set.
+// Returns 0 once the file or folder is on disk. Returns a negative number and sets errno on failure.
 int flushDescriptor(const FileDescriptor& descriptor) {
 #ifdef F_FULLFSYNC
-  // Here fsync leaves it to the disk when to write. Some file systems know only that.
+  // On macOS fsync does not empty the disk's own cache. Some file systems support nothing else.
   if (uninterrupted([&] { return fcntl(descriptor.get(), F_FULLFSYNC); }) == 0) return 0;
 #endif
   return uninterrupted([&] { return fsync(descriptor.get()); });
@@ -47,39 +47,25 @@ void writeAll(const FileDescriptor& file, const Bytes& bytes, const FileAttempt&
   }
 }
 
-// Writes and flushes: afterwards the file is as safe as the system can make it.
-void fill(const FileDescriptor& file, const Bytes& bytes, Flush flush, const FileAttempt& attempt) {
+void writeAndFlush(const FileDescriptor& file, const Bytes& bytes, Flush flush, const FileAttempt& attempt) {
   writeAll(file, bytes, attempt);
   if (flush == Flush::toDisk && flushDescriptor(file) != 0) throw attempt.failure(errno);
 }
 
-// Where a path leads once its last component is no symbolic link: to a file, or to where one may be made.
+// Returns the path of the file that a chain of symbolic links leads to. That file may not exist.
 std::string followLinks(const std::string& path) {
-  std::string place = path;
-  for (int hop = 0; hop < longestChainOfLinks; ++hop) {
+  std::string target = path;
+  for (int links = 0; links <= maximumLinks; ++links) {
     std::error_code problem;
-    const std::filesystem::path next = std::filesystem::read_symlink(place, problem);
-    if (problem == std::errc::invalid_argument || problem == std::errc::no_such_file_or_directory) return place;
+    const std::filesystem::path next = std::filesystem::read_symlink(target, problem);
+    if (problem == std::errc::invalid_argument || problem == std::errc::no_such_file_or_directory) return target;
     if (problem) throw saving(path).failure(problem.value());
-    place = (std::filesystem::path(place).parent_path() / next).string();
+    target = (std::filesystem::path(target).parent_path() / next).string();
   }
   throw saving(path).failure(ELOOP);
 }
 
-// Whether a file is still the one that it was, unchanged: every change sets the time of the last one.
-bool isSame(const struct stat& one, const struct stat& other) {
-#ifdef __APPLE__
-  const timespec& changed = one.st_ctimespec;
-  const timespec& changedThen = other.st_ctimespec;
-#else
-  const timespec& changed = one.st_ctim;
-  const timespec& changedThen = other.st_ctim;
-#endif
-  return one.st_dev == other.st_dev && one.st_ino == other.st_ino && changed.tv_sec == changedThen.tv_sec &&
-         changed.tv_nsec == changedThen.tv_nsec;
-}
-
-// What is known of the file that is to be replaced; nothing if there is none.
+// Returns the status of a regular file; absent if it does not exist.
 std::optional<struct stat> statusOf(const std::string& path, const FileAttempt& attempt) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
@@ -90,32 +76,32 @@ std::optional<struct stat> statusOf(const std::string& path, const FileAttempt& 
   return status;
 }
 
-// Whether a condition holds and the file at `path`, which it is about, stays in its place until that is known.
-bool staysWhile(const std::function<bool()>& condition, const std::string& path, const FileAttempt& attempt) {
+// Returns true if `condition` does and the file at `path` is neither changed nor replaced meanwhile.
+bool isUnchangedDuring(const std::function<bool()>& condition, const std::string& path, const FileAttempt& attempt) {
   const std::optional<struct stat> before = statusOf(path, attempt);
   if (!condition()) return false;
   const std::optional<struct stat> after = statusOf(path, attempt);
-  return before && after && isSame(*before, *after);
+  return before && after && isSameFile(*before, *after);
 }
 
-// Gives a file that is about to replace another the other's owner, group and permission bits; `modeIfNew` if there is
-// no other.
-void takeOver(const FileDescriptor& file, const std::optional<struct stat>& replaced, mode_t modeIfNew,
-              const FileAttempt& attempt) {
+// Gives `file` the owner, group and permission bits of the file that it will replace; the permission bits `modeIfNew`
+// if it replaces none.
+void copyAttributes(const FileDescriptor& file, const std::optional<struct stat>& replaced, mode_t modeIfNew,
+                    const FileAttempt& attempt) {
   if (replaced) {
     struct stat own {};
     if (fstat(file.get(), &own) != 0) throw attempt.failure(errno);
     const bool differs = own.st_uid != replaced->st_uid || own.st_gid != replaced->st_gid;
-    // Only the superuser may give files away, so this may fail and then stays as it is.
+    // Only the superuser may change the owner. Otherwise the file keeps the owner and group that it has.
     if (differs && fchown(file.get(), replaced->st_uid, replaced->st_gid) != 0) errno = 0;
   }
-  const mode_t mode = replaced ? common(replaced->st_mode, permissionBits) : modeIfNew;
+  const mode_t mode = replaced ? masked(replaced->st_mode, permissionBits) : modeIfNew;
   if (fchmod(file.get(), mode) != 0) throw attempt.failure(errno);
 }
 
-// Puts a file that is whole in the place of the target. After that a failure to flush the folder is none.
+// Renames a complete file over the target. A failure to flush the folder afterwards is ignored; see replaceFile.
 void rename(TemporaryFile& file, const std::string& target, Flush flush, const FileAttempt& attempt) {
-  if (const int problem = file.replace(target); problem != 0) throw attempt.failure(problem);
+  if (const int problem = file.renameReplacing(target); problem != 0) throw attempt.failure(problem);
   flushName(target, flush);
 }
 
@@ -124,8 +110,8 @@ void rename(TemporaryFile& file, const std::string& target, Flush flush, const F
 void writeNewFile(const std::string& path, const Bytes& bytes, Flush flush) {
   const FileAttempt attempt = saving(path);
   TemporaryFile file(parentOf(path), attempt);
-  fill(file.descriptor(), bytes, flush, attempt);
-  if (const int problem = file.nameAnew(path); problem != 0) throw attempt.failure(problem);
+  writeAndFlush(file.descriptor(), bytes, flush, attempt);
+  if (const int problem = file.renameWithoutReplacing(path); problem != 0) throw attempt.failure(problem);
   if (const int problem = flushName(path, flush); problem != 0) {
     unlink(path.c_str());
     throw attempt.failure(problem);
@@ -137,8 +123,8 @@ void replaceFile(const std::string& path, const Bytes& bytes, mode_t modeIfNew, 
   const std::string target = followLinks(path);
   const std::optional<struct stat> replaced = statusOf(target, attempt);
   TemporaryFile file(parentOf(target), attempt);
-  takeOver(file.descriptor(), replaced, common(modeIfNew, permissionBits), attempt);
-  fill(file.descriptor(), bytes, flush, attempt);
+  copyAttributes(file.descriptor(), replaced, masked(modeIfNew, permissionBits), attempt);
+  writeAndFlush(file.descriptor(), bytes, flush, attempt);
   rename(file, target, flush, attempt);
 }
 
@@ -148,17 +134,29 @@ bool replaceFileIf(const std::string& path, const Bytes& bytes, const std::funct
   const std::optional<struct stat> replaced = statusOf(target, attempt);
   if (!replaced) throw attempt.failure(ENOENT);
   TemporaryFile file(parentOf(target), attempt);
-  takeOver(file.descriptor(), replaced, ownerOnly, attempt);
-  fill(file.descriptor(), bytes, flush, attempt);
-  if (!staysWhile(isExpected, target, attempt)) return false;
+  copyAttributes(file.descriptor(), replaced, ownerOnly, attempt);
+  writeAndFlush(file.descriptor(), bytes, flush, attempt);
+  if (!isUnchangedDuring(isExpected, target, attempt)) return false;
   rename(file, target, flush, attempt);
   return true;
 }
 
+bool isSameFile(const struct stat& one, const struct stat& other) {
+#ifdef __APPLE__
+  const timespec& changed = one.st_ctimespec;
+  const timespec& otherChanged = other.st_ctimespec;
+#else
+  const timespec& changed = one.st_ctim;
+  const timespec& otherChanged = other.st_ctim;
+#endif
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino && changed.tv_sec == otherChanged.tv_sec &&
+         changed.tv_nsec == otherChanged.tv_nsec;
+}
+
 mode_t modeOfNewFiles() {
-  const mode_t mask = umask(0077);  // the mask can be read only by changing it
+  const mode_t mask = umask(0077);  // there is no call that only reads it
   umask(mask);
-  return common(usualMode, static_cast<mode_t>(~mask));
+  return masked(usualMode, static_cast<mode_t>(~mask));
 }
 
 int flushName(const std::string& path, Flush flush) {

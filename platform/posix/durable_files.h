@@ -1,6 +1,7 @@
-// Writing files that are whole and on the disk when the call returns.
+// Writing files atomically and durably.
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <functional>
@@ -8,37 +9,41 @@
 
 #include "values/bytes.h"
 
-// Whether what was written is waited for until the disk has it.
+// Whether a write waits until the data is on disk. `never` is for measurements only.
 enum class Flush { toDisk, never };
 
-// The three that follow throw the errors of FileAttempt.
+// The first three functions throw the errors of FileAttempt.
 
-// Writes a new file, readable for its owner only, whatever the umask; it is whole from the moment on that it has its
-// name, even if the process is killed. Fails if anything of that name exists, a symbolic link included, and leaves
-// nothing behind when it fails.
+// Writes a new file that only its owner may read and write, whatever the umask. The file gets its name only when it is
+// complete, so a killed process leaves no partial file of that name. Fails if anything of that name exists, including a
+// symbolic link. Leaves no file behind on failure.
 void writeNewFile(const std::string& path, const Bytes& bytes, Flush flush = Flush::toDisk);
 
-// Replaces a file whole or not at all, by a temporary file in its folder that is renamed over it. A symbolic link is
-// followed. The permission bits of the old file are kept, its owner and group where the system permits it; one that did
-// not exist gets exactly `modeIfNew`, from the moment on that it has its name. Once the new file is in place the call
-// has succeeded: a failure to flush the folder after that is not reported, because then either the old file or the new
-// one is whole on disk, and saying that nothing was replaced would be wrong.
+// Replaces a file atomically: writes a temporary file in the same folder and renames it over the target. Follows
+// symbolic links. Keeps the target's permission bits, and its owner and group if the system permits that. A file that
+// does not exist is created with exactly the permission bits `modeIfNew`.
+//
+// Succeeds as soon as the rename has. A later failure to flush the folder is ignored: the disk then has either the
+// complete old file or the complete new one, and to report that nothing was replaced would be wrong.
 void replaceFile(const std::string& path, const Bytes& bytes, mode_t modeIfNew, Flush flush = Flush::toDisk);
 
-// The same for a file that is there and that others may change, but only if `isExpected`, which is to look at its
-// content, answers true when everything else is done; answers whether it was replaced. What somebody else puts in its
-// place while `isExpected` looks is noticed too. No system compares and renames in one step, but between the
-// two nothing else is done.
+// Like replaceFile, but for a file that exists and that other processes may change: replaces it only if `isExpected`,
+// which checks its content, returns true. Returns true if the file was replaced. Calls `isExpected` when the temporary
+// file is complete, and also returns false if another process changes or replaces the file during that call. Only the
+// rename follows; no system offers to compare and rename in one step.
 bool replaceFileIf(const std::string& path, const Bytes& bytes, const std::function<bool()>& isExpected,
                    Flush flush = Flush::toDisk);
 
-// The permission bits of any new file of this process.
+// Returns true if both are the status of the same unchanged file. Every change of a file sets its change time.
+bool isSameFile(const struct stat& one, const struct stat& other);
+
+// Returns the permission bits that the umask leaves to a new file.
 mode_t modeOfNewFiles();
 
-// Makes the name `path` last, by flushing the folder that it is in. Answers the error number, 0 if all is well. A
-// folder that may not be read, or a file system that flushes no folders, is no failure: there is nothing better to be
-// had.
+// Flushes the folder that contains `path`, so that the name itself survives a crash. Returns 0 or the error number. It
+// is not an error if the folder may not be read or its file system cannot flush folders, because there is no other way
+// to flush it.
 int flushName(const std::string& path, Flush flush);
 
-// The folder that the last component of a path is in; "." if the path names none.
+// Returns the folder of a path's last component; "." if the path has only one component.
 std::string parentOf(const std::string& path);

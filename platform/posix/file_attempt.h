@@ -1,4 +1,4 @@
-// What was being done with a file or a folder, for the sentence that says that it failed.
+// Errors of operations on files and folders.
 #pragma once
 
 #include <sys/stat.h>
@@ -10,27 +10,28 @@
 
 #include "platform/error.h"
 
-// "The file “a” couldn’t be opened because …": `kind` is "file", `verb` is "opened".
+// An operation on a file or folder, and the errors of the domain "POSIX" that describe its failure.
 struct FileAttempt {
-  const char* kind;
-  const std::string& path;
-  const char* verb;
+  const char* kind;         // "file" or "folder"
+  const std::string& path;  // must outlive this object
+  const char* verb;         // such as "opened"
 
-  // An error of the domain "POSIX"; `reason` is in our words, complete as it stands after "because".
-  Error failure(int code, const std::string& reason) const {
+  // Returns "The file “a” couldn’t be opened because it is too old (/folder/a).", for the reason "it is too old".
+  Error failure(int code, const std::string& reason) const { return sentence(code, " because " + reason); }
+
+  // Returns "The file “a” couldn’t be opened: Permission denied (/folder/a).", in the system's words for `code`.
+  Error failure(int code) const { return sentence(code, ": " + std::generic_category().message(code)); }
+
+ private:
+  Error sentence(int code, const std::string& ending) const {
     const std::string name = std::filesystem::path(path).filename().string();
     return {"POSIX", code,
-            std::string("The ") + kind + " “" + (name.empty() ? path : name) + "” couldn’t be " + verb + " because " +
-                reason + " (" + path + ")."};
-  }
-
-  // The same for an error number of the system, in the system's words.
-  Error failure(int code) const {
-    return failure(code, "the system answered “" + std::generic_category().message(code) + "”");
+            std::string("The ") + kind + " “" + (name.empty() ? path : name) + "” couldn’t be " + verb + ending + " (" +
+                path + ")."};
   }
 };
 
-// Throws the failure of what is no regular file: a folder, a pipe, a device.
+// Throws an error of `attempt` unless `status` is that of a regular file.
 inline void requireRegular(const struct stat& status, const FileAttempt& attempt) {
   if (S_ISDIR(status.st_mode)) throw attempt.failure(EISDIR);
   if (!S_ISREG(status.st_mode)) throw attempt.failure(EINVAL, "it is not a regular file");

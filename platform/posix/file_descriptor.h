@@ -1,4 +1,4 @@
-// An open file of the system, closed when it is let go.
+// Ownership of a file descriptor.
 #pragma once
 
 #include <unistd.h>
@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <utility>
 
-// Repeats a call for as long as a signal interrupts it.
+// Repeats a system call until no signal interrupts it. Returns its result.
 template <class Call>
 auto uninterrupted(Call call) {
   decltype(call()) result;
@@ -16,9 +16,10 @@ auto uninterrupted(Call call) {
   return result;
 }
 
+// Closes the descriptor when it is destroyed.
 class FileDescriptor {
  public:
-  // A negative number is none: what the system answers when it opened nothing.
+  // A negative number, which open() returns on failure, means no descriptor.
   explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
   ~FileDescriptor() {
     if (isOpen()) close(descriptor_);

@@ -30,7 +30,7 @@ std::vector<FileEntry> regularFilesIn(const std::string& path) {
   if (problem == std::errc::no_such_file_or_directory) return files;
   for (; !problem && entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
     struct stat status {};
-    if (stat(entry->path().c_str(), &status) != 0) continue;  // somebody has just removed it, or a link leads nowhere
+    if (stat(entry->path().c_str(), &status) != 0) continue;  // removed meanwhile, or a dangling link
     if (!S_ISREG(status.st_mode)) continue;
     files.push_back({entry->path().filename().string(), modified(status), static_cast<std::uint64_t>(status.st_size)});
   }

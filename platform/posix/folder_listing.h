@@ -1,4 +1,4 @@
-// Looking through a folder.
+// Listing a folder.
 #pragma once
 
 #include <string>
@@ -6,5 +6,5 @@
 
 #include "platform/file_system.h"
 
-// What FileSystem::filesIn answers. Throws the errors of FileAttempt.
+// Implements FileSystem::filesIn. Throws the errors of FileAttempt.
 std::vector<FileEntry> regularFilesIn(const std::string& path);

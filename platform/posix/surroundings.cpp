@@ -19,7 +19,6 @@ std::string currentFolder() {
   std::error_code problem;
   const std::filesystem::path folder = std::filesystem::current_path(problem);
   if (problem)
-    throw Error("POSIX", problem.value(),
-                "The working folder couldn’t be found because the system answered “" + problem.message() + "”.");
+    throw Error("POSIX", problem.value(), "The working folder couldn’t be found: " + problem.message() + ".");
   return folder.string();
 }

@@ -1,10 +1,10 @@
-// What a process finds around it when it starts.
+// What a process inherits from the process that started it.
 #pragma once
 
 #include <optional>
 #include <string>
 
-// What Processes::writesToTerminal, environmentVariable and workingFolder answer.
+// These implement Processes::writesToTerminal, environmentVariable and workingFolder.
 bool standardOutputIsTerminal();
 std::optional<std::string> variableOfEnvironment(const std::string& name);
 std::string currentFolder();

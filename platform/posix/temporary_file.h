@@ -1,4 +1,4 @@
-// A file that gets its name only when it is whole.
+// A file that gets its final name only when it is complete.
 #pragma once
 
 #include <string>
@@ -6,12 +6,12 @@
 #include "platform/posix/file_attempt.h"
 #include "platform/posix/file_descriptor.h"
 
-// A new file in a folder, readable for its owner only, under a hidden name of its own; removed again unless it is given
-// another name. For as long as it is here it is locked, so that no other process takes it for an abandoned one.
+// A new file under a unique hidden name, which only its owner may read and write. It is removed on destruction unless
+// it was renamed. Its lock keeps other processes from removing it as abandoned.
 class TemporaryFile {
  public:
-  // Before it makes the file it removes those that were abandoned in the folder: when a process is killed or the power
-  // fails, nobody else does. Throws the errors of `attempt`.
+  // First removes the temporary files that killed processes have left in the folder, because nothing else does. Throws
+  // the errors of `attempt`.
   TemporaryFile(const std::string& folder, const FileAttempt& attempt);
   ~TemporaryFile();
   TemporaryFile(const TemporaryFile&) = delete;
@@ -19,16 +19,15 @@ class TemporaryFile {
 
   const FileDescriptor& descriptor() const { return descriptor_; }
 
-  // Both answer 0, or the error number if the system refuses; then the file is still a temporary one.
-
-  // Gives it the name `path` in the same folder, in place of what has that name.
-  int replace(const std::string& path);
-  // The same, but fails with EEXIST if anything of that name exists, a symbolic link included.
-  int nameAnew(const std::string& path);
+  // Renames the file to `path`, which must be in the same folder, and replaces any file of that name. Returns 0 or the
+  // error number. After an error the file is still temporary.
+  int renameReplacing(const std::string& path);
+  // Does the same, but fails with EEXIST if anything of that name exists, including a symbolic link.
+  int renameWithoutReplacing(const std::string& path);
 
  private:
-  int named(int result);
+  int finish(int result);
 
-  std::string path_;  // empty once it has its lasting name
+  std::string path_;  // empty once the file is renamed
   FileDescriptor descriptor_;
 };

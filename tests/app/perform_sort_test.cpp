@@ -350,9 +350,7 @@ TEST_P(PerformSortTest, reportsAMissingFileAndCreatesNothing) {
   machine_.files.remove(bookmarks);
   filesAtFirst_ = machine_.files.files();
   expectSystemFailure(upToReading,
-                      "The file “Bookmarks.plist” couldn’t be opened because the system answered “No such "
-                      "file or directory” (" +
-                          bookmarks + ").");
+                      "The file “Bookmarks.plist” couldn’t be opened: No such file or directory (" + bookmarks + ").");
   expectDiskUntouched();
 }
 
@@ -421,9 +419,7 @@ TEST_P(PerformSortTest, leavesTheFileIfTheBackupsFolderCannotBeCreated) {
         std::pair(ENOSPC, "No space left on device")}) {
     machine_.files.failOn("create folder", problem, machine_.journal.count("create folder") + 1);
     machine_.journal.clear();
-    expectSystemFailure(upToTheFolder, std::string("The folder “Backups” couldn’t be created because the system "
-                                                   "answered “") +
-                                           words + "”");
+    expectSystemFailure(upToTheFolder, std::string("The folder “Backups” couldn’t be created: ") + words);
     expectDiskUntouched();
   }
 }

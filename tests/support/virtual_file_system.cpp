@@ -31,8 +31,8 @@ std::string participle(const std::string& operation) {
 Error failure(const std::string& operation, const std::string& path, int errorNumber) {
   const std::string kind = operation == "create folder" || operation == "files in" ? "folder" : "file";
   return {"POSIX", errorNumber,
-          "The " + kind + " “" + path.substr(path.rfind('/') + 1) + "” couldn’t be " + participle(operation) +
-              " because the system answered “" + std::generic_category().message(errorNumber) + "” (" + path + ")."};
+          "The " + kind + " “" + path.substr(path.rfind('/') + 1) + "” couldn’t be " + participle(operation) + ": " +
+              std::generic_category().message(errorNumber) + " (" + path + ")."};
 }
 
 }  // namespace

@@ -108,13 +108,13 @@ TEST(VirtualFileSystem, failsAsPreparedAndChangesNothing) {
   machine.files.failOn("write atomically", ENOSPC, 2);
   machine.files.writeAtomically("/home/user/a", bytes("old"));
   EXPECT_EQ(problemOf([&] { machine.files.writeAtomically("/home/user/a", bytes("new")); }),
-            "POSIX 28: The file “a” couldn’t be saved because the system answered “No space left on device” "
+            "POSIX 28: The file “a” couldn’t be saved: No space left on device "
             "(/home/user/a).");
   machine.files.failOn("set mode", EPERM);
   EXPECT_THAT(problemOf([&] { machine.files.setMode("/home/user/a", 0600); }), HasSubstr("(/home/user/a)."));
   machine.files.failOn("create folder", EACCES);
   EXPECT_THAT(problemOf([&] { machine.files.createFolder("/home/user/b", 0700); }),
-              HasSubstr("The folder “b” couldn’t be created because the system answered “Permission denied” "
+              HasSubstr("The folder “b” couldn’t be created: Permission denied "
                         "(/home/user/b)."));
   EXPECT_EQ(machine.files.files(), before);
   EXPECT_FALSE(machine.files.folders().contains("/home/user/b"));
@@ -125,7 +125,8 @@ TEST(VirtualFileSystem, failsWhereARealFileSystemFails) {
   machine.files.put("/home/user/a", "old");
   EXPECT_THAT(problemOf([&] { machine.files.read("/home/user/none"); }), HasSubstr("No such file or directory"));
   EXPECT_THAT(problemOf([&] { machine.files.read("/home/user"); }), HasSubstr("Is a directory"));
-  EXPECT_THAT(problemOf([&] { machine.files.replaceIfHolds("/home/user/none", {}, {}); }), HasSubstr("No such file or directory"));
+  EXPECT_THAT(problemOf([&] { machine.files.replaceIfHolds("/home/user/none", {}, {}); }),
+              HasSubstr("No such file or directory"));
   EXPECT_THAT(problemOf([&] { machine.files.writeNew("/home/user/a", {}); }), HasSubstr("File exists"));
   EXPECT_THAT(problemOf([&] { machine.files.writeNew("/none/a", {}); }), HasSubstr("No such file or directory"));
   EXPECT_THAT(problemOf([&] { machine.files.createFolder("/home/user/a/b", 0700); }), HasSubstr("Not a directory"));

@@ -180,6 +180,7 @@ TEST(PlistValue, findsNoKeyInALargeArray) {
 
 TEST(PlistValue, findsKeysInALargeDictionary) {
   std::vector<PlistEntry> entries;
+  entries.reserve(100);
   for (int key = 0; key < 100; ++key) entries.push_back({utf16("key " + std::to_string(key)), key});
   const PlistValue built = PlistValue::dictionary(entries);
   for (const PlistValue& each :

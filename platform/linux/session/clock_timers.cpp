@@ -27,9 +27,7 @@ nanoseconds saturatingSum(nanoseconds time, nanoseconds more) {
 FileDescriptor createTimer(clockid_t clock) {
   FileDescriptor descriptor(timerfd_create(clock, TFD_NONBLOCK | TFD_CLOEXEC));
   if (!descriptor.isOpen())
-    throw Error(
-        "POSIX", errno,
-        "A timer couldn’t be created because the system answered “" + std::generic_category().message(errno) + "”.");
+    throw Error("POSIX", errno, "A timer couldn’t be created: " + std::generic_category().message(errno) + ".");
   return descriptor;
 }
 

@@ -25,9 +25,7 @@ extern "C" void noteSignal(int) {
 std::pair<FileDescriptor, FileDescriptor> makePipe() {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
-    throw Error("POSIX", errno,
-                "The program couldn’t be started because the system answered “" +
-                    std::generic_category().message(errno) + "”.");
+    throw Error("POSIX", errno, "The program couldn’t be started: " + std::generic_category().message(errno) + ".");
   return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
 }
 

@@ -16,16 +16,14 @@
 
 namespace {
 
-constexpr uid_t nobody = 65534;
-
 bool writeLine(const char* path, const std::string& line) {
   std::ofstream file(path);
   file << line + '\n' << std::flush;
   return static_cast<bool>(file);
 }
 
-// The map of a namespace in which a user or group has the number that it has outside.
-std::string onlyItself(unsigned number) { return std::to_string(number) + " " + std::to_string(number) + " 1"; }
+// Returns the map of a user namespace that has one user or group, with the same ID as outside.
+std::string identityMap(unsigned number) { return std::to_string(number) + " " + std::to_string(number) + " 1"; }
 
 [[noreturn]] void reportAndExit(int pipe, const std::function<std::string()>& work) {
   std::string report;
@@ -65,7 +63,8 @@ std::string inChildProcess(const std::function<std::string()>& work) {
 
 std::string inUnprivilegedProcess(const std::function<std::string()>& work) {
   return inChildProcess([&]() -> std::string {
-    if (geteuid() == 0 && (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0))
+    if (geteuid() == 0 &&
+        (setgroups(0, nullptr) != 0 || setgid(unprivilegedUser) != 0 || setuid(unprivilegedUser) != 0))
       return std::string("cannot become another user: ") + std::strerror(errno);
     return work();
   });
@@ -76,12 +75,12 @@ std::string separateMounts() {
   const gid_t group = getegid();
   const bool privileged = user == 0;
   if (unshare(privileged ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) != 0)
-    return std::string("no mounts of our own: ") + std::strerror(errno);
-  // A user without privileges may mount things in a world that has no other user.
-  const bool isSomebody =
-      privileged || (writeLine("/proc/self/setgroups", "deny") && writeLine("/proc/self/uid_map", onlyItself(user)) &&
-                     writeLine("/proc/self/gid_map", onlyItself(group)));
-  if (!isSomebody) return "no user of our own for user " + std::to_string(user);
+    return std::string("no mount namespace: ") + std::strerror(errno);
+  // Without privileges, mounting is allowed only in a user namespace.
+  const bool isMapped =
+      privileged || (writeLine("/proc/self/setgroups", "deny") && writeLine("/proc/self/uid_map", identityMap(user)) &&
+                     writeLine("/proc/self/gid_map", identityMap(group)));
+  if (!isMapped) return "no user namespace for user " + std::to_string(user);
   if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
     return std::string("mounts cannot be made private: ") + std::strerror(errno);
   return {};

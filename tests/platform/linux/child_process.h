@@ -1,15 +1,18 @@
-// Work done in a process of its own, for what would otherwise change the whole test program: its user, its limits,
-// its view of the file systems.
+// Runs work in a forked process, if it would otherwise change the user, the limits or the mounts of the test program.
 #pragma once
 
 #include <functional>
 #include <string>
 
-// Runs `work` in a forked process and answers what it returned. Fails the test if the process ends in another way.
+// Runs `work` in a forked process and returns its result. Fails the test if the process ends in another way.
 std::string inChildProcess(const std::function<std::string()>& work);
 
-// The same as a user without privileges, so that permissions count even if the superuser runs the tests.
+// The ID of the user and group "nobody".
+inline constexpr unsigned unprivilegedUser = 65534;
+
+// Does the same without privileges, so that permissions have an effect: as unprivilegedUser if the superuser runs the
+// tests, otherwise as the current user.
 std::string inUnprivilegedProcess(const std::function<std::string()>& work);
 
-// Gives the current process mounts of its own, which end with it. Answers the empty string, or why it cannot.
+// Gives the current process its own mount namespace. Returns the empty string, or the reason if that fails.
 std::string separateMounts();

@@ -1,4 +1,4 @@
-// An environment variable with another value, or none, for as long as a test lasts.
+// Changes or removes an environment variable, and restores it at the end of the scope.
 #pragma once
 
 #include <cstdlib>
@@ -7,7 +7,7 @@
 
 class EnvironmentScope {
  public:
-  // Absent: the variable is taken away.
+  // Removes the variable if `value` is absent.
   EnvironmentScope(std::string name, const std::optional<std::string>& value) : name_(std::move(name)) {
     if (const char* old = std::getenv(name_.c_str())) old_ = old;
     set(value);

@@ -1,4 +1,4 @@
-// Titles in the order in which the platform that owns the file has them.
+// The order of titles, compared with recorded results of Foundation.
 #include "platform/linux/icu_collation.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ std::u16string utf16(const std::string& utf8) {
   return text;
 }
 
-// The units in hexadecimal, to tell apart in a message what looks the same.
+// Returns the units in hexadecimal, because different texts may look the same in a message.
 std::string units(const std::u16string& text) {
   std::ostringstream shown;
   for (const char16_t unit : text) shown << std::hex << static_cast<unsigned>(unit) << ' ';
@@ -53,7 +53,7 @@ std::vector<std::string> locales() {
 
 class TitlesOfALocale : public testing::TestWithParam<std::string> {};
 
-TEST_P(TitlesOfALocale, comeInThePlatformsOrderPairByPair) {
+TEST_P(TitlesOfALocale, areInFoundationsOrderPairByPair) {
   const IcuCollation collation(GetParam());
   const auto ordered = titles().at(GetParam()).get<std::vector<std::string>>();
   ASSERT_GT(ordered.size(), 10U);
@@ -74,22 +74,22 @@ void expectIncreasing(const IcuCollation& collation, const std::vector<std::u16s
           << units(texts[first]) << "and " << units(texts[second]);
 }
 
-TEST(IcuCollation, hasSmallLettersBeforeCapitalsButLettersBeforeCase) {
+TEST(IcuCollation, ordersLettersBeforeCase) {
   expectIncreasing(IcuCollation("en"), {u"a", u"A", u"apple", u"Apple", u"b", u"B"});
 }
 
-TEST(IcuCollation, hasFewerLeadingZerosFirstAsTheFirstDifferingNumberDecides) {
+TEST(IcuCollation, putsFewerLeadingZerosFirst) {
   expectIncreasing(IcuCollation("en"), {u"a1b1", u"a1b01", u"a1b001", u"a01b1", u"a01b01", u"a001b1", u"a1b2", u"a2"});
   expectIncreasing(IcuCollation("en"), {u"0", u"00", u"000", u"1"});
   expectIncreasing(IcuCollation("en"), {u"٠", u"0٠", u"٠00", u"1", u"0١"});
 }
 
-TEST(IcuCollation, hasCodePointsNotUnitsAsTheLastWord) {
+TEST(IcuCollation, ordersEquivalentTextsByCodePoints) {
   // Full-width zero is at U+FF10, mathematical zero beyond the first plane; both are the number 0.
   expectIncreasing(IcuCollation("en"), {u"0", u"\uFF10", u"\U0001D7CE"});
 }
 
-TEST(IcuCollation, takesOnlyIdenticalTextAsTheSame) {
+TEST(IcuCollation, treatsOnlyIdenticalTextAsEqual) {
   const IcuCollation collation("en");
   EXPECT_EQ(collation.localizedStandardCompare(u"", u""), std::strong_ordering::equal);
   EXPECT_EQ(collation.localizedStandardCompare(u"Item 2", u"Item 2"), std::strong_ordering::equal);
@@ -104,7 +104,7 @@ TEST(IcuCollation, comparesNumbersOfAnyLength) {
   expectIncreasing(IcuCollation("en"), {u"1", nines.substr(1), nines, u"1" + std::u16string(250, u'0')});
 }
 
-// Numbers in other digits than ASCII ones, where one begins like the other: their value counts, in every locale.
+// Numbers with digits outside ASCII that share a prefix.
 TEST(IcuCollation, comparesNumbersOfEveryScriptByTheirValue) {
   for (const char* locale : {"root", "en", "sv", "ja"}) {
     const IcuCollation collation(locale);
@@ -115,7 +115,7 @@ TEST(IcuCollation, comparesNumbersOfEveryScriptByTheirValue) {
   }
 }
 
-TEST(IcuCollation, comparesAccentsFromTheEndWhereTheLocaleDoes) {
+TEST(IcuCollation, comparesAccentsFromTheEndInCanadianFrench) {
   expectIncreasing(IcuCollation("fr"), {u"cote", u"cot\u00E9", u"c\u00F4te", u"c\u00F4t\u00E9"});
   const IcuCollation canadian("fr_CA");
   expectIncreasing(canadian, {u"cote", u"c\u00F4te", u"cot\u00E9", u"c\u00F4t\u00E9", u"cotes"});
@@ -123,8 +123,8 @@ TEST(IcuCollation, comparesAccentsFromTheEndWhereTheLocaleDoes) {
   expectIncreasing(canadian, {u"1\u0660", u"1\u0661", u"1\u0661\u0661"});
 }
 
-// Texts of few different characters, so that the rules meet: digits and zeros of several scripts, letters that
-// contract, accents, characters that do not count, halves of surrogate pairs.
+// Returns texts of few different characters, so that the rules interact: digits and zeros of several scripts, letters
+// that contract, accents, ignorable characters and halves of surrogate pairs.
 std::vector<std::u16string> randomTexts(std::size_t count, std::mt19937& random) {
   const std::u16string characters = {u'0',   u'0',   u'1',   u'1',   u'a',   u'A',   u'b',   u'c',
                                      u'l',   u'j',   u' ',   u'-',   0x0000, 0x00AD, 0x00E9, u'e',
@@ -150,7 +150,7 @@ TEST_P(OrderOfAllTexts, isStrictAndTotal) {
     std::stable_sort(texts.begin(), texts.end(), [&](const std::u16string& a, const std::u16string& b) {
       return std::is_lt(collation.localizedStandardCompare(a, b));
     });
-    // Every pair agrees with the places in one line: antisymmetric, transitive, and none the same but itself.
+    // Every pair agrees with the positions in one sequence, so the order is antisymmetric, transitive and total.
     expectIncreasing(collation, texts);
     if (HasFailure()) break;
   }
@@ -169,7 +169,7 @@ class CollationLocale : public testing::Test {
   EnvironmentScope lang_{"LANG", std::nullopt};
 };
 
-TEST_F(CollationLocale, isTheFirstOfTheThreeVariablesThatIsNotEmpty) {
+TEST_F(CollationLocale, isInTheFirstVariableThatIsNotEmpty) {
   lang_.set("de_DE.UTF-8");
   EXPECT_EQ(collationLocale(), "de_DE");
   collate_.set("sv_SE.UTF-8");
@@ -187,7 +187,7 @@ TEST_F(CollationLocale, hasNeitherEncodingNorModifier) {
   EXPECT_EQ(collationLocale(), "sr_RS");
 }
 
-TEST_F(CollationLocale, isTheRootWhereNoLanguageIsNamed) {
+TEST_F(CollationLocale, isTheRootIfNoLanguageIsNamed) {
   EXPECT_EQ(collationLocale(), "root");
   for (const char* name : {"C", "POSIX", "C.UTF-8", "", ".UTF-8", "/some/path/of/a/locale", "de DE", "../de"}) {
     lang_.set(name);
@@ -202,8 +202,8 @@ TEST_F(CollationLocale, ofTheEnvironmentOrdersTitles) {
   expectIncreasing(IcuCollation(), {u"a", u"å", u"ä", u"ö", u"z"});
 }
 
-TEST_F(CollationLocale, thatNobodyKnowsMeansTheRootsOrder) {
-  // Where the library looks for a default of its own it finds Swedish, or the order of bytes.
+TEST_F(CollationLocale, thatIsUnknownMeansTheRootsOrder) {
+  // ICU's own default locale would be Swedish or POSIX here.
   for (const char* environment : {"sv_SE.UTF-8", "C"}) {
     all_.set(environment);
     for (const char* name : {"root", "xx_YY", "nosuchlanguage", "c", "posix", "en_US_POSIX"})

@@ -9,32 +9,32 @@
 
 namespace {
 
-TEST(InstalledBundle, isTheFolderThatHoldsTheBinFolder) {
+TEST(InstalledBundle, isTheParentOfTheBinFolder) {
   EXPECT_EQ(installationFolder("/usr/bin/quillery"), "/usr");
   EXPECT_EQ(installationFolder("/home/ann/.local/bin/quillery"), "/home/ann/.local");
   EXPECT_EQ(installationFolder("/bin/quillery"), "/");
 }
 
-TEST(InstalledBundle, isElseTheExecutablesOwnFolder) {
+TEST(InstalledBundle, isTheExecutablesFolderIfThatIsNotBin) {
   EXPECT_EQ(installationFolder("/home/ann/quillery/build/quillery"), "/home/ann/quillery/build");
   EXPECT_EQ(installationFolder("/opt/sbin/quillery"), "/opt/sbin");
   EXPECT_EQ(installationFolder("/quillery"), "/");
 }
 
-TEST(InstalledBundle, isThatOfTheRunningExecutable) {
+TEST(InstalledBundle, belongsToTheRunningExecutable) {
   EXPECT_EQ(InstalledBundle().path(), installationFolder(std::filesystem::canonical("/proc/self/exe").string()));
 }
 
-TEST(InstalledBundle, executableIsTheRunningOne) {
+TEST(InstalledBundle, knowsTheRunningExecutable) {
   EXPECT_EQ(InstalledBundle().executablePath(), std::filesystem::canonical("/proc/self/exe").string());
 }
 
-TEST(InstalledBundle, iconIsInTheIconThemeOfItsFolder) {
+TEST(InstalledBundle, hasItsIconInTheIconTheme) {
   EXPECT_EQ(InstalledBundle().iconPath(),
             InstalledBundle().path() + "/share/icons/hicolor/scalable/apps/com.fenwarde.quillery.svg");
 }
 
-TEST(InstalledBundle, versionIsTheProductsAndNothingElseIsKnown) {
+TEST(InstalledBundle, knowsOnlyTheVersion) {
   InstalledBundle bundle;
   EXPECT_EQ(bundle.information("CFBundleShortVersionString"), std::string(product::version));
   EXPECT_EQ(bundle.information("CFBundleVersion"), std::string(product::version));
@@ -42,7 +42,7 @@ TEST(InstalledBundle, versionIsTheProductsAndNothingElseIsKnown) {
     EXPECT_EQ(bundle.information(key), std::nullopt) << key;
 }
 
-TEST(InstalledBundle, helperProgramsOfAnInstalledOneAreOutOfTheWay) {
+TEST(InstalledBundle, keepsHelperProgramsInLibexec) {
   EXPECT_EQ(helperProgram("/usr/bin/quillery", "helper"), "/usr/libexec/quillery/helper");
   EXPECT_EQ(helperProgram("/home/ann/build/quillery", "helper"), "/home/ann/build/helper");
 }

@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -27,7 +29,7 @@ TEST(LinuxProcesses, uuidIsInCanonicalForm) {
                 testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
 }
 
-TEST(LinuxProcesses, uuidIsAnotherEachTimeInEveryDigit) {
+TEST(LinuxProcesses, uuidDiffersEachTimeInEveryDigit) {
   LinuxProcesses processes;
   std::set<std::string> seen;
   std::vector<std::set<char>> digits(36);
@@ -43,7 +45,7 @@ TEST(LinuxProcesses, uuidIsAnotherEachTimeInEveryDigit) {
   }
 }
 
-// An executable script of the shell.
+// Creates an executable shell script. Returns its path.
 std::string makeScript(const std::string& path, const std::string& commands) {
   makeFile(path, "#!/bin/sh\n" + commands + "\n");
   std::filesystem::permissions(path, std::filesystem::perms::owner_all);
@@ -56,7 +58,9 @@ TEST(LinuxProcesses, identifiersAreThoseOfThisProcess) {
   EXPECT_EQ(processes.userIdentifier(), getuid());
 }
 
-TEST(LinuxProcesses, knowsATerminalFromAFile) {
+TEST(LinuxProcesses, distinguishesATerminalFromAFile) {
+  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+  if (terminal < 0) GTEST_SKIP() << "no pseudo-terminal can be opened: " << std::strerror(errno);
   LinuxProcesses processes;
   const int standardOutput = dup(STDOUT_FILENO);
   const auto writesToTerminal = [&](int descriptor) {
@@ -64,8 +68,6 @@ TEST(LinuxProcesses, knowsATerminalFromAFile) {
     return processes.writesToTerminal();
   };
   const int file = open("/dev/null", O_WRONLY);
-  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-  ASSERT_GE(terminal, 0);
   const bool forFile = writesToTerminal(file);
   const bool forTerminal = writesToTerminal(terminal);
   dup2(standardOutput, STDOUT_FILENO);
@@ -84,7 +86,7 @@ TEST(LinuxProcesses, readsVariablesOfTheEnvironment) {
   EXPECT_EQ(processes.environmentVariable("QUILLERY_TEST_VARIABLE"), std::nullopt);
 }
 
-TEST(LinuxProcesses, knowsItsWorkingFolderUnlessThatIsGone) {
+TEST(LinuxProcesses, knowsItsWorkingFolderUnlessItIsRemoved) {
   LinuxProcesses processes;
   const std::string before = processes.workingFolder();
   EXPECT_EQ(before, std::filesystem::current_path().string());
@@ -101,30 +103,30 @@ TEST(LinuxProcesses, knowsItsWorkingFolderUnlessThatIsGone) {
     }
     std::filesystem::current_path(before);
   }
-  EXPECT_EQ(complaint, "The working folder couldn’t be found because the system answered “No such file or directory”.");
+  EXPECT_EQ(complaint, "The working folder couldn’t be found: No such file or directory.");
 }
 
-TEST(LinuxProcesses, runAnswersTheExitStatus) {
+TEST(LinuxProcesses, runReturnsTheExitStatus) {
   LinuxProcesses processes;
   EXPECT_EQ(processes.run("/bin/true", {}), 0);
   EXPECT_EQ(processes.run("/bin/false", {}), 1);
   EXPECT_EQ(processes.run("/bin/sh", {"-c", "exit 113"}), 113);
 }
 
-TEST(LinuxProcesses, runAnswersTheSignalThatEndedTheProgram) {
+TEST(LinuxProcesses, runReturnsTheSignalThatEndedTheProgram) {
   LinuxProcesses processes;
   EXPECT_EQ(processes.run("/bin/sh", {"-c", "kill -KILL $$"}), SIGKILL);
   EXPECT_EQ(processes.run("/bin/sh", {"-c", "kill -TERM $$"}), SIGTERM);
 }
 
-TEST(LinuxProcesses, runWaitsForTheEndAndPassesArgumentsAsTheyAre) {
+TEST(LinuxProcesses, runPassesArgumentsUnchangedAndWaits) {
   const ScratchFolder scratch;
   const std::string script = makeScript(scratch.path("note"), "printf '%s|' \"$@\" > \"$0.txt\"");
   EXPECT_EQ(LinuxProcesses().run(script, {"two words", "$HOME; exit 3", "", "*"}), 0);
   EXPECT_EQ(contentOf(scratch.path("note.txt")), "two words|$HOME; exit 3||*|");
 }
 
-TEST(LinuxProcesses, runGivesTheProgramNothingToReadAndNowhereToWrite) {
+TEST(LinuxProcesses, runConnectsTheStreamsToDevNull) {
   const ScratchFolder scratch;
   const std::string script = makeScript(scratch.path("streams"),
                                         "out=$(readlink /proc/$$/fd/1); in=$(readlink /proc/$$/fd/0); "
@@ -133,7 +135,7 @@ TEST(LinuxProcesses, runGivesTheProgramNothingToReadAndNowhereToWrite) {
   EXPECT_EQ(contentOf(scratch.path("streams.txt")), "/dev/null /dev/null /dev/null\n");
 }
 
-TEST(LinuxProcesses, runLetsTheProgramHandleSignalsAsUsual) {
+TEST(LinuxProcesses, runResetsTheSignalsOfTheProgram) {
   const auto before = std::signal(SIGTERM, SIG_IGN);
   sigset_t blocked;
   sigset_t old;
@@ -145,14 +147,14 @@ TEST(LinuxProcesses, runLetsTheProgramHandleSignalsAsUsual) {
   static_cast<void>(std::signal(SIGTERM, before));
 }
 
-TEST(LinuxProcesses, whatCannotBeStartedIsAnErrorInTheSystemsWords) {
+TEST(LinuxProcesses, runReportsWhyAProgramCannotBeStarted) {
   const ScratchFolder scratch;
   makeFile(scratch.path("plain"), "no program");
   const std::vector<std::pair<std::string, std::string>> cases = {
       {scratch.path("none"), "No such file or directory"},
       {scratch.path("plain"), "Permission denied"},
       {scratch.path(), "Permission denied"},
-      {"true", "No such file or directory"},  // not looked for
+      {"true", "No such file or directory"},  // PATH is not searched
   };
   for (const auto& [path, words] : cases) {
     try {
@@ -160,20 +162,21 @@ TEST(LinuxProcesses, whatCannotBeStartedIsAnErrorInTheSystemsWords) {
       ADD_FAILURE() << path << " was started";
     } catch (const Error& error) {
       std::string wanted = "The program “";
-      wanted.append(path).append("” couldn’t be run because the system answered “").append(words).append("”.");
+      wanted.append(path).append("” couldn’t be run: ").append(words).append(".");
       EXPECT_EQ(error.description(), wanted);
     }
   }
 }
 
-TEST(LinuxProcesses, launchctlIsAProgramOfOurOwn) {
+TEST(LinuxProcesses, runReplacesLaunchctlByOurOwn) {
   const std::string standIn = helperProgram(runningExecutable(), "quillery-launchctl");
-  if (std::filesystem::exists(standIn)) GTEST_SKIP() << "there is a " << standIn << ", which the test would replace";
+  if (std::filesystem::exists(standIn)) GTEST_SKIP() << standIn << " exists, and the test would replace it";
   makeScript(standIn, "[ \"$1 $2\" = \"print gui/501\" ] && exit 41");
   const int status = LinuxProcesses().run("/bin/launchctl", {"print", "gui/501"});
   std::filesystem::remove(standIn);
   EXPECT_EQ(status, 41);
-  EXPECT_THROW(LinuxProcesses().run("/bin/launchctl", {}), Error) << "it is gone, and nothing else is run";
+  EXPECT_THROW(LinuxProcesses().run("/bin/launchctl", {}), Error)
+      << "it no longer exists, and no other program takes its place";
 }
 
 }  // namespace

@@ -1,23 +1,32 @@
-// Login agents in a session of a test's own: loaded, found, unloaded, and run.
+// Loading, finding, unloading and running login agents, with a configuration folder for each test.
 #include "platform/linux/login_agents.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <vector>
 
-#include "values/plist_value.h"
 #include "platform/linux/plist/property_list_codec.h"
+#include "platform/posix/file_descriptor.h"
 #include "tests/platform/linux/scratch_folder.h"
 #include "tests/support/program.h"
+#include "values/plist_value.h"
 
 namespace {
 
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 constexpr int done = 0;
 constexpr int notLoaded = 3;
@@ -27,15 +36,16 @@ constexpr int wrongDomain = 125;
 
 class LoginAgentsTest : public testing::Test {
  protected:
-  // What the program answers, started as it is by whoever registers an agent.
+  // Runs quillery-launchctl and returns its exit status. Its output is in `ending_`.
   std::optional<int> launchctl(const std::vector<std::string>& arguments) {
     ending_ = run(QUILLERY_LAUNCHCTL_EXECUTABLE, arguments, {{"XDG_CONFIG_HOME", scratch_.path("config")}});
     return ending_.status;
   }
+  // Writes the property list of an agent.
   void put(const PlistValue& agent) {
     makeFile(file_, std::string(PropertyListCodec().serialize(agent, PropertyListFormat::xml).text()));
   }
-  // An agent that runs a shell's command.
+  // Writes the property list of an agent that runs a shell command.
   void putAgent(const std::string& command, bool runsAtLoad = false) {
     put(PlistValue::dictionary({{u"Label", u"com.example.agent"},
                                 {u"ProgramArguments", PlistValue::array({u"/bin/sh", u"-c", utf16(command)})},
@@ -43,12 +53,22 @@ class LoginAgentsTest : public testing::Test {
                                 {u"StandardOutPath", utf16(scratch_.path("out.log"))},
                                 {u"StandardErrorPath", utf16(scratch_.path("errors.log"))}}));
   }
-  // Waits for a file to hold this; the test fails if that takes too long.
-  static void expectSoon(const std::string& path, const std::string& content) {
-    const auto isThere = [&] { return std::filesystem::exists(path) && contentOf(path) == content; };
-    for (int attempt = 0; attempt < 500 && !isThere(); ++attempt) usleep(10'000);
-    EXPECT_EQ(contentOf(path), content);
+  // Returns what a process writes to a named pipe until it closes the pipe. Fails the test if it never does.
+  static std::string contentOfPipe(const FileDescriptor& pipe) {
+    std::string content;
+    std::array<char, 256> part{};
+    for (;;) {
+      pollfd waiting{pipe.get(), POLLIN, 0};
+      EXPECT_EQ(poll(&waiting, 1, 30'000), 1) << "nobody has written to the pipe";
+      const ssize_t count = read(pipe.get(), part.data(), part.size());
+      if (count <= 0) return content;
+      content.append(part.data(), static_cast<std::size_t>(count));
+    }
   }
+
+  // Returns the line that the program prints on standard error for a reason.
+  std::string complaintStart() const { return "quillery-launchctl: " + file_ + ": "; }
+  std::string complaint(const std::string& reason) const { return complaintStart() + reason + "\n"; }
 
   ScratchFolder scratch_;
   const std::string file_ = scratch_.path("an agent's $file \"%f\\.plist");
@@ -58,7 +78,7 @@ class LoginAgentsTest : public testing::Test {
   Ending ending_;
 };
 
-TEST_F(LoginAgentsTest, areNotFoundUntilTheyAreLoadedAndNoLongerOnceTheyAreNot) {
+TEST_F(LoginAgentsTest, areFoundOnlyWhileTheyAreLoaded) {
   putAgent("exit 0");
   EXPECT_EQ(launchctl({"print", target_}), notFound);
   EXPECT_EQ(launchctl({"bootout", target_}), notLoaded);
@@ -66,7 +86,7 @@ TEST_F(LoginAgentsTest, areNotFoundUntilTheyAreLoadedAndNoLongerOnceTheyAreNot) 
   EXPECT_EQ(launchctl({"print", target_}), done);
   EXPECT_EQ(launchctl({"bootout", target_}), done);
   EXPECT_EQ(launchctl({"print", target_}), notFound);
-  EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), done) << "and can be loaded again";
+  EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), done) << "it can be loaded again";
 }
 
 TEST_F(LoginAgentsTest, areAutostartEntriesThatRunTheirPropertyLists) {
@@ -77,7 +97,7 @@ TEST_F(LoginAgentsTest, areAutostartEntriesThatRunTheirPropertyLists) {
                     HasSubstr("an agent's \\\\$file \\\\\"%%f\\\\\\\\.plist\"\n")));
 }
 
-TEST_F(LoginAgentsTest, haveOneCommandInTheirEntriesWhateverTheirPropertyListsAreCalled) {
+TEST_F(LoginAgentsTest, haveOneCommandWhateverTheirFileIsCalled) {
   putAgent("exit 0");
   const std::string file = scratch_.path("an agent\nExec=false\r.plist");
   std::filesystem::rename(file_, file);
@@ -90,14 +110,16 @@ TEST_F(LoginAgentsTest, haveLabelsOfOneLine) {
   put(PlistValue::dictionary(
       {{u"Label", u"agent\nExec=false"}, {u"ProgramArguments", PlistValue::array({u"/bin/sh"})}}));
   EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), failed);
-  EXPECT_THAT(ending_.error, HasSubstr("it has no Label"));
+  EXPECT_THAT(ending_.error, HasSubstr("it has no valid Label"));
 }
 
-TEST_F(LoginAgentsTest, areStartedWhenTheyAreLoadedIfTheySaySo) {
+TEST_F(LoginAgentsTest, areStartedOnLoadIfRunAtLoadIsTrue) {
   putAgent("echo started; echo problem >&2", true);
+  ASSERT_EQ(mkfifo(scratch_.path("out.log").c_str(), 0600), 0);
+  const FileDescriptor pipe(open(scratch_.path("out.log").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), done);
-  expectSoon(scratch_.path("out.log"), "started\n");
-  expectSoon(scratch_.path("errors.log"), "problem\n");
+  EXPECT_EQ(contentOfPipe(pipe), "started\n");
+  EXPECT_EQ(contentOf(scratch_.path("errors.log")), "problem\n");
 }
 
 TEST_F(LoginAgentsTest, appendToTheirLogs) {
@@ -107,7 +129,7 @@ TEST_F(LoginAgentsTest, appendToTheirLogs) {
   EXPECT_EQ(contentOf(scratch_.path("out.log")), "earlier\nlater\n");
 }
 
-TEST_F(LoginAgentsTest, runWithoutLogsWhereThereCanBeNone) {
+TEST_F(LoginAgentsTest, runWithoutALogThatCannotBeOpened) {
   put(PlistValue::dictionary({{u"Label", u"com.example.agent"},
                               {u"ProgramArguments", PlistValue::array({u"/bin/sh", u"-c", u"echo lost; exit 7"})},
                               {u"StandardOutPath", u"/none/at/all.log"}}));
@@ -119,10 +141,10 @@ TEST_F(LoginAgentsTest, areNotLoadedTwice) {
   putAgent("exit 0");
   launchctl({"bootstrap", domain_, file_});
   EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), failed);
-  EXPECT_THAT(ending_.error, HasSubstr("it is loaded already"));
+  EXPECT_THAT(ending_.error, HasSubstr("it is already loaded"));
 }
 
-TEST_F(LoginAgentsTest, areOfThisUsersSessionOnly) {
+TEST_F(LoginAgentsTest, areLimitedToThisUsersSession) {
   putAgent("exit 0");
   EXPECT_EQ(launchctl({"bootstrap", "gui/99999999", file_}), wrongDomain);
   EXPECT_EQ(launchctl({"bootstrap", "system", file_}), wrongDomain);
@@ -131,14 +153,14 @@ TEST_F(LoginAgentsTest, areOfThisUsersSessionOnly) {
   EXPECT_EQ(launchctl({"bootout", "gui/99999999/com.example.agent"}), notLoaded);
 }
 
-TEST_F(LoginAgentsTest, areRefusedIfTheirPropertyListsAreNone) {
+TEST_F(LoginAgentsTest, areRefusedWithoutAPropertyList) {
   EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), failed);
   EXPECT_THAT(ending_.error, HasSubstr("No such file or directory"));
   makeFile(file_, "<no property list");
   EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), failed);
   put(PlistValue::array({}));
   EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), failed);
-  EXPECT_THAT(ending_.error, HasSubstr("it has no Label"));
+  EXPECT_THAT(ending_.error, HasSubstr("it has no valid Label"));
 }
 
 TEST_F(LoginAgentsTest, areRefusedWithoutArgumentsThatAreStrings) {
@@ -158,15 +180,44 @@ TEST_F(LoginAgentsTest, reachNoFileOutsideTheirFolder) {
   EXPECT_EQ(contentOf(scratch_.path("config/victim.desktop")), "kept");
 }
 
-TEST_F(LoginAgentsTest, thatCannotBeRunSaySo) {
+TEST_F(LoginAgentsTest, reportWhyTheirProgramCannotBeRun) {
   put(PlistValue::dictionary({{u"Label", u"com.example.agent"},
                               {u"ProgramArguments", PlistValue::array({u"/none/at/all"})},
+                              {u"StandardOutPath", utf16(scratch_.path("out.log"))},
                               {u"StandardErrorPath", utf16(scratch_.path("errors.log"))}}));
   EXPECT_EQ(launchctl({"run", file_}), failed);
-  EXPECT_THAT(contentOf(scratch_.path("errors.log")), HasSubstr("its program cannot be run"));
+  EXPECT_EQ(contentOf(scratch_.path("errors.log")),
+            complaint("its program couldn’t be run: No such file or directory"));
+  EXPECT_EQ(contentOf(scratch_.path("out.log")), "");
+  EXPECT_EQ(ending_.output + ending_.error, "");
 }
 
-TEST_F(LoginAgentsTest, haveNoOtherCommands) {
+TEST_F(LoginAgentsTest, reportWhyTheirPropertyListCannotBeRead) {
+  EXPECT_EQ(launchctl({"run", file_}), failed);
+  EXPECT_EQ(ending_.error, complaint("The file “" + std::filesystem::path(file_).filename().string() +
+                                     "” couldn’t be opened: No such file or directory (" + file_ + ")."));
+  EXPECT_EQ(ending_.output, "");
+}
+
+TEST_F(LoginAgentsTest, reportWhatIsWrongWithTheirPropertyList) {
+  makeFile(file_, "<no property list");
+  EXPECT_EQ(launchctl({"run", file_}), failed);
+  EXPECT_THAT(ending_.error, StartsWith(complaintStart()));
+  EXPECT_THAT(ending_.error, EndsWith(".\n"));
+  put(PlistValue::array({}));
+  EXPECT_EQ(launchctl({"run", file_}), failed);
+  EXPECT_EQ(ending_.error, complaint("it has no valid Label"));
+  put(PlistValue::dictionary({{u"Label", u"com.example.agent"}}));
+  EXPECT_EQ(launchctl({"run", file_}), failed);
+  EXPECT_EQ(ending_.error, complaint("it has no ProgramArguments"));
+  put(PlistValue::dictionary(
+      {{u"Label", u"com.example.agent"}, {u"ProgramArguments", PlistValue::array({u"/bin/sh", 1})}}));
+  EXPECT_EQ(launchctl({"run", file_}), failed);
+  EXPECT_EQ(ending_.error, complaint("its ProgramArguments are not an array of strings"));
+  EXPECT_EQ(ending_.output, "");
+}
+
+TEST_F(LoginAgentsTest, refuseOtherCommands) {
   for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{{}, {"print"}, {"list", "x"}}) {
     EXPECT_EQ(launchctl(words), 64);
     EXPECT_THAT(ending_.error, HasSubstr("usage: "));

@@ -1,4 +1,4 @@
-// The built menu-bar program where there is no desktop.
+// The built menu-bar program without a desktop.
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(NoDesktop, endsTheProgramEvenIfItsArgumentBeginsLikeTheSelfTests) {
+TEST(NoDesktop, isReportedForAnArgumentThatOnlyResemblesSelfTest) {
   const Ending ending =
       run(QUILLERY_EXECUTABLE, {"--self-testing"},
           {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", std::nullopt}, {"QT_QPA_PLATFORM", std::nullopt}});

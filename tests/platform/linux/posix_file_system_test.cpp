@@ -1,10 +1,11 @@
-// Real files on a real file system.
+// Files and folders on a real file system.
 #include "platform/linux/posix_file_system.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -17,8 +18,11 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,12 +34,18 @@
 
 namespace {
 
-// Called with the path of everything that is flushed to disk; its answer is the error number to fail with, 0 for none.
+// Called with the path of each file or folder that is flushed to disk. Returns the error number to fail with, or 0.
 std::function<int(const std::string&)> onFlush;
+
+// The error number that a rename without replacing fails with, as on a file system that does not support it; 0 for
+// none.
+int renameProblem = 0;
+int failedRenames = 0;
 
 }  // namespace
 
-// In place of the C library's, for this whole test program: nothing else tells when something is flushed.
+// These two replace the C library's functions in the whole test program, to observe system calls and make them fail.
+
 extern "C" int fsync(int descriptor) {
   if (onFlush) {
     const std::string path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).string();
@@ -45,6 +55,15 @@ extern "C" int fsync(int descriptor) {
     }
   }
   return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
+
+extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+  if (renameProblem != 0 && (flags & RENAME_NOREPLACE) != 0) {
+    ++failedRenames;
+    errno = renameProblem;
+    return -1;
+  }
+  return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
 }
 
 namespace {
@@ -63,6 +82,18 @@ class FlushScope {
   FlushScope& operator=(const FlushScope&) = delete;
 };
 
+// Lets renames without replacing fail with an error number.
+class RenameScope {
+ public:
+  explicit RenameScope(int problem) {
+    renameProblem = problem;
+    failedRenames = 0;
+  }
+  ~RenameScope() { renameProblem = 0; }
+  RenameScope(const RenameScope&) = delete;
+  RenameScope& operator=(const RenameScope&) = delete;
+};
+
 class UmaskScope {
  public:
   explicit UmaskScope(mode_t mask) : old_(umask(mask)) {}
@@ -74,7 +105,7 @@ class UmaskScope {
   mode_t old_;
 };
 
-// What comes of an operation: "done", or the error's domain, code and description.
+// Returns "done", or the domain, code and description of the error that an operation throws.
 std::string outcomeOf(const std::function<void()>& operation) {
   try {
     operation();
@@ -85,8 +116,7 @@ std::string outcomeOf(const std::function<void()>& operation) {
 }
 
 std::string sentence(int code, const std::string& failed, const std::string& words, const std::string& path) {
-  return "POSIX " + std::to_string(code) + ": " + failed + " because the system answered “" + words + "” (" + path +
-         ").";
+  return "POSIX " + std::to_string(code) + ": " + failed + ": " + words + " (" + path + ").";
 }
 
 std::size_t openDescriptors() { return namesIn("/proc/self/fd").size(); }
@@ -113,13 +143,32 @@ class PosixFileSystemTest : public testing::Test {
   std::string writeOutcome(const std::string& path, const std::string& content) {
     return outcomeOf([&] { files_.writeAtomically(path, bytes(content)); });
   }
+
+  // Makes a folder in which a user without privileges may create files, but which that user may not list.
+  std::string makeUnlistableFolder() {
+    std::string folder = scratch_.path("unlistable");
+    std::filesystem::create_directory(folder);
+    if (geteuid() == 0) {
+      EXPECT_EQ(chown(folder.c_str(), unprivilegedUser, unprivilegedUser), 0);
+    }
+    chmod(folder.c_str(), 0300);
+    return folder;
+  }
+  // Runs `work` as a user without privileges, who may not list the folder of `file`.
+  static std::string withUnlistable(const std::string& file, const std::function<std::string()>& work) {
+    return inUnprivilegedProcess([&] {
+      std::error_code problem;
+      const std::filesystem::directory_iterator entries(std::filesystem::path(file).parent_path(), problem);
+      return problem == std::errc::permission_denied ? work() : "the folder can be listed";
+    });
+  }
 };
 
 // Reading
 
 using PosixRead = PosixFileSystemTest;
 
-TEST_F(PosixRead, answersEveryByte) {
+TEST_F(PosixRead, returnsEveryByte) {
   for (const std::size_t size :
        {std::size_t{1}, std::size_t{4095}, std::size_t{4096}, block, (std::size_t{9} << 20) + block}) {
     makeFile(file_, patterned(size));
@@ -127,7 +176,7 @@ TEST_F(PosixRead, answersEveryByte) {
   }
 }
 
-TEST_F(PosixRead, takesAnEmptyFile) {
+TEST_F(PosixRead, readsAnEmptyFile) {
   makeFile(file_, "");
   EXPECT_EQ(files_.read(file_).size(), 0U);
 }
@@ -140,28 +189,28 @@ TEST_F(PosixRead, contentOutlivesTheFile) {
   EXPECT_EQ(old.text(), "old");
 }
 
-TEST_F(PosixRead, readsOnWhereTheFileIsLongerThanItsSizeSays) {
-  const std::string path = "/proc/self/status";  // says that it is empty
+TEST_F(PosixRead, readsAFileThatIsLongerThanItsSize) {
+  const std::string path = "/proc/self/status";  // its reported size is 0
   ASSERT_EQ(std::filesystem::file_size(path), 0U);
   EXPECT_THAT(std::string(files_.read(path).text()), StartsWith("Name:\t"));
   EXPECT_THAT(std::string(files_.read(path).text()), HasSubstr("\nThreads:\t"));
 }
 
-TEST_F(PosixRead, stopsWhereTheFileIsShorterThanItsSizeSays) {
-  const std::string path = "/sys/kernel/mm/transparent_hugepage/enabled";  // says that it is a page long
-  if (!std::filesystem::exists(path)) GTEST_SKIP() << path << " is not there";
+TEST_F(PosixRead, readsAFileThatIsShorterThanItsSize) {
+  const std::string path = "/sys/kernel/mm/transparent_hugepage/enabled";  // its reported size is a page
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << path << " does not exist";
   ASSERT_GT(std::filesystem::file_size(path), contentOf(path).size());
   EXPECT_EQ(files_.read(path).text(), contentOf(path));
 }
 
-TEST_F(PosixRead, refusesWhatNoPropertyListIsAsLargeAsBeforeItTakesMemory) {
+TEST_F(PosixRead, refusesATooLargeFileBeforeItTakesMemory) {
   makeFile(file_, "");
-  std::filesystem::resize_file(file_, std::uintmax_t{1} << 32);  // all of it a hole
+  std::filesystem::resize_file(file_, std::uintmax_t{1} << 32);  // a sparse file
   EXPECT_EQ(readOutcome(file_),
             sentence(EFBIG, "The file “Bookmarks.plist” couldn’t be opened", "File too large", file_));
 }
 
-TEST_F(PosixRead, saysThatAFileIsMissingWithItsNameAndPath) {
+TEST_F(PosixRead, reportsAMissingFileWithNameAndPath) {
   EXPECT_EQ(readOutcome(file_),
             sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be opened", "No such file or directory", file_));
 }
@@ -178,14 +227,14 @@ TEST_F(PosixRead, refusesAPipeWithoutWaitingForIt) {
   EXPECT_THAT(readOutcome("/dev/null"), HasSubstr("it is not a regular file"));
 }
 
-TEST_F(PosixRead, saysThatPermissionIsDenied) {
+TEST_F(PosixRead, reportsThatPermissionIsDenied) {
   makeFile(file_, "secret");
   chmod(file_.c_str(), 0000);
   EXPECT_EQ(inUnprivilegedProcess([&] { return readOutcome(file_); }),
             sentence(EACCES, "The file “Bookmarks.plist” couldn’t be opened", "Permission denied", file_));
 }
 
-TEST_F(PosixRead, leavesNothingOpen) {
+TEST_F(PosixRead, leavesNoDescriptorOpen) {
   makeFile(file_, "text");
   const std::size_t before = openDescriptors();
   files_.read(file_);
@@ -199,11 +248,11 @@ TEST_F(PosixRead, leavesNothingOpen) {
   EXPECT_EQ(openDescriptors(), before);
 }
 
-// Looking through a folder
+// Listing a folder
 
 using PosixFilesIn = PosixFileSystemTest;
 
-TEST_F(PosixFilesIn, answersNamesSizesAndTimesOfRegularFiles) {
+TEST_F(PosixFilesIn, returnsNamesSizesAndTimesOfRegularFiles) {
   makeFile(scratch_.path("one"), "12345");
   makeFile(scratch_.path(".hidden"), "");
   std::filesystem::create_directory(scratch_.path("folder"));
@@ -221,7 +270,7 @@ TEST_F(PosixFilesIn, answersNamesSizesAndTimesOfRegularFiles) {
   EXPECT_EQ(files[1].modified.time_since_epoch(), std::chrono::milliseconds(1'789'977'600'250));
 }
 
-TEST_F(PosixFilesIn, followsLinksToFilesAndLeavesOutTheOthers) {
+TEST_F(PosixFilesIn, includesOnlyTheLinksThatLeadToFiles) {
   makeFile(scratch_.path("file"), "123");
   std::filesystem::create_directory(scratch_.path("folder"));
   std::filesystem::create_symlink("../file", scratch_.path("folder/link"));
@@ -239,7 +288,7 @@ TEST_F(PosixFilesIn, findsNoneInAFolderThatDoesNotExist) {
   EXPECT_THAT(files_.filesIn(scratch_.path()), IsEmpty());
 }
 
-TEST_F(PosixFilesIn, saysWhyAFolderCannotBeLookedThrough) {
+TEST_F(PosixFilesIn, reportsWhyAFolderCannotBeListed) {
   makeFile(file_, "");
   EXPECT_EQ(outcomeOf([&] { files_.filesIn(file_); }),
             sentence(ENOTDIR, "The folder “Bookmarks.plist” couldn’t be opened", "Not a directory", file_));
@@ -253,7 +302,7 @@ TEST_F(PosixFilesIn, saysWhyAFolderCannotBeLookedThrough) {
 
 using PosixCreateFolder = PosixFileSystemTest;
 
-TEST_F(PosixCreateFolder, givesExactlyTheModeToEveryFolderItCreatesWhateverTheUmask) {
+TEST_F(PosixCreateFolder, givesEveryNewFolderExactlyTheMode) {
   for (const mode_t mask : {0000U, 0022U, 0077U, 0777U}) {
     const UmaskScope scope(mask);
     const std::string first = scratch_.path("mask " + std::to_string(mask));
@@ -264,7 +313,7 @@ TEST_F(PosixCreateFolder, givesExactlyTheModeToEveryFolderItCreatesWhateverTheUm
   }
 }
 
-TEST_F(PosixCreateFolder, leavesTheModeOfThoseThatExist) {
+TEST_F(PosixCreateFolder, keepsTheModeOfFoldersThatExist) {
   std::filesystem::create_directory(scratch_.path("one"));
   chmod(scratch_.path("one").c_str(), 0755);
   files_.createFolder(scratch_.path("one/two"), 0700);
@@ -275,7 +324,7 @@ TEST_F(PosixCreateFolder, leavesTheModeOfThoseThatExist) {
   EXPECT_EQ(modeOf(scratch_.path("one/two")), 0700U);
 }
 
-TEST_F(PosixCreateFolder, takesASlashAtTheEndAndALinkToAFolder) {
+TEST_F(PosixCreateFolder, acceptsATrailingSlashAndALinkToAFolder) {
   files_.createFolder(scratch_.path("one/two//"), 0700);
   EXPECT_EQ(modeOf(scratch_.path("one/two")), 0700U);
   std::filesystem::create_symlink("one/two", scratch_.path("link"));
@@ -284,7 +333,7 @@ TEST_F(PosixCreateFolder, takesASlashAtTheEndAndALinkToAFolder) {
   EXPECT_TRUE(std::filesystem::is_directory(scratch_.path("one/two/three")));
 }
 
-TEST_F(PosixCreateFolder, saysThatAFileIsInTheWay) {
+TEST_F(PosixCreateFolder, reportsAFileInTheWay) {
   makeFile(scratch_.path("one"), "");
   EXPECT_EQ(outcomeOf([&] { files_.createFolder(scratch_.path("one"), 0700); }),
             sentence(EEXIST, "The folder “one” couldn’t be created", "File exists", scratch_.path("one")));
@@ -292,13 +341,13 @@ TEST_F(PosixCreateFolder, saysThatAFileIsInTheWay) {
             sentence(ENOTDIR, "The folder “two” couldn’t be created", "Not a directory", scratch_.path("one/two")));
 }
 
-TEST_F(PosixCreateFolder, saysThatALinkLeadsNowhere) {
+TEST_F(PosixCreateFolder, reportsADanglingLink) {
   std::filesystem::create_symlink("nowhere", scratch_.path("link"));
   EXPECT_THAT(outcomeOf([&] { files_.createFolder(scratch_.path("link/two"), 0700); }),
               StartsWith("POSIX " + std::to_string(EEXIST) + ": The folder “link” couldn’t be created"));
 }
 
-TEST_F(PosixCreateFolder, saysThatPermissionIsDeniedAndCreatesNothing) {
+TEST_F(PosixCreateFolder, createsNothingIfPermissionIsDenied) {
   chmod(scratch_.path().c_str(), 0555);
   EXPECT_EQ(
       inUnprivilegedProcess([&] { return outcomeOf([&] { files_.createFolder(scratch_.path("one/two"), 0700); }); }),
@@ -306,7 +355,7 @@ TEST_F(PosixCreateFolder, saysThatPermissionIsDeniedAndCreatesNothing) {
   EXPECT_THAT(namesIn(scratch_.path()), IsEmpty());
 }
 
-TEST_F(PosixCreateFolder, doesNotMindSomebodyElseCreatingTheSameFolders) {
+TEST_F(PosixCreateFolder, toleratesConcurrentCreation) {
   std::atomic<int> failures = 0;
   for (int round = 0; round < 50; ++round) {
     const std::string path = scratch_.path(std::to_string(round) + "/two/three/four");
@@ -338,7 +387,7 @@ TEST_F(PosixWriteNew, writesEveryByte) {
   EXPECT_EQ(contentOf(scratch_.path("empty")), "");
 }
 
-TEST_F(PosixWriteNew, isNobodyElsesToReadFromTheStart) {
+TEST_F(PosixWriteNew, isPrivateFromItsFirstByte) {
   const UmaskScope scope(0);
   std::vector<unsigned> modes;
   const FlushScope watch([&](const std::string& path) {
@@ -357,13 +406,13 @@ TEST_F(PosixWriteNew, failsIfTheNameExists) {
   EXPECT_EQ(contentOf(backup_), "there before");
 }
 
-TEST_F(PosixWriteNew, failsOnALinkEvenIfItLeadsNowhere) {
+TEST_F(PosixWriteNew, failsOnADanglingLink) {
   std::filesystem::create_symlink("elsewhere", backup_);
   EXPECT_THAT(outcome(backup_), StartsWith("POSIX " + std::to_string(EEXIST)));
   EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks-1.plist"));
 }
 
-TEST_F(PosixWriteNew, saysThatTheFolderIsMissing) {
+TEST_F(PosixWriteNew, reportsAMissingFolder) {
   const std::string path = scratch_.path("missing/Bookmarks-1.plist");
   EXPECT_EQ(outcome(path),
             sentence(ENOENT, "The file “Bookmarks-1.plist” couldn’t be saved", "No such file or directory", path));
@@ -374,11 +423,54 @@ TEST_F(PosixWriteNew, flushesTheFileAndThenItsFolder) {
   const FlushScope watch([&](const std::string& path) {
     flushed.push_back(path);
     EXPECT_EQ(contentOf(path == scratch_.path() ? backup_ : path), "old bytes");
-    EXPECT_THAT(namesIn(scratch_.path()), SizeIs(1)) << "it has no name of its own before it is whole on disk";
+    EXPECT_THAT(namesIn(scratch_.path()), SizeIs(1)) << "it gets its name only when it is complete on disk";
     return 0;
   });
   files_.writeNew(backup_, bytes("old bytes"));
   EXPECT_THAT(flushed, ElementsAre(StartsWith(scratch_.path(".")), scratch_.path()));
+}
+
+TEST_F(PosixWriteNew, worksInAFolderThatCannotBeListed) {
+  const std::string file = makeUnlistableFolder() + "/Bookmarks-1.plist";
+  EXPECT_EQ(withUnlistable(file,
+                           [&] {
+                             const std::string written = outcome(file);
+                             return written + ": " + contentOf(file);
+                           }),
+            "done: old bytes");
+}
+
+TEST_F(PosixWriteNew, worksWithoutRenameat2) {
+  for (const int problem : {EINVAL, ENOSYS, ENOTSUP}) {
+    const RenameScope scope(problem);
+    EXPECT_EQ(outcome(backup_), "done") << problem;
+    EXPECT_EQ(failedRenames, 1) << problem;
+    EXPECT_EQ(contentOf(backup_), "old bytes");
+    EXPECT_EQ(modeOf(backup_), 0600U);
+    EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks-1.plist")) << "the temporary name is gone";
+    std::filesystem::remove(backup_);
+  }
+}
+
+TEST_F(PosixWriteNew, failsIfTheNameExistsWithoutRenameat2) {
+  makeFile(backup_, "there before");
+  std::filesystem::create_symlink("elsewhere", scratch_.path("link"));
+  for (const int problem : {EINVAL, ENOSYS, ENOTSUP}) {
+    const RenameScope scope(problem);
+    EXPECT_EQ(outcome(backup_),
+              sentence(EEXIST, "The file “Bookmarks-1.plist” couldn’t be saved", "File exists", backup_));
+    EXPECT_THAT(outcome(scratch_.path("link")), StartsWith("POSIX " + std::to_string(EEXIST)));
+    EXPECT_EQ(failedRenames, 2) << problem;
+    EXPECT_EQ(contentOf(backup_), "there before");
+    EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks-1.plist", "link"));
+  }
+}
+
+TEST_F(PosixWriteNew, leavesNothingIfTheRenameFails) {
+  const RenameScope scope(EIO);
+  EXPECT_EQ(outcome(backup_),
+            sentence(EIO, "The file “Bookmarks-1.plist” couldn’t be saved", "Input/output error", backup_));
+  EXPECT_THAT(namesIn(scratch_.path()), IsEmpty());
 }
 
 TEST_F(PosixWriteNew, leavesNothingIfFlushingFails) {
@@ -390,19 +482,19 @@ TEST_F(PosixWriteNew, leavesNothingIfFlushingFails) {
   }
 }
 
-TEST_F(PosixWriteNew, doesNotMindAFileSystemThatFlushesNoFolders) {
+TEST_F(PosixWriteNew, toleratesAFileSystemThatFlushesNoFolders) {
   const FlushScope watch([&](const std::string& path) { return path == scratch_.path() ? EINVAL : 0; });
   EXPECT_EQ(outcome(backup_), "done");
 }
 
-// Makes every write beyond `size` bytes fail with EFBIG, after a short one up to there.
+// Makes writes beyond `size` bytes fail with EFBIG, after a partial write up to that size.
 void limitFileSize(std::size_t size) {
   const rlimit limit{size, size};
   EXPECT_NE(std::signal(SIGXFSZ, SIG_IGN), SIG_ERR);
   EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
 }
 
-TEST_F(PosixWriteNew, leavesNothingIfTheSystemStopsHalfWay) {
+TEST_F(PosixWriteNew, leavesNothingAfterAPartialWrite) {
   EXPECT_EQ(inChildProcess([&] {
               limitFileSize(5000);
               return outcome(backup_, patterned(10000));
@@ -411,7 +503,8 @@ TEST_F(PosixWriteNew, leavesNothingIfTheSystemStopsHalfWay) {
   EXPECT_THAT(namesIn(scratch_.path()), IsEmpty());
 }
 
-// Runs `work` with a file system of one megabyte mounted on `folder`; answers "no: ..." where that cannot be done.
+// Runs `work` with a file system of one megabyte mounted on `folder`. Returns "no: ..." if the system does not allow
+// it.
 std::string onSmallDisk(const std::string& folder, const std::function<std::string()>& work) {
   return inChildProcess([&]() -> std::string {
     if (const std::string problem = separateMounts(); !problem.empty()) return "no: " + problem;
@@ -457,7 +550,7 @@ TEST_F(PosixSetMode, followsNoLink) {
   EXPECT_EQ(modeOf(file_), 0644U);
 }
 
-TEST_F(PosixSetMode, saysThatTheFileIsMissing) {
+TEST_F(PosixSetMode, reportsAMissingFile) {
   EXPECT_EQ(outcomeOf([&] { files_.setMode(file_, 0600); }),
             sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be given its permissions",
                      "No such file or directory", file_));
@@ -489,19 +582,19 @@ TEST_F(PosixWriteAtomically, keepsThePermissionBitsWhateverTheUmask) {
   }
 }
 
-TEST_F(PosixWriteAtomically, givesANewFileTheModeOfAnyNewFile) {
+TEST_F(PosixWriteAtomically, givesANewFileTheModeThatTheUmaskLeaves) {
   for (const mode_t mask : {0022U, 0077U, 0002U}) {
     const UmaskScope scope(mask);
     std::filesystem::remove(file_);
     EXPECT_EQ(writeOutcome(file_, "new"), "done");
     EXPECT_EQ(contentOf(file_), "new");
     EXPECT_EQ(modeOf(file_), 0666U & ~mask);
-    EXPECT_EQ(umask(mask), mask) << "the umask is as it was";
+    EXPECT_EQ(umask(mask), mask) << "the umask is unchanged";
   }
 }
 
 TEST_F(PosixWriteAtomically, keepsOwnerAndGroup) {
-  if (geteuid() != 0) GTEST_SKIP() << "only the superuser may give files away";
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser may change the owner of a file";
   makeFile(file_, "old");
   ASSERT_EQ(chown(file_.c_str(), 65534, 12345), 0);
   chmod(file_.c_str(), 06750);
@@ -513,7 +606,7 @@ TEST_F(PosixWriteAtomically, keepsOwnerAndGroup) {
   EXPECT_EQ(modeOf(file_), 06750U);
 }
 
-TEST_F(PosixWriteAtomically, followsALinkAndLeavesItALink) {
+TEST_F(PosixWriteAtomically, followsALinkWithoutReplacingIt) {
   std::filesystem::create_directory(scratch_.path("real"));
   std::filesystem::create_directory(scratch_.path("links"));
   const std::string real = scratch_.path("real/file");
@@ -530,19 +623,48 @@ TEST_F(PosixWriteAtomically, followsALinkAndLeavesItALink) {
   EXPECT_THAT(namesIn(scratch_.path("links")), ElementsAre("relative"));
 }
 
-TEST_F(PosixWriteAtomically, writesWhereALinkPointsThoughNothingIsThereYet) {
+TEST_F(PosixWriteAtomically, createsTheTargetOfADanglingLink) {
   std::filesystem::create_symlink("not there yet", file_);
   EXPECT_EQ(writeOutcome(file_, "new"), "done");
   EXPECT_TRUE(std::filesystem::is_symlink(file_));
   EXPECT_EQ(contentOf(scratch_.path("not there yet")), "new");
 }
 
-TEST_F(PosixWriteAtomically, saysThatLinksGoInCircles) {
+TEST_F(PosixWriteAtomically, reportsACycleOfLinks) {
   std::filesystem::create_symlink("other", file_);
   std::filesystem::create_symlink("Bookmarks.plist", scratch_.path("other"));
   EXPECT_EQ(writeOutcome(file_, "new"), sentence(ELOOP, "The file “Bookmarks.plist” couldn’t be saved",
                                                  "Too many levels of symbolic links", file_));
   EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist", "other"));
+}
+
+TEST_F(PosixWriteAtomically, followsAsManyLinksAsTheKernel) {
+  makeFile(file_, "old");
+  std::string target = file_;
+  for (int links = 1; links <= 41; ++links) {
+    const std::string link = scratch_.path("link " + std::to_string(links));
+    std::filesystem::create_symlink(target, link);
+    target = link;
+    if (links < 39) continue;
+    const std::string name = "The file “link " + std::to_string(links) + "” couldn’t be ";
+    const bool isTooLong = links > 40;
+    EXPECT_EQ(readOutcome(link),
+              isTooLong ? sentence(ELOOP, name + "opened", "Too many levels of symbolic links", link) : "done");
+    EXPECT_EQ(writeOutcome(link, std::to_string(links)),
+              isTooLong ? sentence(ELOOP, name + "saved", "Too many levels of symbolic links", link) : "done");
+    EXPECT_EQ(contentOf(file_), isTooLong ? "40" : std::to_string(links));
+  }
+}
+
+TEST_F(PosixWriteAtomically, worksInAFolderThatCannotBeListed) {
+  const std::string file = makeUnlistableFolder() + "/file";
+  EXPECT_EQ(withUnlistable(file,
+                           [&] {
+                             const std::string first = writeOutcome(file, "one");
+                             const std::string second = writeOutcome(file, "two");
+                             return first + ", " + second + ": " + contentOf(file);
+                           }),
+            "done, done: two");
 }
 
 TEST_F(PosixWriteAtomically, refusesAFolderAndAPipe) {
@@ -555,31 +677,31 @@ TEST_F(PosixWriteAtomically, refusesAFolderAndAPipe) {
   EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist", "pipe"));
 }
 
-TEST_F(PosixWriteAtomically, takesTheLongestName) {
+TEST_F(PosixWriteAtomically, acceptsTheLongestName) {
   const std::string path = scratch_.path(std::string(255, 'n'));
   makeFile(path, "old");
   EXPECT_EQ(writeOutcome(path, "new"), "done");
   EXPECT_EQ(contentOf(path), "new");
 }
 
-TEST_F(PosixWriteAtomically, neverShowsHalfAFile) {
+TEST_F(PosixWriteAtomically, neverShowsAPartialFile) {
   const std::string old = patterned(3 << 20);
   makeFile(file_, old);
   const int open = ::open(file_.c_str(), O_RDONLY | O_CLOEXEC);
   const FlushScope watch([&](const std::string& path) {
     if (path != scratch_.path()) {
-      EXPECT_TRUE(contentOf(file_) == old) << "the old file stays until the new one is whole on disk";
+      EXPECT_TRUE(contentOf(file_) == old) << "the old file stays until the new one is complete on disk";
     }
     return 0;
   });
   EXPECT_EQ(writeOutcome(file_, "new"), "done");
   std::string still(old.size(), '\0');
   EXPECT_EQ(::read(open, still.data(), still.size()), static_cast<ssize_t>(old.size()));
-  EXPECT_TRUE(still == old) << "whoever has the old file open keeps it whole";
+  EXPECT_TRUE(still == old) << "a process that has the old file open can still read it";
   close(open);
 }
 
-TEST_F(PosixWriteAtomically, flushesAHiddenFileBesideTheTargetAndThenTheFolder) {
+TEST_F(PosixWriteAtomically, flushesAHiddenFileAndThenTheFolder) {
   makeFile(file_, "old");
   std::vector<std::string> flushed;
   std::vector<std::string> contents;
@@ -590,12 +712,12 @@ TEST_F(PosixWriteAtomically, flushesAHiddenFileBesideTheTargetAndThenTheFolder) 
   });
   EXPECT_EQ(writeOutcome(file_, "new"), "done");
   ASSERT_EQ(flushed.size(), 2U);
-  EXPECT_THAT(flushed[0], StartsWith(scratch_.path("."))) << "in the same folder, under a hidden name";
+  EXPECT_THAT(flushed[0], StartsWith(scratch_.path("."))) << "in the same folder, with a hidden name";
   EXPECT_EQ(flushed[1], scratch_.path());
-  EXPECT_THAT(contents, ElementsAre("old,new", "new,")) << "renamed between the two";
+  EXPECT_THAT(contents, ElementsAre("old,new", "new,")) << "renamed between the flushes";
 }
 
-TEST_F(PosixWriteAtomically, withoutFlushingWritesTheSame) {
+TEST_F(PosixWriteAtomically, writesTheSameWithoutFlushing) {
   makeFile(file_, "old");
   int flushes = 0;
   const FlushScope watch([&](const std::string&) {
@@ -616,14 +738,14 @@ TEST_F(PosixWriteAtomically, keepsTheOldFileIfFlushingFails) {
   EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
 }
 
-TEST_F(PosixWriteAtomically, hasSucceededOnceTheNewFileIsInPlace) {
+TEST_F(PosixWriteAtomically, ignoresAFailureToFlushTheFolder) {
   makeFile(file_, "old");
   const FlushScope watch([&](const std::string& path) { return path == scratch_.path() ? EIO : 0; });
   EXPECT_EQ(writeOutcome(file_, "new"), "done");
   EXPECT_EQ(contentOf(file_), "new");
 }
 
-TEST_F(PosixWriteAtomically, keepsTheOldFileIfTheSystemStopsHalfWay) {
+TEST_F(PosixWriteAtomically, keepsTheOldFileAfterAPartialWrite) {
   makeFile(file_, "old");
   EXPECT_EQ(inChildProcess([&] {
               limitFileSize(5000);
@@ -644,7 +766,7 @@ TEST_F(PosixWriteAtomically, keepsTheOldFileOnAFullDisk) {
                         "old[Bookmarks.plist]");
 }
 
-TEST_F(PosixWriteAtomically, keepsTheOldFileIfTheFolderIsNotOurs) {
+TEST_F(PosixWriteAtomically, keepsTheOldFileInAReadOnlyFolder) {
   makeFile(file_, "old");
   chmod(file_.c_str(), 0666);
   chmod(scratch_.path().c_str(), 0555);
@@ -655,43 +777,43 @@ TEST_F(PosixWriteAtomically, keepsTheOldFileIfTheFolderIsNotOurs) {
 }
 
 TEST_F(PosixWriteAtomically, keepsTheOldFileIfItMayNotBeReplaced) {
-  if (geteuid() != 0) GTEST_SKIP() << "needs a file of another user, which only the superuser can make";
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can create another user's file";
   makeFile(file_, "old");
-  chmod(scratch_.path().c_str(), 01777);  // anyone may make files here, but remove only their own
+  chmod(scratch_.path().c_str(), 01777);  // only the owner of a file may remove or rename it
   EXPECT_EQ(inUnprivilegedProcess([&] { return writeOutcome(file_, "new"); }),
             sentence(EPERM, "The file “Bookmarks.plist” couldn’t be saved", "Operation not permitted", file_));
   EXPECT_EQ(contentOf(file_), "old");
   EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
 }
 
-TEST_F(PosixWriteAtomically, saysThatTheFolderIsMissing) {
+TEST_F(PosixWriteAtomically, reportsAMissingFolder) {
   const std::string path = scratch_.path("missing/Bookmarks.plist");
   EXPECT_EQ(writeOutcome(path, "new"),
             sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be saved", "No such file or directory", path));
 }
 
-// Files that are left behind
+// Abandoned files
 
-// What a process leaves that is killed while it writes; answers its path.
+// Creates a file like that of a process killed while it writes. Returns its path.
 std::string abandonedIn(const ScratchFolder& folder, const std::string& name = ".quillery-abc123") {
   makeFile(folder.path(name), "half of a fi");
   return folder.path(name);
 }
 
-TEST_F(PosixWriteAtomically, removesWhatAKilledProcessLeft) {
+TEST_F(PosixWriteAtomically, removesTheFileOfAKilledProcess) {
   makeFile(file_, "old");
   abandonedIn(scratch_);
   EXPECT_EQ(writeOutcome(file_, "new"), "done");
   EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
 }
 
-TEST_F(PosixWriteNew, removesWhatAKilledProcessLeft) {
+TEST_F(PosixWriteNew, removesTheFileOfAKilledProcess) {
   abandonedIn(scratch_);
   EXPECT_EQ(outcome(backup_), "done");
   EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks-1.plist"));
 }
 
-TEST_F(PosixWriteAtomically, leavesTheFileThatAnotherProcessIsWriting) {
+TEST_F(PosixWriteAtomically, keepsTheFileThatAnotherProcessIsWriting) {
   makeFile(file_, "old");
   std::string during;
   const FlushScope watch([&](const std::string& path) {
@@ -705,7 +827,7 @@ TEST_F(PosixWriteAtomically, leavesTheFileThatAnotherProcessIsWriting) {
   EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
 }
 
-TEST_F(PosixWriteAtomically, leavesWhatIsNoTemporaryFileOfOurs) {
+TEST_F(PosixWriteAtomically, keepsFilesThatAreNotOurTemporaryFiles) {
   const std::vector<std::string> names = {".quillery-1", ".quillery-1234567", ".quillery.abc123", "quillery-abc123"};
   for (const std::string& name : names) abandonedIn(scratch_, name);
   std::filesystem::create_directory(scratch_.path(".quillery-folder"));
@@ -719,7 +841,7 @@ TEST_F(PosixWriteAtomically, leavesWhatIsNoTemporaryFileOfOurs) {
   EXPECT_EQ(after, before);
 }
 
-// Replacing what has not changed
+// Replacing an unchanged file
 
 class PosixReplaceIfHolds : public PosixFileSystemTest {
  protected:
@@ -730,7 +852,7 @@ class PosixReplaceIfHolds : public PosixFileSystemTest {
         outcomeOf([&] { replaced = files_.replaceIfHolds(file_, bytes(expected), bytes("new")); });
     return problem != "done" ? problem : replaced ? "replaced" : "not replaced";
   }
-  // The same while somebody does something to the file when the new one is being flushed to disk.
+  // Calls `interfere` while the new file is being flushed to disk.
   std::string outcomeWhile(const std::function<void()>& interfere) {
     const FlushScope watch([&](const std::string& path) {
       if (path != scratch_.path()) interfere();
@@ -741,7 +863,7 @@ class PosixReplaceIfHolds : public PosixFileSystemTest {
   std::vector<std::string> names() const { return namesIn(scratch_.path()); }
 };
 
-TEST_F(PosixReplaceIfHolds, replacesWhatIsExpectedAndKeepsThePermissionBits) {
+TEST_F(PosixReplaceIfHolds, replacesTheExpectedContentAndKeepsTheMode) {
   chmod(file_.c_str(), 0640);
   EXPECT_EQ(outcome("old"), "replaced");
   EXPECT_EQ(contentOf(file_), "new");
@@ -749,7 +871,7 @@ TEST_F(PosixReplaceIfHolds, replacesWhatIsExpectedAndKeepsThePermissionBits) {
   EXPECT_THAT(names(), ElementsAre("Bookmarks.plist"));
 }
 
-TEST_F(PosixReplaceIfHolds, leavesWhatIsNotExpected) {
+TEST_F(PosixReplaceIfHolds, leavesOtherContent) {
   EXPECT_EQ(outcome("olb"), "not replaced");
   EXPECT_EQ(contentOf(file_), "old");
   EXPECT_THAT(names(), ElementsAre("Bookmarks.plist"));
@@ -789,17 +911,44 @@ TEST_F(PosixReplaceIfHolds, noticesAByteMoreOrLess) {
   }
 }
 
-TEST_F(PosixReplaceIfHolds, noticesAChangeThatIsMadeWhileTheNewFileIsWritten) {
+// Copies `text` to memory whose end is followed by a page that no access is allowed to.
+Bytes beforeInaccessiblePage(const std::string& text) {
+  const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  const std::size_t size = (text.size() + page - 1) / page * page;
+  void* const memory = mmap(nullptr, size + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  EXPECT_NE(memory, MAP_FAILED);
+  auto* const end = static_cast<std::byte*>(memory) + size;
+  EXPECT_EQ(mprotect(end, page, PROT_NONE), 0);
+  std::memcpy(end - text.size(), text.data(), text.size());
+  return {std::shared_ptr<const void>(memory, [=](void* start) { munmap(start, size + page); }), end - text.size(),
+          text.size()};
+}
+
+TEST_F(PosixReplaceIfHolds, readsNothingBeyondTheExpectedBytes) {
+  for (const std::size_t expected : {block - 1, block, block + 1, 2 * block}) {
+    const std::string longer = patterned(expected + block);
+    makeFile(file_, longer);
+    EXPECT_EQ(inChildProcess([&] {
+                const Bytes part = beforeInaccessiblePage(longer.substr(0, expected));
+                return std::string(files_.replaceIfHolds(file_, part, bytes("new")) ? "replaced" : "not replaced");
+              }),
+              "not replaced")
+        << expected;
+    EXPECT_TRUE(contentOf(file_) == longer) << expected;
+  }
+}
+
+TEST_F(PosixReplaceIfHolds, noticesAChangeWhileTheNewFileIsWritten) {
   EXPECT_EQ(outcomeWhile([&] { makeFile(file_, "changed in place"); }), "not replaced");
   EXPECT_EQ(contentOf(file_), "changed in place");
 }
 
-TEST_F(PosixReplaceIfHolds, doesNotMindNewDatesOfTheSameBytes) {
+TEST_F(PosixReplaceIfHolds, ignoresNewDatesOfTheSameBytes) {
   EXPECT_EQ(outcomeWhile([&] { makeFile(file_, "old"); }), "replaced");
   EXPECT_EQ(contentOf(file_), "new");
 }
 
-TEST_F(PosixReplaceIfHolds, doesNotBringBackAFileThatIsGone) {
+TEST_F(PosixReplaceIfHolds, doesNotRecreateARemovedFile) {
   const std::string gone =
       sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be opened", "No such file or directory", file_);
   EXPECT_EQ(outcomeWhile([&] { std::filesystem::remove(file_); }), gone);
@@ -820,7 +969,7 @@ TEST_F(PosixReplaceIfHolds, followsALink) {
 
 using PosixHomeFolder = PosixFileSystemTest;
 
-TEST_F(PosixHomeFolder, isWhatHomeSaysWithoutASlashAtTheEnd) {
+TEST_F(PosixHomeFolder, isInHomeWithoutATrailingSlash) {
   EnvironmentScope home("HOME", "/home/ann");
   EXPECT_EQ(files_.homeFolder(), "/home/ann");
   home.set("/home/ann//");
@@ -829,7 +978,7 @@ TEST_F(PosixHomeFolder, isWhatHomeSaysWithoutASlashAtTheEnd) {
   EXPECT_EQ(files_.homeFolder(), "");
 }
 
-TEST_F(PosixHomeFolder, isElseWhatTheUserDatabaseSays) {
+TEST_F(PosixHomeFolder, isInTheUserDatabaseIfHomeIsNotAbsolute) {
   const passwd* entry = getpwuid(geteuid());
   if (entry == nullptr) GTEST_SKIP() << "the user database has no entry for user " << geteuid();
   const std::string wanted = entry->pw_dir;
@@ -841,8 +990,8 @@ TEST_F(PosixHomeFolder, isElseWhatTheUserDatabaseSays) {
   EXPECT_EQ(files_.homeFolder(), wanted);
 }
 
-TEST_F(PosixHomeFolder, isAnErrorForAUserWhoIsNotInTheDatabase) {
-  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can become such a user";
+TEST_F(PosixHomeFolder, isAnErrorForAnUnknownUser) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can become another user";
   const EnvironmentScope home("HOME", std::nullopt);
   EXPECT_EQ(inChildProcess([&] {
               if (setuid(3456789) != 0) return std::string("cannot become another user");

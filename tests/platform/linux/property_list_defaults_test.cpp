@@ -1,4 +1,4 @@
-// Real files, and real processes that write them at the same time.
+// Settings in real files, which several processes write at the same time.
 #include "platform/linux/property_list_defaults.h"
 
 #include <fcntl.h>
@@ -39,7 +39,7 @@ const std::string identifier(product::bundleIdentifier);
 const std::string fileName = identifier + ".plist";
 const std::string lockName = fileName + ".lock";
 
-// An XML property list with this between <dict> and </dict>.
+// Returns an XML property list with a dictionary of these entries.
 std::string xmlFile(const std::string& entries) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
          "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
@@ -61,14 +61,14 @@ class PropertyListDefaultsTest : public testing::Test {
   std::string file_ = scratch_.path(fileName);
   PropertyListDefaults defaults_{folder_};
 
-  // What `set` says on standard error.
-  static std::string wordsOfSetting(PropertyListDefaults& defaults, const std::string& key, const PlistValue& value) {
+  // Returns what `set` prints on standard error.
+  static std::string outputOfSetting(PropertyListDefaults& defaults, const std::string& key, const PlistValue& value) {
     testing::internal::CaptureStderr();
     defaults.set(key, value);
     return testing::internal::GetCapturedStderr();
   }
-  std::string wordsOfSetting(const std::string& key, const PlistValue& value) {
-    return wordsOfSetting(defaults_, key, value);
+  std::string outputOfSetting(const std::string& key, const PlistValue& value) {
+    return outputOfSetting(defaults_, key, value);
   }
 };
 
@@ -86,7 +86,7 @@ TEST_F(ConfigurationFolderTest, isInTheHomeFolder) {
   EXPECT_EQ(configurationFolder(), "/.config");
 }
 
-TEST_F(ConfigurationFolderTest, isWhatTheEnvironmentSaysIfThatIsAbsolute) {
+TEST_F(ConfigurationFolderTest, isInTheEnvironmentIfThatIsAbsolute) {
   configured_.set("/elsewhere/settings");
   EXPECT_EQ(configurationFolder(), "/elsewhere/settings");
   for (const char* notAbsolute : {"", "settings", "./settings", "~/settings"}) {
@@ -95,7 +95,7 @@ TEST_F(ConfigurationFolderTest, isWhatTheEnvironmentSaysIfThatIsAbsolute) {
   }
 }
 
-TEST_F(ConfigurationFolderTest, isWhereSettingsGoIfNothingElseIsSaid) {
+TEST_F(ConfigurationFolderTest, isTheDefaultFolderOfTheSettings) {
   const ScratchFolder scratch;
   home_.set(scratch.path());
   PropertyListDefaults().set("number", 1);
@@ -107,22 +107,22 @@ TEST_F(ConfigurationFolderTest, isWhereSettingsGoIfNothingElseIsSaid) {
   EXPECT_EQ(contentOf(scratch.path(".config/" + fileName)), xmlFile(integerEntry("number", 1)));
 }
 
-TEST_F(PropertyListDefaultsTest, withoutAFolderNothingIsStoredAnywhere) {
+TEST_F(PropertyListDefaultsTest, storesNothingWithoutAFolder) {
   PropertyListDefaults nowhere("");
-  EXPECT_THAT(wordsOfSetting(nowhere, "key", 1), HasSubstr("no home folder"));
+  EXPECT_THAT(outputOfSetting(nowhere, "key", 1), HasSubstr("no home folder"));
   EXPECT_EQ(nowhere.object("key"), std::nullopt);
   EXPECT_FALSE(std::filesystem::exists("/" + fileName));
 }
 
 // Values
 
-TEST_F(PropertyListDefaultsTest, whatWasNeverSetIsAbsentAndAskingMakesNoFile) {
+TEST_F(PropertyListDefaultsTest, createsNoFileWhenItReadsAnAbsentValue) {
   EXPECT_EQ(defaults_.object("key"), std::nullopt);
   EXPECT_EQ(PropertyListDefaults(scratch_.path("missing")).object("key"), std::nullopt);
   EXPECT_THAT(namesIn(folder_), IsEmpty());
 }
 
-TEST_F(PropertyListDefaultsTest, everyKindOfValueComesBack) {
+TEST_F(PropertyListDefaultsTest, returnsValuesOfEveryKind) {
   const std::vector<std::pair<std::string, PlistValue>> values = {
       {"string", u"Lesezeichen & <Ordner> \u00FC \U0001F4D6"},
       {"empty string", u""},
@@ -137,15 +137,15 @@ TEST_F(PropertyListDefaultsTest, everyKindOfValueComesBack) {
       {"data", Bytes(std::string("\0\1\xFF data", 8))},
       {"array", PlistValue::array({1, u"two", PlistValue::array({})})},
       {"dictionary", PlistValue::dictionary({{u"inner", PlistValue::array({true, 2.5})}})},
-      {"", u"an empty key is one, too"},
-      {"\xC3\xA9t\xC3\xA9 <&>", u"and so is any text"},
+      {"", u"the key may be empty"},
+      {"\xC3\xA9t\xC3\xA9 <&>", u"the key may be any text"},
   };
-  for (const auto& [key, value] : values) EXPECT_EQ(wordsOfSetting(key, value), "") << key;
+  for (const auto& [key, value] : values) EXPECT_EQ(outputOfSetting(key, value), "") << key;
   PropertyListDefaults other(folder_);
   for (const auto& [key, value] : values) EXPECT_EQ(other.object(key), value) << key;
 }
 
-TEST_F(PropertyListDefaultsTest, aValueReplacesOneOfAnotherKind) {
+TEST_F(PropertyListDefaultsTest, replacesAValueByOneOfAnotherKind) {
   defaults_.set("key", u"text");
   defaults_.set("key", PlistValue::array({1}));
   EXPECT_EQ(defaults_.object("key"), PlistValue::array({1}));
@@ -153,14 +153,14 @@ TEST_F(PropertyListDefaultsTest, aValueReplacesOneOfAnotherKind) {
   EXPECT_EQ(defaults_.object("key"), PlistValue(false));
 }
 
-TEST_F(PropertyListDefaultsTest, anArrayThatOnlyChangedItsOrderIsStoredInTheNewOne) {
+TEST_F(PropertyListDefaultsTest, storesAnArrayThatOnlyChangedItsOrder) {
   defaults_.set("key", PlistValue::array({1, 2, 3}));
   const PlistValue stored = *defaults_.object("key");
   defaults_.set("key", stored.rearranged({stored.at(2), stored.at(0), stored.at(1)}));
   EXPECT_EQ(defaults_.object("key"), PlistValue::array({3, 1, 2}));
 }
 
-TEST_F(PropertyListDefaultsTest, aValueOutlivesTheFileThatItCameFrom) {
+TEST_F(PropertyListDefaultsTest, returnsValuesThatOutliveTheFile) {
   defaults_.set("key", u"text that is longer than what a string holds in itself");
   const std::optional<PlistValue> value = defaults_.object("key");
   std::filesystem::resize_file(file_, 0);
@@ -168,19 +168,19 @@ TEST_F(PropertyListDefaultsTest, aValueOutlivesTheFileThatItCameFrom) {
   EXPECT_EQ(value, PlistValue(u"text that is longer than what a string holds in itself"));
 }
 
-TEST_F(PropertyListDefaultsTest, whatXmlCannotHoldIsNotStoredAndHarmsNothing) {
+TEST_F(PropertyListDefaultsTest, refusesValuesThatXmlCannotRepresent) {
   defaults_.set("key", 1);
-  EXPECT_THAT(wordsOfSetting("key", std::u16string(1, u'\xD800')), HasSubstr("unpaired surrogate"));
-  EXPECT_THAT(wordsOfSetting("other", PlistDate{std::nan("")}), HasSubstr("date"));
+  EXPECT_THAT(outputOfSetting("key", std::u16string(1, u'\xD800')), HasSubstr("unpaired surrogate"));
+  EXPECT_THAT(outputOfSetting("other", PlistDate{std::nan("")}), HasSubstr("date"));
   PlistValue deep = 1;
   for (unsigned level = 0; level < plistMaximumDepth; ++level) deep = PlistValue::array({deep});
-  EXPECT_THAT(wordsOfSetting("deep", deep), HasSubstr("nested too deeply"));
+  EXPECT_THAT(outputOfSetting("deep", deep), HasSubstr("nested too deeply"));
   EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 1)));
 }
 
 // The file
 
-TEST_F(PropertyListDefaultsTest, theFileIsXmlInWhichEntriesKeepTheirOrder) {
+TEST_F(PropertyListDefaultsTest, writesXmlAndKeepsTheOrderOfEntries) {
   defaults_.set("zebra", 1);
   defaults_.set("apple", 2);
   defaults_.set("mango", 3);
@@ -188,7 +188,7 @@ TEST_F(PropertyListDefaultsTest, theFileIsXmlInWhichEntriesKeepTheirOrder) {
   EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("zebra", 4) + integerEntry("apple", 2) + integerEntry("mango", 3)));
 }
 
-TEST_F(PropertyListDefaultsTest, entriesThatNobodyHereKnowsStay) {
+TEST_F(PropertyListDefaultsTest, keepsUnknownEntries) {
   makeFile(file_, xmlFile("<key>a</key><array><date>2001-01-01T00:00:00Z</date></array><key>key</key><true/>"
                           "<key>z</key><data>AAEC</data>"));
   defaults_.set("key", false);
@@ -197,7 +197,7 @@ TEST_F(PropertyListDefaultsTest, entriesThatNobodyHereKnowsStay) {
   EXPECT_EQ(defaults_.object("z"), PlistValue(Bytes(std::string("\0\1\2", 3))));
 }
 
-TEST_F(PropertyListDefaultsTest, aFileInAnotherFormatIsReadAndWrittenAsXml) {
+TEST_F(PropertyListDefaultsTest, readsOtherFormatsAndWritesXml) {
   makeFile(file_, "{ key = text; other = more; }");
   EXPECT_EQ(defaults_.object("key"), PlistValue(u"text"));
   defaults_.set("key", u"new");
@@ -205,7 +205,7 @@ TEST_F(PropertyListDefaultsTest, aFileInAnotherFormatIsReadAndWrittenAsXml) {
                                       "\t<key>other</key>\n\t<string>more</string>\n"));
 }
 
-TEST_F(PropertyListDefaultsTest, filesAndFoldersThatItMakesAreTheOwnersAlone) {
+TEST_F(PropertyListDefaultsTest, createsPrivateFilesAndFolders) {
   const std::string folder = scratch_.path("one/two");
   const mode_t old = umask(0);
   PropertyListDefaults(folder).set("key", 1);
@@ -216,7 +216,7 @@ TEST_F(PropertyListDefaultsTest, filesAndFoldersThatItMakesAreTheOwnersAlone) {
   EXPECT_EQ(modeOf(folder + "/" + lockName), 0600U);
 }
 
-TEST_F(PropertyListDefaultsTest, aFolderOrFileThatWasThereKeepsItsMode) {
+TEST_F(PropertyListDefaultsTest, keepsTheModesOfExistingFilesAndFolders) {
   makeFile(file_, xmlFile(integerEntry("key", 1)));
   chmod(file_.c_str(), 0640);
   defaults_.set("key", 2);
@@ -225,12 +225,12 @@ TEST_F(PropertyListDefaultsTest, aFolderOrFileThatWasThereKeepsItsMode) {
   EXPECT_EQ(modeOf(folder_), 0755U);
 }
 
-TEST_F(PropertyListDefaultsTest, nothingIsLeftBesideTheFileButTheLock) {
+TEST_F(PropertyListDefaultsTest, leavesNothingButTheFileAndTheLock) {
   for (int number = 0; number < 20; ++number) defaults_.set("key", number);
   EXPECT_THAT(namesIn(folder_), ElementsAre(fileName, lockName));
 }
 
-TEST_F(PropertyListDefaultsTest, theFileIsReplacedWholeAndNeverChangedInPlace) {
+TEST_F(PropertyListDefaultsTest, neverChangesTheFileInPlace) {
   defaults_.set("key", 1);
   std::filesystem::create_hard_link(file_, scratch_.path("old"));
   defaults_.set("key", 2);
@@ -238,8 +238,8 @@ TEST_F(PropertyListDefaultsTest, theFileIsReplacedWholeAndNeverChangedInPlace) {
   EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 2)));
 }
 
-TEST_F(PropertyListDefaultsTest, aValueThatIsStoredAlreadyIsNotWrittenAgain) {
-  // Not as this program would lay it out, so that any writing would show.
+TEST_F(PropertyListDefaultsTest, doesNotWriteAValueThatIsAlreadyStored) {
+  // This layout is not ours, so any write would change the file.
   const std::string content = xmlFile("<key>key</key><array><integer>1</integer></array>");
   makeFile(file_, content);
   defaults_.set("key", PlistValue::array({1}));
@@ -247,7 +247,7 @@ TEST_F(PropertyListDefaultsTest, aValueThatIsStoredAlreadyIsNotWrittenAgain) {
   EXPECT_THAT(namesIn(folder_), ElementsAre(fileName));
 }
 
-TEST_F(PropertyListDefaultsTest, aDateIsKeptToTheSecondAndThatIsNoReasonToWriteItAgain) {
+TEST_F(PropertyListDefaultsTest, doesNotWriteADateAgainForItsFraction) {
   defaults_.set("date", PlistDate{700000000.25});
   std::filesystem::create_hard_link(file_, scratch_.path("same"));
   defaults_.set("date", PlistDate{700000000.25});
@@ -255,7 +255,7 @@ TEST_F(PropertyListDefaultsTest, aDateIsKeptToTheSecondAndThatIsNoReasonToWriteI
   EXPECT_EQ(defaults_.object("date"), PlistValue(PlistDate{700000000}));
 }
 
-TEST_F(PropertyListDefaultsTest, aSymbolicLinkIsFollowed) {
+TEST_F(PropertyListDefaultsTest, followsASymbolicLink) {
   const ScratchFolder elsewhere;
   makeFile(elsewhere.path("settings"), xmlFile(integerEntry("key", 1)));
   std::filesystem::create_symlink(elsewhere.path("settings"), file_);
@@ -266,7 +266,7 @@ TEST_F(PropertyListDefaultsTest, aSymbolicLinkIsFollowed) {
   EXPECT_THAT(namesIn(elsewhere.path()), ElementsAre("settings"));
 }
 
-TEST_F(PropertyListDefaultsTest, aSymbolicLinkToNoFileYetIsFollowedToo) {
+TEST_F(PropertyListDefaultsTest, followsADanglingSymbolicLink) {
   const ScratchFolder elsewhere;
   std::filesystem::create_symlink(elsewhere.path("settings"), file_);
   EXPECT_EQ(defaults_.object("key"), std::nullopt);
@@ -278,7 +278,7 @@ TEST_F(PropertyListDefaultsTest, aSymbolicLinkToNoFileYetIsFollowedToo) {
 
 // Other processes
 
-TEST_F(PropertyListDefaultsTest, whatAnotherProcessSetsIsSeenAtOnce) {
+TEST_F(PropertyListDefaultsTest, seesTheChangesOfAnotherProcessAtOnce) {
   defaults_.set("key", 1);
   EXPECT_EQ(defaults_.object("key"), PlistValue(1));
   inChildProcess([&] {
@@ -290,7 +290,7 @@ TEST_F(PropertyListDefaultsTest, whatAnotherProcessSetsIsSeenAtOnce) {
   EXPECT_EQ(defaults_.object("key"), std::nullopt);
 }
 
-// Sets `count` keys of its own, and one that all processes set.
+// Sets `count` keys that begin with `name`, and one key that every caller sets.
 void setMany(const std::string& folder, const std::string& name, int count) {
   PropertyListDefaults defaults(folder);
   for (int number = 0; number < count; ++number) {
@@ -314,7 +314,7 @@ void expectSuccess(pid_t process) {
   EXPECT_EQ(status, 0);
 }
 
-TEST_F(PropertyListDefaultsTest, processesThatSetDifferentKeysAtOnceLoseNone) {
+TEST_F(PropertyListDefaultsTest, losesNoKeyOfConcurrentProcesses) {
   constexpr int count = 150;
   const std::vector<std::string> names = {"first", "second", "third"};
   std::vector<pid_t> processes;
@@ -329,7 +329,7 @@ TEST_F(PropertyListDefaultsTest, processesThatSetDifferentKeysAtOnceLoseNone) {
   EXPECT_THAT(namesIn(scratch_.path("new")), ElementsAre(fileName, lockName));
 }
 
-TEST_F(PropertyListDefaultsTest, threadsThatSetDifferentKeysAtOnceLoseNone) {
+TEST_F(PropertyListDefaultsTest, losesNoKeyOfConcurrentThreads) {
   constexpr int count = 100;
   std::thread first([&] { setMany(folder_, "first", count); });
   std::thread second([&] { setMany(folder_, "second", count); });
@@ -340,7 +340,7 @@ TEST_F(PropertyListDefaultsTest, threadsThatSetDifferentKeysAtOnceLoseNone) {
       EXPECT_EQ(defaults_.object(name + std::to_string(number)), PlistValue(number)) << name << number;
 }
 
-TEST_F(PropertyListDefaultsTest, whoReadsWhileAnotherWritesSeesTheOldValueOrTheNew) {
+TEST_F(PropertyListDefaultsTest, readsTheOldOrNewValueDuringAWrite) {
   constexpr int last = 300;
   defaults_.set("number", 0);
   const pid_t writer = inBackground([&] {
@@ -360,7 +360,7 @@ TEST_F(PropertyListDefaultsTest, whoReadsWhileAnotherWritesSeesTheOldValueOrTheN
   EXPECT_EQ(defaults_.object("number"), PlistValue(last));
 }
 
-// Whether somebody waits at a lock of this file. The kernel lists who waits with an arrow.
+// Returns true if a process waits for a lock on this file. /proc/locks marks waiting processes with an arrow.
 bool isWaitedFor(const std::string& path) {
   struct stat status {};
   EXPECT_EQ(stat(path.c_str(), &status), 0);
@@ -373,8 +373,9 @@ bool isWaitedFor(const std::string& path) {
   return false;
 }
 
-TEST_F(PropertyListDefaultsTest, whoSetsWaitsForWhoeverHasTheLockAndWhoReadsDoesNot) {
-  if (!std::filesystem::exists("/proc/locks")) GTEST_SKIP() << "this system does not list who waits for a lock";
+TEST_F(PropertyListDefaultsTest, waitsForTheLockOnlyToWrite) {
+  if (!std::filesystem::exists("/proc/locks"))
+    GTEST_SKIP() << "this system does not list the processes that wait for a lock";
   defaults_.set("key", 1);
   const int lock = open(scratch_.path(lockName).c_str(), O_RDWR | O_CLOEXEC);
   ASSERT_GE(lock, 0);
@@ -384,13 +385,13 @@ TEST_F(PropertyListDefaultsTest, whoSetsWaitsForWhoeverHasTheLockAndWhoReadsDoes
   while (!isWaitedFor(scratch_.path(lockName)) && std::chrono::steady_clock::now() < end) std::this_thread::yield();
   EXPECT_TRUE(isWaitedFor(scratch_.path(lockName)));
   EXPECT_EQ(defaults_.object("key"), PlistValue(1));
-  makeFile(file_, xmlFile(integerEntry("key", 2) + integerEntry("other", 2)));  // by who has the lock
+  makeFile(file_, xmlFile(integerEntry("key", 2) + integerEntry("other", 2)));  // by the owner of the lock
   close(lock);
   setter.join();
   EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 3) + integerEntry("other", 2)));
 }
 
-TEST_F(PropertyListDefaultsTest, theLockIsGivenUpAfterEverySet) {
+TEST_F(PropertyListDefaultsTest, releasesTheLockAfterEverySet) {
   defaults_.set("key", 1);
   const int lock = open(scratch_.path(lockName).c_str(), O_RDWR | O_CLOEXEC);
   ASSERT_GE(lock, 0);
@@ -405,13 +406,13 @@ const std::vector<std::string>& damagedContents() {
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n\t<key>key</key>\n\t<inte",
       "bplist00 and then nothing that makes sense",
       std::string("\0\0\0\0", 4),
-      "<plist version=\"1.0\"><array><string>key</string></array></plist>",  // a property list, but no dictionary
+      "<plist version=\"1.0\"><array><string>key</string></array></plist>",  // a property list without a dictionary
       "just text",
   };
   return contents;
 }
 
-TEST_F(PropertyListDefaultsTest, aDamagedFileReadsAsEmptyAndReadingChangesNothing) {
+TEST_F(PropertyListDefaultsTest, readsADamagedFileAsEmptyAndKeepsIt) {
   for (const std::string& content : damagedContents()) {
     makeFile(file_, content);
     EXPECT_EQ(defaults_.object("key"), std::nullopt) << content;
@@ -420,12 +421,12 @@ TEST_F(PropertyListDefaultsTest, aDamagedFileReadsAsEmptyAndReadingChangesNothin
   }
 }
 
-TEST_F(PropertyListDefaultsTest, everyDamagedFileIsKeptBesideTheNewOne) {
+TEST_F(PropertyListDefaultsTest, savesEveryDamagedFileBesideTheNewOne) {
   int number = 0;
   for (const std::string& content : damagedContents()) {
     makeFile(file_, content);
     const std::string kept = scratch_.path(damagedName(++number));
-    EXPECT_THAT(wordsOfSetting("key", number), HasSubstr(kept));
+    EXPECT_THAT(outputOfSetting("key", number), HasSubstr(kept));
     EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", number)));
     EXPECT_EQ(contentOf(kept), content);
     EXPECT_EQ(modeOf(kept), 0600U);
@@ -434,30 +435,30 @@ TEST_F(PropertyListDefaultsTest, everyDamagedFileIsKeptBesideTheNewOne) {
     EXPECT_EQ(contentOf(scratch_.path(damagedName(earlier))), damagedContents()[static_cast<std::size_t>(earlier - 1)]);
 }
 
-TEST_F(PropertyListDefaultsTest, whatIsKeptTakesNoNameThatIsInUse) {
+TEST_F(PropertyListDefaultsTest, savesADamagedFileUnderAnUnusedName) {
   makeFile(scratch_.path(damagedName(1)), "kept last year");
   std::filesystem::create_directory(scratch_.path(damagedName(2)));
   std::filesystem::create_symlink("nowhere", scratch_.path(damagedName(3)));
   makeFile(file_, "damaged");
-  EXPECT_THAT(wordsOfSetting("key", 1), HasSubstr(damagedName(4)));
+  EXPECT_THAT(outputOfSetting("key", 1), HasSubstr(damagedName(4)));
   EXPECT_EQ(contentOf(scratch_.path(damagedName(1))), "kept last year");
   EXPECT_EQ(contentOf(scratch_.path(damagedName(4))), "damaged");
   EXPECT_FALSE(std::filesystem::exists(scratch_.path("nowhere")));
 }
 
-TEST_F(PropertyListDefaultsTest, whatIsKeptAlreadyIsNotKeptAgain) {
-  // As a `set` leaves it that had no more room for the new file.
+TEST_F(PropertyListDefaultsTest, savesADamagedFileOnlyOnce) {
+  // As after a `set` that had no room for the new file.
   makeFile(scratch_.path(damagedName(1)), "damaged");
   makeFile(file_, "damaged");
-  EXPECT_EQ(wordsOfSetting("key", 1), "");
+  EXPECT_EQ(outputOfSetting("key", 1), "");
   EXPECT_EQ(defaults_.object("key"), PlistValue(1));
   EXPECT_THAT(namesIn(folder_), ElementsAre(damagedName(1), fileName, lockName));
 }
 
-TEST_F(PropertyListDefaultsTest, anEmptyFileHoldsNothingToKeep) {
+TEST_F(PropertyListDefaultsTest, savesNoCopyOfAnEmptyFile) {
   makeFile(file_, "");
   EXPECT_EQ(defaults_.object("key"), std::nullopt);
-  EXPECT_EQ(wordsOfSetting("key", 1), "");
+  EXPECT_EQ(outputOfSetting("key", 1), "");
   EXPECT_THAT(namesIn(folder_), ElementsAre(fileName, lockName));
 }
 
@@ -469,32 +470,33 @@ std::string namesAndContent(const std::string& folder) {
   return text + contentOf(folder + "/" + fileName);
 }
 
-// Sets a key and answers what was said; then makes sure that everything is as it was.
-std::string wordsOfFailing(const std::string& folder, const std::string& key, const PlistValue& value) {
+// Sets a key. Returns what it printed, or "changed: ..." if that changed any file.
+std::string outputOfFailing(const std::string& folder, const std::string& key, const PlistValue& value) {
   const std::string before = namesAndContent(folder);
   testing::internal::CaptureStderr();
   PropertyListDefaults(folder).set(key, value);
-  const std::string words = testing::internal::GetCapturedStderr();
-  return namesAndContent(folder) == before ? words : "changed: " + namesAndContent(folder);
+  const std::string output = testing::internal::GetCapturedStderr();
+  return namesAndContent(folder) == before ? output : "changed: " + namesAndContent(folder);
 }
 
-TEST_F(PropertyListDefaultsTest, inAFolderThatIsNotOursNothingChanges) {
+TEST_F(PropertyListDefaultsTest, changesNothingInAReadOnlyFolder) {
   defaults_.set("key", 1);
   chmod(file_.c_str(), 0666);
   chmod(scratch_.path(lockName).c_str(), 0666);
   chmod(folder_.c_str(), 0555);
-  EXPECT_THAT(inUnprivilegedProcess([&] { return wordsOfFailing(folder_, "key", 2); }),
-              StartsWith(std::string(product::name) + ": The file “" + fileName + "” couldn’t be saved because"));
+  EXPECT_THAT(inUnprivilegedProcess([&] { return outputOfFailing(folder_, "key", 2); }),
+              StartsWith(std::string(product::name) + ": The file “" + fileName + "” couldn’t be saved: "));
   chmod(folder_.c_str(), 0755);
   std::filesystem::remove(scratch_.path(lockName));
   chmod(folder_.c_str(), 0555);
-  EXPECT_THAT(inUnprivilegedProcess([&] { return wordsOfFailing(folder_, "key", 2); }),
-              HasSubstr("The settings couldn’t be locked because the system answered “Permission denied”"));
-  EXPECT_EQ(inUnprivilegedProcess([&] { return wordsOfFailing(folder_, "key", 1); }), "") << "nothing is to be stored";
+  EXPECT_THAT(inUnprivilegedProcess([&] { return outputOfFailing(folder_, "key", 2); }),
+              HasSubstr("The settings couldn’t be locked: Permission denied"));
+  EXPECT_EQ(inUnprivilegedProcess([&] { return outputOfFailing(folder_, "key", 1); }), "")
+      << "the value is already stored";
   EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 1)));
 }
 
-TEST_F(PropertyListDefaultsTest, aFileThatMayNotBeReadIsAbsentAndNotReplaced) {
+TEST_F(PropertyListDefaultsTest, doesNotReplaceAnUnreadableFile) {
   makeFile(file_, xmlFile(integerEntry("key", 1)));
   chmod(file_.c_str(), 0000);
   chmod(folder_.c_str(), 0777);
@@ -506,51 +508,51 @@ TEST_F(PropertyListDefaultsTest, aFileThatMayNotBeReadIsAbsentAndNotReplaced) {
               return (absent ? "absent; " : "present; ") + testing::internal::GetCapturedStderr();
             }),
             "absent; " + std::string(product::name) + ": The file “" + fileName +
-                "” couldn’t be opened because the system answered “Permission denied” (" + file_ + ").\n");
+                "” couldn’t be opened: Permission denied (" + file_ + ").\n");
   EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 1)));
 }
 
-TEST_F(PropertyListDefaultsTest, aFolderInTheFilesPlaceIsAbsentAndStays) {
+TEST_F(PropertyListDefaultsTest, doesNotReplaceAFolder) {
   std::filesystem::create_directory(file_);
   EXPECT_EQ(defaults_.object("key"), std::nullopt);
-  EXPECT_THAT(wordsOfSetting("key", 1), HasSubstr("couldn’t be opened"));
+  EXPECT_THAT(outputOfSetting("key", 1), HasSubstr("couldn’t be opened"));
   EXPECT_TRUE(std::filesystem::is_directory(file_));
 }
 
-TEST_F(PropertyListDefaultsTest, aFolderThatCannotBeMadeIsNoEndOfTheProgram) {
+TEST_F(PropertyListDefaultsTest, survivesAFolderThatCannotBeCreated) {
   makeFile(scratch_.path("file"), "");
   PropertyListDefaults defaults(scratch_.path("file/folder"));
   EXPECT_EQ(defaults.object("key"), std::nullopt);
-  EXPECT_NE(wordsOfSetting(defaults, "key", 1), "");
+  EXPECT_NE(outputOfSetting(defaults, "key", 1), "");
   EXPECT_THAT(namesIn(folder_), ElementsAre("file"));
 }
 
-TEST_F(PropertyListDefaultsTest, aWriteThatStopsHalfWayHarmsNothing) {
+TEST_F(PropertyListDefaultsTest, keepsTheFileAfterAPartialWrite) {
   defaults_.set("key", 1);
   const PlistValue large(std::u16string(100000, u'x'));
   EXPECT_THAT(inChildProcess([&] {
                 const rlimit limit{5000, 5000};
                 if (std::signal(SIGXFSZ, SIG_IGN) == SIG_ERR || setrlimit(RLIMIT_FSIZE, &limit) != 0)
                   return std::string("no limit");
-                return wordsOfFailing(folder_, "key", large);
+                return outputOfFailing(folder_, "key", large);
               }),
               HasSubstr("File too large"));
   EXPECT_EQ(contentOf(file_), xmlFile(integerEntry("key", 1)));
 }
 
-TEST_F(PropertyListDefaultsTest, aFullDiskHarmsNothing) {
+TEST_F(PropertyListDefaultsTest, keepsTheFileOnAFullDisk) {
   const std::string result = inChildProcess([&]() -> std::string {
     if (const std::string problem = separateMounts(); !problem.empty()) return "no: " + problem;
     if (mount("none", folder_.c_str(), "tmpfs", 0, "size=1m") != 0) return "no: the disk cannot be mounted";
     defaults_.set("key", 1);
-    const std::string words = wordsOfFailing(folder_, "key", std::u16string(2 << 20, u'x'));
-    return defaults_.object("key") == PlistValue(1) ? words : "the value is gone";
+    const std::string output = outputOfFailing(folder_, "key", std::u16string(2 << 20, u'x'));
+    return defaults_.object("key") == PlistValue(1) ? output : "the value is lost";
   });
   if (result.starts_with("no: ")) GTEST_SKIP() << result;
   EXPECT_THAT(result, HasSubstr("No space left on device"));
 }
 
-TEST_F(PropertyListDefaultsTest, aDamagedFileStaysWhereThereIsNoRoomToKeepIt) {
+TEST_F(PropertyListDefaultsTest, keepsADamagedFileThatItCannotSave) {
   const std::string damaged(100000, 'x');
   makeFile(file_, damaged);
   EXPECT_THAT(inChildProcess([&]() -> std::string {

@@ -1,4 +1,4 @@
-// A real session bus, and real processes that are asked to quit.
+// Quit requests to real processes on a real session bus.
 #include "platform/linux/quit_request.h"
 
 #include <gmock/gmock.h>
@@ -28,12 +28,12 @@ using namespace std::chrono_literals;
 
 constexpr const char* safari = "com.apple.Safari";
 constexpr const char* safariPath = "/com/apple/Safari";
-constexpr auto ample = 60s;  // however busy the machine that runs the tests
+constexpr auto ample = 60s;  // enough on a busy machine
 constexpr auto soon = 2s;
 
 using Actions = std::vector<std::string>;
 
-// An application with GLib's two interfaces that does as it should.
+// An application with both interfaces of GLib, which quits when its action is activated.
 Manners wellBehaved() { return {.actions = Actions{"about", "quit"}, .onActivation = OnActivation::quits}; }
 
 class QuitRequestTest : public testing::Test {
@@ -43,13 +43,13 @@ class QuitRequestTest : public testing::Test {
   EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
 
   static std::vector<std::shared_ptr<RunningApplication>> running(const std::string& identifier = safari,
-                                                                  std::chrono::microseconds patience = ample) {
-    return SessionBusApplications(patience).withBundleIdentifier(identifier);
+                                                                  std::chrono::microseconds timeout = ample) {
+    return SessionBusApplications(timeout).withBundleIdentifier(identifier);
   }
 
-  // Asks the one process that runs.
-  static bool terminate(std::chrono::microseconds patience = ample) {
-    const auto applications = running(safari, patience);
+  // Requests the only running process to quit.
+  static bool terminate(std::chrono::microseconds timeout = ample) {
+    const auto applications = running(safari, timeout);
     EXPECT_THAT(applications, SizeIs(1));
     return applications.size() == 1 && applications.front()->terminate();
   }
@@ -57,14 +57,14 @@ class QuitRequestTest : public testing::Test {
 
 // With the interface
 
-TEST_F(QuitRequestTest, activatesTheActionOfAnApplicationThatListsIt) {
+TEST_F(QuitRequestTest, activatesAListedAction) {
   BusApplication application(safari, safariPath, wellBehaved());
   EXPECT_TRUE(terminate());
   EXPECT_EQ(application.ending(), "quit");
   EXPECT_EQ(application.notes(), "List, activate quit");
 }
 
-TEST_F(QuitRequestTest, activatesTheActionOfAnApplicationThatListsNone) {
+TEST_F(QuitRequestTest, activatesTheActionIfNoneCanBeListed) {
   BusApplication application(safari, safariPath, {.onActivation = OnActivation::quits});
   EXPECT_TRUE(terminate());
   EXPECT_EQ(application.ending(), "quit");
@@ -80,7 +80,7 @@ TEST_F(QuitRequestTest, findsTheObjectOfAnIdentifierWithHyphens) {
   EXPECT_EQ(application.ending(), "quit");
 }
 
-TEST_F(QuitRequestTest, isDeliveredToAnApplicationThatQuitsBeforeItAnswers) {
+TEST_F(QuitRequestTest, isDeliveredIfTheApplicationQuitsWithoutAReply) {
   BusApplication application(safari, safariPath,
                              {.actions = Actions{"quit"}, .onActivation = OnActivation::quitsWithoutAnswer});
   EXPECT_TRUE(terminate());
@@ -88,7 +88,7 @@ TEST_F(QuitRequestTest, isDeliveredToAnApplicationThatQuitsBeforeItAnswers) {
   EXPECT_EQ(application.notes(), "List, activate quit");
 }
 
-TEST_F(QuitRequestTest, isDeliveredToAnApplicationThatStaysAndNothingStrongerFollows) {
+TEST_F(QuitRequestTest, sendsNoSignalIfTheApplicationKeepsRunning) {
   for (const OnActivation reaction : {OnActivation::stays, OnActivation::declines}) {
     BusApplication application(safari, safariPath,
                                {.actions = Actions{"quit"}, .onActivation = reaction, .ignoresSignals = true});
@@ -98,14 +98,14 @@ TEST_F(QuitRequestTest, isDeliveredToAnApplicationThatStaysAndNothingStrongerFol
   }
 }
 
-TEST_F(QuitRequestTest, isNotDeliveredWhereItIsForbiddenAndNoSignalTakesItsPlace) {
+TEST_F(QuitRequestTest, sendsNoSignalIfTheBusForbidsTheCall) {
   BusApplication application(
       safari, safariPath, {.actions = Actions{"quit"}, .onActivation = OnActivation::forbids, .ignoresSignals = true});
   EXPECT_FALSE(terminate());
   EXPECT_EQ(application.notes(), "List, activate quit");
 }
 
-// Without it
+// Without the interface
 
 TEST_F(QuitRequestTest, signalsAnApplicationWithoutTheInterface) {
   BusApplication application(safari, safariPath, {});
@@ -113,14 +113,14 @@ TEST_F(QuitRequestTest, signalsAnApplicationWithoutTheInterface) {
   EXPECT_EQ(application.ending(), "SIGTERM");
 }
 
-TEST_F(QuitRequestTest, signalsAnApplicationWithTheInterfaceButAnotherObject) {
+TEST_F(QuitRequestTest, signalsAnApplicationWithAnotherObjectPath) {
   BusApplication application(safari, "/com/apple/Other", wellBehaved());
   EXPECT_TRUE(terminate());
   EXPECT_EQ(application.ending(), "SIGTERM");
   EXPECT_EQ(application.notes(), "");
 }
 
-TEST_F(QuitRequestTest, signalsAnApplicationThatHasNoSuchAction) {
+TEST_F(QuitRequestTest, signalsAnApplicationWithoutTheAction) {
   for (const Actions& actions : {Actions{"about", "quit-all", "app.quit"}, Actions{}}) {
     BusApplication application(safari, safariPath, {.actions = actions, .onActivation = OnActivation::stays});
     EXPECT_TRUE(terminate());
@@ -129,14 +129,14 @@ TEST_F(QuitRequestTest, signalsAnApplicationThatHasNoSuchAction) {
   }
 }
 
-TEST_F(QuitRequestTest, signalsAnApplicationThatListsTheActionButCannotBeAskedForIt) {
+TEST_F(QuitRequestTest, signalsAnApplicationThatCannotActivateTheAction) {
   BusApplication application(safari, safariPath, {.actions = Actions{"quit"}});
   EXPECT_TRUE(terminate());
   EXPECT_EQ(application.ending(), "SIGTERM");
   EXPECT_EQ(application.notes(), "List");
 }
 
-TEST_F(QuitRequestTest, doesNothingStrongerToAnApplicationThatIgnoresTheSignal) {
+TEST_F(QuitRequestTest, sendsNoStrongerSignalThanSigterm) {
   BusApplication application(safari, safariPath, {.ignoresSignals = true});
   EXPECT_TRUE(terminate());
   EXPECT_EQ(application.notes(), "SIGTERM");
@@ -147,7 +147,7 @@ TEST_F(QuitRequestTest, doesNothingStrongerToAnApplicationThatIgnoresTheSignal) 
 }
 
 TEST_F(QuitRequestTest, isNotDeliveredToAProcessThatMayNotBeSignalled) {
-  if (geteuid() != 0) GTEST_SKIP() << "needs processes of two users, which only the superuser can make";
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can create processes of two users";
   BusApplication application(safari, safariPath, {.ignoresSignals = true});
   EXPECT_EQ(inUnprivilegedProcess([] {
               const auto applications = running();
@@ -158,9 +158,9 @@ TEST_F(QuitRequestTest, isNotDeliveredToAProcessThatMayNotBeSignalled) {
   EXPECT_EQ(application.notes(), "");
 }
 
-// Several
+// Several processes or connections
 
-TEST_F(QuitRequestTest, asksEachOfTwoProcessesInLineForOneName) {
+TEST_F(QuitRequestTest, activatesTheActionOfEachProcessInTheQueue) {
   BusApplication first(safari, safariPath, wellBehaved());
   BusApplication second(safari, safariPath, wellBehaved());
   const auto applications = running();
@@ -174,7 +174,7 @@ TEST_F(QuitRequestTest, asksEachOfTwoProcessesInLineForOneName) {
   EXPECT_EQ(first.ending(), "quit");
 }
 
-TEST_F(QuitRequestTest, signalsEachOfTwoProcessesInLineForOneName) {
+TEST_F(QuitRequestTest, signalsEachProcessInTheQueue) {
   BusApplication first(safari, safariPath, {.ignoresSignals = true});
   BusApplication second(safari, safariPath, {.ignoresSignals = true});
   const auto applications = running();
@@ -187,7 +187,7 @@ TEST_F(QuitRequestTest, signalsEachOfTwoProcessesInLineForOneName) {
   EXPECT_EQ(second.notes(), "");
 }
 
-TEST_F(QuitRequestTest, findsTheOneConnectionOfAProcessThatIsTheApplication) {
+TEST_F(QuitRequestTest, findsTheConnectionThatHasTheInterface) {
   Manners manners = wellBehaved();
   manners.plainConnections = 2;
   BusApplication application(safari, safariPath, manners);
@@ -196,15 +196,15 @@ TEST_F(QuitRequestTest, findsTheOneConnectionOfAProcessThatIsTheApplication) {
   EXPECT_EQ(application.notes(), "List, activate quit");
 }
 
-TEST_F(QuitRequestTest, signalsAProcessOnceHoweverManyConnectionsItHas) {
+TEST_F(QuitRequestTest, signalsAProcessOnceForAllItsConnections) {
   BusApplication application(safari, safariPath, {.ignoresSignals = true, .plainConnections = 2});
   EXPECT_TRUE(terminate());
   EXPECT_EQ(application.notes(), "SIGTERM");
 }
 
-// Gone
+// Processes that have ended
 
-TEST_F(QuitRequestTest, isNotDeliveredToAProcessThatHasLeft) {
+TEST_F(QuitRequestTest, isNotDeliveredToAProcessThatHasEnded) {
   BusApplication application(safari, safariPath, wellBehaved());
   const auto applications = running();
   ASSERT_THAT(applications, SizeIs(1));
@@ -212,7 +212,7 @@ TEST_F(QuitRequestTest, isNotDeliveredToAProcessThatHasLeft) {
   EXPECT_FALSE(applications.front()->terminate());
 }
 
-TEST_F(QuitRequestTest, isNotDeliveredToTheProcessThatFollowsOneThatHasLeft) {
+TEST_F(QuitRequestTest, isNotDeliveredToALaterProcess) {
   BusApplication first(safari, safariPath, wellBehaved());
   const auto applications = running();
   ASSERT_THAT(applications, SizeIs(1));
@@ -222,8 +222,8 @@ TEST_F(QuitRequestTest, isNotDeliveredToTheProcessThatFollowsOneThatHasLeft) {
   EXPECT_EQ(second.notes(), "");
 }
 
-TEST_F(QuitRequestTest, doesNotSignalAProcessWhoseConnectionIsGone) {
-  // To the bus this is a process that has left, and whose number another one now has.
+TEST_F(QuitRequestTest, doesNotSignalAProcessThatHasLeftTheBus) {
+  // The bus sees the same as if the process had ended and another one had its ID.
   BusApplication application(safari, safariPath, {.ignoresSignals = true});
   const auto applications = running();
   ASSERT_THAT(applications, SizeIs(1));
@@ -232,17 +232,17 @@ TEST_F(QuitRequestTest, doesNotSignalAProcessWhoseConnectionIsGone) {
   EXPECT_EQ(application.notes(), "");
 }
 
-TEST_F(QuitRequestTest, doesNotSignalAProcessWhoseConnectionGoesWhileItIsAsked) {
+TEST_F(QuitRequestTest, doesNotSignalAProcessThatLeavesTheBusMeanwhile) {
   BusApplication application(safari, safariPath,
                              {.actions = Actions{}, .leavesBusWhenAsked = true, .ignoresSignals = true});
   EXPECT_FALSE(terminate());
   EXPECT_EQ(application.notes(), "List, left the bus");
 }
 
-TEST_F(QuitRequestTest, doesNotAskAConnectionOfAnotherProcess) {
+TEST_F(QuitRequestTest, doesNotCallAnotherProcess) {
   BusApplication application(safari, safariPath, wellBehaved());
   BusApplication other("com.example.Other", safariPath, {.ignoresSignals = true});
-  // As a new bus may give a name again that an old one gave to another process.
+  // A new bus may reuse a unique name that an old bus gave to another process.
   const BusHandle bus = openSessionBus(Deadline(ample));
   ASSERT_TRUE(bus);
   const auto connections = connectionsOwning(bus.get(), safari, Deadline(ample));
@@ -260,7 +260,7 @@ TEST_F(QuitRequestTest, isNotDeliveredWithoutABus) {
   EXPECT_EQ(application.notes(), "");
 }
 
-// Hanging
+// Unresponsive applications and buses
 
 class Stopwatch {
  public:
@@ -270,19 +270,19 @@ class Stopwatch {
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-TEST_F(QuitRequestTest, isLeftForAnApplicationThatHangs) {
+TEST_F(QuitRequestTest, isQueuedForAnUnresponsiveApplication) {
   BusApplication application(safari, safariPath, wellBehaved());
   application.suspend();
   const Stopwatch stopwatch;
   EXPECT_TRUE(terminate(soon));
-  EXPECT_GE(stopwatch.elapsed(), soon / 4) << "it has its time to answer";
-  EXPECT_LT(stopwatch.elapsed(), 10s) << "the library's own patience is longer";
+  EXPECT_GE(stopwatch.elapsed(), soon / 4) << "the application had its time to reply";
+  EXPECT_LT(stopwatch.elapsed(), 10s) << "the library's own timeout is longer";
   application.resume();
   EXPECT_EQ(application.ending(), "quit");
   EXPECT_EQ(application.notes(), "List, activate quit");
 }
 
-TEST_F(QuitRequestTest, doesNotSignalAnApplicationThatHangs) {
+TEST_F(QuitRequestTest, doesNotSignalAnUnresponsiveApplication) {
   BusApplication application(safari, safariPath, {.ignoresSignals = true});
   application.suspend();
   EXPECT_TRUE(terminate(soon));
@@ -291,7 +291,7 @@ TEST_F(QuitRequestTest, doesNotSignalAnApplicationThatHangs) {
   EXPECT_EQ(application.notes(), "");
 }
 
-TEST_F(QuitRequestTest, isDeliveredToAnApplicationThatNeverAnswersIt) {
+TEST_F(QuitRequestTest, isDeliveredIfTheApplicationNeverReplies) {
   for (const std::optional<Actions>& actions : {std::optional<Actions>(), std::optional(Actions{"quit"})}) {
     BusApplication application(
         safari, safariPath, {.actions = actions, .onActivation = OnActivation::stopsAnswering, .ignoresSignals = true});
@@ -303,7 +303,7 @@ TEST_F(QuitRequestTest, isDeliveredToAnApplicationThatNeverAnswersIt) {
   }
 }
 
-TEST_F(QuitRequestTest, isNotDeliveredByABusThatHangs) {
+TEST_F(QuitRequestTest, isNotDeliveredByAnUnresponsiveBus) {
   BusApplication application(safari, safariPath, {.ignoresSignals = true});
   const auto applications = running(safari, soon);
   ASSERT_THAT(applications, SizeIs(1));
@@ -316,7 +316,7 @@ TEST_F(QuitRequestTest, isNotDeliveredByABusThatHangs) {
   EXPECT_EQ(application.notes(), "");
 }
 
-// Nothing else
+// Side effects
 
 TEST_F(QuitRequestTest, startsNoApplication) {
   if (!bus_.hasStartedSomething()) GTEST_SKIP() << "this kernel does not list a process's children";
@@ -329,7 +329,7 @@ TEST_F(QuitRequestTest, startsNoApplication) {
   EXPECT_EQ(bus_.hasStartedSomething(), false);
 }
 
-TEST_F(QuitRequestTest, canBeMadeAfterTheListThatTheProcessWasFoundInIsGone) {
+TEST_F(QuitRequestTest, worksWithoutTheListThatFoundTheProcess) {
   BusApplication application(safari, safariPath, wellBehaved());
   auto applications = std::make_unique<SessionBusApplications>(ample);
   const auto found = applications->withBundleIdentifier(safari);

@@ -10,11 +10,11 @@
 
 ScratchFolder::ScratchFolder() : path_(testing::TempDir() + "quillery-test-XXXXXX") {
   EXPECT_NE(mkdtemp(path_.data()), nullptr) << path_;
-  chmod(path_.c_str(), 0755);  // so that a process of another user finds its way in
+  chmod(path_.c_str(), 0755);  // so that other users can enter it
 }
 
 ScratchFolder::~ScratchFolder() {
-  chmod(path_.c_str(), 0755);  // a test may have closed it to itself
+  chmod(path_.c_str(), 0755);  // a test may have removed its own permissions
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }

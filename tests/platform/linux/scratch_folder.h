@@ -1,4 +1,4 @@
-// A folder of a test's own, gone with everything in it when the test is over.
+// A temporary folder for a test, removed with its content at the end of the test.
 #pragma once
 
 #include <filesystem>
@@ -13,19 +13,19 @@ class ScratchFolder {
   ScratchFolder& operator=(const ScratchFolder&) = delete;
 
   const std::string& path() const { return path_; }
-  // The path of something in it.
+  // Returns the path of a file or folder in it.
   std::string path(const std::string& name) const { return path_ + "/" + name; }
 
  private:
   std::string path_;
 };
 
-// What a file holds, and making one that holds something, without the code under test.
+// Read and write files without the code under test.
 std::string contentOf(const std::string& path);
 void makeFile(const std::string& path, const std::string& content);
 
-// The permission bits of a file or folder.
+// Returns the permission bits of a file or folder.
 unsigned modeOf(const std::string& path);
 
-// The names in a folder, sorted.
+// Returns the sorted names in a folder.
 std::vector<std::string> namesIn(const std::string& folder);

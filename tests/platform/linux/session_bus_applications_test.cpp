@@ -1,4 +1,4 @@
-// A real session bus, and real processes that own names on it.
+// Real processes that own names on a real session bus.
 #include "platform/linux/session_bus_applications.h"
 
 #include <gmock/gmock.h>
@@ -44,51 +44,51 @@ class SessionBusApplicationsTest : public testing::Test {
   SessionBusApplications applications_;
 };
 
-TEST_F(SessionBusApplicationsTest, noneRunWhoseNameNobodyOwns) {
+TEST_F(SessionBusApplicationsTest, findsNoneIfNobodyOwnsTheName) {
   EXPECT_THAT(identifiers(applications_), IsEmpty());
   EXPECT_THAT(identifiers(applications_, "com.apple.Other"), IsEmpty());
 }
 
-TEST_F(SessionBusApplicationsTest, theOwnerOfTheNameRunsUntilItLeaves) {
+TEST_F(SessionBusApplicationsTest, findsTheOwnerOfTheNameUntilItLeaves) {
   NameOwner owner(safari);
   EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
   EXPECT_THAT(identifiers(applications_, "com.apple"), IsEmpty());
   EXPECT_THAT(identifiers(applications_, "com.apple.Safari.Extra"), IsEmpty());
   owner.leave();
-  // The bus hears of the end by itself; it is sure to have heard once it has served a connection made after it.
+  // The bus handles the end of a connection before it serves a connection that is made later.
   const NameOwner other("com.example.Other");
   EXPECT_THAT(identifiers(applications_), IsEmpty());
 }
 
-TEST_F(SessionBusApplicationsTest, whoWaitsForTheNameRunsToo) {
+TEST_F(SessionBusApplicationsTest, findsProcessesThatAreQueuedForTheName) {
   const NameOwner first(safari);
   const NameOwner second(safari);
   EXPECT_THAT(identifiers(applications_), ElementsAre(first.process(), second.process()));
 }
 
-TEST_F(SessionBusApplicationsTest, aProcessIsOneInstanceWithHoweverManyConnections) {
+TEST_F(SessionBusApplicationsTest, findsAProcessWithSeveralConnectionsOnce) {
   const NameOwner first(safari, 3);
   const NameOwner second(safari, 2);
   EXPECT_THAT(identifiers(applications_), UnorderedElementsAre(first.process(), second.process()));
 }
 
-TEST_F(SessionBusApplicationsTest, aNameThatNoBusCanHaveIsNobodys) {
+TEST_F(SessionBusApplicationsTest, findsNoneForAnInvalidName) {
   for (const char* name : {"", "no dots", "..", "com.apple.Sa fari", "1.2"})
     EXPECT_THAT(identifiers(applications_, name), IsEmpty()) << name;
   const NameOwner owner(safari);
-  EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process())) << "the connection is none the worse";
+  EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process())) << "the connection still works";
 }
 
-TEST_F(SessionBusApplicationsTest, askingStartsNothing) {
+TEST_F(SessionBusApplicationsTest, startsNoApplication) {
   if (!bus_.hasStartedSomething()) GTEST_SKIP() << "this kernel does not list a process's children";
   EXPECT_THAT(identifiers(applications_), IsEmpty());
   EXPECT_EQ(bus_.hasStartedSomething(), false);
 }
 
-TEST_F(SessionBusApplicationsTest, theBusCanStartWhatTheTestAboveWatchesFor) {
+TEST_F(SessionBusApplicationsTest, wouldNoticeAnApplicationThatTheBusStarts) {
   sd_bus* bus = nullptr;
   ASSERT_GE(sd_bus_open_user(&bus), 0);
-  // Answered once the started process has ended without taking the name.
+  // Returns when the started process has ended without taking the name.
   EXPECT_LT(sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                                "StartServiceByName", nullptr, nullptr, "su", safari, 0U),
             0);
@@ -97,7 +97,7 @@ TEST_F(SessionBusApplicationsTest, theBusCanStartWhatTheTestAboveWatchesFor) {
   EXPECT_EQ(bus_.hasStartedSomething(), true);
 }
 
-TEST_F(SessionBusApplicationsTest, aBusThatWentAndCameBackIsAskedAnew) {
+TEST_F(SessionBusApplicationsTest, reconnectsToABusThatWasStoppedAndStarted) {
   {
     const NameOwner owner(safari);
     EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
@@ -109,7 +109,7 @@ TEST_F(SessionBusApplicationsTest, aBusThatWentAndCameBackIsAskedAnew) {
   EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
 }
 
-TEST_F(SessionBusApplicationsTest, aBusThatWasReplacedBetweenTwoQuestionsIsAskedAnew) {
+TEST_F(SessionBusApplicationsTest, reconnectsToABusThatWasReplaced) {
   EXPECT_THAT(identifiers(applications_), IsEmpty());
   bus_.stop();
   const SessionBus again(scratch_);
@@ -117,7 +117,7 @@ TEST_F(SessionBusApplicationsTest, aBusThatWasReplacedBetweenTwoQuestionsIsAsked
   EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
 }
 
-TEST_F(SessionBusApplicationsTest, aBusThatHangsHoldsNobodyUpForLong) {
+TEST_F(SessionBusApplicationsTest, returnsInTimeFromAnUnresponsiveBus) {
   SessionBusApplications connected(soon);
   const NameOwner owner(safari);
   EXPECT_THAT(identifiers(connected), ElementsAre(owner.process()));
@@ -126,12 +126,12 @@ TEST_F(SessionBusApplicationsTest, aBusThatHangsHoldsNobodyUpForLong) {
   EXPECT_THAT(identifiers(connected), IsEmpty());
   SessionBusApplications unconnected(soon);
   EXPECT_THAT(identifiers(unconnected), IsEmpty());
-  EXPECT_LT(std::chrono::steady_clock::now() - start, 10s) << "the library's own patience is longer";
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 10s) << "the library's own timeout is longer";
   kill(bus_.process(), SIGCONT);
   EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
 }
 
-TEST(SessionBusApplicationsWithoutABus, noneRun) {
+TEST(SessionBusApplicationsWithoutABus, findsNone) {
   const EnvironmentScope runtime("XDG_RUNTIME_DIR", std::nullopt);
   EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
   SessionBusApplications applications;
@@ -142,14 +142,14 @@ TEST(SessionBusApplicationsWithoutABus, noneRun) {
   }
 }
 
-TEST(SessionBusApplicationsWithoutABus, noneRunWhereSomethingElseListens) {
+TEST(SessionBusApplicationsWithoutABus, findsNoneIfTheSocketIsNoBus) {
   const ScratchFolder scratch;
   const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_un place{};
   place.sun_family = AF_UNIX;
   std::strncpy(place.sun_path, scratch.path("bus").c_str(), sizeof place.sun_path - 1);
   ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&place), sizeof place), 0);
-  ASSERT_EQ(listen(listener, 4), 0);  // and never answers
+  ASSERT_EQ(listen(listener, 4), 0);  // never replies
   const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + scratch.path("bus"));
   SessionBusApplications applications(soon);
   const auto start = std::chrono::steady_clock::now();

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(ConsoleUserInterface, saysTheTitleAndTheText) {
+TEST(ConsoleUserInterface, printsTheTitleAndTheText) {
   std::ostringstream output;
   ConsoleUserInterface userInterface(output);
   userInterface.becomeAccessory();
@@ -16,7 +16,7 @@ TEST(ConsoleUserInterface, saysTheTitleAndTheText) {
   EXPECT_EQ(output.str(), "Already sorted\nYour Safari bookmarks are already in order.\n");
 }
 
-TEST(ConsoleUserInterface, saysItOnStandardError) {
+TEST(ConsoleUserInterface, printsOnStandardErrorByDefault) {
   testing::internal::CaptureStderr();
   testing::internal::CaptureStdout();
   ConsoleUserInterface().runModal({"Title", "Text", {"Retry", "Cancel"}});
@@ -24,7 +24,7 @@ TEST(ConsoleUserInterface, saysItOnStandardError) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Title\nText\n");
 }
 
-TEST(ConsoleUserInterface, answersTheLastButton) {
+TEST(ConsoleUserInterface, returnsTheLastButton) {
   std::ostringstream output;
   ConsoleUserInterface userInterface(output);
   EXPECT_EQ(userInterface.runModal({"Title", "Text", {"OK"}}), 0U);

@@ -110,13 +110,18 @@ std::string entriesWithADuplicate(const std::string& duplicate) {
   std::string text;
   for (int key = 0; key < 30; ++key) {
     const std::string number = std::to_string(key);
-    text += "<key>key " + number + "</key><array><integer>" + number + "</integer></array>";
+    text.append("<key>key ")
+        .append(number)
+        .append("</key><array><integer>")
+        .append(number)
+        .append("</integer></array>");
   }
   return text + "<key>key 7</key>" + duplicate + "<key>last</key><dict><key>a</key><true/></dict>";
 }
 
 PlistValue dictionaryWithADuplicate(const PlistValue& duplicate) {
   std::vector<PlistEntry> entries;
+  entries.reserve(31);
   for (int key = 0; key < 30; ++key)
     entries.push_back({utf16("key " + std::to_string(key)), key == 7 ? duplicate : PlistValue::array({key})});
   entries.push_back({u"last", PlistValue::dictionary({{u"a", true}})});
@@ -160,7 +165,7 @@ TEST(XmlReader, skipsWhiteSpaceBeforeIntegers) {
   for (const std::string space : {" ", "\t", "\n", "\r\n\t ", "\v", "\x01", "\x7F", "\xE2\x80\x82", "\xE3\x80\x80"}) {
     EXPECT_EQ(read("<integer>" + space + "5</integer>"), PlistValue(5)) << testing::PrintToString(space);
     EXPECT_EQ(read("<integer>-" + space + "5</integer>"), PlistValue(-5)) << testing::PrintToString(space);
-    EXPECT_EQ(read("<integer>" + space + "+" + space + "0x1F</integer>"), PlistValue(31));
+    EXPECT_EQ(read("<integer>" + space + "+" + std::string(space).append("0x1F</integer>")), PlistValue(31));
     EXPECT_THAT(problemOf("<integer>" + space + "</integer>"), HasSubstr("an empty <integer> on line"));
     EXPECT_THAT(problemOf("<integer>5" + space + "</integer>"), HasSubstr("an unexpected byte 0x"));
   }
