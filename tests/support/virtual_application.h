@@ -16,7 +16,7 @@ class VirtualApplication : public Application {
  public:
   explicit VirtualApplication(Journal& journal) : journal_(journal) {}
 
-  void setDelegate(const std::weak_ptr<ApplicationDelegate>& delegate) override { delegate_ = delegate; }
+  void setDelegate(const std::weak_ptr<ApplicationDelegate>& newDelegate) override { delegate_ = newDelegate; }
   void run() override;
   void terminate() override;
 
