@@ -3,20 +3,29 @@
 
 usage: clang_tidy.py BUILD JOBS
 
-BUILD is a build folder with compile_commands.json. A source is checked again only if it, a header of ours that it
-includes, its compile command, .clang-tidy or clang-tidy itself has changed since it was clean. The exit status is 1 if
-there are warnings.
+BUILD is a build folder with compile_commands.json. Nearly all of clang-tidy's time goes into the standard library's
+headers, so the sources of a folder are joined into a few that include each header once. If there are complaints about
+joined sources, each is checked by itself, and only those complaints count.
+
+Joined sources are checked again only if one of them, a header of ours that it includes, its compile command,
+.clang-tidy or clang-tidy itself has changed since they were clean. The exit status is 1 if there are warnings.
 """
 import concurrent.futures
 import hashlib
+import itertools
 import json
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 
-INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+SOURCES_IN_A_BATCH = 12
+INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
+INCLUDE_LINE = re.compile(r"#include [<\"].*")
+TESTS = re.compile(r"^TEST(_F|_P)?\(", re.MULTILINE)
+PROGRAM = re.compile(r"^int (main|LLVMFuzzerTestOneInput)\(.*\{$", re.MULTILINE)
 
 
 class Sources:
@@ -26,9 +35,9 @@ class Sources:
         self.folders = [ROOT, build]
         self.included = {}
 
-    def closure(self, path):
-        """The file and all headers of ours that it includes, directly or not."""
-        found, waiting = set(), [path]
+    def closure(self, paths):
+        """The files and all headers of ours that they include, directly or not."""
+        found, waiting = set(), list(paths)
         while waiting:
             file = waiting.pop()
             if file not in found:
@@ -44,18 +53,87 @@ class Sources:
         return self.included[file]
 
 
-def key_of(sources, command, common):
+def leading(lines):
+    """The lines before the first that is neither an include, a comment nor empty."""
+    return list(itertools.takewhile(lambda line: not line or line.startswith(("//", "#include ")), lines))
+
+
+def joined(files):
+    """The text of several sources as one, with every header included once, before the first source.
+
+    Each source of tests is in a namespace of its own, because many of them have helpers of the same name.
+    """
+    includes, bodies = {}, []
+    for number, file in enumerate(files):
+        text = file.read_text(encoding="utf-8")
+        lines = text.splitlines()
+        start = len(leading(lines))
+        includes.update(dict.fromkeys(line for line in lines[:start] if line.startswith("#")))
+        body = "\n".join(lines[start:])
+        bodies.append(f"namespace source{number} {{\n{body}\n}}" if TESTS.search(text) else body)
+    return "\n".join([*includes, *bodies]) + "\n"
+
+
+def plain_command(command):
+    """A compile command without the names of the source and of the object."""
+    words = command["command"].split()
+    return " ".join(word for word in words if word not in ("-o", "-c", command["file"]) and not word.endswith(".o"))
+
+
+def batches_of(commands):
+    """Groups the sources that are in the same folder and have the same compile command. A program's main source, and
+    the support of tests beside the tests, are groups of their own."""
+    groups = {}
+    for command in commands:
+        file = pathlib.Path(command["file"])
+        text = file.read_text(encoding="utf-8")
+        kind = file.name if PROGRAM.search(text) else str(bool(TESTS.search(text)))
+        groups.setdefault((str(file.parent), kind, plain_command(command)), []).append(command)
+    for _, members in sorted(groups.items()):
+        members.sort(key=lambda command: command["file"])
+        size = -(-len(members) // -(-len(members) // SOURCES_IN_A_BATCH))  # as equal as can be
+        for start in range(0, len(members), size):
+            yield members[start:start + size]
+
+
+def key_of(sources, batch, common):
     digest = hashlib.sha256(common)
-    digest.update(command["command"].encode())
-    for file in sources.closure(pathlib.Path(command["file"])):
+    for command in batch:
+        digest.update(command["command"].encode())
+    for file in sources.closure(pathlib.Path(command["file"]) for command in batch):
         digest.update(file.as_posix().encode() + b"\0" + file.read_bytes())
     return digest.hexdigest()
 
 
-def check(build, file):
+def run(build, file):
     """Runs clang-tidy on one file. Returns its output, or "" if the file is clean."""
     result = subprocess.run(["clang-tidy", "--quiet", "-p", build, file], capture_output=True, text=True, check=False)
     return "" if result.returncode == 0 else result.stdout + result.stderr
+
+
+def is_clean_if_joined(build, batch, name):
+    """Checks a batch as one source, in a folder with the configuration of the originals."""
+    files = [pathlib.Path(command["file"]) for command in batch]
+    folder = build / "joined" / name / files[0].relative_to(ROOT).parts[0]
+    folder.mkdir(parents=True)
+    configuration = ROOT / folder.name / ".clang-tidy"
+    if configuration.exists():
+        shutil.copy(configuration, folder)
+    source = folder / "joined.cpp"
+    source.write_text(joined(files), encoding="utf-8")
+    command = {**batch[0], "file": str(source), "command": batch[0]["command"].replace(batch[0]["file"], str(source))}
+    (folder / "compile_commands.json").write_text(json.dumps([command]), encoding="utf-8")
+    output = run(folder, source)
+    if output:
+        print(f"{len(files)} sources together have complaints, so each is checked:\n{output}", file=sys.stderr)
+    return not output
+
+
+def check(build, batch, name):
+    """Returns the complaints about a batch, or "" if it is clean."""
+    if len(batch) > 1 and is_clean_if_joined(build, batch, name):
+        return ""
+    return "".join(run(build, command["file"]) for command in batch)
 
 
 def main():
@@ -65,21 +143,23 @@ def main():
                 and build not in pathlib.Path(command["file"]).parents}
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, check=True).stdout
     configurations = sorted([ROOT / ".clang-tidy", *ROOT.glob("*/.clang-tidy")])
-    common = version + b"".join(file.read_bytes() for file in configurations)
+    common = version + pathlib.Path(__file__).read_bytes() + b"".join(file.read_bytes() for file in configurations)
     sources = Sources(build)
     stamps = build / "clean_sources"
     clean = set(stamps.read_text(encoding="utf-8").split()) if stamps.exists() else set()
-    keys = {file: key_of(sources, command, common) for file, command in commands.items()}
-    waiting = sorted(file for file, key in keys.items() if key not in clean)
+    batches = {key_of(sources, batch, common): batch for batch in batches_of(commands.values())}
+    waiting = {key: batch for key, batch in batches.items() if key not in clean}
+    shutil.rmtree(build / "joined", ignore_errors=True)
     failed = False
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool, stamps.open("a", encoding="utf-8") as record:
-        for file, output in zip(waiting, pool.map(lambda file: check(build, file), waiting)):
+        for key, output in zip(waiting, pool.map(lambda key: check(build, waiting[key], key[:16]), waiting)):
             if output:
                 failed = True
                 print(output, flush=True)
             else:
-                print(keys[file], file=record, flush=True)
-    print(f"{len(waiting)} of {len(keys)} sources were checked; the others have not changed.")
+                print(key, file=record, flush=True)
+    count = sum(map(len, waiting.values()))
+    print(f"{count} of {len(commands)} sources were checked; the others have not changed.")
     sys.exit(1 if failed else 0)
 
 

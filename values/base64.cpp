@@ -8,23 +8,23 @@ namespace {
 
 constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-constexpr std::uint8_t other = 0xFF;
+constexpr std::uint8_t invalid = 0xFF;
 constexpr std::uint8_t space = 0xFE;
 constexpr std::uint8_t padding = 0xFD;
 
 constexpr std::array<std::uint8_t, 256> makeDigits() {
-  std::array<std::uint8_t, 256> digits{};
-  digits.fill(other);
+  std::array<std::uint8_t, 256> values{};
+  values.fill(invalid);
   for (std::size_t index = 0; index < alphabet.size(); ++index)
-    digits[static_cast<unsigned char>(alphabet[index])] = static_cast<std::uint8_t>(index);
-  for (const char character : {' ', '\t', '\n', '\r'}) digits[static_cast<unsigned char>(character)] = space;
-  digits['='] = padding;
-  return digits;
+    values[static_cast<unsigned char>(alphabet[index])] = static_cast<std::uint8_t>(index);
+  for (const char character : {' ', '\t', '\n', '\r'}) values[static_cast<unsigned char>(character)] = space;
+  values['='] = padding;
+  return values;
 }
 
-constexpr std::array<std::uint8_t, 256> digits = makeDigits();
+constexpr std::array<std::uint8_t, 256> digitValues = makeDigits();
 
-std::uint8_t digitOf(char character) { return digits[static_cast<unsigned char>(character)]; }
+std::uint8_t digitOf(char character) { return digitValues[static_cast<unsigned char>(character)]; }
 
 // Has neither a branch nor a table look-up per character, so that the compiler can vectorise it.
 bool isAllDigits(std::string_view text) {
@@ -88,7 +88,7 @@ std::string decodeBase64(std::string_view text) {
       ++paddings;
     else if (digit != space && character != '\v' && character != '\f')
       paddings = 0;
-    if (digit == other || digit == space) continue;
+    if (digit == invalid || digit == space) continue;
     group = group << 6 | (digit == padding ? 0U : digit);
     if (++count % 4 != 0) continue;
     bytes.push_back(static_cast<char>(group >> 16 & 0xFF));

@@ -157,7 +157,7 @@ UCollator* openOwn(const std::string& locale) {
   return nullptr;
 }
 
-UCollator* open(const std::string& locale, UErrorCode& status) {
+UCollator* openCollator(const std::string& locale, UErrorCode& status) {
   UCollator* collator = openOwn(locale);
   if (collator == nullptr) collator = ucol_open(rootLocale, &status);
   ucol_setAttribute(collator, UCOL_STRENGTH, UCOL_TERTIARY, &status);
@@ -190,7 +190,7 @@ void IcuCollation::Closer::operator()(UCollator* collator) const { ucol_close(co
 
 IcuCollation::IcuCollation(const std::string& locale) {
   UErrorCode status = U_ZERO_ERROR;
-  rules_.reset(open(locale, status));
+  rules_.reset(openCollator(locale, status));
   lettersOnly_.reset(openLettersOnly(rules_.get(), status));
   if (U_FAILURE(status) != 0)
     throw Error(

@@ -1,4 +1,4 @@
-// The companion's arguments: the request they make, or the complaint about them.
+// The companion's arguments: the requests and the error messages.
 #include "companion/command_line.h"
 
 #include <gmock/gmock.h>

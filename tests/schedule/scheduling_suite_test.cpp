@@ -10,6 +10,7 @@
 #include <functional>
 #include <iostream>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "schedule/next_sort_date.h"
@@ -18,6 +19,7 @@
 
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::KilledBySignal;
 
@@ -58,6 +60,18 @@ TEST_F(SchedulingSuiteDeathTest, passesInEveryTimeZone) {
     machine_.calendars.moveTo(zone);
     runSchedulingSuite();
   }
+}
+
+TEST_F(SchedulingSuiteDeathTest, asksForHalfPastNineAndHalfPastTwo) {
+  std::vector<std::pair<int, int>> times;
+  SchedulingFunctions noted = right();
+  noted.rule = [&](Instant after, int hour, int minute, const std::vector<int>& days, const Calendar& calendar) {
+    times.emplace_back(hour, minute);
+    return nextSortDate(after, hour, minute, days, calendar);
+  };
+  runSchedulingSuite(noted);
+  const std::pair halfPastNine(9, 30);
+  EXPECT_THAT(times, ElementsAre(halfPastNine, halfPastNine, halfPastNine, halfPastNine, std::pair(2, 30)));
 }
 
 TEST_F(SchedulingSuiteDeathTest, endsTheProcessOnASearchOnOrAfter) {

@@ -104,7 +104,7 @@ class OldStyleReader : private TextScanner {
     return builder_.closeArray();
   }
 
-  // Reads entries `key = value;` and `key;`, whose value is the key, up to something else.
+  // Reads entries until something else follows: `key = value;`, or `key;`, whose value is the key.
   std::uint32_t readEntries(unsigned level) {
     builder_.open(offset(next_));
     for (skipSpace(); next_ != end_ && isStringStart(*next_); skipSpace()) {

@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr std::string_view header =
+constexpr std::string_view documentStart =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
     "<plist version=\"1.0\">\n";
@@ -29,14 +29,14 @@ constexpr unsigned columnsPerLevel = 8;
 constexpr unsigned mostBase64Levels = 8;
 
 // Sufficient for base64 text, whose other characters are all above the space.
-bool isSpace(char character) { return character <= ' '; }
+bool isSpaceInBase64(char character) { return character <= ' '; }
 
 class XmlWriter {
  public:
   explicit XmlWriter(std::size_t expectedSize) : out_(expectedSize) {}
 
   Bytes write(const PlistValue& value) && {
-    append(header);
+    append(documentStart);
     writeValue(value, 0);
     append("</plist>\n");
     out_.resize(size_);
@@ -177,7 +177,7 @@ class XmlWriter {
     while (!text.empty()) {
       const std::size_t most = std::min(text.size(), width - column);
       std::size_t run = 0;
-      while (run < most && !isSpace(text[run])) ++run;
+      while (run < most && !isSpaceInBase64(text[run])) ++run;
       if (run != 0) {
         if (column == 0) indent(counted, width + 1);
         put(text.substr(0, run));
@@ -188,7 +188,7 @@ class XmlWriter {
         }
       }
       text.remove_prefix(run);
-      while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
+      while (!text.empty() && isSpaceInBase64(text.front())) text.remove_prefix(1);
     }
     if (column != 0) append("\n");
     indent(level, 8);
