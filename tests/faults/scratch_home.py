@@ -18,12 +18,14 @@ class Result:
 
 
 class ScratchHome:
-    def __init__(self, root, content):
+    def __init__(self, root, content=None):
+        """Creates a home folder whose bookmark file has the given bytes; without these the folder exists."""
         self.root = pathlib.Path(root)
         self.bookmarks = self.root / "Library/Safari/Bookmarks.plist"
         self.backups = self.root / "Library/Application Support/Quillery/Backups"
-        self.bookmarks.parent.mkdir(parents=True)
-        self.put(content)
+        if content is not None:
+            self.bookmarks.parent.mkdir(parents=True)
+            self.put(content)
 
     def put(self, content):
         """Replaces the bookmark file as Safari does: renames a new file over it."""
