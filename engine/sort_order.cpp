@@ -1,6 +1,7 @@
 #include "engine/sort_order.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -30,9 +31,11 @@ std::vector<std::size_t> offsetsOf(const std::vector<SortableEntry>& entries) {
 
 class Sorter {
  public:
-  Sorter(const Collation& collation, ChangeListener listener) : titles_(collation), listener_(std::move(listener)) {}
+  // For a tree, which exists as long as this object.
+  Sorter(const Collation& collation, const PlistValue& tree, ChangeListener listener)
+      : tree_(tree), titles_(collation, tree), listener_(std::move(listener)) {}
 
-  PlistValue sorted(const PlistValue& node, bool root) { return sorted(node, fieldsOf(node), root); }
+  PlistValue sorted(bool root) { return sorted(tree_, fieldsOf(tree_), root); }
 
  private:
   PlistValue sorted(const PlistValue& node, const NodeFields& fields, bool root) {
@@ -57,7 +60,8 @@ class Sorter {
     for (std::size_t index = 0; index < children->size(); ++index) {
       PlistValue& element = elements.emplace_back(children->at(index));
       const NodeFields child = fieldsOf(element);
-      if (!root && sortable(child)) entries.push_back({index, child.type == NodeType::list, child.title});
+      if (!root && sortable(child))
+        entries.push_back({child.title, static_cast<std::uint32_t>(index), 0, child.type == NodeType::list});
       if (child.children == PlistValue::absent) continue;
       PlistValue inOrder = sorted(element, child, false);
       if (inOrder.identity() == element.identity()) continue;
@@ -88,6 +92,7 @@ class Sorter {
     return true;
   }
 
+  const PlistValue& tree_;
   TitleComparison titles_;
   ChangeListener listener_;
   // The result of each shared node. The node itself is kept too, so that no other gets its identity.
@@ -98,8 +103,8 @@ class Sorter {
 
 bool sortable(const PlistValue& child) { return sortable(fieldsOf(child)); }
 
-PlistValue sorted(const PlistValue& node, bool root) { return Sorter(platform().collation, {}).sorted(node, root); }
+PlistValue sorted(const PlistValue& node, bool root) { return Sorter(platform().collation, node, {}).sorted(root); }
 
 void reportChanges(const PlistValue& node, bool root, const ChangeListener& listener) {
-  Sorter(platform().collation, listener).sorted(node, root);
+  Sorter(platform().collation, node, listener).sorted(root);
 }

@@ -209,6 +209,68 @@ TEST_F(SortOrderTest, comparesSharedLongTitlesOnce) {
     EXPECT_EQ(title(inOrder.at(index)), wanted[index / (inOrder.size() / wanted.size())]);
 }
 
+// Counts the units of the titles that are compared.
+class UnitCountingCollation : public Collation {
+ public:
+  explicit UnitCountingCollation(const Collation& collation) : collation_(collation) {}
+  std::strong_ordering localizedStandardCompare(std::u16string_view a, std::u16string_view b) const override {
+    units_ += a.size() + b.size();
+    return collation_.localizedStandardCompare(a, b);
+  }
+  std::size_t units() const { return units_; }
+
+ private:
+  const Collation& collation_;
+  mutable std::size_t units_ = 0;
+};
+
+// Sorts a folder of a file, and expects that this compares little more than the size of the file at most 40 times.
+PlistValue sortedWithFewComparisons(const Bytes& file) {
+  const PlistValue root = NativePropertyLists().parse(file).value;
+  const UnitCountingCollation collation(platform().collation);
+  const Platform altered = with(collation);
+  const PlatformScope counting(altered);
+  PlistValue inOrder = *sorted(root, false).value(u"Children");
+  EXPECT_LT(collation.units(), 40 * (file.size() + (std::size_t{1} << 20)));
+  return inOrder;
+}
+
+TEST_F(SortOrderTest, comparesSharedShortTitlesOnce) {
+  BinaryFile file(2);
+  std::vector<std::uint32_t> leaves;
+  for (int number = 99; number >= 0; --number)
+    leaves.push_back(file.leaf(std::string(250, 'x') + std::to_string(100 + number)));
+  std::vector<std::uint32_t> children;
+  for (std::size_t index = 0; index < 100'000; ++index) children.push_back(leaves[index % leaves.size()]);
+  const PlistValue inOrder = sortedWithFewComparisons(file.bytes(file.folder("all", children)));
+  ASSERT_EQ(inOrder.size(), children.size());
+  for (std::size_t index = 1; index < inOrder.size(); ++index)
+    EXPECT_EQ(title(inOrder.at(index)) == title(inOrder.at(index - 1)), index % 1000 != 0);
+}
+
+TEST_F(SortOrderTest, comparesTitlesOnceForAllFolders) {
+  BinaryFile file(2);
+  std::vector<std::uint32_t> leaves;
+  for (char last = 'p'; last >= 'a'; --last) leaves.push_back(file.leaf(std::string(5000, 'x') + last));
+  std::vector<std::uint32_t> folders;
+  for (int number = 0; number < 5000; ++number) folders.push_back(file.folder("f", leaves));
+  const PlistValue inOrder = sortedWithFewComparisons(file.bytes(file.folder("all", folders)));
+  for (const std::size_t index : {0U, 15U})
+    EXPECT_EQ(title(inOrder.at(4999).value(u"Children")->at(index)).back(), u'a' + index);
+}
+
+TEST_F(SortOrderTest, comparesALongTitleRarely) {
+  BinaryFile file(2);
+  std::vector<std::uint32_t> children;
+  for (int number = 10'000; number > 0; --number) {
+    if (number == 5000) children.push_back(file.leaf(std::string(200'000, '\x01') + "a"));
+    children.push_back(file.leaf(std::to_string(number)));
+  }
+  const PlistValue inOrder = sortedWithFewComparisons(file.bytes(file.folder("all", children)));
+  EXPECT_EQ(title(inOrder.at(0)), u"1");
+  EXPECT_EQ(title(inOrder.at(10'000)).size(), 200'001U);
+}
+
 TEST_F(SortOrderTest, readsASharedLargeEntryInLinearTime) {
   constexpr std::uint32_t many = 300'000;  // quadratic time would take minutes
   BinaryFile file(4);
