@@ -1,7 +1,6 @@
 // The order of all titles of a bookmark tree as numbers.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <unordered_map>
 #include <unordered_set>
@@ -20,23 +19,11 @@ class TitleRanks {
   std::uint32_t of(const PlistText& title) const { return ranks_[numbers_.at(title)]; }
 
  private:
-  // Texts at the same place are the same text, so that looking up a long title does not read it.
-  struct PlaceHash {
-    std::size_t operator()(const PlistText& text) const {
-      return text.empty() ? 0 : std::hash<const void*>()(text.start());
-    }
-  };
-  struct SamePlace {
-    bool operator()(const PlistText& a, const PlistText& b) const {
-      return a.count() == b.count() && (a.empty() || (a.start() == b.start() && a.encoding() == b.encoding()));
-    }
-  };
-
   void collect(const PlistValue& node);
   void rank(const Collation& collation);
 
-  std::unordered_set<PlistValue::Identity> visited_;  // lists of entries
-  std::unordered_map<PlistText, std::uint32_t, PlaceHash, SamePlace> numbers_;
+  std::unordered_set<PlistValue::Identity> visited_;
+  std::unordered_map<PlistText, std::uint32_t, PlistText::PlaceHash, PlistText::SamePlace> numbers_;
   std::vector<PlistText> titles_;  // by number, as are the ranks
   std::vector<std::uint32_t> ranks_;
 };

@@ -3,30 +3,36 @@
 // file.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <unordered_map>
+#include <utility>
+#include <vector>
 
 class PlistKeyIndex {
  public:
   // Returns true if a dictionary of that many entries gets an index.
   static constexpr bool isFor(std::size_t entries) { return entries > 64; }
 
-  // Fills the index unless it is full already: calls `keyAt(entry)` for each entry, which returns a PlistText.
-  template <class KeyAt>
-  void fill(std::size_t entries, KeyAt keyAt) {
+  // Fills the index unless it is full already: calls `hashAt(entry)` for each entry, which returns the hash of its key.
+  template <class HashAt>
+  void fill(std::size_t entries, HashAt hashAt) {
     if (!places_.empty()) return;
     places_.reserve(entries);
-    for (std::size_t entry = 0; entry < entries; ++entry) places_.emplace(keyAt(entry).hash(), entry);
+    for (std::size_t entry = 0; entry < entries; ++entry) places_.push_back({hashAt(entry), entry});
+    std::sort(places_.begin(), places_.end());
   }
 
   // Calls `visit` with each entry whose key may have this hash.
   template <class Visit>
   void visit(std::uint32_t hash, Visit visit) const {
-    const auto [first, last] = places_.equal_range(hash);
-    for (auto place = first; place != last; ++place) visit(place->second);
+    auto place = std::lower_bound(places_.begin(), places_.end(), Place{hash, 0});
+    for (; place != places_.end() && place->first == hash; ++place) visit(place->second);
   }
 
  private:
-  std::unordered_multimap<std::uint32_t, std::size_t> places_;
+  using Place = std::pair<std::uint32_t, std::size_t>;  // the hash of a key and its entry
+
+  // Sorted. A hash table would be slow for keys that are made to be in the same bucket.
+  std::vector<Place> places_;
 };

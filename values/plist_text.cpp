@@ -118,6 +118,12 @@ std::u16string PlistText::utf16() const {
   return units;
 }
 
+std::u16string PlistText::utf16(std::size_t most) const {
+  std::u16string units;
+  for (UnitReader reader(*this); !reader.atEnd() && units.size() < most;) units.push_back(reader.next());
+  return units;
+}
+
 void PlistText::appendTo(std::u16string& units) const {
   if (encoding_ == PlistEncoding::utf16) {
     units.append(static_cast<const char16_t*>(start_), count_);
@@ -160,7 +166,7 @@ bool PlistText::startsWith(std::u16string_view prefix) const {
 
 bool operator==(const PlistText& a, const PlistText& b) {
   if (a.encoding_ == b.encoding_)
-    return a.count_ == b.count_ && (a.count_ == 0 || std::memcmp(a.start_, b.start_, a.byteCount()) == 0);
+    return a.count_ == b.count_ && (a.isAt(b) || std::memcmp(a.start_, b.start_, a.byteCount()) == 0);
   if (b.encoding_ == PlistEncoding::utf16 && a.encoding_ != PlistEncoding::utf16BigEndian)
     if (const std::optional<bool> equal = equalIfAscii(a, static_cast<const char16_t*>(b.start_), b.count_))
       return *equal;

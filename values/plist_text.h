@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -32,8 +33,9 @@ class PlistText {
   std::size_t byteCount() const { return count_ * (encoding_ >= PlistEncoding::utf16BigEndian ? 2 : 1); }
   bool empty() const { return count_ == 0; }
 
-  // Copies the units, or appends them to a string.
+  // Copies the units, or the first `most` of them, or appends them to a string.
   std::u16string utf16() const;
+  std::u16string utf16(std::size_t most) const;
   void appendTo(std::u16string& units) const;
 
   std::uint32_t hash() const;
@@ -42,7 +44,21 @@ class PlistText {
   friend bool operator==(const PlistText& a, const PlistText& b);
   friend bool operator==(const PlistText& a, std::u16string_view b) { return a == PlistText(b); }
 
+  // For tables of texts that exist as long as the table: identify a text by its place, without reading it.
+  struct PlaceHash {
+    std::size_t operator()(const PlistText& text) const {
+      return text.empty() ? 0 : std::hash<const void*>()(text.start_);
+    }
+  };
+  struct SamePlace {
+    bool operator()(const PlistText& a, const PlistText& b) const { return a.count_ == b.count_ && a.isAt(b); }
+  };
+
  private:
+  bool isAt(const PlistText& other) const {
+    return count_ == 0 || (start_ == other.start_ && encoding_ == other.encoding_);
+  }
+
   const void* start_;
   std::size_t count_;
   PlistEncoding encoding_;

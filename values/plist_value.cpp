@@ -203,7 +203,7 @@ std::optional<std::size_t> PlistValue::indexOf(const PlistKey& key) const {
 
 void PlistValue::locate(const PlistKey* keys, std::size_t* indices, std::size_t count) const {
   if (PlistKeyIndex* index = keyIndex()) {
-    index->fill(size(), [this](std::size_t entry) { return keyAt(entry); });
+    index->fill(size(), [this](std::size_t entry) { return keyHashAt(entry); });
     for (std::size_t key = 0; key < count; ++key)
       index->visit(keys[key].hash(), [&](std::size_t entry) {
         if (keyAt(entry) == keys[key]) indices[key] = entry;
@@ -224,6 +224,13 @@ void PlistValue::locate(const PlistKey* keys, std::size_t* indices, std::size_t 
     for (std::size_t key = 0; key < count; ++key)
       if (candidate.high() == keys[key].hash() && document.text(candidate) == keys[key]) indices[key] = entry;
   }
+}
+
+// A document has the hashes of its keys, so that many dictionaries with the same long keys do not read them again.
+std::uint32_t PlistValue::keyHashAt(std::size_t index) const {
+  if (shared<Dictionary>() != nullptr) return keyAt(index).hash();
+  const PlistDocument& document = *place()->document;
+  return document.records[document.key(*record(), index)].high();
 }
 
 PlistKeyIndex* PlistValue::keyIndex() const {
@@ -301,12 +308,12 @@ class Comparison {
     const PlistValue::Identity right = b.identity();
     if (left.storage != nullptr && left == right) return true;
     switch (kind) {
-      case PlistKind::string: return *a.string() == *b.string();
+      case PlistKind::string: return isKnown(a.string()->byteCount(), left, right) || *a.string() == *b.string();
       case PlistKind::integer: return *a.integer() == *b.integer();
       case PlistKind::real: return sameBits(*a.real(), *b.real());
       case PlistKind::boolean: return *a.boolean() == *b.boolean();
       case PlistKind::date: return sameBits(a.date()->seconds, b.date()->seconds);
-      case PlistKind::data: return *a.data() == *b.data();
+      case PlistKind::data: return isKnown(a.data()->size(), left, right) || *a.data() == *b.data();
       case PlistKind::array:
       case PlistKind::dictionary: break;
     }
@@ -342,6 +349,13 @@ class Comparison {
       if (!equal(a.valueAt(index), b.valueAt(other))) return false;
     }
     return true;
+  }
+
+  // Returns true if two strings or data have been compared before. Remembers only long ones, as thousands of containers
+  // can share them.
+  bool isKnown(std::size_t size, PlistValue::Identity left, PlistValue::Identity right) {
+    constexpr std::size_t longestShort = 256;
+    return size > longestShort && !join(left, right);
   }
 
   // Puts both into one class; returns false if they were in one class already.

@@ -201,6 +201,7 @@ class PlistValue {
                                std::shared_ptr<const Bytes>, std::shared_ptr<const Array>,
                                std::shared_ptr<const Dictionary>, Place>;
 
+  std::uint32_t keyHashAt(std::size_t index) const;
   // Returns the key index of a large dictionary, else null.
   PlistKeyIndex* keyIndex() const;
   void locate(const PlistKey* keys, std::size_t* indices, std::size_t count) const;

@@ -179,11 +179,11 @@ class BinaryReader {
       decode(index);
     }
     if (record.kind != PlistKind::string) throw keyNotString(dictionary);
-    if (record.high() != 0) return index;
+    if (record.high() != 0) return index;  // the hash of a key, nearly always
     if (const auto alias = aliases_.find(index); alias != aliases_.end()) return alias->second;
     const PlistText text = document_->text(record);
     const std::uint32_t key = keys_.intern(text, text.hash(), [&] { return index; });
-    if (key != index) aliases_.emplace(index, key);
+    if (key != index || record.high() == 0) aliases_.emplace(index, key);
     return key;
   }
 

@@ -147,14 +147,19 @@ class BinaryWriter {
     const std::size_t first = references_.size();
     references_.resize(first + (dictionary ? 2 * size : size));
     const auto object = add({value.kind(), first, size});
-    for (std::size_t index = 0; index < size && dictionary; ++index) {
-      references_[first + index] = numberScalar(PlistKind::string, [&] { appendString(scalars_, value.keyAt(index)); });
-    }
+    for (std::size_t index = 0; index < size && dictionary; ++index)
+      references_[first + index] = numberKey(value.keyAt(index));
     for (std::size_t index = 0; index < size; ++index) {
       const std::uint32_t child = number(dictionary ? value.valueAt(index) : value.at(index));
       references_[first + (dictionary ? size : 0) + index] = child;
     }
     return object;
+  }
+
+  std::uint32_t numberKey(const PlistText& key) {
+    const auto [known, isNew] = keys_.emplace(key, 0);
+    if (isNew) known->second = numberScalar(PlistKind::string, [&] { appendString(scalars_, key); });
+    return known->second;
   }
 
   std::uint32_t add(const Object& object) {
@@ -197,6 +202,7 @@ class BinaryWriter {
   std::string scalars_;
   std::vector<std::uint32_t> references_;
   std::unordered_map<PlistValue::Identity, std::uint32_t> numbers_;
+  std::unordered_map<PlistText, std::uint32_t, PlistText::PlaceHash, PlistText::SamePlace> keys_;
   std::unordered_set<std::uint32_t, ScalarHash, ScalarEqual> seen_{64, ScalarHash{this}, ScalarEqual{this}};
 };
 

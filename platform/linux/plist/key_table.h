@@ -1,9 +1,11 @@
-// The keys of a document while it is read. Equal keys become one record.
+// The keys of a document while it is read. Equal keys become one record. An attacker can make keys whose hashes are
+// equal or have one place in the table. Such a file is refused: reading it would take time quadratic in its size.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
+#include "platform/linux/plist/plist_error.h"
 #include "values/plist_document.h"
 
 class KeyTable {
@@ -11,13 +13,18 @@ class KeyTable {
   explicit KeyTable(PlistDocument& document) : document_(document), slots_(64, empty) {}
 
   // Returns the record of the key with this text and hash; if there is none, calls `make` and uses the record that it
-  // returns.
+  // returns. Throws Error if too many keys have this hash or this place.
   template <class Make>
   std::uint32_t intern(const PlistText& text, std::uint32_t hash, const Make& make) {
     std::size_t slot = hash & (slots_.size() - 1);
+    unsigned equalHashes = 0;
+    unsigned others = 0;
     for (; slots_[slot] != empty; slot = (slot + 1) & (slots_.size() - 1)) {
       const PlistRecord& record = document_.records[slots_[slot]];
       if (record.high() == hash && document_.text(record) == text) return slots_[slot];
+      ++(record.high() == hash ? equalHashes : others);
+      if (equalHashes > mostOfEqualHash || others > mostAtOnePlace)
+        throw unreadable("too many keys with nearly equal hashes");
     }
     const std::uint32_t key = make();
     PlistRecord& record = document_.records[key];
@@ -29,6 +36,9 @@ class KeyTable {
 
  private:
   static constexpr std::uint32_t empty = 0xFFFF'FFFF;
+  // Far more than a million keys that nobody has chosen for their hashes ever have.
+  static constexpr unsigned mostOfEqualHash = 16;
+  static constexpr unsigned mostAtOnePlace = 4096;
 
   void grow() {
     std::vector<std::uint32_t> larger(slots_.size() * 4, empty);

@@ -7,6 +7,8 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "engine/sort_order.h"
@@ -55,11 +57,45 @@ TEST(BinaryReader, namesTheByteOfATruncatedFile) {
     EXPECT_THAT(problemOf(small().slice(0, size)), HasSubstr("byte")) << size;
 }
 
+std::uint32_t hashFrom(std::uint32_t hash, const std::string& text) {
+  for (const char character : text) hash = plistHashStep(hash, static_cast<unsigned char>(character));
+  return hash;
+}
+
+// Returns two texts that lead from one hash to the same hash.
+std::pair<std::string, std::string> collidingTexts(std::uint32_t start) {
+  std::unordered_map<std::uint32_t, std::string> seen;
+  for (int number = 0;; ++number) {
+    const std::string text = std::to_string(number * 7919LL);
+    const auto [known, isNew] = seen.emplace(hashFrom(start, text), text);
+    if (!isNew) return {known->second, text};
+  }
+}
+
 TEST(BinaryReader, refusesACycle) {
   BinaryFile file;
   file.array({1});
   file.array({0});
   EXPECT_THAT(problemOf(file.bytes()), HasSubstr("the object at byte 8 contains itself"));
+}
+
+TEST(BinaryReader, refusesKeysOfEqualHash) {
+  // Each pair has the same hash, whatever comes before and after it.
+  std::vector<std::string> keys = {""};
+  std::uint32_t state = plistHashStart;
+  while (keys.size() < 64) {
+    const auto [one, other] = collidingTexts(state);
+    std::vector<std::string> longer;
+    for (const std::string& key : keys) longer.insert(longer.end(), {key + one, key + other});
+    keys = longer;
+    state = hashFrom(state, one);
+  }
+  BinaryFile file;
+  const std::uint32_t value = file.string("value");
+  std::vector<std::uint32_t> numbers;
+  for (const std::string& key : keys) numbers.push_back(file.string(key));
+  const std::uint32_t top = file.dictionary(numbers, std::vector<std::uint32_t>(numbers.size(), value));
+  EXPECT_THAT(problemOf(file.bytes(top)), HasSubstr("too many keys with nearly equal hashes"));
 }
 
 TEST(BinaryReader, refusesAReferenceOutOfRange) {
