@@ -16,26 +16,39 @@ constexpr unsigned backupFileMode = 0600;
 constexpr std::string_view namePrefix = "Bookmarks-";
 constexpr std::string_view nameSuffix = ".plist";
 
-// Counts the bookmarks of a tree. A node that several folders share counts once per folder but is visited only once.
+// Counts the bookmarks of a tree. A node or list that several folders share counts once per folder but is visited only
+// once.
 class BookmarkCount {
  public:
   std::uint64_t in(const PlistValue& node) {
-    const bool remember = node.mayBeShared();
-    if (remember)
-      if (const auto known = known_.find(node.identity()); known != known_.end()) return known->second;
-    std::uint64_t count = fieldsOf(node).type == NodeType::leaf ? 1 : 0;
-    const std::optional<PlistValue> children = childrenOf(node);
-    for (std::size_t index = 0; children && index < children->size(); ++index)
-      count = sum(count, in(children->at(index)));
-    if (remember) known_.emplace(node.identity(), count);
-    return count;
+    return remembered(node, [&] {
+      const std::uint64_t own = fieldsOf(node).type == NodeType::leaf ? 1 : 0;
+      const std::optional<PlistValue> list = lists_.of(node);
+      return list ? sum(own, remembered(*list, [&] { return inList(*list); })) : own;
+    });
   }
 
  private:
+  std::uint64_t inList(const PlistValue& list) {
+    std::uint64_t count = 0;
+    for (std::size_t index = 0; index < list.size(); ++index) count = sum(count, in(list.at(index)));
+    return count;
+  }
+
+  template <class Count>
+  std::uint64_t remembered(const PlistValue& value, const Count& count) {
+    if (!value.mayBeShared()) return count();
+    if (const auto known = known_.find(value.identity()); known != known_.end()) return known->second;
+    const std::uint64_t counted = count();
+    known_.emplace(value.identity(), counted);
+    return counted;
+  }
+
   static std::uint64_t sum(std::uint64_t a, std::uint64_t b) {
     return a > std::numeric_limits<std::uint64_t>::max() - b ? std::numeric_limits<std::uint64_t>::max() : a + b;
   }
 
+  EntryLists lists_;
   std::unordered_map<PlistValue::Identity, std::uint64_t> known_;
 };
 

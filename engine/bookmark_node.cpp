@@ -8,6 +8,12 @@ NodeType typeOf(const std::optional<PlistText>& text) {
   return *text == bookmark::listType ? NodeType::list : NodeType::other;
 }
 
+bool holdsOnlyDictionaries(const PlistValue& list) {
+  for (std::size_t index = 0; index < list.size(); ++index)
+    if (list.kindAt(index) != PlistKind::dictionary) return false;
+  return true;
+}
+
 }  // namespace
 
 NodeFields fieldsOf(const PlistValue& node) {
@@ -30,10 +36,13 @@ bool folder(const PlistValue& node) { return fieldsOf(node).type == NodeType::li
 
 std::u16string title(const PlistValue& node) { return fieldsOf(node).title.utf16(); }
 
-std::optional<PlistValue> childrenOf(const PlistValue& node) {
-  std::optional<PlistValue> children = node.value(bookmark::children);
-  if (!children || !children->is(PlistKind::array)) return std::nullopt;
-  for (std::size_t index = 0; index < children->size(); ++index)
-    if (children->kindAt(index) != PlistKind::dictionary) return std::nullopt;
-  return children;
+std::optional<PlistValue> childrenOf(const PlistValue& node) { return EntryLists().of(node); }
+
+std::optional<PlistValue> EntryLists::of(const PlistValue& node) {
+  std::optional<PlistValue> list = node.value(bookmark::children);
+  if (!list || !list->is(PlistKind::array)) return std::nullopt;
+  if (!node.mayBeShared() && !list->mayBeShared()) return holdsOnlyDictionaries(*list) ? list : std::nullopt;
+  const auto [known, isNew] = isValid_.emplace(list->identity(), false);
+  if (isNew) known->second = holdsOnlyDictionaries(*list);
+  return known->second ? list : std::nullopt;
 }

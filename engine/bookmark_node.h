@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "values/plist_value.h"
 
@@ -38,5 +39,16 @@ bool folder(const PlistValue& node);
 // Returns a node's title: `Title` if that is a string, else the `title` of `URIDictionary` if that is one, else "".
 std::u16string title(const PlistValue& node);
 
-// Returns a node's entries: `Children` if that is an array of dictionaries only, else none.
+// Returns a node's entries: `Children` if that is an array of dictionaries only, else none. Takes time linear in the
+// length of the list.
 std::optional<PlistValue> childrenOf(const PlistValue& node);
+
+// Returns the entries of the nodes of a tree, which exists as long as this object. Remembers which lists it has
+// checked, because thousands of folders can share a node, or nodes a list.
+class EntryLists {
+ public:
+  std::optional<PlistValue> of(const PlistValue& node);
+
+ private:
+  std::unordered_map<PlistValue::Identity, bool> isValid_;
+};

@@ -40,25 +40,36 @@ class Sorter {
  private:
   PlistValue sorted(const PlistValue& node, const NodeFields& fields, bool root) {
     if (fields.children == PlistValue::absent || fields.title == bookmark::readingListTitle) return node;
-    // A node that several folders share is sorted once and stays one node.
-    const bool remember = !root && node.mayBeShared();
-    if (remember)
-      if (const auto done = done_.find(node.identity()); done != done_.end()) return done->second.second;
-    PlistValue result = withSortedChildren(node, fields, root);
-    if (remember) done_.emplace(node.identity(), std::pair(node, result));
+    return remembered(node, [&] { return withSortedChildren(node, fields, root); });
+  }
+
+  // A node that several folders share is sorted once and stays one node. The same holds for a list of entries that
+  // several nodes share.
+  template <class Sort>
+  PlistValue remembered(const PlistValue& original, const Sort& sort) {
+    if (!original.mayBeShared()) return sort();
+    if (const auto done = done_.find(original.identity()); done != done_.end()) return done->second.second;
+    PlistValue result = sort();
+    done_.emplace(original.identity(), std::pair(original, result));
     return result;
   }
 
   PlistValue withSortedChildren(const PlistValue& node, const NodeFields& fields, bool root) {
-    const std::optional<PlistValue> children = childrenOf(node);
+    const std::optional<PlistValue> children = lists_.of(node);
     if (!children) return node;
+    PlistValue inOrder = remembered(*children, [&] { return sortedList(*children, root); });
+    if (inOrder.identity() == children->identity()) return node;
+    return node.replacing(fields.children, std::move(inOrder));
+  }
+
+  PlistValue sortedList(const PlistValue& list, bool root) {
     bool changed = false;
     std::vector<PlistValue> elements;
     std::vector<SortableEntry> entries;
-    elements.reserve(children->size());
-    entries.reserve(root ? 0 : children->size());
-    for (std::size_t index = 0; index < children->size(); ++index) {
-      PlistValue& element = elements.emplace_back(children->at(index));
+    elements.reserve(list.size());
+    entries.reserve(root ? 0 : list.size());
+    for (std::size_t index = 0; index < list.size(); ++index) {
+      PlistValue& element = elements.emplace_back(list.at(index));
       const NodeFields child = fieldsOf(element);
       if (!root && sortable(child))
         entries.push_back({child.title, static_cast<std::uint32_t>(index), 0, child.type == NodeType::list});
@@ -70,9 +81,9 @@ class Sorter {
     }
     FolderOrder order;
     changed |= reorder(elements, entries, order);
-    if (!changed) return node;
-    if (listener_) listener_(node, order);
-    return node.replacing(fields.children, children->rearranged(std::move(elements)));
+    if (!changed) return list;
+    if (listener_) listener_(list, order);
+    return list.rearranged(std::move(elements));
   }
 
   // Sorts the elements that `entries` name among the places that they have. Returns true if any moved, and then sets
@@ -95,7 +106,8 @@ class Sorter {
   const PlistValue& tree_;
   TitleComparison titles_;
   ChangeListener listener_;
-  // The result of each shared node. The node itself is kept too, so that no other gets its identity.
+  EntryLists lists_;
+  // The result of each shared node or list. The original is kept too, so that no other gets its identity.
   std::unordered_map<PlistValue::Identity, std::pair<PlistValue, PlistValue>> done_;
 };
 

@@ -24,9 +24,9 @@ struct FolderOrder {
 // nothing moves; a node that is in order is returned as it is.
 PlistValue sorted(const PlistValue& node, bool root);
 
-// Called once per changed node, children first, with the node as it was before the sort. The order is empty if only
-// something below the node changes.
-using ChangeListener = std::function<void(const PlistValue& node, const FolderOrder& order)>;
+// Called once per changed list of entries, inner lists first, with the list as it was before the sort. Several folders
+// may share a list. The order is empty if only something below the list's entries changes.
+using ChangeListener = std::function<void(const PlistValue& list, const FolderOrder& order)>;
 
 // Calls `listener` with everything that sorted(node, root) would change.
 void reportChanges(const PlistValue& node, bool root, const ChangeListener& listener);

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "engine/bookmark_node.h"
 #include "values/plist_value.h"
 
 // An entry of a folder after a sort. Places are indices among all entries of the folder, from 0.
@@ -22,13 +23,17 @@ struct PreviewEntry {
 class SortPreview {
  public:
   // `root` is the root of a bookmark file. `entriesAtMost` limits how many entries are visited in all, because nested
-  // shared folders can make a small hostile file into an endless list. Any other file has fewer entries than bytes.
+  // shared folders can make a small hostile file into an endless list. Throws SorterError::previewHasTooManyLines if
+  // the folders that change have more entries.
   SortPreview(const PlistValue& root, std::size_t entriesAtMost);
 
   bool isInOrder() const { return changes_.empty(); }
 
   // Returns true if a sort changes anything in a folder or below it.
-  bool changes(const PlistValue& folder) const { return changes_.contains(folder.identity()); }
+  bool changes(const PlistValue& folder) const { return changeOf(folder) != nullptr; }
+
+  // Returns true if forEachEntry() has a list to go through, though it may be empty.
+  bool hasEntries(const PlistValue& folder) { return lists_.of(folder).has_value(); }
 
   // Calls `visit` for each entry of a folder, in the order after the sort. No-op for a node without valid children.
   // Throws SorterError::previewHasTooManyLines once all calls together exceed the limit.
@@ -45,7 +50,10 @@ class SortPreview {
     std::vector<bool> moved;
   };
 
-  std::unordered_map<PlistValue::Identity, Change> changes_;
+  const Change* changeOf(const PlistValue& folder) const;
+
+  std::unordered_map<PlistValue::Identity, Change> changes_;  // by the list of entries
+  EntryLists lists_;
   std::size_t entriesLeft_;
   std::size_t movedEntries_ = 0;
   std::size_t foldersWithMoves_ = 0;

@@ -271,6 +271,25 @@ TEST_F(SortOrderTest, comparesALongTitleRarely) {
   EXPECT_EQ(title(inOrder.at(10'000)).size(), 200'001U);
 }
 
+TEST_F(SortOrderTest, sortsAListThatFoldersShareOnce) {
+  BinaryFile file;
+  const std::uint32_t list = file.array({file.leaf("z"), file.leaf("a")});
+  const auto folderWith = [&](const std::string& title) {
+    return file.dictionary({file.string("WebBookmarkType"), file.string("Title"), file.string("Children")},
+                           {file.string("WebBookmarkTypeList"), file.string(title), list});
+  };
+  const std::uint32_t top = file.folder("", {folderWith("1"), folderWith("2"), folderWith("com.apple.ReadingList")});
+  const PlistValue root = NativePropertyLists().parse(file.bytes(top)).value;
+  const PlistValue inOrder = sorted(root, true);
+  EXPECT_EQ(outline(inOrder), "1[a z] 2[a z] com.apple.ReadingList[z a]");
+  const PlistValue folders = *inOrder.value(u"Children");
+  EXPECT_EQ(folders.at(0).value(u"Children")->identity(), folders.at(1).value(u"Children")->identity());
+  int changes = 0;
+  reportChanges(root, true,
+                [&](const PlistValue&, const FolderOrder& order) { changes += order.places.empty() ? 0 : 1; });
+  EXPECT_EQ(changes, 1);
+}
+
 TEST_F(SortOrderTest, readsASharedLargeEntryInLinearTime) {
   constexpr std::uint32_t many = 300'000;  // quadratic time would take minutes
   BinaryFile file(4);

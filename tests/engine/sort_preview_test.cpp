@@ -98,6 +98,21 @@ TEST_F(SortPreviewTest, listsASharedNodeInBothFolders) {
   }
 }
 
+TEST_F(SortPreviewTest, listsASharedListInEachFolderButTheReadingList) {
+  BinaryFile file;
+  const std::uint32_t list = file.array({file.leaf("z"), file.leaf("a")});
+  std::vector<std::uint32_t> folders;
+  for (const char* title : {"one", "two", "com.apple.ReadingList"})
+    folders.push_back(file.dictionary({file.string("WebBookmarkType"), file.string("Title"), file.string("Children")},
+                                      {file.string("WebBookmarkTypeList"), file.string(title), list}));
+  const PlistValue root = NativePropertyLists().parse(file.bytes(file.folder("", folders))).value;
+  SortPreview preview(root, plenty);
+  EXPECT_THAT(entries(preview, root), ElementsAre("one 0>0…", "two 1>1…", "com.apple.ReadingList 2>2"));
+  for (const std::size_t index : {0U, 1U})
+    EXPECT_THAT(entries(preview, childOf(root, index)), ElementsAre("a 1>0!", "z 0>1"));
+  EXPECT_THAT(entries(preview, childOf(root, 2)), ElementsAre("z 0>0", "a 1>1"));
+}
+
 TEST_F(SortPreviewTest, stopsAtItsLimitOfEntries) {
   const PlistValue root = rootNode({leafNode(u"a"), leafNode(u"b"), leafNode(u"c")});
   SortPreview enough(root, 3);
