@@ -29,8 +29,18 @@ namespace {
 
 enum ExitStatus { success = 0, failure = 1, notInOrder = 1, wrongUsage = 2, checkFailed = 3, safariOpen = 75 };
 
-// A preview may list this many entries, plus one for each byte of the file.
-constexpr std::size_t entriesOfASmallFile = 100'000;
+// The most entries of a preview of a file. An entry that no other folder refers to takes at least four bytes.
+std::size_t mostEntriesOfPreview(std::size_t fileSize) {
+  constexpr std::size_t ofASmallFile = 100'000;
+  return fileSize / 4 + ofASmallFile;
+}
+
+// The most bytes of a preview of a file. In a preview of honest bookmarks, an entry takes fewer bytes than in the file,
+// and at most three times as many for each character outside ASCII.
+std::size_t mostBytesOfPreview(std::size_t fileSize) {
+  constexpr std::size_t ofASmallFile = 8'000'000;
+  return 8 * fileSize + ofASmallFile;
+}
 
 void complain(const std::string& text) { std::cerr << "quilleryctl: " << harmlessText(text) << '\n'; }
 
@@ -93,12 +103,13 @@ int preview(const Request& request) {
   const std::string file = chosenFile(request, 0);
   const Bytes bytes = platform().fileSystem.read(file);
   const PlistValue root = parseBookmarks(bytes).value;
-  SortPreview preview(root, bytes.size() + entriesOfASmallFile);
+  SortPreview preview(root, mostEntriesOfPreview(bytes.size()));
+  BoundedOutput output(std::cout, mostBytesOfPreview(bytes.size()));
   if (request.json) {
-    std::cout << previewJson(preview, root, request.all, file);
+    printPreviewJson(preview, root, request.all, file, output);
     return success;
   }
-  std::cout << previewText(preview, root, request.all, outputStyles());
+  printPreviewText(preview, root, request.all, outputStyles(), output);
   if (!request.quiet) std::cout << previewSummary(preview);
   return success;
 }

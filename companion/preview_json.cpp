@@ -37,25 +37,26 @@ std::string_view truth(bool value) { return value ? "true" : "false"; }
 
 class JsonPreview {
  public:
-  JsonPreview(SortPreview& preview, bool all) : preview_(preview), all_(all) {}
+  JsonPreview(SortPreview& preview, bool all, BoundedOutput& output) : preview_(preview), all_(all), output_(output) {}
 
   // Adds the array of a folder's entries.
   void addChildren(const PlistValue& folder, std::size_t level) {
     add(R"("children": [)");
     bool isFirst = true;
     preview_.forEachEntry(folder, [&](const PreviewEntry& entry) {
-      if (!std::exchange(isFirst, false)) text_ += ',';
-      text_.append("\n").append(2 * level, ' ');
+      if (!std::exchange(isFirst, false)) add(",");
+      addLineBreak(level);
       addEntry(entry, level);
     });
-    if (!isFirst) text_.append("\n").append(2 * (level - 1), ' ');
-    text_ += "]";
+    if (!isFirst) addLineBreak(level - 1);
+    add("]");
   }
 
-  void add(std::string_view text) { text_ += text; }
-  std::string text() && { return std::move(text_); }
+  void add(std::string_view text) { output_.add(text); }
 
  private:
+  void addLineBreak(std::size_t level) { add(std::string(1, '\n').append(2 * level, ' ')); }
+
   void addEntry(const PreviewEntry& entry, std::size_t level) {
     const NodeFields fields = fieldsOf(entry.node);
     add(R"({"title": )");
@@ -66,7 +67,7 @@ class JsonPreview {
     add(std::to_string(entry.from));
     add(R"(, "moved": )");
     add(truth(entry.isMoved));
-    if (entry.changesInside || (all_ && childrenOf(entry.node))) {
+    if (entry.changesInside || (all_ && preview_.hasEntries(entry.node))) {
       add(", ");
       addChildren(entry.node, level + 1);
     }
@@ -75,13 +76,14 @@ class JsonPreview {
 
   SortPreview& preview_;
   bool all_;
-  std::string text_;
+  BoundedOutput& output_;
 };
 
 }  // namespace
 
-std::string previewJson(SortPreview& preview, const PlistValue& root, bool all, const std::string& file) {
-  JsonPreview json(preview, all);
+void printPreviewJson(SortPreview& preview, const PlistValue& root, bool all, const std::string& file,
+                      BoundedOutput& output) {
+  JsonPreview json(preview, all, output);
   json.add(R"({"file": )");
   json.add(quoted(utf16(file)));
   json.add(R"(, "isInOrder": )");
@@ -95,5 +97,5 @@ std::string previewJson(SortPreview& preview, const PlistValue& root, bool all, 
   json.add(R"(, "folders": )");
   json.add(std::to_string(preview.foldersWithMoves()));
   json.add("}\n");
-  return std::move(json).text();
+  output.finish();
 }

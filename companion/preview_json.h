@@ -3,11 +3,13 @@
 
 #include <string>
 
+#include "companion/bounded_output.h"
 #include "engine/sort_preview.h"
 
-// Returns one JSON object: "file", "isInOrder", "children", and the totals "moved" and "folders" (moved entries, and
+// Prints one JSON object: "file", "isInOrder", "children", and the totals "moved" and "folders" (moved entries, and
 // folders that contain them). "children" lists all entries of a folder in the order after the sort, each with "title",
 // "kind" ("folder", "bookmark" or "other"), "from" (its place before the sort, from 0) and "moved". Folders that change
 // inside have "children" too; with `all`, every folder has. Reordering each listed folder by "from" gives the sorted
 // tree. The text is ASCII; an unpaired surrogate becomes U+FFFD.
-std::string previewJson(SortPreview& preview, const PlistValue& root, bool all, const std::string& file);
+void printPreviewJson(SortPreview& preview, const PlistValue& root, bool all, const std::string& file,
+                      BoundedOutput& output);

@@ -17,9 +17,20 @@ std::string_view sign(NodeType type) {
   return "";
 }
 
+// Returns a title, or the start of a long one.
+std::u16string shortened(const PlistText& title) {
+  constexpr std::size_t most = 300;
+  std::u16string units = title.utf16(most + 1);
+  if (units.size() <= most) return units;
+  const bool splitsPair = units[most - 1] >= 0xD800 && units[most - 1] <= 0xDBFF;
+  units.resize(splitsPair ? most - 1 : most);
+  return units + u'…';
+}
+
 class TextPreview {
  public:
-  TextPreview(SortPreview& preview, bool all, const Styles& styles) : preview_(preview), all_(all), styles_(styles) {}
+  TextPreview(SortPreview& preview, bool all, const Styles& styles, BoundedOutput& output)
+      : preview_(preview), all_(all), styles_(styles), output_(output) {}
 
   void addBelow(const PlistValue& folder, std::size_t level) {
     preview_.forEachEntry(folder, [&](const PreviewEntry& entry) {
@@ -29,17 +40,15 @@ class TextPreview {
     });
   }
 
-  std::string text() && { return std::move(text_); }
-
  private:
   void addLine(const PreviewEntry& entry, std::size_t level) {
     const NodeFields fields = fieldsOf(entry.node);
-    std::string label = harmlessLine(fields.title.utf16());
+    std::string label = harmlessLine(shortened(fields.title));
     if (label.empty()) label = "(no title)";
     if (fields.type == NodeType::list) label = styles_.bold(label);
     const std::string line = std::string(2 * level, ' ').append(sign(fields.type)) + label;
-    text_ += entry.isMoved ? moved(entry, line) : "  " + line;
-    text_ += '\n';
+    output_.add(entry.isMoved ? moved(entry, line) : "  " + line);
+    output_.add("\n");
   }
 
   std::string moved(const PreviewEntry& entry, const std::string& line) const {
@@ -51,7 +60,7 @@ class TextPreview {
   SortPreview& preview_;
   bool all_;
   const Styles& styles_;
-  std::string text_;
+  BoundedOutput& output_;
 };
 
 std::string counted(std::size_t count, const std::string& one, const std::string& many) {
@@ -60,10 +69,11 @@ std::string counted(std::size_t count, const std::string& one, const std::string
 
 }  // namespace
 
-std::string previewText(SortPreview& preview, const PlistValue& root, bool all, const Styles& styles) {
-  TextPreview text(preview, all, styles);
+void printPreviewText(SortPreview& preview, const PlistValue& root, bool all, const Styles& styles,
+                      BoundedOutput& output) {
+  TextPreview text(preview, all, styles, output);
   if (all || !preview.isInOrder()) text.addBelow(root, 0);
-  return std::move(text).text();
+  output.finish();
 }
 
 std::string previewSummary(const SortPreview& preview) {

@@ -257,6 +257,30 @@ TEST_F(CompanionPreview, jsonEscapesAnyTitle) {
   EXPECT_THAT(ending.output, MatchesRegex("[ -~\n]*")) << "only printable ASCII";
 }
 
+TEST_F(CompanionPreview, cutsLongTitlesInTheText) {
+  const std::u16string longest(300, u'x');
+  machine_.files.put(bookmarks, fileOf(rootNode({leafNode(longest), leafNode(longest + u"y"),
+                                                 leafNode(longest.substr(1) + u"🚀"), leafNode(u"end")})));
+  expectEnding(
+      run({"preview", "--all", "--quiet"}), 0,
+      "    " + utf8(longest) + "\n    " + utf8(longest) + "…\n    " + utf8(longest.substr(1)) + "…\n    end\n");
+  const auto json = nlohmann::json::parse(run({"preview", "--all", "--json"}).output);
+  EXPECT_EQ(json["children"][2]["title"], utf8(longest.substr(1) + u"🚀"));
+}
+
+TEST_F(CompanionPreview, failsIfTheOutputWouldBeFarLargerThanTheFile) {
+  BinaryFile file(2);
+  const std::uint32_t leaf = file.leaf(std::string(1000, 'x'));
+  const std::vector<std::uint32_t> leaves(50'000, leaf);
+  const Bytes bytes = file.bytes(file.folder("", leaves));
+  machine_.files.put(bookmarks, std::string(bytes.text()));
+  const Ending ending = run({"preview", "--all", "--json"});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_THAT(ending.error, HasSubstr("so often that a preview of it would be far larger than the file"));
+  EXPECT_LE(ending.output.size(), 8 * bytes.size() + 8'000'000);
+  EXPECT_EQ(run({"preview"}).status, 0) << "which is not so large";
+}
+
 TEST_F(CompanionPreview, failsWithoutAFile) {
   machine_.files.remove(bookmarks);
   expectFailure({"preview"}, "The file “Bookmarks.plist” couldn’t be opened");
@@ -273,8 +297,11 @@ TEST_F(CompanionPreview, failsOnExponentiallySharedFolders) {
   std::uint32_t folder = file.folder("0", {file.leaf("z"), file.leaf("a")});
   for (int level = 1; level < 100; ++level) folder = file.folder(std::to_string(level), {folder, folder});
   machine_.files.put(bookmarks, std::string(file.bytes(file.folder("", {folder})).text()));
-  expectFailure({"preview"}, "so often that a preview of it would not end");
-  expectFailure({"preview", "--json"}, "so often that a preview of it would not end");
+  for (const char* option : {"--all", "--json"}) {
+    const Ending ending = run({"preview", option});
+    EXPECT_EQ(ending.status, 1);
+    EXPECT_THAT(ending.error, HasSubstr("so often that a preview of it would "));
+  }
   expectEnding(run({"check"}), 1, "Your Safari bookmarks are not in order.\n");
 }
 
