@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -25,6 +26,9 @@ constexpr mode_t permissionBits = 07777;
 constexpr std::size_t blockSize = std::size_t{256} << 10;
 // In bytes. The parsers reject larger files anyway, but reading one first could take all memory.
 constexpr std::size_t largestFile = 0xFFFF'FFFF;
+// The most bytes that a file may grow by while it is read, and the most bytes of holes in it.
+constexpr std::size_t mostGrowth = std::size_t{64} << 20;
+constexpr std::size_t mostInHoles = std::size_t{64} << 20;
 
 FileAttempt opening(const std::string& path) { return {"file", path, "opened"}; }
 FileAttempt creatingFolder(const std::string& path) { return {"folder", path, "created"}; }
@@ -49,6 +53,21 @@ std::size_t readSome(const FileDescriptor& file, std::byte* start, std::size_t s
   const ssize_t count = uninterrupted([&] { return ::read(file.get(), start, size); });
   if (count < 0) throw opening(path).failure(errno);
   return static_cast<std::size_t>(count);
+}
+
+// Throws if a file is large only because of its holes, which take no space on the disk but would take memory here.
+void requireFewHoles(const OpenFile& file, const std::string& path) {
+  const auto size = static_cast<off_t>(file.size);
+  std::size_t inHoles = 0;
+  for (off_t data = 0; file.size > mostInHoles && data < size;) {
+    const off_t hole = lseek(file.descriptor.get(), data, SEEK_HOLE);
+    if (hole < 0 || hole >= size) break;  // a failure means that the file system reports no holes
+    data = lseek(file.descriptor.get(), hole, SEEK_DATA);
+    if (data < 0) data = size;
+    inHoles += static_cast<std::size_t>(data - hole);
+    if (inHoles > mostInHoles) throw opening(path).failure(EFBIG, "it is a sparse file");
+  }
+  if (file.size > mostInHoles) lseek(file.descriptor.get(), 0, SEEK_SET);
 }
 
 // Returns true if the file's content is exactly `expected`.
@@ -120,10 +139,13 @@ std::string PosixFileSystem::homeFolder() {
 Bytes PosixFileSystem::read(const std::string& path) {
   const OpenFile file = openForReading(path);
   if (file.size > largestFile) throw opening(path).failure(EFBIG);
+  requireFewHoles(file, path);
+  const std::size_t most = std::min(largestFile, file.size + mostGrowth);
   LargeBuffer content(file.size + 1);  // one byte more than expected, to find the end of the file
   while (const std::size_t count =
              readSome(file.descriptor, content.data() + content.size(), content.capacity() - content.size(), path)) {
     content.resize(content.size() + count);
+    if (content.size() > most) throw opening(path).failure(EFBIG, "it grows while it is read");
     if (content.size() == content.capacity()) content.reserve(2 * content.capacity());
   }
   return std::move(content).take();

@@ -210,6 +210,32 @@ TEST_F(PosixRead, refusesATooLargeFileBeforeItTakesMemory) {
             sentence(EFBIG, "The file “Bookmarks.plist” couldn’t be opened", "File too large", file_));
 }
 
+TEST_F(PosixRead, refusesASparseFile) {
+  const std::string outcome = "POSIX " + std::to_string(EFBIG) +
+                              ": The file “Bookmarks.plist” couldn’t be opened because it is a sparse file (" + file_ +
+                              ").";
+  for (const std::uintmax_t size : {std::uintmax_t{0xFFFF'FFFF}, std::uintmax_t{65} << 20}) {
+    makeFile(file_, "bplist00");
+    std::filesystem::resize_file(file_, size);
+    EXPECT_EQ(readOutcome(file_), outcome) << size;
+  }
+}
+
+TEST_F(PosixRead, readsALargeFileWithASmallHole) {
+  const std::string start = patterned(std::size_t{65} << 20);
+  makeFile(file_, start);
+  std::filesystem::resize_file(file_, start.size() + block);
+  EXPECT_TRUE(files_.read(file_).text() == start + std::string(block, '\0'));
+}
+
+TEST_F(PosixRead, refusesAFileThatGrowsWithoutEnd) {
+  const std::string path = "/proc/self/pagemap";  // its reported size is 0, and it has many gigabytes
+  ASSERT_EQ(std::filesystem::file_size(path), 0U);
+  EXPECT_EQ(readOutcome(path), "POSIX " + std::to_string(EFBIG) +
+                                   ": The file “pagemap” couldn’t be opened because it grows while it is read (" +
+                                   path + ").");
+}
+
 TEST_F(PosixRead, reportsAMissingFileWithNameAndPath) {
   EXPECT_EQ(readOutcome(file_),
             sentence(ENOENT, "The file “Bookmarks.plist” couldn’t be opened", "No such file or directory", file_));
