@@ -129,6 +129,46 @@ std::strong_ordering compareByRules(const UCollator* collator, std::u16string_vi
   return ucol_strcoll(collator, a.data(), length(a), b.data(), length(b)) <=> 0;
 }
 
+// The longest run of combining marks in Unicode's stream-safe text format.
+constexpr int mostMarks = 30;
+
+// Calls `visit` with the end of each character, and with true if a run of combining marks of the greatest length ends
+// there, until it returns false.
+template <class Visit>
+void forEachCharacter(std::u16string_view text, const Visit& visit) {
+  int marks = 0;
+  for (std::size_t place = 0; place < text.size();) {
+    UChar32 character = 0;
+    U16_NEXT(text, place, text.size(), character);
+    marks = u_getCombiningClass(character) != 0 ? marks + 1 : 0;
+    if (!visit(place, marks != 0 && marks % mostMarks == 0)) return;
+  }
+}
+
+// A shorter text has no run of marks that takes long to put into order.
+bool isLong(std::u16string_view text) { return text.size() > std::size_t{2} * mostMarks; }
+
+bool hasManyMarks(std::u16string_view text) {
+  bool found = false;
+  if (isLong(text)) forEachCharacter(text, [&](std::size_t, bool endsRun) { return !(found = endsRun); });
+  return found;
+}
+
+// Returns a text with a grapheme joiner, which the collator ignores, after each longest run of marks. Otherwise the
+// collator would put a run of any length into canonical order, in time quadratic in that length.
+std::u16string streamSafe(std::u16string_view text) {
+  constexpr char16_t joiner = 0x034F;
+  std::u16string safe;
+  std::size_t copied = 0;
+  forEachCharacter(text, [&](std::size_t end, bool endsRun) {
+    safe += text.substr(copied, end - copied);
+    copied = end;
+    if (endsRun && isLong(text)) safe += joiner;
+    return true;
+  });
+  return safe;
+}
+
 // Orders texts that are equal by the collator's rules.
 std::strong_ordering compareEquivalent(std::u16string_view a, std::u16string_view b) {
   if (a == b) return std::strong_ordering::equal;
@@ -192,6 +232,7 @@ IcuCollation::IcuCollation(const std::string& locale) {
   UErrorCode status = U_ZERO_ERROR;
   rules_.reset(openCollator(locale, status));
   lettersOnly_.reset(openLettersOnly(rules_.get(), status));
+  ordersMarks_ = ucol_getAttribute(rules_.get(), UCOL_NORMALIZATION_MODE, &status) == UCOL_ON;
   if (U_FAILURE(status) != 0)
     throw Error(
         "ICU", status,
@@ -201,15 +242,17 @@ IcuCollation::IcuCollation(const std::string& locale) {
 // ICU's comparison skips the common prefix of two texts, which gives wrong results in two cases: numbers outside ASCII
 // (see differInNonAsciiNumber), and accents that compare from the end if one text has more of them. In both cases the
 // sort keys decide, which cost several times as much; in the second case only for texts with the same letters.
-std::strong_ordering IcuCollation::localizedStandardCompare(std::u16string_view a, std::u16string_view b) const {
+std::strong_ordering IcuCollation::compareByLocale(std::u16string_view a, std::u16string_view b) const {
   const bool needsSortKeys = differInNonAsciiNumber(a, b);
   if (!needsSortKeys) {
     const auto order = compareByRules(lettersOnly_ ? lettersOnly_.get() : rules_.get(), a, b);
     if (std::is_neq(order)) return order;
   }
-  if (needsSortKeys || lettersOnly_) {
-    const auto order = compareSortKeys(rules_.get(), a, b);
-    if (std::is_neq(order)) return order;
-  }
-  return compareEquivalent(a, b);
+  return needsSortKeys || lettersOnly_ ? compareSortKeys(rules_.get(), a, b) : std::strong_ordering::equal;
+}
+
+std::strong_ordering IcuCollation::localizedStandardCompare(std::u16string_view a, std::u16string_view b) const {
+  const bool needsBreaks = ordersMarks_ && (hasManyMarks(a) || hasManyMarks(b));
+  const auto order = needsBreaks ? compareByLocale(streamSafe(a), streamSafe(b)) : compareByLocale(a, b);
+  return std::is_neq(order) ? order : compareEquivalent(a, b);
 }

@@ -24,6 +24,8 @@ class IcuCollation : public Collation {
   std::strong_ordering localizedStandardCompare(std::u16string_view a, std::u16string_view b) const override;
 
  private:
+  std::strong_ordering compareByLocale(std::u16string_view a, std::u16string_view b) const;
+
   struct Closer {
     void operator()(UCollator* collator) const;
   };
@@ -31,4 +33,5 @@ class IcuCollation : public Collation {
 
   Collator rules_;
   Collator lettersOnly_;  // ignores accents and case; only for locales where accents compare from the end, else null
+  bool ordersMarks_;      // the rules put combining marks into canonical order first, as in Vietnamese
 };
