@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/posix/stack_levels.h"
+
 namespace {
 
 using Seconds = std::chrono::duration<double>;
@@ -56,7 +58,7 @@ class ValueMaker {
     const void* const identity = (__bridge const void*)container;
     const auto known = made_.find(identity);
     const unsigned levels = known != made_.end() ? known->second.depth() : 1;
-    if (depth_ + levels > plistMaximumDepth) throw unfit("too many levels");
+    if (depth_ + levels > mostLevels_) throw unfit("too many levels");
     if (known != made_.end()) return known->second;
     ++depth_;
     PlistValue value = isArray ? makeArray(container) : makeDictionary(container);
@@ -82,6 +84,7 @@ class ValueMaker {
     return PlistValue::dictionary(std::move(entries));
   }
 
+  unsigned mostLevels_ = stackLevels();
   unsigned depth_ = 0;  // of the containers around the current object
   std::unordered_map<const void*, PlistValue> made_;
 };

@@ -12,6 +12,7 @@
 #include "platform/linux/plist/key_table.h"
 #include "platform/linux/plist/plist_error.h"
 #include "platform/posix/large_memory.h"
+#include "platform/posix/stack_levels.h"
 
 namespace {
 
@@ -332,7 +333,8 @@ class BinaryReader {
   }
 
   void requireLevel(unsigned level, std::uint32_t index) const {
-    if (level > plistMaximumDepth) throw unreadable(tooManyLevels() + " at byte " + std::to_string(offsetOf(index)));
+    if (level > mostLevels_)
+      throw unreadable(tooManyLevels(mostLevels_) + " at byte " + std::to_string(offsetOf(index)));
   }
 
   // Reads the offset table: the record of a decoded object no longer has its offset.
@@ -350,6 +352,7 @@ class BinaryReader {
   std::uint64_t claimed_ = 0;  // bytes of the objects decoded so far
   std::uint64_t end_ = 0;      // the end of the object that was decoded last
   bool isWithoutOverlap_ = true;
+  unsigned mostLevels_ = stackLevels();
   KeyTable keys_;
   std::unordered_map<std::uint32_t, std::uint32_t> aliases_;  // string objects to an earlier key with the same text
   std::unordered_set<std::uint32_t> seenKeys_;                // of the large dictionary whose keys are read

@@ -38,6 +38,8 @@ inline Error unwritable(const std::string& problem) {
 inline constexpr const char* tooLarge = "it is 4 GiB or larger";
 inline constexpr const char* tooLargeToWrite = "it would be 4 GiB or larger";
 
-inline std::string tooManyLevels() {
-  return "more than " + std::to_string(plistMaximumDepth) + " levels of nested arrays and dictionaries";
+// The problem of a file with more levels than `most`, which is less than usual on a small stack.
+inline std::string tooManyLevels(unsigned most) {
+  return "more than " + std::to_string(most) + " levels of nested arrays and dictionaries" +
+         (most < plistMaximumDepth ? ", too many for this small stack," : "");
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/linux/plist/plist_error.h"
+#include "platform/posix/stack_levels.h"
 #include "values/bytes.h"
 #include "values/plist_document.h"
 #include "values/plist_text.h"
@@ -34,7 +35,7 @@ class TextScanner {
 
   // Throws if a container is nested too deeply; `level` is the number of containers around it, itself included.
   void requireLevel(unsigned level, const char* place) const {
-    if (level > plistMaximumDepth) throw at(place, tooManyLevels());
+    if (level > mostLevels_) throw at(place, tooManyLevels(mostLevels_));
   }
 
   // Throws an error with the line of `place` if a text is not UTF-8.
@@ -55,4 +56,7 @@ class TextScanner {
   const char* begin_;
   const char* next_;  // the next character to scan
   const char* end_;
+
+ private:
+  unsigned mostLevels_ = stackLevels();
 };
