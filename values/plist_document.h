@@ -63,12 +63,14 @@ struct PlistDocument {
   // Arrays: a record number for each element. Dictionaries: the record numbers of each key and its value in turn, then
   // in a text format the offset of the end of the element. Equal keys of a document are one record.
   std::pmr::vector<std::uint32_t> links;
+  // Whether `source` is an XML file, and if so, with the file's own bytes or converted to UTF-8.
+  enum class Xml : std::uint8_t { none, original, converted };
   // What a rewriter needs to change the order of arrays in the bytes of the file.
   struct Layout {
     std::uint32_t root = 0;  // the record of the root value
     // In a binary file the bytes of a reference, or 0 if objects overlap; a record number is an object number.
     std::uint8_t referenceSize = 0;
-    bool isXml = false;  // `source` is an XML file, unconverted
+    Xml xml = Xml::none;
   };
   Layout layout;
   // By the record of a large dictionary; filled when a key is first looked up. Not thread-safe: one thread reads a

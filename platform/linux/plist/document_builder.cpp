@@ -172,7 +172,7 @@ void DocumentBuilder::keepLastOfEqualKeys(std::size_t first) {
   pending_.resize(end);
 }
 
-PlistValue DocumentBuilder::finish(std::uint32_t root, bool rewritable) {
-  document_->layout = {.root = root, .isXml = rewritable};
+PlistValue DocumentBuilder::finish(std::uint32_t root, PlistDocument::Xml xml) {
+  document_->layout = {.root = root, .xml = xml};
   return PlistValue(PlistValue::Place{std::move(document_), root});
 }

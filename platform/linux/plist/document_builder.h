@@ -38,9 +38,8 @@ class DocumentBuilder {
   std::uint32_t closeArray();
   std::uint32_t closeDictionary(std::size_t end);
 
-  // Returns the value of the root record and empties the builder. `rewritable` is true if the source is an unconverted
-  // XML file.
-  PlistValue finish(std::uint32_t root, bool rewritable);
+  // Returns the value of the root record and empties the builder.
+  PlistValue finish(std::uint32_t root, PlistDocument::Xml xml);
 
  private:
   struct Open {

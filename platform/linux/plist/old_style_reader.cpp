@@ -44,15 +44,15 @@ class OldStyleReader : private TextScanner {
     skipSpace();
     if (next_ == end_) {
       builder_.open(0);
-      return builder_.finish(builder_.closeDictionary(0), false);
+      return builder_.finish(builder_.closeDictionary(0), PlistDocument::Xml::none);
     }
     const bool string = isStringStart(*next_);
     const std::uint32_t root = readObject(1);
     skipSpace();
-    if (next_ == end_) return builder_.finish(root, false);
+    if (next_ == end_) return builder_.finish(root, PlistDocument::Xml::none);
     if (!string) throw here("unexpected text after the end of the property list");
     next_ = begin_;
-    return builder_.finish(readEntries(1), false);
+    return builder_.finish(readEntries(1), PlistDocument::Xml::none);
   }
 
  private:

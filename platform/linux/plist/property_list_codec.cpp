@@ -29,7 +29,7 @@ PropertyLists::Parsed PropertyListCodec::parse(const Bytes& bytes) {
   if (bytes.size() > PlistDocument::maximumSize) throw unreadable(tooLarge);
   if (looksBinary(bytes)) return {readBinary(bytes), PropertyListFormat::binary};
   const Bytes text = toUtf8(bytes);
-  if (beginsWithTag(text.text())) return {readXml(text, text.data() == bytes.data()), PropertyListFormat::xml};
+  if (beginsWithTag(text.text())) return {readXml(bytes, text), PropertyListFormat::xml};
   return {readOldStyle(text), PropertyListFormat::oldStyle};
 }
 

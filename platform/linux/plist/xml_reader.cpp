@@ -87,11 +87,12 @@ Element elementOf(std::string_view name) {
 
 class XmlReader : private TextScanner {
  public:
-  explicit XmlReader(const Bytes& text) : TextScanner(text), builder_(text) {}
+  // Reads a text from the byte `start` on.
+  XmlReader(const Bytes& text, std::size_t start) : TextScanner(text), builder_(text) { next_ += start; }
 
-  PlistValue read(bool isWholeFile) {
+  PlistValue read(PlistDocument::Xml xml) {
     skipProlog();
-    return builder_.finish(readElement(openTag(), 1), isWholeFile);
+    return builder_.finish(readElement(openTag(), 1), xml);
   }
 
  private:
@@ -478,4 +479,8 @@ class XmlReader : private TextScanner {
 
 }  // namespace
 
-PlistValue readXml(const Bytes& text, bool isWholeFile) { return XmlReader(text).read(isWholeFile); }
+PlistValue readXml(const Bytes& file, const Bytes& text) {
+  const bool isPart = text.data() + text.size() == file.data() + file.size();
+  return isPart ? XmlReader(file, file.size() - text.size()).read(PlistDocument::Xml::original)
+                : XmlReader(text, 0).read(PlistDocument::Xml::converted);
+}

@@ -5,8 +5,8 @@
 #include "values/bytes.h"
 #include "values/plist_value.h"
 
-// Returns the value in UTF-8 text without a byte-order mark. The value refers to the text and keeps it alive.
-// `isWholeFile` is true if the text is the unconverted file, so that a rearranged value can be written by rewriting it.
-// Throws Error with the line of the fault for everything that the platform's own reader refuses (CFPropertyList.c in
-// Apple's open-source CoreFoundation).
-PlistValue readXml(const Bytes& text, bool isWholeFile);
+// Returns the value in a file. `text` is its text in UTF-8 without a byte-order mark: the end of the file or a
+// converted copy. The value refers to the text and keeps it alive. Only if the text is part of the file can a
+// rearranged value be written. Throws Error with the line of the fault for everything that the platform's own reader
+// refuses (CFPropertyList.c in Apple's open-source CoreFoundation).
+PlistValue readXml(const Bytes& file, const Bytes& text);

@@ -77,7 +77,7 @@ class XmlRewriter {
 
 std::optional<Bytes> rewriteXml(const PlistValue& value) {
   const PlistValue::Place* place = value.placeOrOrigin();
-  if (place == nullptr || !place->document->layout.isXml) return std::nullopt;
+  if (place == nullptr || place->document->layout.xml != PlistDocument::Xml::original) return std::nullopt;
   const auto arrays = rearrangedArrays(value, place->document->layout.root);
   if (!arrays) return std::nullopt;
   XmlRewriter rewriter(*place->document);

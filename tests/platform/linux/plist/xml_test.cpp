@@ -339,9 +339,28 @@ TEST(XmlRewriter, movesElementsAndKeepsAllOtherBytes) {
       "</array></dict></plist> and more");
 }
 
-TEST(XmlRewriter, writesFilesInOtherEncodingsAnew) {
-  const std::string text = "<?xml version='1.0' encoding='ISO-8859-1'?><string>\xE9</string>";
-  EXPECT_EQ(write(read(text)), head + "<string>é</string>\n</plist>\n");
+TEST(XmlRewriter, keepsTheByteOrderMarkAndEveryValue) {
+  const VirtualMachine machine;
+  const std::string mark = "\xEF\xBB\xBF";
+  EXPECT_EQ(write(sorted(read(mark + handWritten), true)), mark + write(sorted(read(handWritten), true)));
+  const std::string escaped = mark + "<!-- b --><string>a&#13;</string>";
+  EXPECT_EQ(write(read(escaped)), escaped);
+}
+
+TEST(XmlRewriter, refusesFilesInOtherEncodings) {
+  const std::u16string utf16 = u"\uFEFF<string>a&#13;</string>";
+  for (const std::string& text : {std::string("<?xml version='1.0' encoding='ISO-8859-1'?><string>\xE9</string>"),
+                                  std::string(reinterpret_cast<const char*>(utf16.data()), 2 * utf16.size())}) {
+    try {
+      write(read(text));
+      ADD_FAILURE() << text;
+    } catch (const Error& error) {
+      EXPECT_EQ(
+          error.description(),
+          "The property list couldn’t be written: it is XML in another encoding than UTF-8, which can be read but "
+          "not written.");
+    }
+  }
 }
 
 TEST(XmlRewriter, agreesWithTheWriterOnRandomTrees) {
