@@ -3,13 +3,13 @@
 #include <iostream>
 
 #include "platform/platform.h"
-#include "values/harmless_text.h"
+#include "values/log_line.h"
 
 bool automatic = false;
 
 void alert(const std::string& title, const std::string& message) {
   if (automatic) {
-    std::cout << harmlessText(title + ": " + message) << '\n' << std::flush;
+    logLine(std::cout, title + ": " + message);
     return;
   }
   UserInterface& userInterface = platform().userInterface;

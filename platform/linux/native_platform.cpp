@@ -9,8 +9,10 @@
 #include "platform/linux/session_bus_applications.h"
 #include "platform/platform.h"
 #include "platform/posix/console_user_interface.h"
+#include "platform/posix/standard_streams.h"
 
 const Platform& nativePlatform() {
+  prepareStandardStreams();
   static PropertyListCodec propertyLists;
   static PosixFileSystem fileSystem;
   static SessionBusApplications runningApplications;

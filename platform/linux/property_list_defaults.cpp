@@ -14,6 +14,7 @@
 #include "platform/error.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/product.h"
+#include "values/log_line.h"
 
 namespace {
 
@@ -92,7 +93,7 @@ void PropertyListDefaults::set(const std::string& key, const PlistValue& value) 
       throw Error("POSIX", ENOENT, "The settings couldn’t be saved because there is no home folder.");
     store(key, value);
   } catch (const std::exception& error) {
-    std::cerr << product::name << ": " << error.what() << std::endl;
+    logLine(std::cerr, std::string(product::name) + ": " + error.what());
   }
 }
 

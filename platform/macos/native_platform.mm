@@ -10,8 +10,10 @@
 #include "platform/macos/standard_defaults.h"
 #include "platform/platform.h"
 #include "platform/posix/console_user_interface.h"
+#include "platform/posix/standard_streams.h"
 
 const Platform& nativePlatform() {
+  prepareStandardStreams();
   static FoundationPropertyLists propertyLists;
   static FoundationFileSystem fileSystem;
   static AppKitApplications runningApplications;

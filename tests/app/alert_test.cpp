@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 
 #include "tests/support/virtual_machine.h"
@@ -52,6 +53,14 @@ TEST_F(AlertTest, escapesTerminalControlCharacters) {
   automatic = true;
   alert("Title", "Backup: /home/\x1b[2J\x07");
   EXPECT_EQ(machine_.output.text(), "Title: Backup: /home/\\u{1B}[2J\\u{07}\n");
+}
+
+TEST_F(AlertTest, printsTheNextLineAfterOneThatCouldNotBePrinted) {
+  automatic = true;
+  machine_.journal.before("printed", [](const auto&) { throw std::runtime_error("the disk is full"); });
+  alert("Title", "lost");
+  alert("Title", "printed");
+  EXPECT_EQ(machine_.output.text(), "Title: printed\n");
 }
 
 TEST_F(AlertTest, printsUtf8Unchanged) {

@@ -64,13 +64,14 @@ std::vector<char*> pointers(std::vector<std::string>& strings) {
 
 }  // namespace
 
-Ending run(const std::string& path, const std::vector<std::string>& arguments, const Environment& environment) {
-  const Sink output;
+Ending run(const std::string& path, const std::vector<std::string>& arguments, const Environment& environment,
+           std::optional<int> output) {
+  const Sink ownOutput;
   const Sink error;
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, output.descriptor(), STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, output.value_or(ownOutput.descriptor()), STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, error.descriptor(), STDERR_FILENO);
   std::vector<std::string> words = {path};
   words.insert(words.end(), arguments.begin(), arguments.end());
@@ -83,5 +84,5 @@ Ending run(const std::string& path, const std::vector<std::string>& arguments, c
   if (problem != 0) return {};
   int status = 0;
   EXPECT_EQ(waitpid(process, &status, 0), process);
-  return {WIFEXITED(status) ? std::optional(WEXITSTATUS(status)) : std::nullopt, output.content(), error.content()};
+  return {WIFEXITED(status) ? std::optional(WEXITSTATUS(status)) : std::nullopt, ownOutput.content(), error.content()};
 }

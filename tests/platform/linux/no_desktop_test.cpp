@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/support/program.h"
+#include "tests/support/session_bus.h"
 
 namespace {
 
@@ -15,6 +16,12 @@ TEST(NoDesktop, isReportedForAnArgumentThatOnlyResemblesSelfTest) {
   EXPECT_EQ(ending.output, "");
   EXPECT_EQ(ending.status, 1);
   EXPECT_EQ(ending.error, "quillery: There is no desktop to run on: neither DISPLAY nor WAYLAND_DISPLAY is set.\n");
+}
+
+TEST(SelfTestOutput, canBeAPipeThatNobodyReads) {
+  Pipe pipe;
+  pipe.closeReader();
+  EXPECT_EQ(run(QUILLERY_EXECUTABLE, {"--self-test"}, {}, pipe.writer()).status, 0);
 }
 
 }  // namespace

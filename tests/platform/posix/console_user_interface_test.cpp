@@ -24,6 +24,12 @@ TEST(ConsoleUserInterface, printsOnStandardErrorByDefault) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Title\nText\n");
 }
 
+TEST(ConsoleUserInterface, escapesTerminalControlCharacters) {
+  std::ostringstream output;
+  ConsoleUserInterface(output).runModal({"Title\x1b[2J", "Text\x07", {}});
+  EXPECT_EQ(output.str(), "Title\\u{1B}[2J\nText\\u{07}\n");
+}
+
 TEST(ConsoleUserInterface, returnsTheLastButton) {
   std::ostringstream output;
   ConsoleUserInterface userInterface(output);
