@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+#include "values/harmless_text.h"
+
 const char* const usageText =
     "usage: quilleryctl preview [--all] [--json] [--quiet] [FILE]\n"
     "       quilleryctl sort [--quiet] [FILE]\n"
@@ -67,7 +69,7 @@ constexpr std::array<Form, 6> forms = {{{"preview", Command::preview, 0, 1, true
                                         {"restore", Command::restore, 1, 2, false},
                                         {"next", Command::next, 0, 0, false}}};
 
-std::string quoted(std::string_view text) { return "“" + std::string(text) + "”"; }
+std::string quoted(std::string_view text) { return "“" + harmlessLine(text) + "”"; }
 
 // The arguments, split into options and operands.
 struct Words {

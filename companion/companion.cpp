@@ -88,7 +88,7 @@ Report restoreReport(const RestoreResult& result) {
   if (result.outcome == RestoreOutcome::alreadyThere)
     return {"Already restored", "Your Safari bookmarks are already the same as this backup."};
   return {"Bookmarks restored", "Your bookmarks are as they were when the backup was made. You can reopen Safari." +
-                                    (result.backup ? "\n\nBackup: " + *result.backup : std::string())};
+                                    (result.backup ? "\n\nBackup: " + harmlessLine(*result.backup) : std::string())};
 }
 
 int restore(const Request& request) {

@@ -1,10 +1,12 @@
 #include "engine/job_report.h"
 
+#include "values/harmless_text.h"
+
 Report sortReport(const std::optional<std::string>& backup) {
   if (!backup) return {"Already sorted", "Your Safari bookmarks are already in order."};
-  return {
-      "Bookmarks sorted",
-      "Folders come first, followed by bookmarks in alphabetical order. You can reopen Safari.\n\nBackup: " + *backup};
+  return {"Bookmarks sorted",
+          "Folders come first, followed by bookmarks in alphabetical order. You can reopen Safari.\n\nBackup: " +
+              harmlessLine(*backup)};
 }
 
 Report failureReport(const std::string& title, const std::exception& error) {

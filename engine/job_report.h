@@ -10,7 +10,7 @@ struct Report {
   std::string message;
 };
 
-// The report of sortBookmarkFile(), by what it returned.
+// The report of sortBookmarkFile(), by what it returned. The path of the backup is one line, escaped by harmlessLine.
 Report sortReport(const std::optional<std::string>& backup);
 
 // The report of a job that failed. The message ends with a hint at missing access.

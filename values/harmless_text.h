@@ -5,8 +5,8 @@
 #include <string_view>
 
 // Returns UTF-8 for one line of a terminal. Each character that a terminal interprets instead of showing becomes an
-// escape such as "\u{1B}": control characters, line and paragraph separators, and the characters that change the
-// direction of the text around them. Malformed text becomes U+FFFD.
+// escape such as "\u{1B}": control characters, line and paragraph separators, the characters that change the direction
+// of the text around them, and invisible tags and annotations. Malformed text becomes U+FFFD.
 std::string harmlessLine(std::u16string_view units);
 std::string harmlessLine(std::string_view utf8);
 

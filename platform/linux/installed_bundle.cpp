@@ -1,6 +1,7 @@
 #include "platform/linux/installed_bundle.h"
 
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 #include "platform/error.h"
@@ -8,17 +9,24 @@
 
 namespace {
 
+constexpr const char* ownExecutable = "/proc/self/exe";
+
+// The kernel appends this to the path of a file that was removed or replaced, as an update of the program does.
+constexpr std::string_view removedMark = " (deleted)";
+
 bool isInBinFolder(const std::filesystem::path& executable) { return executable.parent_path().filename() == "bin"; }
 
 }  // namespace
 
 std::string runningExecutable() {
   std::error_code problem;
-  const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", problem);
+  std::string path = std::filesystem::read_symlink(ownExecutable, problem).string();
   if (problem)
     throw Error("POSIX", problem.value(),
-                "The program’s own folder couldn’t be found: " + problem.message() + " (/proc/self/exe).");
-  return executable.string();
+                "The program’s own folder couldn’t be found: " + problem.message() + " (" + ownExecutable + ").");
+  const bool isThere = std::filesystem::equivalent(path, ownExecutable, problem);
+  if (!isThere && path.ends_with(removedMark)) path.resize(path.size() - removedMark.size());
+  return path;
 }
 
 std::string installationFolder(const std::string& executable) {

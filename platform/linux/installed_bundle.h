@@ -21,7 +21,8 @@ class InstalledBundle : public Bundle {
   std::optional<std::string> information(const std::string& key) override;
 };
 
-// Returns the path of the running executable. Throws Error if /proc does not have it.
+// Returns the path that the running executable has, or had until it was removed or replaced. Throws Error if /proc does
+// not have it.
 std::string runningExecutable();
 
 // Returns the installation prefix of the executable at an absolute path, as InstalledBundle::path does.

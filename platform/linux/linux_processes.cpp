@@ -18,6 +18,7 @@
 #include "platform/linux/word_pointers.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/surroundings.h"
+#include "values/harmless_text.h"
 
 namespace {
 
@@ -77,8 +78,9 @@ class SpawnSettings {
 };
 
 Error cannotRun(const std::string& path, int problem) {
-  return {"POSIX", problem,
-          "The program “" + path + "” couldn’t be run: " + std::generic_category().message(problem) + "."};
+  return {
+      "POSIX", problem,
+      "The program “" + harmlessLine(path) + "” couldn’t be run: " + std::generic_category().message(problem) + "."};
 }
 
 pid_t start(const std::string& path, std::vector<std::string> words) {

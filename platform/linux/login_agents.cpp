@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <iostream>
@@ -19,6 +19,9 @@
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/linux/word_pointers.h"
+#include "values/harmless_text.h"
+#include "values/log_line.h"
+#include "values/plist_text.h"
 #include "values/plist_value.h"
 
 namespace {
@@ -53,7 +56,14 @@ std::vector<std::string> argumentsOf(const PlistValue& agent) {
 
 // Returns true if a label can be used as a file name and as a line of a desktop entry.
 bool isLabel(std::string_view label) {
-  return !label.empty() && label.front() != '.' && label.find_first_of("/\n\r") == std::string_view::npos;
+  return !label.empty() && label.front() != '.' && label.find('/') == std::string_view::npos &&
+         harmlessLine(label) == label;
+}
+
+// Returns true if a desktop entry can represent a path: of the control characters, it has escapes for only three.
+bool canBeInAnEntry(std::string path) {
+  std::erase_if(path, [](char character) { return character == '\n' || character == '\r' || character == '\t'; });
+  return std::ranges::none_of(utf16(path), [](char16_t unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0); });
 }
 
 Agent read(const std::string& propertyList) {
@@ -71,7 +81,7 @@ Agent read(const std::string& propertyList) {
 
 // Prints an error and returns the status for it.
 AgentStatus complain(const std::string& propertyList, const std::string& reason) {
-  std::cerr << "quillery-launchctl: " << propertyList << ": " << reason << '\n';
+  logLine(std::cerr, "quillery-launchctl: " + harmlessLine(propertyList) + ": " + reason);
   return AgentStatus::failed;
 }
 
@@ -95,6 +105,7 @@ std::string escaped(char character) {
     case '\\': return R"(\\\\)";
     case '\n': return R"(\n)";
     case '\r': return R"(\r)";
+    case '\t': return R"(\t)";
     default: return {character};
   }
 }
@@ -110,9 +121,12 @@ std::string autostartEntry(const std::string& label, const std::string& runner, 
          quoted(propertyList) + "\nNoDisplay=true\nX-GNOME-Autostart-enabled=true\n";
 }
 
-// Redirects a standard stream to the end of a file, or to /dev/null if there is no path or the file cannot be opened.
+// Redirects a standard stream to the end of a file, or to /dev/null if there is no path or the file cannot be opened. A
+// pipe cannot be opened while nobody reads it; otherwise a text that does not fit into it is lost. Waiting for a reader
+// could take for ever.
 void redirect(int stream, const std::optional<std::string>& path) {
-  int file = path ? open(path->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, logMode) : -1;
+  int file =
+      path ? open(path->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, logMode) : -1;
   if (file < 0) file = open("/dev/null", O_WRONLY | O_CLOEXEC);
   dup2(file, stream);
 }
@@ -129,19 +143,25 @@ std::string LoginAgents::entryPath(const std::string& label) const {
 AgentStatus LoginAgents::bootstrap(const std::string& domain, const std::string& propertyList) {
   if (domain != ownDomain()) return AgentStatus::wrongDomain;
   try {
-    const Agent agent = read(propertyList);
-    const std::string entry = entryPath(agent.label);
-    if (std::filesystem::exists(entry)) return complain(propertyList, "it is already loaded");
-    PosixFileSystem files;
-    files.createFolder(configurationFolder_ + "/autostart", defaultFolderMode);
-    files.writeAtomically(entry, Bytes(autostartEntry(agent.label, runner_, propertyList)));
-    if (agent.runsAtLoad) startDetached({runner_, "run", propertyList}, "");
+    load(std::filesystem::absolute(propertyList).string());
     return AgentStatus::done;
   } catch (const Error& error) {
     return complain(propertyList, error.description());
   } catch (const std::exception& error) {
     return complain(propertyList, error.what());
   }
+}
+
+void LoginAgents::load(const std::string& propertyList) const {
+  const Agent agent = read(propertyList);
+  const std::string entry = entryPath(agent.label);
+  if (std::filesystem::exists(entry)) throw std::runtime_error("it is already loaded");
+  if (!canBeInAnEntry(runner_) || !canBeInAnEntry(propertyList))
+    throw std::runtime_error("a path with control characters can’t be loaded");
+  PosixFileSystem files;
+  files.createFolder(configurationFolder_ + "/autostart", defaultFolderMode);
+  files.writeAtomically(entry, Bytes(autostartEntry(agent.label, runner_, propertyList)));
+  if (agent.runsAtLoad) startDetached({runner_, "run", propertyList}, "");
 }
 
 AgentStatus LoginAgents::print(const std::string& serviceTarget) const {

@@ -20,7 +20,8 @@ class LoginAgents {
   LoginAgents(std::string configurationFolder, std::string runner);
 
   // Loads the agent of a property list (Label, ProgramArguments, StandardOutPath, StandardErrorPath), and starts it at
-  // once if RunAtLoad is true. `domain` must be "gui/" + the user ID. Prints one line on standard error on failure.
+  // once if RunAtLoad is true. `domain` must be "gui/" + the user ID. A relative path counts from the working folder.
+  // Prints one line on standard error on failure.
   AgentStatus bootstrap(const std::string& domain, const std::string& propertyList);
 
   // Returns done if the agent of a service target (domain + "/" + label) is loaded, notFound otherwise.
@@ -35,6 +36,8 @@ class LoginAgents {
   static AgentStatus run(const std::string& propertyList);
 
  private:
+  // `propertyList` is an absolute path. Throws an exception of any type on failure.
+  void load(const std::string& propertyList) const;
   std::string entryPath(const std::string& label) const;
 
   std::string configurationFolder_;

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "platform/error.h"
+#include "values/harmless_text.h"
 
 // An operation on a file or folder, and the errors of the domain "POSIX" that describe its failure.
 struct FileAttempt {
@@ -16,7 +17,8 @@ struct FileAttempt {
   const std::string& path;  // must outlive this object
   const char* verb;         // such as "opened"
 
-  // Returns "The file “a” couldn’t be opened because it is too old (/folder/a).", for the reason "it is too old".
+  // Returns "The file “a” couldn’t be opened because it is too old (/folder/a).", for the reason "it is too old". The
+  // path is escaped by harmlessLine.
   Error failure(int code, const std::string& reason) const { return sentence(code, " because " + reason); }
 
   // Returns "The file “a” couldn’t be opened: Permission denied (/folder/a).", in the system's words for `code`.
@@ -26,8 +28,8 @@ struct FileAttempt {
   Error sentence(int code, const std::string& ending) const {
     const std::string name = std::filesystem::path(path).filename().string();
     return {"POSIX", code,
-            std::string("The ") + kind + " “" + (name.empty() ? path : name) + "” couldn’t be " + verb + ending + " (" +
-                path + ")."};
+            std::string("The ") + kind + " “" + harmlessLine(name.empty() ? path : name) + "” couldn’t be " + verb +
+                ending + " (" + harmlessLine(path) + ")."};
   }
 };
 

@@ -11,7 +11,7 @@ namespace {
 
 TEST(HarmlessText, leavesPlainTextUnchanged) {
   for (const char* text : {"", "Chapter 10", "a\\b \"c\"", "éclairs", "アニメ", "🚀 Launches", "e\u0301", "שלום",
-                           "\u200Fright to left mark", "a\u00A0b", "👩\u200D🚀"})
+                           "a\u00A0b", "👩\u200D🚀", "\uFFF8", "\U000E0080"})
     EXPECT_EQ(harmlessLine(std::string_view(text)), text);
 }
 
@@ -35,12 +35,27 @@ TEST(HarmlessText, escapesDirectionControlsAndLineSeparators) {
   EXPECT_EQ(harmlessLine(u"\u202Egpj.exe"), "\\u{202E}gpj.exe");
 }
 
+TEST(HarmlessText, escapesMarksOfDirection) {
+  EXPECT_EQ(harmlessLine(u"a\u200Eb\u200Fc\u061Cd"), "a\\u{200E}b\\u{200F}c\\u{61C}d");
+}
+
+TEST(HarmlessText, escapesInvisibleTagsAndAnnotations) {
+  EXPECT_EQ(harmlessLine(u"\uFFF9a\uFFFAb\uFFFB"), "\\u{FFF9}a\\u{FFFA}b\\u{FFFB}");
+  EXPECT_EQ(harmlessLine(u"x\U000E0041y"), "x\\u{E0041}y");
+  for (char32_t character = 0xE0000; character < 0xE0080; ++character) {
+    const std::u16string pair = {u'\xDB40', static_cast<char16_t>(0xDC00 + (character & 0x7F))};
+    EXPECT_EQ(harmlessLine(pair).substr(0, 6), "\\u{E00") << static_cast<unsigned>(character);
+    EXPECT_EQ(harmlessText(utf8(pair)), harmlessLine(pair));
+  }
+}
+
 TEST(HarmlessText, replacesMalformedText) {
   EXPECT_EQ(harmlessLine(std::string_view("a\x9B"
                                           "b")),
             "a\uFFFDb")
       << "a byte that some terminals take as a control character";
   EXPECT_EQ(harmlessLine(std::u16string(1, static_cast<char16_t>(0xD800))), "\uFFFD");
+  EXPECT_EQ(harmlessLine(std::u16string(1, static_cast<char16_t>(0xDB40))), "\uFFFD");
 }
 
 TEST(HarmlessText, escapesLineFeedsAndTabsInALine) {

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <optional>
@@ -106,9 +107,72 @@ TEST_F(LoginAgentsTest, haveOneCommandWhateverTheirFileIsCalled) {
               AllOf(HasSubstr("/an agent\\nExec=false\\r.plist\"\n"), Not(HasSubstr("\nExec=false"))));
 }
 
+TEST_F(LoginAgentsTest, areNotLoadedFromPathsThatEntriesCannotHave) {
+  putAgent("exit 0");
+  for (const char* name : {"\x1b[2J.plist", "\x7f.plist", "\u009B31m.plist"}) {
+    const std::string file = scratch_.path(name);
+    std::filesystem::copy_file(file_, file);
+    EXPECT_EQ(launchctl({"bootstrap", domain_, file}), failed);
+    EXPECT_THAT(ending_.error, AllOf(HasSubstr("\\u{"), HasSubstr("control characters"), Not(HasSubstr("\x1b"))));
+  }
+  EXPECT_FALSE(std::filesystem::exists(scratch_.path("config/autostart")));
+}
+
+TEST_F(LoginAgentsTest, reportOneLineWhateverTheirFileIsCalled) {
+  EXPECT_EQ(launchctl({"bootstrap", domain_, scratch_.path("a\nb\x1b.plist")}), failed);
+  EXPECT_THAT(ending_.error, AllOf(HasSubstr("/a\\u{0A}b\\u{1B}.plist: "), Not(HasSubstr("\x1b"))));
+  EXPECT_EQ(std::ranges::count(ending_.error, '\n'), 1);
+}
+
+TEST_F(LoginAgentsTest, areLoadedWithAbsolutePaths) {
+  putAgent("exit 0");
+  const std::string name = std::filesystem::path(file_).filename();
+  const Ending ending = run("/bin/sh",
+                            {"-c", "cd \"$1\" && exec \"$0\" bootstrap \"$2\" \"$3\"", QUILLERY_LAUNCHCTL_EXECUTABLE,
+                             scratch_.path(), domain_, name},
+                            {{"XDG_CONFIG_HOME", scratch_.path("config")}});
+  EXPECT_EQ(ending.status, done) << ending.error;
+  EXPECT_THAT(contentOf(entry_), HasSubstr(" run \"" + scratch_.path("an agent's ")));
+}
+
+TEST_F(LoginAgentsTest, areRunByTheProgramThatReplacedTheRunningOne) {
+  putAgent("exit 0");
+  const std::string program = scratch_.path("quillery-launchctl");
+  std::filesystem::copy_file(QUILLERY_LAUNCHCTL_EXECUTABLE, program);
+  const std::string script = "exec 9<\"$0\"; rm \"$0\"; echo new >\"$0\"; exec /proc/self/fd/9 bootstrap \"$1\" \"$2\"";
+  const Ending ending =
+      run("/bin/bash", {"-c", script, program, domain_, file_}, {{"XDG_CONFIG_HOME", scratch_.path("config")}});
+  EXPECT_EQ(ending.status, done) << ending.error;
+  EXPECT_THAT(contentOf(entry_), HasSubstr("Exec=\"" + program + "\" run "));
+}
+
+TEST_F(LoginAgentsTest, areRunByAProgramWhoseNameLooksRemoved) {
+  putAgent("exit 0");
+  const std::string program = scratch_.path("launchctl (deleted)");
+  std::filesystem::copy_file(QUILLERY_LAUNCHCTL_EXECUTABLE, program);
+  EXPECT_EQ(run(program, {"bootstrap", domain_, file_}, {{"XDG_CONFIG_HOME", scratch_.path("config")}}).status, done);
+  EXPECT_THAT(contentOf(entry_), HasSubstr("Exec=\"" + program + "\" run "));
+}
+
+TEST_F(LoginAgentsTest, doNotWaitForAReaderOfTheirLog) {
+  ASSERT_EQ(mkfifo(scratch_.path("out.log").c_str(), 0600), 0);
+  putAgent("echo lost; exit 7");
+  EXPECT_EQ(launchctl({"run", file_}), 7);
+}
+
+TEST_F(LoginAgentsTest, doNotWaitForAReaderOfAFullLog) {
+  ASSERT_EQ(mkfifo(scratch_.path("out.log").c_str(), 0600), 0);
+  const FileDescriptor pipe(open(scratch_.path("out.log").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  putAgent("head -c 1000000 /dev/zero; exit 7");
+  EXPECT_EQ(launchctl({"run", file_}), 7);
+}
+
 TEST_F(LoginAgentsTest, haveLabelsOfOneLine) {
   put(PlistValue::dictionary(
       {{u"Label", u"agent\nExec=false"}, {u"ProgramArguments", PlistValue::array({u"/bin/sh"})}}));
+  EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), failed);
+  EXPECT_THAT(ending_.error, HasSubstr("it has no valid Label"));
+  put(PlistValue::dictionary({{u"Label", u"agent\x1b[2J"}, {u"ProgramArguments", PlistValue::array({u"/bin/sh"})}}));
   EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), failed);
   EXPECT_THAT(ending_.error, HasSubstr("it has no valid Label"));
 }
