@@ -6,5 +6,6 @@
 
 int main(int count, char** values) {
   const PlatformScope scope(nativePlatform());
-  return runCompanion(argumentsOf(count, values), std::chrono::system_clock::now());
+  return runCompanion(argumentsOf(count, values),
+                      std::chrono::floor<Instant::duration>(std::chrono::system_clock::now()));
 }

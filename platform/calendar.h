@@ -6,7 +6,8 @@
 #include <optional>
 #include <string>
 
-using Instant = std::chrono::system_clock::time_point;
+// A point in time. The system clock's own type may count nanoseconds, which end in the year 2262.
+using Instant = std::chrono::sys_time<std::chrono::microseconds>;
 
 struct DateComponents {
   int year = 0;

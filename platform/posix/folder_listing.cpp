@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -11,14 +12,18 @@
 
 namespace {
 
+using std::chrono::seconds;
+
 Instant modified(const struct stat& status) {
 #ifdef __APPLE__
   const timespec& time = status.st_mtimespec;
 #else
   const timespec& time = status.st_mtim;
 #endif
-  return Instant(std::chrono::duration_cast<Instant::duration>(std::chrono::seconds(time.tv_sec) +
-                                                               std::chrono::nanoseconds(time.tv_nsec)));
+  // Some file systems store any number of seconds, more than an Instant can have.
+  const auto whole = std::clamp(seconds(time.tv_sec), std::chrono::ceil<seconds>(Instant::duration::min()),
+                                std::chrono::floor<seconds>(Instant::duration::max()) - seconds(1));
+  return Instant(whole) + std::chrono::floor<Instant::duration>(std::chrono::nanoseconds(time.tv_nsec));
 }
 
 }  // namespace

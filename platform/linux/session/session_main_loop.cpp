@@ -1,11 +1,24 @@
 #include "platform/linux/session/session_main_loop.h"
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
+
+namespace {
+
+// Returns the clock's time at a date, or the end of the clock's range if the date is beyond it.
+ClockTimers::ClockTime clockTimeOf(Instant date) {
+  using Limits = ClockTimers::ClockTime;
+  return std::clamp(date.time_since_epoch(), std::chrono::ceil<Instant::duration>(Limits::min()),
+                    std::chrono::floor<Instant::duration>(Limits::max()));
+}
+
+}  // namespace
 
 SessionMainLoop::SessionMainLoop(EventLoop& eventLoop)
     : eventLoop_(eventLoop), wallClock_(eventLoop, CLOCK_REALTIME), steadyClock_(eventLoop, CLOCK_MONOTONIC) {}
 
-Instant SessionMainLoop::now() { return std::chrono::system_clock::now(); }
+Instant SessionMainLoop::now() { return std::chrono::floor<Instant::duration>(std::chrono::system_clock::now()); }
 
 void SessionMainLoop::post(Work work) { eventLoop_.post(std::move(work)); }
 
@@ -14,7 +27,7 @@ void SessionMainLoop::after(std::chrono::milliseconds delay, Work work) {
 }
 
 std::shared_ptr<Timer> SessionMainLoop::timerAt(Instant fireDate, TimerHandler handler) {
-  return wallClock_.at(fireDate.time_since_epoch(), std::move(handler));
+  return wallClock_.at(clockTimeOf(fireDate), std::move(handler));
 }
 
 std::shared_ptr<Timer> SessionMainLoop::repeatingTimer(std::chrono::milliseconds interval, TimerHandler handler) {

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "platform/linux/civil_calendar.h"
+#include "tests/platform/linux/environment_scope.h"
 
 namespace {
 
@@ -76,6 +77,14 @@ std::shared_ptr<const Calendar> calendarOf(const DateVector& row) { return Civil
 TEST(CalendarVectors, areAllFound) {
   for (const DateVector& row : vectors())
     EXPECT_EQ(calendarOf(row)->nextDate(row.after, row.matching), row.expected) << row;
+}
+
+TEST(CalendarVectors, areAllFoundInTheCurrentZone) {
+  EnvironmentScope zone("TZ", std::nullopt);
+  for (const DateVector& row : vectors()) {
+    zone.set(row.zone);
+    EXPECT_EQ(CivilCalendars().current()->nextDate(row.after, row.matching), row.expected) << row;
+  }
 }
 
 // What follows does without nextDate.

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <ctime>
@@ -10,10 +11,12 @@
 #include <iomanip>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "platform/error.h"
 #include "tests/platform/linux/child_process.h"
 #include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/scratch_folder.h"
 
 namespace {
 
@@ -67,8 +70,8 @@ TEST(CivilCalendar, returnsOnlyLaterInstants) {
   const Instant match = sys_days(2026y / 9 / 26) + 9h + 30min;  // a Saturday
   EXPECT_EQ(utc->nextDate(match, {7, 9, 30}), match + 7 * 24h);
   EXPECT_EQ(utc->nextDate(match, {std::nullopt, 9, 30}), match + 24h);
-  EXPECT_EQ(utc->nextDate(match - 1ns, {7, 9, 30}), match);
-  EXPECT_EQ(utc->nextDate(match + 1ns, {7, 9, 30}), match + 7 * 24h);
+  EXPECT_EQ(utc->nextDate(match - 1us, {7, 9, 30}), match);
+  EXPECT_EQ(utc->nextDate(match + 1us, {7, 9, 30}), match + 7 * 24h);
   EXPECT_EQ(next(*utc, sys_days(2026y / 9 / 26) + 23h + 59min + 30s, {7, 23, 59}), "2026-10-03 23:59:00 day 7");
 }
 
@@ -138,6 +141,40 @@ TEST(CurrentCalendar, readsTheVariableInEveryCall) {
     zone.set(utc);
     EXPECT_EQ(hourNow(), "12") << utc;
   }
+}
+
+TEST(CurrentCalendar, followsRulesInTheVariable) {
+  EnvironmentScope zone("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
+  EXPECT_EQ(hourNow(), "14");
+  const auto rules = CivilCalendars().current();
+  EXPECT_EQ(next(*rules, sys_days(2026y / 3 / 29), {1, 2, 30}), "2026-03-29 03:00:00 day 1") << "a gap";
+  EXPECT_EQ(rules->nextDate(sys_days(2026y / 10 / 24) + 23h, {1, 2, 30}), sys_days(2026y / 10 / 25) + 30min)
+      << "the first of two";
+  EXPECT_EQ(rules->instant({2026, 3, 29, 2}), sys_days(2026y / 3 / 29) + 1h);
+  for (const auto& [text, hour] : {std::pair("JST-9", "21"),
+                                   {"<+03>-3", "15"},
+                                   {"EST5EDT,M3.2.0,M11.1.0", "8"},
+                                   {":CET-1CEST,M3.5.0,M10.5.0/3", "14"},
+                                   {"NZST-12NZDT,M9.5.0,M4.1.0/3", "0"}}) {
+    zone.set(text);
+    EXPECT_EQ(hourNow(), hour) << text;
+  }
+}
+
+TEST(CurrentCalendar, doesNotWaitForAPipeInPlaceOfAZone) {
+  const ScratchFolder scratch;
+  ASSERT_EQ(mkfifo(scratch.path("zone").c_str(), 0600), 0);
+  EnvironmentScope zone("TZ", scratch.path("zone"));
+  EXPECT_EQ(hourNow(), "12");
+  const EnvironmentScope folder("TZDIR", scratch.path());
+  zone.set(":zone");
+  EXPECT_EQ(hourNow(), "12");
+}
+
+TEST(CurrentCalendar, hasTheComponentsOfAnyCentury) {
+  const EnvironmentScope zone("TZ", "UTC");
+  EXPECT_EQ(shown(CivilCalendars().current()->components(sys_days(2446y / 5 / 10) + 22h)), "2446-05-10 22:00:00 day 5");
+  EXPECT_EQ(shown(CivilCalendars().current()->components(sys_days(1600y / 1 / 1))), "1600-01-01 00:00:00 day 7");
 }
 
 TEST(CurrentCalendar, usesTheSystemsZoneIfTheVariableIsUnset) {

@@ -296,6 +296,19 @@ TEST_F(PosixFilesIn, returnsNamesSizesAndTimesOfRegularFiles) {
   EXPECT_EQ(files[1].modified.time_since_epoch(), std::chrono::milliseconds(1'789'977'600'250));
 }
 
+TEST_F(PosixFilesIn, returnsTimesOfEveryCentury) {
+  makeFile(scratch_.path("file"), "");
+  for (const std::int64_t second : {-9'223'372'037LL, 0LL, 9'223'372'036LL, 9'223'372'037LL, 14'000'000'000LL}) {
+    const std::array<timespec, 2> times{timespec{1, 0}, timespec{second, 250'000'000}};
+    ASSERT_EQ(utimensat(AT_FDCWD, scratch_.path("file").c_str(), times.data(), 0), 0);
+    struct stat stored {};
+    ASSERT_EQ(stat(scratch_.path("file").c_str(), &stored), 0);
+    if (stored.st_mtim.tv_sec != second) continue;  // this file system cannot store the time
+    EXPECT_EQ(files_.filesIn(scratch_.path()).at(0).modified,
+              Instant(std::chrono::seconds(second) + std::chrono::milliseconds(250)));
+  }
+}
+
 TEST_F(PosixFilesIn, includesOnlyTheLinksThatLeadToFiles) {
   makeFile(scratch_.path("file"), "123");
   std::filesystem::create_directory(scratch_.path("folder"));

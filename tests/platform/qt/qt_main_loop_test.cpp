@@ -51,7 +51,7 @@ class QtMainLoopTest : public testing::Test {
 };
 
 TEST_F(QtMainLoopTest, nowIsTheWallClock) {
-  const Instant before = std::chrono::system_clock::now();
+  const Instant before = std::chrono::floor<Instant::duration>(std::chrono::system_clock::now());
   const Instant now = loop_.now();
   EXPECT_LE(before, now);
   EXPECT_LE(now, std::chrono::system_clock::now());
@@ -139,7 +139,7 @@ TEST_F(QtMainLoopTest, aTimerForAPastDateFiresInTheNextTurn) {
   loop_.timerAt(Instant{}, noteFiring("1970"));
   loop_.timerAt(Instant{} - 1000000h, noteFiring("long before"));
   loop_.timerAt(Instant::min(), noteFiring("the beginning of time"));
-  const auto justNow = loop_.timerAt(loop_.now() - 1ns, noteFiring("just now"));
+  const auto justNow = loop_.timerAt(loop_.now() - 1us, noteFiring("just now"));
   EXPECT_THAT(noted_, IsEmpty());
   EXPECT_TRUE(justNow->isValid());
   EXPECT_TRUE(runUntilNoted("just now"));
