@@ -12,10 +12,13 @@ std::shared_ptr<SorterDelegate> delegate;
 
 namespace {
 
-bool anotherInstanceRuns() {
+// False if that is unknown: a second instance does less harm than none.
+bool anotherInstanceRuns() try {
   const int own = platform().processes.processIdentifier();
   const auto instances = platform().runningApplications.withBundleIdentifier(std::string(product::bundleIdentifier));
   return std::ranges::any_of(instances, [&](const auto& instance) { return instance->processIdentifier() != own; });
+} catch (const Error&) {
+  return false;
 }
 
 }  // namespace

@@ -30,6 +30,15 @@ void openSafari() {
   if (const auto location = workspace.locateApplication(safariIdentifier)) workspace.openApplication(*location);
 }
 
+// Returns none if that is unknown. The sort asks again, and reports it.
+std::vector<std::shared_ptr<RunningApplication>> safarisKnownToRun() {
+  try {
+    return runningSafaris();
+  } catch (const SafariUnknown&) {
+    return {};
+  }
+}
+
 }  // namespace
 
 void SorterDelegate::sortNow() {
@@ -41,9 +50,9 @@ void SorterDelegate::sortNow() {
       pauseForAccess();
       return;
     }
-    if (!safariRunning()) {
+    if (safariState() != SafariState::running) {
       const FlagScope sorting(busy);
-      performSort();
+      performSort();  // asks again, and reports if it is unknown
       return;
     }
     choice = askAboutOpenSafari();
@@ -55,7 +64,7 @@ void SorterDelegate::closeSortReopen(bool quiet) {
   if (busy || updateInstallPending) return;
   if (!canReadBookmarks()) return;
   FlagScope sorting(busy);
-  const Applications asked = runningSafaris();
+  const Applications asked = safarisKnownToRun();
   if (asked.empty()) {
     finish(false);
     return;
@@ -77,15 +86,15 @@ void SorterDelegate::closeSortReopen(bool quiet) {
 }
 
 void SorterDelegate::pollForQuit(Timer& timer, Instant deadline, const Applications& asked, bool quiet) {
-  const bool isGone = !safariRunning();
-  if (!isGone && desktop().mainLoop.now() < deadline) return;
+  const SafariState safari = safariState();
+  if (safari != SafariState::closed && desktop().mainLoop.now() < deadline) return;
   timer.invalidate();
   quitTimer = nullptr;
-  if (isGone) {
+  if (safari == SafariState::running) {
+    giveUpQuitting(asked, quiet);
+  } else {
     const FlagScope sorting(busy);
     finish(true);
-  } else {
-    giveUpQuitting(asked, quiet);
   }
 }
 
@@ -126,5 +135,5 @@ void SorterDelegate::applicationTerminated(const RunningApplication& application
 }
 
 void SorterDelegate::sortAfterQuit() {
-  if (sortOnQuit() && !safariRunning()) tick();
+  if (sortOnQuit() && safariState() != SafariState::running) tick();
 }

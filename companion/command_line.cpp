@@ -40,8 +40,9 @@ const char* const helpText =
     "--version    prints the version\n"
     "\n"
     "Exit status: 0 success, or in order; 1 failure (message on standard error), or\n"
-    "for check: not in order; 2 wrong usage; 3 for check: failure; 75 Safari is\n"
-    "running (nothing was read).\n";
+    "for check: not in order; 2 wrong usage; 3 for check: failure; 74 success, but\n"
+    "the output could not be written; 75 Safari is running, or it is unknown whether\n"
+    "it is (nothing was changed).\n";
 
 namespace {
 

@@ -27,7 +27,15 @@
 
 namespace {
 
-enum ExitStatus { success = 0, failure = 1, notInOrder = 1, wrongUsage = 2, checkFailed = 3, safariOpen = 75 };
+enum ExitStatus {
+  success = 0,
+  failure = 1,
+  notInOrder = 1,
+  wrongUsage = 2,
+  checkFailed = 3,
+  outputLost = 74,  // EX_IOERR of sysexits.h
+  tryLater = 75     // EX_TEMPFAIL
+};
 
 // The most entries of a preview of a file. An entry that no other folder refers to takes at least four bytes.
 std::size_t mostEntriesOfPreview(std::size_t fileSize) {
@@ -53,22 +61,30 @@ std::string chosenFile(const Request& request, std::size_t operand) {
   return operand < request.operands.size() ? absolute(request.operands[operand]) : bookmarkFile();
 }
 
-int safariIsInTheWay() {
-  complain("Safari is running; nothing was read");
-  return safariOpen;
-}
-
 // Prints a report as one line, as soon as it is known.
 void print(const Report& report, const Request& request) {
   if (!request.quiet) std::cout << harmlessText(report.title + ": " + report.message) << '\n' << std::flush;
 }
 
-// Runs a job and returns the exit status. An error is printed on both streams: the log and the terminal.
+// Runs a job while Safari is closed and returns the exit status.
+int runWithoutSafari(const Request& request, const std::function<void()>& job) {
+  if (safariRunning()) {
+    complain("Safari is running; nothing was read");
+    return tryLater;
+  }
+  if (!request.quiet && !canLookForSafari())
+    complain("there is no login session, so Safari could not be looked for and counts as closed");
+  job();
+  return success;
+}
+
+// Runs a job and returns the exit status. A failure is printed on both streams: the log and the terminal.
 int runJob(const Request& request, const char* failureTitle, const std::function<void()>& job) {
-  if (safariRunning()) return safariIsInTheWay();
   try {
-    job();
-    return success;
+    return runWithoutSafari(request, job);
+  } catch (const SafariUnknown& error) {
+    complain(error.description());
+    return tryLater;
   } catch (const std::exception& error) {
     const Report report = failureReport(failureTitle, error);
     print(report, request);
@@ -180,6 +196,7 @@ int runCompanion(const Arguments& arguments, Instant now) {
     const int status = perform(request, now);
     if (std::cout.flush()) return status;
     complain("not all of the output could be written");
+    return status == success ? outputLost : status;
   } catch (const std::exception& error) {
     complain(error.what());
   }

@@ -26,6 +26,11 @@ class RunningApplications {
  public:
   virtual ~RunningApplications() = default;
 
-  // Returns every running instance of the application with this bundle identifier.
+  // Returns every running instance of the application with this bundle identifier. Throws Error if that is unknown,
+  // because the part of the system that knows it exists but does not reply.
   virtual std::vector<std::shared_ptr<RunningApplication>> withBundleIdentifier(const std::string& identifier) = 0;
+
+  // Returns false if no part of this system knows which applications run, such as outside a login session. Then
+  // withBundleIdentifier returns none. Throws Error as withBundleIdentifier does.
+  virtual bool areKnown() = 0;
 };

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/error.h"
 #include "platform/linux/object_path.h"
 #include "platform/linux/session_bus.h"
 #include "platform/posix/file_descriptor.h"
@@ -185,5 +186,9 @@ class QuitRequest {
 }  // namespace
 
 bool requestQuit(const QuitTarget& target, std::chrono::microseconds timeout) {
-  return QuitRequest(target, timeout).deliver();
+  try {
+    return QuitRequest(target, timeout).deliver();
+  } catch (const Error&) {
+    return false;  // the bus does not reply
+  }
 }

@@ -37,17 +37,21 @@ struct MessageRelease {
 };
 using Message = std::unique_ptr<sd_bus_message, MessageRelease>;
 
-// Returns a new connection to the session bus of the environment; null if there is none or it does not reply before the
-// deadline. Never starts a bus.
+// Starts to connect to the session bus (see sessionBusAddress), and never starts a bus. Returns a negative error number
+// if that fails at once, and `bus` is null then: -ENOENT or -ECONNREFUSED if there is no bus.
+int startSessionBus(BusHandle& bus);
+
+// Returns a new connection to the session bus; null if there is none, because no address is known or nobody listens
+// there. Throws Error if the bus does not accept the connection before the deadline. Never starts a bus.
 BusHandle openSessionBus(const Deadline& deadline);
 
 // Returns true if `bus` is an open connection.
 bool isReady(const BusHandle& bus);
 
-// Returns the unique names of the connections that own a name or are queued for it, in the order of the queue; none if
-// the bus does not reply before the deadline.
+// Returns the unique names of the connections that own a name or are queued for it, in the order of the queue; none for
+// a name that is not valid. Throws Error if the bus does not reply before the deadline.
 std::vector<std::string> connectionsOwning(sd_bus* bus, const std::string& name, const Deadline& deadline);
 
-// Returns the ID of the process that opened a connection; absent if the connection does not exist (any more) or the bus
-// does not reply before the deadline.
+// Returns the ID of the process that opened a connection; absent if the connection does not exist (any more). Throws
+// Error if the bus does not know the process, or does not reply before the deadline.
 std::optional<std::uint32_t> processOf(sd_bus* bus, const std::string& connection, const Deadline& deadline);

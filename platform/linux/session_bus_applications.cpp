@@ -5,11 +5,10 @@
 #include <optional>
 #include <utility>
 
+#include "platform/error.h"
 #include "platform/linux/quit_request.h"
 
 namespace {
-
-constexpr int connectionsTried = 2;  // the bus may have closed the existing one, so try a new one too
 
 class RunningProcess : public RunningApplication {
  public:
@@ -47,13 +46,31 @@ std::vector<QuitTarget> processesOwning(sd_bus* bus, const std::string& name, co
 std::vector<std::shared_ptr<RunningApplication>> SessionBusApplications::withBundleIdentifier(
     const std::string& identifier) {
   const Deadline deadline(timeout_);
-  for (int connection = 0; connection < connectionsTried; ++connection) {
-    if (!isReady(bus_)) bus_ = openSessionBus(deadline);
-    if (!bus_) return {};
-    std::vector<std::shared_ptr<RunningApplication>> applications;
-    for (QuitTarget& process : processesOwning(bus_.get(), identifier, deadline))
-      applications.push_back(std::make_shared<RunningProcess>(std::move(process), timeout_));
-    if (isReady(bus_)) return applications;
+  if (isReady(bus_)) {
+    try {
+      return running(identifier, deadline);
+    } catch (const Error&) {
+      if (isReady(bus_)) throw;  // otherwise the bus has closed the connection, so try a new one
+    }
   }
-  return {};
+  connect(deadline);
+  return bus_ ? running(identifier, deadline) : std::vector<std::shared_ptr<RunningApplication>>();
+}
+
+bool SessionBusApplications::areKnown() {
+  if (!isReady(bus_)) connect(Deadline(timeout_));
+  return bus_ != nullptr;
+}
+
+void SessionBusApplications::connect(const Deadline& deadline) {
+  bus_ = nullptr;
+  bus_ = openSessionBus(deadline);
+}
+
+std::vector<std::shared_ptr<RunningApplication>> SessionBusApplications::running(const std::string& identifier,
+                                                                                 const Deadline& deadline) const {
+  std::vector<std::shared_ptr<RunningApplication>> applications;
+  for (QuitTarget& process : processesOwning(bus_.get(), identifier, deadline))
+    applications.push_back(std::make_shared<RunningProcess>(std::move(process), timeout_));
+  return applications;
 }

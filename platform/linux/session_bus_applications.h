@@ -10,7 +10,8 @@
 #include "platform/running_applications.h"
 
 // An application's bundle identifier is its bus name, so every process that owns the name or is queued for it counts as
-// running. None counts as running if there is no bus or the bus does not reply. Never starts an application or a bus.
+// running. None counts as running, or is known, if there is no bus; see openSessionBus. Never starts an application or
+// a bus.
 class SessionBusApplications : public RunningApplications {
  public:
   // The longest time that one call of withBundleIdentifier or terminate takes.
@@ -18,11 +19,19 @@ class SessionBusApplications : public RunningApplications {
 
   explicit SessionBusApplications(std::chrono::microseconds timeout = defaultTimeout) : timeout_(timeout) {}
 
-  // Returns one entry per process, in the order of the queue, without processes that end meanwhile. `terminate` of an
-  // entry calls requestQuit. An entry may outlive this object, and may be used from any thread.
+  // Returns one entry per process, in the order of the queue, without processes that end meanwhile. Throws Error if
+  // there is a bus and it does not reply, within the timeout, or does not accept this process's connection. `terminate`
+  // of an entry calls requestQuit. An entry may outlive this object, and may be used from any thread.
   std::vector<std::shared_ptr<RunningApplication>> withBundleIdentifier(const std::string& identifier) override;
 
+  // Returns true if there is a bus.
+  bool areKnown() override;
+
  private:
+  void connect(const Deadline& deadline);
+  std::vector<std::shared_ptr<RunningApplication>> running(const std::string& identifier,
+                                                           const Deadline& deadline) const;
+
   std::chrono::microseconds timeout_;
   BusHandle bus_;  // opened by the first call, and again after it was closed
 };

@@ -9,7 +9,11 @@
 // Uses NSRunningApplication, which asks Launch Services.
 class AppKitApplications : public RunningApplications {
  public:
+  // Never throws Error: AppKit reports no failures.
   std::vector<std::shared_ptr<RunningApplication>> withBundleIdentifier(const std::string& identifier) override;
+
+  // Always true: AppKit does not report whether it sees the user's session.
+  bool areKnown() override { return true; }
 };
 
 // Wraps an application of AppKit.

@@ -1,12 +1,11 @@
 #include "platform/qt/session_connection.h"
 
-namespace {
+#include <optional>
+#include <string>
 
-QString sessionAddress() {
-  const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
-  const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-  return address.isEmpty() && !folder.isEmpty() ? "unix:path=" + folder + "/bus" : address;
-}
+#include "platform/linux/session_bus_address.h"
+
+namespace {
 
 QString nextName() {
   static int count = 0;
@@ -14,8 +13,8 @@ QString nextName() {
 }
 
 QDBusConnection connect(const QString& name) {
-  const QString address = sessionAddress();
-  return address.isEmpty() ? QDBusConnection(name) : QDBusConnection::connectToBus(address, name);
+  const std::optional<std::string> address = sessionBusAddress();
+  return address ? QDBusConnection::connectToBus(QString::fromStdString(*address), name) : QDBusConnection(name);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <QDBusConnection>
 #include <QString>
 
-// Connects to the bus of DBUS_SESSION_BUS_ADDRESS or in the user's runtime folder, and starts no bus.
+// Connects to the session bus (see sessionBusAddress), and starts no bus.
 // QDBusConnection::sessionBus() would start one, and would keep the value that the variable had at first use. A
 // QCoreApplication must exist.
 class SessionConnection {

@@ -92,6 +92,11 @@ TEST_F(Entry, secondLoginEndsBeforeAnyUserInterfaceExists) {
 
 TEST_F(Entry, loginWithoutAnotherInstanceStarts) { expectStarted({"--login"}); }
 
+TEST_F(Entry, loginStartsIfOtherInstancesAreUnknown) {
+  machine_.applications.setUnresponsive(true);
+  expectStarted({"--login"});
+}
+
 TEST_F(Entry, loginIgnoresItsOwnProcess) {
   machine_.applications.startAs(machine_.processes.processIdentifier(), ownIdentifier);
   expectStarted({"--login"});

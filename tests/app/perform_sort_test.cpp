@@ -597,7 +597,10 @@ TEST_P(WatchedPerformSortTest, survivesADialogThatCannotBeShown) {
 
 TEST_P(PerformSortTest, reportsThatTheQueryForSafariFailed) {
   machine_.journal.before("running?", [](const auto&) { throw Error("Bus", 1, "The bus does not answer."); });
-  expectFailure({"running? com.apple.Safari"}, "The bus does not answer.");
+  expectFailure(
+      {"running? com.apple.Safari"},
+      "It is unknown whether Safari is running, so your bookmarks have not been changed. Try again later. The "
+      "bus does not answer.");
   expectDiskUntouched();
 }
 

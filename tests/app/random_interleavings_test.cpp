@@ -76,16 +76,16 @@ class Course : private ControllerMachine {
 
   void runRandomEvent() {
     using Event = void (Course::*)();
-    static constexpr std::array<Event, 26> events = {
-        &Course::timePasses,        &Course::timePasses,         &Course::timePasses,
-        &Course::aTimerIsDue,       &Course::threadIsOccupied,   &Course::machineSleeps,
-        &Course::clockIsSet,        &Course::safariStarts,       &Course::safariStarts,
-        &Course::userQuitsSafari,   &Course::userQuitsSafari,    &Course::userTogglesSorting,
-        &Course::userSortsNow,      &Course::userSortsNow,       &Course::userSavesSchedule,
-        &Course::accessIsLost,      &Course::accessComesBack,    &Course::bookmarksChange,
-        &Course::aReadFails,        &Course::aWriteFails,        &Course::safariStartsDuringASort,
-        &Course::updateAsks,        &Course::updateSessionEnds,  &Course::settingsAreDamaged,
-        &Course::notificationIsOdd, &Course::programIsRelaunched};
+    static constexpr std::array<Event, 27> events = {
+        &Course::timePasses,        &Course::timePasses,          &Course::timePasses,
+        &Course::aTimerIsDue,       &Course::threadIsOccupied,    &Course::machineSleeps,
+        &Course::clockIsSet,        &Course::safariStarts,        &Course::safariStarts,
+        &Course::userQuitsSafari,   &Course::userQuitsSafari,     &Course::userTogglesSorting,
+        &Course::userSortsNow,      &Course::userSortsNow,        &Course::userSavesSchedule,
+        &Course::accessIsLost,      &Course::accessComesBack,     &Course::bookmarksChange,
+        &Course::aReadFails,        &Course::aWriteFails,         &Course::safariStartsDuringASort,
+        &Course::updateAsks,        &Course::updateSessionEnds,   &Course::settingsAreDamaged,
+        &Course::notificationIsOdd, &Course::programIsRelaunched, &Course::busHangsOrReplies};
     (this->*oneOf(events))();
     expectInvariants();
   }
@@ -142,6 +142,10 @@ class Course : private ControllerMachine {
                                                     "dailyMinute"};
     machine_.defaults.put(oneOf(keys), oneOf(values));
   }
+  void busHangsOrReplies() {
+    isBusHung_ = !isBusHung_ && chance(2);
+    machine_.applications.setUnresponsive(isBusHung_);
+  }
   void notificationIsOdd() { machine_.workspace.notifyTermination(nullptr); }
   void programIsRelaunched() {
     if (dialogs_ > 0) return;  // a modal dialog keeps the user from quitting it
@@ -187,6 +191,7 @@ class Course : private ControllerMachine {
     machine_.journal.beforeEach("write atomically", [this](const std::string&) {
       ++tally_["the file was written"];
       EXPECT_EQ(safaris(), 0) << "the file was written while Safari runs";
+      EXPECT_FALSE(isBusHung_) << "the file was written while Safari may run";
       EXPECT_TRUE(controller_->busy);
     });
     machine_.journal.beforeEach("quit", [this](const std::string&) {
@@ -218,6 +223,8 @@ class Course : private ControllerMachine {
 
   // Lets every pending timer finish and quits every Safari as its user would.
   void settle() {
+    isBusHung_ = false;
+    machine_.applications.setUnresponsive(false);
     machine_.loop.advance(2min);
     machine_.applications.end(safari);
     machine_.loop.advance(2min);
@@ -238,6 +245,7 @@ class Course : private ControllerMachine {
   int dialogs_ = 0;
   int jobDialogs_ = 0;
   bool isUserChoosing_ = false;
+  bool isBusHung_ = false;
 };
 
 TEST(RandomInterleavings, keepEveryInvariant) {

@@ -29,6 +29,7 @@ const Entries reopened = {"locate com.apple.Safari", "open /Applications/Safari.
 const Entries gaveUp = {"accessory", "activate", "alert Safari did not close"};
 
 Entries waitingFor(int process) { return {"quit " + std::to_string(process), "timer every 250 ms"}; }
+constexpr const char* unknownMessage = "It is unknown whether Safari is running, ";
 const Entries doneWaiting = {"invalidate every 250 ms"};
 
 class SafariOrchestration : public ControllerTest {
@@ -89,6 +90,16 @@ TEST_F(SortNow, showsAFailure) {
   machine_.userInterface.willAnswer(0);
   controller_->sortNow();
   EXPECT_EQ(machine_.userInterface.alerts().at(0).messageText, "Bookmarks could not be sorted");
+  expectIdle();
+}
+
+TEST_F(SortNow, showsThatSafariIsUnknown) {
+  machine_.applications.setUnresponsive(true);
+  machine_.userInterface.willAnswer(0);
+  controller_->sortNow();
+  EXPECT_EQ(machine_.userInterface.alerts().at(0).messageText, "Bookmarks could not be sorted");
+  EXPECT_THAT(machine_.userInterface.alerts().at(0).informativeText, StartsWith(unknownMessage));
+  EXPECT_FALSE(isSorted());
   expectIdle();
 }
 
@@ -233,6 +244,36 @@ TEST_F(CloseSortReopen, sortsAtOnceAndDoesNotOpenAClosedSafari) {
 TEST_F(CloseSortReopen, printsTheResultEvenIfNotQuiet) {
   controller_->closeSortReopen(false);
   EXPECT_EQ(noted(), (probed + unattendedSort()));
+}
+
+TEST_F(CloseSortReopen, printsThatSafariIsUnknownAndDoesNotSort) {
+  machine_.applications.setUnresponsive(true);
+  controller_->closeSortReopen(true);
+  EXPECT_THAT(machine_.output.text(), StartsWith(std::string("Bookmarks could not be sorted: ") + unknownMessage));
+  EXPECT_FALSE(isSorted());
+  EXPECT_EQ(machine_.journal.count("open"), 0);
+  expectIdle();
+}
+
+TEST_F(CloseSortReopen, waitsWhileSafariIsUnknown) {
+  startWaiting({.quitsAfter = 2s});
+  machine_.applications.setUnresponsive(true);
+  machine_.loop.advance(44s);
+  EXPECT_THAT(noted(), IsEmpty());
+  expectWaiting();
+  machine_.applications.setUnresponsive(false);
+  machine_.loop.advance(250ms);
+  EXPECT_EQ(noted(), (doneWaiting + unattendedSort() + reopened));
+}
+
+TEST_F(CloseSortReopen, reopensSafariIfItIsUnknownAtTheDeadline) {
+  startWaiting({.quitsAfter = 2s});
+  machine_.applications.setUnresponsive(true);
+  machine_.loop.advance(45s);
+  EXPECT_THAT(machine_.output.text(), StartsWith(std::string("Bookmarks could not be sorted: ") + unknownMessage));
+  EXPECT_FALSE(isSorted());
+  EXPECT_EQ(machine_.journal.count("open"), 1);
+  expectIdle();
 }
 
 TEST_F(CloseSortReopen, quitsWaitsSortsReopensThenClearsBusy) {
@@ -526,6 +567,15 @@ TEST_F(SortOnQuit, sortsOneSecondLater) {
   machine_.loop.advance(1ms);
   EXPECT_EQ(noted(), (probed + unattendedSort()));
   EXPECT_EQ(machine_.journal.count("open"), 0) << "Safari stays closed";
+  expectIdle();
+}
+
+TEST_F(SortOnQuit, printsThatSafariIsUnknownAndDoesNotSort) {
+  machine_.applications.endProcess(startSafari());
+  machine_.applications.setUnresponsive(true);
+  machine_.loop.advance(1s);
+  EXPECT_THAT(machine_.output.text(), StartsWith(std::string("Bookmarks could not be sorted: ") + unknownMessage));
+  EXPECT_FALSE(isSorted());
   expectIdle();
 }
 

@@ -1,14 +1,20 @@
 // The built command-line companion on real files, in a home folder of its own.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/product.h"
+#include "tests/platform/linux/child_process.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
 #include "tests/support/bookmark_places.h"
@@ -24,24 +30,37 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 using testing::StartsWith;
 
 std::string demoFile(const std::string& format) {
   return contentOf(std::string(QUILLERY_TEST_DATA) + "/demo/Bookmarks." + format + ".plist");
 }
 
+constexpr const char* noBus = "unix:path=/nonexistent";
+const std::string noSession =
+    "quilleryctl: there is no login session, so Safari could not be looked for and counts as closed\n";
+
 class CompanionTest : public testing::Test {
  protected:
   CompanionTest() { std::filesystem::create_directories(scratch_.path("Library/Safari")); }
 
   // Runs the companion, without a session bus unless one is given.
-  Ending companion(const std::vector<std::string>& arguments, const std::string& bus = "unix:path=/nonexistent") const {
-    return run(QUILLERYCTL_EXECUTABLE, arguments,
-               {{"HOME", scratch_.path()},
-                {"DBUS_SESSION_BUS_ADDRESS", bus},
-                {"LANG", "en_US.UTF-8"},
-                {"LC_ALL", std::nullopt},
-                {"LC_COLLATE", std::nullopt}});
+  Ending companion(const std::vector<std::string>& arguments, const std::string& bus = noBus) const {
+    return run(QUILLERYCTL_EXECUTABLE, arguments, environment(bus));
+  }
+  // Runs it in a shell, as the command "$0" with the arguments "$@" and what `script` puts around it.
+  Ending companionInShell(const std::string& script, std::vector<std::string> arguments,
+                          const std::string& bus = noBus) const {
+    arguments.insert(arguments.begin(), {"-c", script, QUILLERYCTL_EXECUTABLE});
+    return run("/bin/sh", arguments, environment(bus));
+  }
+  Environment environment(const std::optional<std::string>& bus = noBus) const {
+    return {{"HOME", scratch_.path()},
+            {"DBUS_SESSION_BUS_ADDRESS", bus},
+            {"LANG", "en_US.UTF-8"},
+            {"LC_ALL", std::nullopt},
+            {"LC_COLLATE", std::nullopt}};
   }
 
   // The path of the only backup.
@@ -70,7 +89,7 @@ TEST_P(CompanionFormats, sortsAndNamesTheBackup) {
             "Bookmarks sorted: Folders come first, followed by bookmarks in alphabetical order. You can reopen "
             "Safari.\n\nBackup: " +
                 backup() + "\n");
-  EXPECT_EQ(ending.error, "");
+  EXPECT_EQ(ending.error, noSession);
   EXPECT_EQ(contentOf(backup()), before);
   EXPECT_THAT(std::filesystem::path(backup()).filename(),
               MatchesRegex("Bookmarks-[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}\\.plist"));
@@ -86,7 +105,7 @@ TEST_P(CompanionFormats, findsTheFileInOrderTheSecondTime) {
   const Ending second = companion({"sort"});
   EXPECT_EQ(second.status, 0);
   EXPECT_EQ(second.output, "");
-  EXPECT_EQ(second.error, "");
+  EXPECT_EQ(second.error, noSession);
   EXPECT_EQ(contentOf(bookmarks_), after);
   EXPECT_NE(backup(), "") << "the backup is still the only one";
 }
@@ -124,7 +143,8 @@ TEST_F(CompanionTest, failsWithoutABookmarkFileAndCreatesNothing) {
                                               "opened: No such file or directory ("),
                                    EndsWith(accessHint + "\n")));
   const std::string title = "Bookmarks could not be sorted: ";
-  EXPECT_EQ(ending.error, "quilleryctl: " + ending.output.substr(std::min(title.size(), ending.output.size())))
+  EXPECT_EQ(ending.error,
+            noSession + "quilleryctl: " + ending.output.substr(std::min(title.size(), ending.output.size())))
       << "standard error gets the message too";
   EXPECT_THAT(namesIn(scratch_.path("Library")), ElementsAre("Safari"));
 }
@@ -136,7 +156,7 @@ TEST_F(CompanionTest, leavesAFileThatIsNoBookmarkFile) {
   EXPECT_EQ(ending.status, 1);
   const std::string message = "Unrecognised Safari bookmark format. No changes made." + accessHint + "\n";
   EXPECT_EQ(ending.output, "Bookmarks could not be sorted: " + message);
-  EXPECT_EQ(ending.error, "quilleryctl: " + message);
+  EXPECT_EQ(ending.error, noSession + "quilleryctl: " + message);
   EXPECT_EQ(contentOf(bookmarks_), content);
   EXPECT_FALSE(std::filesystem::exists(backups_));
 }
@@ -177,6 +197,43 @@ TEST_F(CompanionTest, readsNothingWhileSafariRuns) {
   EXPECT_FALSE(std::filesystem::exists(backups_));
 }
 
+TEST_F(CompanionTest, changesNothingIfTheBusDoesNotReply) {
+  makeFile(bookmarks_, demoFile("xml"));
+  const ScratchFolder place;
+  const SessionBus bus(place);
+  kill(bus.process(), SIGSTOP);
+  const Ending ending = companion({"sort"}, bus.address());
+  EXPECT_EQ(ending.status, 75);
+  EXPECT_EQ(ending.output, "");
+  EXPECT_EQ(ending.error,
+            "quilleryctl: It is unknown whether Safari is running, so your bookmarks have not been changed. Try again "
+            "later. The session bus couldn’t be asked: Connection timed out (" +
+                bus.address() + ").\n");
+  EXPECT_EQ(contentOf(bookmarks_), demoFile("xml"));
+  EXPECT_FALSE(std::filesystem::exists(backups_));
+}
+
+TEST_F(CompanionTest, findsSafariWithoutABusInItsEnvironment) {
+  makeFile(bookmarks_, demoFile("xml"));
+  const ScratchFolder place;
+  const SessionBus bus(place);
+  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+  const NameOwner owner("com.apple.Safari");
+  Environment cron = environment(std::nullopt);
+  cron["XDG_RUNTIME_DIR"] = std::nullopt;
+  const std::string status = inChildProcess([&]() -> std::string {
+    if (const std::string problem = separateMounts(); !problem.empty()) return "no: " + problem;
+    if (mount("none", "/run", "tmpfs", 0, "size=1m,mode=755") != 0) return "no: /run cannot be mounted";
+    const std::string folder = "/run/user/" + std::to_string(geteuid());
+    std::filesystem::create_directories(folder);
+    std::filesystem::create_symlink(place.path("bus"), folder + "/bus");
+    return std::to_string(run(QUILLERYCTL_EXECUTABLE, {"sort"}, cron).status.value_or(-1));
+  });
+  if (status.starts_with("no: ")) GTEST_SKIP() << status;
+  EXPECT_EQ(status, "75");
+  EXPECT_EQ(contentOf(bookmarks_), demoFile("xml"));
+}
+
 TEST_F(CompanionTest, sortsWhileAnotherApplicationRuns) {
   makeFile(bookmarks_, demoFile("xml"));
   const ScratchFolder place;
@@ -184,6 +241,54 @@ TEST_F(CompanionTest, sortsWhileAnotherApplicationRuns) {
   const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
   const NameOwner owner("com.apple.Other");
   EXPECT_EQ(companion({"sort"}, bus.address()).status, 0);
+}
+
+// Output that cannot be written
+
+TEST_F(CompanionTest, hasAStatusForOutputThatCannotBeWritten) {
+  for (const char* script : {"exec \"$0\" \"$@\" >/dev/full", "exec \"$0\" \"$@\" >&-"}) {
+    makeFile(bookmarks_, demoFile("xml"));
+    const Ending ending = companionInShell(script, {"sort"});
+    EXPECT_EQ(ending.status, 74) << script;
+    EXPECT_EQ(ending.error, noSession + "quilleryctl: not all of the output could be written\n");
+    EXPECT_NE(contentOf(bookmarks_), demoFile("xml"));
+    EXPECT_EQ(companionInShell(script, {"sort", "-q"}).status, 0) << "nothing is printed";
+  }
+}
+
+TEST_F(CompanionTest, survivesAPipeThatNobodyReads) {
+  makeFile(bookmarks_, demoFile("xml"));
+  Pipe pipe;
+  pipe.closeReader();
+  const Ending ending = run(QUILLERYCTL_EXECUTABLE, {"sort"}, environment(), pipe.writer());
+  EXPECT_EQ(ending.status, 74);
+  EXPECT_EQ(ending.error, noSession + "quilleryctl: not all of the output could be written\n");
+  EXPECT_NE(contentOf(bookmarks_), demoFile("xml"));
+}
+
+TEST_F(CompanionTest, printsNothingOnItsOwnConnections) {
+  makeFile(bookmarks_, demoFile("xml"));
+  const ScratchFolder place;
+  const SessionBus bus(place);
+  EXPECT_EQ(companionInShell("exec \"$0\" \"$@\" <&- >&- 2>&-", {"sort"}, bus.address()).status, 74)
+      << "a file or socket took the number of standard output";
+  EXPECT_NE(contentOf(bookmarks_), demoFile("xml"));
+  EXPECT_EQ(contentOf(backup()), demoFile("xml"));
+}
+
+TEST_F(CompanionTest, printsPathsInOneLine) {
+  const std::string home = scratch_.path("line\nbreak\u200E");
+  std::filesystem::create_directories(home + "/Library/Safari");
+  makeFile(home + "/Library/Safari/Bookmarks.plist", demoFile("xml"));
+  Environment there = environment();
+  there["HOME"] = home;
+  const Ending sorted = run(QUILLERYCTL_EXECUTABLE, {"sort"}, there);
+  EXPECT_THAT(sorted.output, AllOf(HasSubstr("/line\\u{0A}break\\u{200E}/"), Not(HasSubstr("line\n"))));
+  std::filesystem::remove(home + "/Library/Safari/Bookmarks.plist");
+  const Ending failed = run(QUILLERYCTL_EXECUTABLE, {"sort"}, there);
+  for (const std::string& text : {failed.output, failed.error})
+    EXPECT_THAT(text, AllOf(HasSubstr("/line\\u{0A}break\\u{200E}/"), Not(HasSubstr("line\n"))));
+  EXPECT_THAT(companion({"so\nrt"}).error, StartsWith("quilleryctl: there is no command “so\\u{0A}rt”\n"));
 }
 
 // Previews, backups and restores
@@ -234,6 +339,25 @@ TEST_F(CompanionTest, listsTheNewestBackupFirst) {
                                         "Bookmarks-[-0-9A-F]+\\.plist" +
                                         time + "13818 +22\n" + first + time + "13818 +22  current\n"));
   EXPECT_THAT(companion({"backups", "-q"}).output, EndsWith(".plist\n" + first + "\n"));
+}
+
+TEST_F(CompanionTest, listsBackupsOfLaterCenturies) {
+  std::filesystem::create_directories(backups_);
+  makeFile(backups_ + "/Bookmarks-A.plist", "");
+  const std::array<timespec, 2> times{timespec{1, 0}, timespec{11'676'096'000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, (backups_ + "/Bookmarks-A.plist").c_str(), times.data(), 0), 0);
+  Environment utc = environment();
+  utc["TZ"] = "UTC0";
+  EXPECT_THAT(run(QUILLERYCTL_EXECUTABLE, {"backups"}, utc).output, HasSubstr("2340-01-02 00:00:00"));
+}
+
+TEST_F(CompanionTest, doesNotWaitForAPipeInPlaceOfATimeZone) {
+  std::filesystem::create_directories(backups_);
+  makeFile(backups_ + "/Bookmarks-A.plist", "");
+  ASSERT_EQ(mkfifo(scratch_.path("zone").c_str(), 0600), 0);
+  Environment odd = environment();
+  odd["TZ"] = scratch_.path("zone");
+  EXPECT_EQ(run(QUILLERYCTL_EXECUTABLE, {"backups"}, odd).status, 0);
 }
 
 TEST_F(CompanionTest, writesAMissingFileForItsOwnerOnly) {

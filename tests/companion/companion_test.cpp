@@ -350,6 +350,41 @@ TEST_F(CompanionSort, readsNothingWhileSafariRuns) {
   EXPECT_EQ(machine_.journal.count("read"), 0);
 }
 
+TEST_F(CompanionSort, readsNothingIfSafariIsUnknown) {
+  machine_.applications.setUnresponsive(true);
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"sort"}, {"sort", "-q"}, {"restore", "Bookmarks-A.plist"}}) {
+    const Ending ending = run(arguments);
+    EXPECT_EQ(ending.status, 75);
+    EXPECT_EQ(ending.output, "");
+    EXPECT_EQ(ending.error,
+              "quilleryctl: It is unknown whether Safari is running, so your bookmarks have not been changed. Try "
+              "again later. The session bus couldn’t be asked: Connection timed out.\n");
+  }
+  EXPECT_EQ(machine_.journal.count("read"), 0);
+}
+
+TEST_F(CompanionSort, changesNothingIfSafariBecomesUnknown) {
+  machine_.journal.after("parse", [&](const auto&) { machine_.applications.setUnresponsive(true); });
+  const Ending ending = run({"sort"});
+  EXPECT_EQ(ending.status, 75);
+  EXPECT_EQ(ending.output, "");
+  EXPECT_THAT(ending.error, StartsWith("quilleryctl: It is unknown whether Safari is running, "));
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
+}
+
+TEST_F(CompanionSort, reportsThatSafariCouldNotBeLookedFor) {
+  machine_.applications.leaveSession();
+  const std::string note =
+      "quilleryctl: there is no login session, so Safari could not be looked for and counts as closed\n";
+  const Ending sorted = run({"sort"});
+  EXPECT_EQ(sorted.status, 0);
+  EXPECT_THAT(sorted.output, StartsWith("Bookmarks sorted: "));
+  EXPECT_EQ(sorted.error, note);
+  EXPECT_EQ(run({"restore", newBackup}).error, note);
+  expectEnding(run({"sort", "--quiet"}), 0, "");
+}
+
 TEST_F(CompanionSort, reportsAFailureOnBothStreams) {
   machine_.files.remove(bookmarks);
   const Ending ending = run({"sort"});
@@ -564,7 +599,7 @@ TEST_F(CompanionCommandTest, printsItsHelpAndVersion) {
 // A stream buffer on which every write fails.
 class FullDisk : public std::streambuf {};
 
-TEST_F(CompanionCommandTest, failsIfItsOutputCannotBeWritten) {
+TEST_F(CompanionCommandTest, hasAStatusForOutputThatCannotBeWritten) {
   FullDisk disk;
   const auto runOnFullDisk = [&](const std::string& command) {
     std::streambuf* const previous = std::cout.rdbuf(&disk);
@@ -576,8 +611,11 @@ TEST_F(CompanionCommandTest, failsIfItsOutputCannotBeWritten) {
     EXPECT_EQ(errors.str(), "quilleryctl: not all of the output could be written\n");
     return status;
   };
-  EXPECT_EQ(runOnFullDisk("preview"), 1);
-  EXPECT_EQ(runOnFullDisk("check"), 3);
+  EXPECT_EQ(runOnFullDisk("preview"), 74);
+  EXPECT_EQ(runOnFullDisk("check"), 1) << "the status is that the file is not in order";
+  EXPECT_EQ(runOnFullDisk("sort"), 74);
+  EXPECT_NE(machine_.files.content(bookmarks), fileOf(unsortedTree()));
+  EXPECT_EQ(runOnFullDisk("check"), 74);
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include "tests/support/virtual_running_applications.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
+
+#include "platform/error.h"
 
 class VirtualRunningApplications::VirtualProcess : public RunningApplication {
  public:
@@ -25,6 +28,8 @@ class VirtualRunningApplications::VirtualProcess : public RunningApplication {
 std::vector<std::shared_ptr<RunningApplication>> VirtualRunningApplications::withBundleIdentifier(
     const std::string& identifier) {
   return journal_.perform("running?", identifier, [&] {
+    if (isUnresponsive_)
+      throw Error("SessionBus", ETIMEDOUT, "The session bus couldn’t be asked: Connection timed out.");
     std::vector<std::shared_ptr<RunningApplication>> running;
     for (const auto& process : processes_)
       if (process->identifier() == identifier) running.push_back(process);

@@ -29,6 +29,13 @@ class VirtualRunningApplications : public RunningApplications {
   VirtualRunningApplications(Journal& journal, VirtualMainLoop& loop) : journal_(journal), loop_(loop) {}
 
   std::vector<std::shared_ptr<RunningApplication>> withBundleIdentifier(const std::string& identifier) override;
+  // Not recorded.
+  bool areKnown() override { return areKnown_; }
+
+  // From now on, nobody knows which applications run. The processes must not be started or ended meanwhile.
+  void leaveSession() { areKnown_ = false; }
+  // While true, every query throws Error.
+  void setUnresponsive(bool isUnresponsive) { isUnresponsive_ = isUnresponsive; }
 
   // Starts one more process of an application. Returns its process identifier.
   int start(const std::string& identifier, const QuitBehavior& behavior = {});
@@ -52,4 +59,6 @@ class VirtualRunningApplications : public RunningApplications {
   std::vector<std::shared_ptr<VirtualProcess>> processes_;
   Terminated terminated_;
   int nextProcess_ = 501;
+  bool areKnown_ = true;
+  bool isUnresponsive_ = false;
 };

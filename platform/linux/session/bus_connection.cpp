@@ -58,9 +58,12 @@ bool sendCall(sd_bus* bus, sd_bus_message* call, std::unique_ptr<PendingCall>& p
 }  // namespace
 
 BusConnection::BusConnection(EventLoop& loop, MessageBus bus) : loop_(loop) {
-  sd_bus* opened = nullptr;
-  if ((bus == MessageBus::session ? sd_bus_open_user(&opened) : sd_bus_open_system(&opened)) < 0) return;
-  bus_.reset(opened);
+  if (bus == MessageBus::session) {
+    startSessionBus(bus_);
+  } else {
+    sd_bus* opened = nullptr;
+    if (sd_bus_open_system(&opened) >= 0) bus_.reset(opened);
+  }
   updateWatches();
 }
 

@@ -33,8 +33,8 @@ class BusConnection {
   // Appends the arguments of a call. Returns false if that fails.
   using Arguments = std::function<bool(sd_bus_message* call)>;
 
-  // Connects to the bus of DBUS_SESSION_BUS_ADDRESS or DBUS_SYSTEM_BUS_ADDRESS, or to the usual bus of the user or the
-  // system. Starts no bus. The loop must outlive the connection.
+  // Connects to the session bus (see sessionBusAddress), or to the system bus, which is that of DBUS_SYSTEM_BUS_ADDRESS
+  // or the usual one. Starts no bus. The loop must outlive the connection.
   BusConnection(EventLoop& loop, MessageBus bus);
   ~BusConnection() = default;
   BusConnection(const BusConnection&) = delete;

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/error.h"
 #include "tests/platform/linux/environment_scope.h"
 #include "tests/platform/linux/scratch_folder.h"
 #include "tests/support/session_bus.h"
@@ -23,6 +24,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StartsWith;
 using testing::UnorderedElementsAre;
 using namespace std::chrono_literals;
 
@@ -34,6 +36,16 @@ std::vector<int> identifiers(SessionBusApplications& applications, const std::st
   for (const auto& application : applications.withBundleIdentifier(identifier))
     found.push_back(application->processIdentifier());
   return found;
+}
+
+// Returns the text of the error that a query throws; empty if it throws none.
+std::string problem(SessionBusApplications& applications) {
+  try {
+    applications.withBundleIdentifier(safari);
+    return {};
+  } catch (const Error& error) {
+    return error.description();
+  }
 }
 
 class SessionBusApplicationsTest : public testing::Test {
@@ -117,32 +129,46 @@ TEST_F(SessionBusApplicationsTest, reconnectsToABusThatWasReplaced) {
   EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
 }
 
-TEST_F(SessionBusApplicationsTest, returnsInTimeFromAnUnresponsiveBus) {
+TEST_F(SessionBusApplicationsTest, throwsInTimeIfTheBusDoesNotReply) {
   SessionBusApplications connected(soon);
   const NameOwner owner(safari);
   EXPECT_THAT(identifiers(connected), ElementsAre(owner.process()));
   kill(bus_.process(), SIGSTOP);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_THAT(identifiers(connected), IsEmpty());
+  EXPECT_EQ(problem(connected), "The session bus couldn’t be asked: Connection timed out (" + bus_.address() + ").");
   SessionBusApplications unconnected(soon);
-  EXPECT_THAT(identifiers(unconnected), IsEmpty());
+  EXPECT_EQ(problem(unconnected), problem(connected));
+  EXPECT_THROW(SessionBusApplications(soon).areKnown(), Error);
   EXPECT_LT(std::chrono::steady_clock::now() - start, 10s) << "the library's own timeout is longer";
   kill(bus_.process(), SIGCONT);
   EXPECT_THAT(identifiers(applications_), ElementsAre(owner.process()));
+  EXPECT_THAT(identifiers(connected), ElementsAre(owner.process()));
+}
+
+TEST_F(SessionBusApplicationsTest, areKnownWhileThereIsABus) {
+  EXPECT_TRUE(applications_.areKnown());
+  bus_.stop();
+  EXPECT_THAT(identifiers(applications_), IsEmpty());
+  EXPECT_FALSE(applications_.areKnown());
 }
 
 TEST(SessionBusApplicationsWithoutABus, findsNone) {
-  const EnvironmentScope runtime("XDG_RUNTIME_DIR", std::nullopt);
   EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
   SessionBusApplications applications;
-  EXPECT_THAT(identifiers(applications), IsEmpty());
-  for (const char* value : {"unix:path=/nonexistent/bus", "nonsense", "autolaunch:", ""}) {
+  for (const char* value : {"unix:path=/nonexistent/bus", "nonsense", "autolaunch:", "disabled:"}) {
     address.set(value);
     EXPECT_THAT(identifiers(applications), IsEmpty()) << value;
+    EXPECT_FALSE(applications.areKnown()) << value;
   }
 }
 
-TEST(SessionBusApplicationsWithoutABus, findsNoneIfTheSocketIsNoBus) {
+TEST(SessionBusApplicationsWithoutABus, throwsIfTheAddressIsInvalid) {
+  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", "unix:");
+  SessionBusApplications applications;
+  EXPECT_EQ(problem(applications), "The session bus couldn’t be asked: Invalid argument (unix:).");
+}
+
+TEST(SessionBusApplicationsWithoutABus, throwsIfTheSocketIsNoBus) {
   const ScratchFolder scratch;
   const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_un place{};
@@ -153,7 +179,7 @@ TEST(SessionBusApplicationsWithoutABus, findsNoneIfTheSocketIsNoBus) {
   const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + scratch.path("bus"));
   SessionBusApplications applications(soon);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_THAT(identifiers(applications), IsEmpty());
+  EXPECT_THAT(problem(applications), StartsWith("The session bus couldn’t be asked: Connection timed out ("));
   EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
   close(listener);
 }
