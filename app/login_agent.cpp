@@ -56,8 +56,8 @@ Error loadingFailed() {
 
 void registerBackgroundJob() {
   FileSystem& files = platform().fileSystem;
-  files.createFolder(agentsFolder(), defaultFolderMode);
-  files.createFolder(logFolder(), defaultFolderMode);
+  files.createFolder(agentsFolder(), defaultAttributes);
+  files.createFolder(logFolder(), defaultAttributes);
   const PlistValue wanted = wantedAgent();
   if (storedAgent() == wanted && launch({"print", serviceTarget()}) == 0) return;
   launch({"bootout", serviceTarget()});  // fails if nothing was loaded, which is fine

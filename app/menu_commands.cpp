@@ -57,7 +57,7 @@ void SorterDelegate::support() {
 
 void SorterDelegate::openBackups() {
   try {
-    platform().fileSystem.createFolder(backupsFolder(), defaultFolderMode);
+    createBackupsFolder();
   } catch (const Error& error) {
     alert("Cannot open backups", error.description());
     return;

@@ -34,14 +34,15 @@ std::optional<Report> sortUnlessImpossible() {
     return Report{"Install the app first",
                   "Drag Quillery into Applications, then open the installed copy. Automatic sorting cannot run from a "
                   "disk image."};
+  std::optional<Rewrite> rewrite;
   try {
     if (!isSafariClosed()) return std::nullopt;
-    const std::optional<std::string> backup = sortBookmarkFile(bookmarkFile());
-    if (!backup && automatic) return std::nullopt;
-    return sortReport(backup);
+    rewrite = sortBookmarkFile(bookmarkFile());
   } catch (const std::exception& error) {
     return failureReport(sortFailed, error);
   }
+  if (!rewrite && automatic) return std::nullopt;
+  return sortReport(rewrite);  // a failure of this is not one of the sort
 }
 
 }  // namespace

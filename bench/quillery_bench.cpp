@@ -153,8 +153,8 @@ void steps(Figures& figures, FileSystem& files, const std::filesystem::path& scr
   const bool same = figures.measure("step: compare trees", [&] { return inOrder == parsed.value; });
   figures.measure("step: back up", [&] { files.writeNew(backup, bytes); });
   const Bytes out = figures.measure("step: serialize", [&] { return propertyLists.serialize(inOrder, parsed.format); });
-  const bool replaced =
-      figures.measure("step: compare and write", [&] { return files.replaceIfHolds(path, bytes, out); });
+  const bool replaced = figures.measure(
+      "step: compare and write", [&] { return files.replaceIfHolds(path, bytes, out, [] { return true; }).done; });
   std::filesystem::remove(backup);
   if (same || !replaced) throw std::runtime_error("the file was in order already, or changed");
 }

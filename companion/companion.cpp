@@ -3,8 +3,10 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "companion/backup_table.h"
@@ -50,7 +52,16 @@ std::size_t mostBytesOfPreview(std::size_t fileSize) {
   return 8 * fileSize + ofASmallFile;
 }
 
-void complain(const std::string& text) { std::cerr << "quilleryctl: " << harmlessText(text) << '\n'; }
+// Needs no memory.
+void complainAboutMemory() noexcept { std::cerr << "quilleryctl: there is not enough memory\n"; }
+
+void complain(std::string_view text) noexcept {
+  try {
+    std::cerr << "quilleryctl: " << harmlessText(text) << '\n';
+  } catch (...) {
+    complainAboutMemory();
+  }
+}
 
 std::string absolute(const std::string& path) {
   return path.starts_with('/') ? path : platform().processes.workingFolder() + "/" + path;
@@ -93,26 +104,40 @@ int runJob(const Request& request, const char* failureTitle, const std::function
   }
 }
 
+// Prints the report of a job that has succeeded. It stays a success if there is no memory for the report.
+int printed(const std::function<Report()>& makeReport, const Request& request) noexcept {
+  try {
+    print(makeReport(), request);
+    return success;
+  } catch (...) {
+    std::cerr << "quilleryctl: the job is done, but there is not enough memory for its report\n";
+    return outputLost;
+  }
+}
+
 int sort(const Request& request) {
-  return runJob(request, sortFailed, [&] {
-    const std::optional<std::string> backup = sortBookmarkFile(chosenFile(request, 0));
-    if (backup) print(sortReport(backup), request);
-  });
+  std::optional<Rewrite> rewrite;
+  const int status = runJob(request, sortFailed, [&] { rewrite = sortBookmarkFile(chosenFile(request, 0)); });
+  if (!rewrite) return status;
+  return printed([&] { return sortReport(rewrite); }, request);
 }
 
 Report restoreReport(const RestoreResult& result) {
   if (result.outcome == RestoreOutcome::alreadyThere)
     return {"Already restored", "Your Safari bookmarks are already the same as this backup."};
   return {"Bookmarks restored", "Your bookmarks are as they were when the backup was made. You can reopen Safari." +
-                                    (result.backup ? "\n\nBackup: " + harmlessLine(*result.backup) : std::string())};
+                                    (result.rewrite ? backupsOf(*result.rewrite) : std::string())};
 }
 
 int restore(const Request& request) {
   const std::string& name = request.operands[0];
   const std::string backup = name.find('/') == name.npos ? backupsFolder() + "/" + name : absolute(name);
   const std::string file = chosenFile(request, 1);
-  return runJob(request, "Bookmarks could not be restored",
-                [&] { print(restoreReport(restoreBookmarkFile(backup, file)), request); });
+  std::optional<RestoreResult> result;
+  const int status =
+      runJob(request, "Bookmarks could not be restored", [&] { result = restoreBookmarkFile(backup, file); });
+  if (!result) return status;
+  return printed([&] { return restoreReport(*result); }, request);
 }
 
 int preview(const Request& request) {
@@ -182,23 +207,31 @@ int perform(const Request& request, Instant now) {
 
 int failureOf(Command command) { return command == Command::check ? checkFailed : failure; }
 
+// Returns the exit status after this one, once all output is written.
+int finished(int status) noexcept {
+  if (std::cout.flush()) return status;
+  complain("not all of the output could be written");
+  return status == success ? outputLost : status;
+}
+
 }  // namespace
 
 int runCompanion(const Arguments& arguments, Instant now) {
-  const auto asked = requestOf(arguments);
-  if (const auto* complaint = std::get_if<Complaint>(&asked)) {
-    complain(complaint->text);
-    std::cerr << usageText;
-    return wrongUsage;
-  }
-  const auto& request = std::get<Request>(asked);
+  int failed = failure;
   try {
-    const int status = perform(request, now);
-    if (std::cout.flush()) return status;
-    complain("not all of the output could be written");
-    return status == success ? outputLost : status;
+    const auto asked = requestOf(arguments);
+    if (const auto* complaint = std::get_if<Complaint>(&asked)) {
+      complain(complaint->text);
+      std::cerr << usageText;
+      return wrongUsage;
+    }
+    const auto& request = std::get<Request>(asked);
+    failed = failureOf(request.command);
+    return finished(perform(request, now));
+  } catch (const std::bad_alloc&) {
+    complainAboutMemory();
   } catch (const std::exception& error) {
     complain(error.what());
   }
-  return failureOf(request.command);
+  return failed;
 }

@@ -72,12 +72,13 @@ std::string backupsFolder() {
   return platform().fileSystem.homeFolder() + "/Library/Application Support/Quillery/Backups";
 }
 
+void createBackupsFolder() { platform().fileSystem.createFolder(backupsFolder(), backupFolderMode); }
+
 std::string backUp(const Bytes& bytes) {
   FileSystem& files = platform().fileSystem;
-  const std::string folder = backupsFolder();
-  files.createFolder(folder, backupFolderMode);
+  createBackupsFolder();
   std::string path =
-      folder + "/" + std::string(namePrefix) + platform().processes.randomUuid() + std::string(nameSuffix);
+      backupsFolder() + "/" + std::string(namePrefix) + platform().processes.randomUuid() + std::string(nameSuffix);
   files.writeNew(path, bytes);
   files.setMode(path, backupFileMode);
   return path;

@@ -12,6 +12,9 @@
 // The path of the folder with the current user's backups.
 std::string backupsFolder();
 
+// Creates the backups folder if it is missing, for its owner only. Throws the file system's Error.
+void createBackupsFolder();
+
 // Writes `bytes` to a new file in the backups folder, which is created if missing. Returns the file's path. Throws the
 // file system's Error.
 std::string backUp(const Bytes& bytes);

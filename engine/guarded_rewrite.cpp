@@ -1,9 +1,27 @@
 #include "engine/guarded_rewrite.h"
 
+#include <utility>
+
 #include "engine/backups.h"
 #include "engine/safari.h"
 #include "engine/sorter_error.h"
 #include "platform/platform.h"
+
+namespace {
+
+// Backs up what another program wrote to the old file while it was replaced. Throws nothing, because the new file is in
+// place.
+void backUpLateChanges(const Replacement& replacement, Rewrite& rewrite) noexcept {
+  rewrite.changedLate = replacement.changedLate;
+  if (!replacement.lateBytes) return;
+  try {
+    rewrite.lateBackup = backUp(*replacement.lateBytes);
+  } catch (...) {
+    return;  // the report says that there is no backup of them
+  }
+}
+
+}  // namespace
 
 void requireSafariClosed() {
   if (safariRunning())
@@ -12,19 +30,29 @@ void requireSafariClosed() {
         "Quit Safari first, then run Vantorel from Finder → Services. Your bookmarks have not been changed.");
 }
 
-std::optional<std::string> rewriteBookmarkFile(
-    const std::string& path, const std::function<std::optional<MakeContent>(const Bytes& oldBytes)>& decide) {
+void removeAbandonedFiles(const std::string& path, const std::vector<std::string>& inUse) {
+  FileSystem& files = platform().fileSystem;
+  files.removeAbandonedFiles(path, inUse);
+  files.removeAbandonedFiles(backupsFolder() + "/", inUse);
+}
+
+std::optional<Rewrite> rewriteBookmarkFile(
+    const std::string& path, const std::function<std::optional<MakeContent>(const Bytes& oldBytes)>& decide,
+    const std::vector<std::string>& inUse) {
   requireSafariClosed();
+  removeAbandonedFiles(path, inUse);
   FileSystem& files = platform().fileSystem;
   const Bytes oldBytes = files.read(path);
   const std::optional<MakeContent> makeContent = decide(oldBytes);
   if (!makeContent) return std::nullopt;
 
-  std::string backup = backUp(oldBytes);
+  Rewrite rewrite{backUp(oldBytes), false, std::nullopt};
   const Bytes newBytes = (*makeContent)();
-  if (safariRunning() || !files.replaceIfHolds(path, oldBytes, newBytes))
+  const Replacement replacement = files.replaceIfHolds(path, oldBytes, newBytes, [] { return !safariRunning(); });
+  if (!replacement.done)
     throw sorterError(
         SorterError::changedMeanwhile,
         "Safari or bookmark syncing changed the file. Nothing was overwritten; try again once syncing settles.");
-  return backup;
+  backUpLateChanges(replacement, rewrite);
+  return rewrite;
 }

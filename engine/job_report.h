@@ -5,13 +5,19 @@
 #include <optional>
 #include <string>
 
+#include "engine/guarded_rewrite.h"
+
 struct Report {
   std::string title;
   std::string message;
 };
 
-// The report of sortBookmarkFile(), by what it returned. The path of the backup is one line, escaped by harmlessLine.
-Report sortReport(const std::optional<std::string>& backup);
+// The report of sortBookmarkFile(), by what it returned.
+Report sortReport(const std::optional<Rewrite>& rewrite);
+
+// The end of the report of a replaced file: where its backups are. Each path is one line, escaped by
+// harmlessLine.
+std::string backupsOf(const Rewrite& rewrite);
 
 // The report of a job that failed. The message ends with a hint at missing access.
 Report failureReport(const std::string& title, const std::exception& error);

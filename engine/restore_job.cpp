@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "engine/bookmark_file.h"
-#include "engine/guarded_rewrite.h"
 #include "platform/platform.h"
 
 namespace {
@@ -19,7 +18,8 @@ Bytes contentOfBackup(const std::string& path) {
 // True if the file's folder can be listed and does not have the file.
 bool isMissing(const std::string& path) {
   const std::size_t slash = path.rfind('/');
-  return std::ranges::none_of(platform().fileSystem.filesIn(path.substr(0, slash)), [&](const FileEntry& file) {
+  const std::string folder = slash == 0 ? "/" : path.substr(0, slash);
+  return std::ranges::none_of(platform().fileSystem.filesIn(folder), [&](const FileEntry& file) {
     return path.compare(slash + 1, path.npos, file.name) == 0;
   });
 }
@@ -30,14 +30,16 @@ RestoreResult restoreBookmarkFile(const std::string& backup, const std::string& 
   if (isMissing(path)) {
     const Bytes content = contentOfBackup(backup);
     requireSafariClosed();
+    removeAbandonedFiles(path, {backup});
     platform().fileSystem.writeNew(path, content);
     return {RestoreOutcome::restored, std::nullopt};
   }
-  std::optional<std::string> newBackup =
-      rewriteBookmarkFile(path, [&](const Bytes& oldBytes) -> std::optional<MakeContent> {
-        Bytes content = contentOfBackup(backup);
-        if (content == oldBytes) return std::nullopt;
-        return [content = std::move(content)] { return content; };
-      });
-  return {newBackup ? RestoreOutcome::restored : RestoreOutcome::alreadyThere, std::move(newBackup)};
+  std::optional<Rewrite> rewrite = rewriteBookmarkFile(path,
+                                                       [&](const Bytes& oldBytes) -> std::optional<MakeContent> {
+                                                         Bytes content = contentOfBackup(backup);
+                                                         if (content == oldBytes) return std::nullopt;
+                                                         return [content = std::move(content)] { return content; };
+                                                       },
+                                                       {backup});
+  return {rewrite ? RestoreOutcome::restored : RestoreOutcome::alreadyThere, std::move(rewrite)};
 }

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "engine/guarded_rewrite.h"
+
 enum class RestoreOutcome {
   restored,     // the file has the backup's bytes now
   alreadyThere  // it had them before; nothing was written
@@ -11,7 +13,7 @@ enum class RestoreOutcome {
 
 struct RestoreResult {
   RestoreOutcome outcome;
-  std::optional<std::string> backup;  // the path of the backup of the replaced file; none if no file was replaced
+  std::optional<Rewrite> rewrite;  // none if no file was replaced
 };
 
 // Gives the bookmark file at `path` the exact bytes of the file at `backup`, which must be a bookmark file itself. What

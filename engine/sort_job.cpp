@@ -1,11 +1,10 @@
 #include "engine/sort_job.h"
 
 #include "engine/bookmark_file.h"
-#include "engine/guarded_rewrite.h"
 #include "engine/sort_order.h"
 #include "platform/platform.h"
 
-std::optional<std::string> sortBookmarkFile(const std::string& path) {
+std::optional<Rewrite> sortBookmarkFile(const std::string& path) {
   return rewriteBookmarkFile(path, [](const Bytes& oldBytes) -> std::optional<MakeContent> {
     const PropertyLists::Parsed parsed = parseBookmarks(oldBytes);
     const PlistValue inOrder = sorted(parsed.value, true);

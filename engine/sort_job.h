@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "engine/guarded_rewrite.h"
+
 // Sorts the bookmark file at `path`; see guarded_rewrite.h for the steps and the errors. A file keeps its format.
-// Returns the path of the backup, or none if the file was in order already; nothing was written then.
-std::optional<std::string> sortBookmarkFile(const std::string& path);
+// Returns none if the file was in order already; nothing was written then.
+std::optional<Rewrite> sortBookmarkFile(const std::string& path);

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/error.h"
+#include "platform/linux/icu_start.h"
 
 namespace {
 
@@ -229,6 +230,7 @@ std::string collationLocale() {
 void IcuCollation::Closer::operator()(UCollator* collator) const { ucol_close(collator); }
 
 IcuCollation::IcuCollation(const std::string& locale) {
+  const IcuStart start;
   UErrorCode status = U_ZERO_ERROR;
   rules_.reset(openCollator(locale, status));
   lettersOnly_.reset(openLettersOnly(rules_.get(), status));

@@ -159,7 +159,7 @@ void LoginAgents::load(const std::string& propertyList) const {
   if (!canBeInAnEntry(runner_) || !canBeInAnEntry(propertyList))
     throw std::runtime_error("a path with control characters can’t be loaded");
   PosixFileSystem files;
-  files.createFolder(configurationFolder_ + "/autostart", defaultFolderMode);
+  files.createFolder(configurationFolder_ + "/autostart", defaultAttributes);
   files.writeAtomically(entry, Bytes(autostartEntry(agent.label, runner_, propertyList)));
   if (agent.runsAtLoad) startDetached({runner_, "run", propertyList}, "");
 }

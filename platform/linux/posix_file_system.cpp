@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -18,12 +17,12 @@
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/folder_listing.h"
 #include "platform/posix/large_memory.h"
+#include "platform/posix/new_folders.h"
 
 namespace {
 
 constexpr const char* errorDomain = "POSIX";
 constexpr mode_t permissionBits = 07777;
-constexpr std::size_t blockSize = std::size_t{256} << 10;
 // In bytes. The parsers reject larger files anyway, but reading one first could take all memory.
 constexpr std::size_t largestFile = 0xFFFF'FFFF;
 // The most bytes that a file may grow by while it is read, and the most bytes of holes in it.
@@ -31,7 +30,6 @@ constexpr std::size_t mostGrowth = std::size_t{64} << 20;
 constexpr std::size_t mostInHoles = std::size_t{64} << 20;
 
 FileAttempt opening(const std::string& path) { return {"file", path, "opened"}; }
-FileAttempt creatingFolder(const std::string& path) { return {"folder", path, "created"}; }
 
 // An open regular file and the size that the system reports for it.
 struct OpenFile {
@@ -68,47 +66,6 @@ void requireFewHoles(const OpenFile& file, const std::string& path) {
     if (inHoles > mostInHoles) throw opening(path).failure(EFBIG, "it is a sparse file");
   }
   if (file.size > mostInHoles) lseek(file.descriptor.get(), 0, SEEK_SET);
-}
-
-// Returns true if the file's content is exactly `expected`.
-bool hasContent(const std::string& path, const Bytes& expected) {
-  const OpenFile file = openForReading(path);
-  LargeBuffer buffer(blockSize);
-  std::size_t compared = 0;
-  while (const std::size_t count = readSome(file.descriptor, buffer.data(), blockSize, path)) {
-    if (count > expected.size() - compared) return false;
-    if (std::memcmp(buffer.data(), expected.data() + compared, count) != 0) return false;
-    compared += count;
-  }
-  return compared == expected.size();
-}
-
-bool isFolder(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-// Creates one folder. Returns false if its parent is missing.
-bool createOneFolder(const std::string& path, mode_t mode, Flush flush) {
-  if (mkdir(path.c_str(), mode) != 0) {
-    const int problem = errno;
-    if (problem == EEXIST && isFolder(path)) return true;  // another process has just created it
-    if (problem == ENOENT) return false;
-    throw creatingFolder(path).failure(problem);
-  }
-  int problem = chmod(path.c_str(), mode) == 0 ? 0 : errno;  // sets the bits that the umask cleared
-  if (problem == 0) problem = flushName(path, flush);
-  if (problem == 0) return true;
-  rmdir(path.c_str());
-  throw creatingFolder(path).failure(problem);
-}
-
-void createFolders(const std::string& path, mode_t mode, Flush flush) {
-  if (isFolder(path) || createOneFolder(path, mode, flush)) return;
-  const std::string parent = parentOf(path);
-  if (parent == path || parent == ".") throw creatingFolder(path).failure(ENOENT);
-  createFolders(parent, mode, flush);
-  if (!createOneFolder(path, mode, flush)) throw creatingFolder(path).failure(ENOENT);
 }
 
 std::string withoutSlashAtEnd(std::string path) {
@@ -153,8 +110,8 @@ Bytes PosixFileSystem::read(const std::string& path) {
 
 std::vector<FileEntry> PosixFileSystem::filesIn(const std::string& path) { return regularFilesIn(path); }
 
-void PosixFileSystem::createFolder(const std::string& path, unsigned mode) {
-  createFolders(withoutSlashAtEnd(path), static_cast<mode_t>(mode) & permissionBits, flush_);
+void PosixFileSystem::createFolder(const std::string& path, std::optional<unsigned> mode) {
+  createFolders(path, mode ? std::optional<mode_t>(*mode & permissionBits) : std::nullopt, flush_);
 }
 
 void PosixFileSystem::writeNew(const std::string& path, const Bytes& bytes) { writeNewFile(path, bytes, flush_); }
@@ -175,7 +132,11 @@ void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& byte
   replaceFile(path, bytes, static_cast<mode_t>(modeIfNew), flush_);
 }
 
-bool PosixFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) {
-  return replaceFileIf(
-      path, bytes, [&] { return hasContent(path, expected); }, flush_);
+Replacement PosixFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+                                            const std::function<bool()>& mayReplace) {
+  return replaceFileIf(path, expected, bytes, mayReplace, flush_);
+}
+
+void PosixFileSystem::removeAbandonedFiles(const std::string& path, const std::vector<std::string>& inUse) {
+  removeFilesAbandonedBeside(path, inUse);
 }

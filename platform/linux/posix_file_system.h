@@ -20,7 +20,8 @@ class PosixFileSystem : public FileSystem {
 
   std::vector<FileEntry> filesIn(const std::string& path) override;
 
-  void createFolder(const std::string& path, unsigned mode) override;
+  // See createFolders.
+  void createFolder(const std::string& path, std::optional<unsigned> mode) override;
 
   // See writeNewFile.
   void writeNew(const std::string& path, const Bytes& bytes) override;
@@ -35,7 +36,10 @@ class PosixFileSystem : public FileSystem {
   void writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew);
 
   // See replaceFileIf. Reads the file in small blocks, and no further than the first difference.
-  bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) override;
+  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+                             const std::function<bool()>& mayReplace) override;
+
+  void removeAbandonedFiles(const std::string& path, const std::vector<std::string>& inUse) override;
 
  private:
   Flush flush_;

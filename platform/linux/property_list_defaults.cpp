@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "platform/error.h"
+#include "platform/posix/durable_files.h"
+#include "platform/posix/file_attributes.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/product.h"
 #include "values/log_line.h"
@@ -33,6 +35,8 @@ class SettingsLock {
   explicit SettingsLock(const std::string& path)
       : file_(uninterrupted([&] { return open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, fileMode); })) {
     if (!file_.isOpen()) throw lockFailure(path);
+    const std::optional<Ownership> owner = ownershipIn(parentOf(path));
+    if (owner && fchown(file_.get(), owner->user, owner->group) != 0) throw lockFailure(path);
     if (uninterrupted([&] { return flock(file_.get(), LOCK_EX); }) != 0) throw lockFailure(path);
   }
 

@@ -3,11 +3,17 @@
 #include "platform/macos/conversions.h"
 #include "platform/posix/durable_files.h"
 #include "platform/posix/folder_listing.h"
+#include "platform/posix/new_folders.h"
 
 namespace {
 
 NSDictionary<NSFileAttributeKey, id>* permissions(unsigned mode) {
   return @{NSFilePosixPermissions : @(mode)};
+}
+
+// Foundation's descriptions have the file's name only.
+Error withPath(const Error& error, const std::string& path) {
+  return {error.domain(), error.code(), error.description() + " (" + path + ")"};
 }
 
 }  // namespace
@@ -21,22 +27,15 @@ Bytes FoundationFileSystem::read(const std::string& path) {
   @autoreleasepool {
     NSError* error = nil;
     NSData* const data = [NSData dataWithContentsOfFile:stringOf(path) options:0 error:&error];
-    if (data == nil) throw errorOf(error);
+    if (data == nil) throw withPath(errorOf(error), path);
     return bytesOf(data);
   }
 }
 
 std::vector<FileEntry> FoundationFileSystem::filesIn(const std::string& path) { return regularFilesIn(path); }
 
-void FoundationFileSystem::createFolder(const std::string& path, unsigned mode) {
-  @autoreleasepool {
-    NSError* error = nil;
-    const bool isThere = [NSFileManager.defaultManager createDirectoryAtURL:fileAddress(path)
-                                                withIntermediateDirectories:YES
-                                                                 attributes:permissions(mode)
-                                                                      error:&error];
-    if (!isThere) throw errorOf(error);
-  }
+void FoundationFileSystem::createFolder(const std::string& path, std::optional<unsigned> mode) {
+  createFolders(path, mode ? std::optional(static_cast<mode_t>(*mode)) : std::nullopt);
 }
 
 void FoundationFileSystem::writeNew(const std::string& path, const Bytes& bytes) { writeNewFile(path, bytes); }
@@ -53,6 +52,11 @@ void FoundationFileSystem::writeAtomically(const std::string& path, const Bytes&
   replaceFile(path, bytes, modeOfNewFiles());
 }
 
-bool FoundationFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) {
-  return replaceFileIf(path, bytes, [&] { return read(path) == expected; });
+Replacement FoundationFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+                                                 const std::function<bool()>& mayReplace) {
+  return replaceFileIf(path, expected, bytes, mayReplace);
+}
+
+void FoundationFileSystem::removeAbandonedFiles(const std::string& path, const std::vector<std::string>& inUse) {
+  removeFilesAbandonedBeside(path, inUse);
 }

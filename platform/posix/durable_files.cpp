@@ -4,22 +4,25 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "platform/posix/file_attempt.h"
+#include "platform/posix/file_attributes.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/temporary_file.h"
 
 namespace {
 
 constexpr mode_t permissionBits = 07777;
-constexpr mode_t ownerOnly = 0600;
 constexpr mode_t usualMode = 0666;
+constexpr std::size_t blockSize = std::size_t{256} << 10;
 constexpr int maximumLinks = 40;  // as many as Linux follows when it opens a file
 
 // On macOS mode_t has 16 bits, so `&` returns an int.
@@ -47,8 +50,7 @@ void writeAll(const FileDescriptor& file, const Bytes& bytes, const FileAttempt&
   }
 }
 
-void writeAndFlush(const FileDescriptor& file, const Bytes& bytes, Flush flush, const FileAttempt& attempt) {
-  writeAll(file, bytes, attempt);
+void flush(const FileDescriptor& file, Flush flush, const FileAttempt& attempt) {
   if (flush == Flush::toDisk && flushDescriptor(file) != 0) throw attempt.failure(errno);
 }
 
@@ -65,54 +67,126 @@ std::string followLinks(const std::string& path) {
   throw saving(path).failure(ELOOP);
 }
 
-// Returns the status of a regular file; absent if it does not exist.
-std::optional<struct stat> statusOf(const std::string& path, const FileAttempt& attempt) {
+// A file that is open for reading.
+struct OpenFile {
+  FileDescriptor descriptor;
+  struct stat status;
+};
+
+// Opens a regular file without waiting for a pipe or a device. Returns absent if it does not exist.
+std::optional<OpenFile> openIfPresent(const std::string& path, const FileAttempt& attempt) {
+  FileDescriptor file(uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
   struct stat status {};
-  if (stat(path.c_str(), &status) != 0) {
-    if (errno == ENOENT) return std::nullopt;
-    throw attempt.failure(errno);
-  }
+  if (!file.isOpen() && errno == ENOENT) return std::nullopt;
+  if (!file.isOpen() || fstat(file.get(), &status) != 0) throw attempt.failure(errno);
   requireRegular(status, attempt);
-  return status;
+  return OpenFile{std::move(file), status};
 }
 
-// Returns true if `condition` does and the file at `path` is neither changed nor replaced meanwhile.
-bool isUnchangedDuring(const std::function<bool()>& condition, const std::string& path, const FileAttempt& attempt) {
-  const std::optional<struct stat> before = statusOf(path, attempt);
-  if (!condition()) return false;
-  const std::optional<struct stat> after = statusOf(path, attempt);
-  return before && after && isSameFile(*before, *after);
+OpenFile openPresent(const std::string& path, const FileAttempt& attempt) {
+  std::optional<OpenFile> file = openIfPresent(path, attempt);
+  if (!file) throw attempt.failure(ENOENT);
+  return std::move(*file);
 }
 
-// Gives `file` the owner, group and permission bits of the file that it will replace; the permission bits `modeIfNew`
-// if it replaces none.
-void copyAttributes(const FileDescriptor& file, const std::optional<struct stat>& replaced, mode_t modeIfNew,
-                    const FileAttempt& attempt) {
-  if (replaced) {
-    struct stat own {};
-    if (fstat(file.get(), &own) != 0) throw attempt.failure(errno);
-    const bool differs = own.st_uid != replaced->st_uid || own.st_gid != replaced->st_gid;
-    // Only the superuser may change the owner. Otherwise the file keeps the owner and group that it has.
-    if (differs && fchown(file.get(), replaced->st_uid, replaced->st_gid) != 0) errno = 0;
+// Compares the content of open files with expected bytes. Has its memory from the start, so that a comparison cannot
+// fail because memory has run out.
+class Comparison {
+ public:
+  explicit Comparison(const Bytes& expected) : expected_(expected), buffer_(blockSize) {}
+
+  // Returns true if the whole content is as expected. Reads no further than the first difference.
+  bool holds(const FileDescriptor& file, const FileAttempt& attempt) {
+    std::size_t compared = 0;
+    while (const std::size_t count = readAt(file, compared, attempt)) {
+      if (count > expected_.size() - compared) return false;
+      if (std::memcmp(buffer_.data(), expected_.data() + compared, count) != 0) return false;
+      compared += count;
+    }
+    return compared == expected_.size();
   }
-  const mode_t mode = replaced ? masked(replaced->st_mode, permissionBits) : modeIfNew;
-  if (fchmod(file.get(), mode) != 0) throw attempt.failure(errno);
+
+  // Returns the whole content, up to the size that the file has at the start.
+  Bytes contentOf(const FileDescriptor& file, const FileAttempt& attempt) {
+    struct stat status {};
+    if (fstat(file.get(), &status) != 0) throw attempt.failure(errno);
+    const auto size = static_cast<std::size_t>(status.st_size);
+    std::string content;
+    content.reserve(size);
+    while (content.size() < size) {
+      const std::size_t count = readAt(file, content.size(), attempt);
+      if (count == 0) break;
+      content.append(buffer_.data(), std::min(count, size - content.size()));
+    }
+    return Bytes(std::move(content));
+  }
+
+ private:
+  // Reads a block. Returns its size, which is 0 at the end of the file.
+  std::size_t readAt(const FileDescriptor& file, std::size_t offset, const FileAttempt& attempt) {
+    const ssize_t count =
+        uninterrupted([&] { return pread(file.get(), buffer_.data(), buffer_.size(), static_cast<off_t>(offset)); });
+    if (count < 0) throw attempt.failure(errno);
+    return static_cast<std::size_t>(count);
+  }
+
+  const Bytes& expected_;
+  std::vector<char> buffer_;
+};
+
+// Returns true if the file at `path` is still this one, unchanged.
+bool isUnchanged(const OpenFile& file, const std::string& path) {
+  struct stat now {};
+  return stat(path.c_str(), &now) == 0 && isSameFile(file.status, now);
 }
 
-// Renames a complete file over the target. A failure to flush the folder afterwards is ignored; see replaceFile.
+// Writes the content of a file that replaces `replaced`, if there is one. Its attributes come last, because they may
+// make it accessible to others and because a write removes some.
+void fill(const TemporaryFile& file, const Bytes& bytes, const std::optional<OpenFile>& replaced, mode_t modeIfNew,
+          const FileAttempt& attempt) {
+  writeAll(file.descriptor(), bytes, attempt);
+  if (replaced)
+    copyAttributes(replaced->descriptor, file.descriptor(), attempt);
+  else if (fchmod(file.descriptor().get(), modeIfNew) != 0)
+    throw attempt.failure(errno);
+}
+
+void giveToOwnerOf(const std::string& folder, const FileDescriptor& file, const FileAttempt& attempt) {
+  const std::optional<Ownership> owner = ownershipIn(folder);
+  if (owner && fchown(file.get(), owner->user, owner->group) != 0) throw attempt.failure(errno);
+}
+
+// Renames a complete file over the target. A failure to flush the folder afterwards is ignored; see replaceFile. Needs
+// no memory once the rename has succeeded.
 void rename(TemporaryFile& file, const std::string& target, Flush flush, const FileAttempt& attempt) {
+  const std::string folder = parentOf(target);
   if (const int problem = file.renameReplacing(target); problem != 0) throw attempt.failure(problem);
-  flushName(target, flush);
+  flushFolder(folder, flush);
+}
+
+// Looks at a file that was just replaced: a program that had it open may have written to it after the comparison.
+Replacement lookAgain(const FileDescriptor& replaced, Comparison& comparison, const FileAttempt& attempt) noexcept {
+  Replacement result{true, false, std::nullopt};
+  try {
+    result.changedLate = !comparison.holds(replaced, attempt);
+    if (result.changedLate) result.lateBytes = comparison.contentOf(replaced, attempt);
+  } catch (...) {
+    return result;  // the file is replaced, so nothing may be reported as a failure
+  }
+  return result;
 }
 
 }  // namespace
 
 void writeNewFile(const std::string& path, const Bytes& bytes, Flush flush) {
   const FileAttempt attempt = saving(path);
-  TemporaryFile file(parentOf(path), attempt);
-  writeAndFlush(file.descriptor(), bytes, flush, attempt);
+  const std::string folder = parentOf(path);
+  TemporaryFile file(folder, attempt);
+  giveToOwnerOf(folder, file.descriptor(), attempt);
+  writeAll(file.descriptor(), bytes, attempt);
+  ::flush(file.descriptor(), flush, attempt);
   if (const int problem = file.renameWithoutReplacing(path); problem != 0) throw attempt.failure(problem);
-  if (const int problem = flushName(path, flush); problem != 0) {
+  if (const int problem = flushFolder(folder, flush); problem != 0) {
     unlink(path.c_str());
     throw attempt.failure(problem);
   }
@@ -121,24 +195,50 @@ void writeNewFile(const std::string& path, const Bytes& bytes, Flush flush) {
 void replaceFile(const std::string& path, const Bytes& bytes, mode_t modeIfNew, Flush flush) {
   const FileAttempt attempt = saving(path);
   const std::string target = followLinks(path);
-  const std::optional<struct stat> replaced = statusOf(target, attempt);
-  TemporaryFile file(parentOf(target), attempt);
-  copyAttributes(file.descriptor(), replaced, masked(modeIfNew, permissionBits), attempt);
-  writeAndFlush(file.descriptor(), bytes, flush, attempt);
+  const std::string folder = parentOf(target);
+  removeAbandonedFrom(folder, {target});
+  const std::optional<OpenFile> replaced = openIfPresent(target, attempt);
+  TemporaryFile file(folder, attempt);
+  if (!replaced) giveToOwnerOf(folder, file.descriptor(), attempt);
+  fill(file, bytes, replaced, masked(modeIfNew, permissionBits), attempt);
+  ::flush(file.descriptor(), flush, attempt);
+  if (const int problem = file.prepareToReplace(); problem != 0) throw attempt.failure(problem);
   rename(file, target, flush, attempt);
 }
 
-bool replaceFileIf(const std::string& path, const Bytes& bytes, const std::function<bool()>& isExpected, Flush flush) {
+Replacement replaceFileIf(const std::string& path, const Bytes& expected, const Bytes& bytes,
+                          const std::function<bool()>& mayReplace, Flush flush) {
   const FileAttempt attempt = saving(path);
+  const FileAttempt opening{"file", path, "opened"};
   const std::string target = followLinks(path);
-  const std::optional<struct stat> replaced = statusOf(target, attempt);
-  if (!replaced) throw attempt.failure(ENOENT);
+  const std::optional<OpenFile> replaced = openPresent(target, attempt);
   TemporaryFile file(parentOf(target), attempt);
-  copyAttributes(file.descriptor(), replaced, ownerOnly, attempt);
-  writeAndFlush(file.descriptor(), bytes, flush, attempt);
-  if (!isUnchangedDuring(isExpected, target, attempt)) return false;
+  fill(file, bytes, replaced, 0, attempt);
+  ::flush(file.descriptor(), flush, attempt);
+
+  if (!mayReplace()) return {};
+  const OpenFile checked = openPresent(target, opening);
+  if (!isSameFile(checked.status, replaced->status)) {  // it may have other attributes now
+    copyAttributes(checked.descriptor, file.descriptor(), attempt);
+    ::flush(file.descriptor(), flush, attempt);
+  }
+  Comparison comparison(expected);
+  if (!comparison.holds(checked.descriptor, opening)) return {};
+  if (const int problem = file.prepareToReplace(); problem != 0) throw attempt.failure(problem);
+  if (!isUnchanged(checked, target)) return {};
   rename(file, target, flush, attempt);
-  return true;
+  return lookAgain(checked.descriptor, comparison, opening);
+}
+
+void removeFilesAbandonedBeside(const std::string& path, const std::vector<std::string>& inUse) {
+  try {
+    const std::string target = followLinks(path);
+    std::vector<std::string> spared = inUse;
+    spared.push_back(target);
+    removeAbandonedFrom(parentOf(target), spared);
+  } catch (const std::exception&) {
+    return;  // such as a cycle of links, which the job reports
+  }
 }
 
 bool isSameFile(const struct stat& one, const struct stat& other) {
@@ -159,10 +259,9 @@ mode_t modeOfNewFiles() {
   return masked(usualMode, static_cast<mode_t>(~mask));
 }
 
-int flushName(const std::string& path, Flush flush) {
+int flushFolder(const std::string& path, Flush flush) {
   if (flush == Flush::never) return 0;
-  const std::string parent = parentOf(path);
-  const FileDescriptor folder(uninterrupted([&] { return open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+  const FileDescriptor folder(uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
   if (!folder.isOpen()) return errno == EACCES ? 0 : errno;
   if (flushDescriptor(folder) == 0) return 0;
   return errno == EINVAL || errno == ENOTSUP ? 0 : errno;

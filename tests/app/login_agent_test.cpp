@@ -30,7 +30,7 @@ class LoginAgent : public testing::Test {
     registerBackgroundJob();
     Entries all = machine_.journal.entries();
     EXPECT_EQ(Entries(all.begin(), all.begin() + 2),
-              (Entries{"create folder " + agents + " 0755", "create folder " + logs + " 0755"}));
+              (Entries{"create folder " + agents + " default", "create folder " + logs + " default"}));
     return {all.begin() + 2, all.end()};
   }
   // Registers the agent and returns the error as "domain code: description".
@@ -155,7 +155,7 @@ TEST_F(LoginAgent, isReplacedSilentlyIfUnreadable) {
 TEST_F(LoginAgent, failsWithoutItsFolderAndRunsNothing) {
   machine_.files.failOn("create folder", EACCES);
   EXPECT_THAT(problem(), StartsWith("POSIX 13: "));
-  EXPECT_THAT(machine_.journal.entries(), ElementsAre("create folder " + agents + " 0755"));
+  EXPECT_THAT(machine_.journal.entries(), ElementsAre("create folder " + agents + " default"));
 }
 
 TEST_F(LoginAgent, failsWithoutTheLogFolderAndRunsNothing) {

@@ -92,7 +92,7 @@ TEST_F(MenuCommands, aboutButtonsRunTheirCommands) {
   for (const char* title : {"Website", "Support", "Open Backups"}) about().press(title);
   EXPECT_THAT(noted(), ElementsAre("address https://quillery.example.com/",
                                    "address mailto:support@quillery.example.com?subject=Quillery",
-                                   "create folder " + backupsFolder() + " 0755", "folder " + backupsFolder()));
+                                   "create folder " + backupsFolder() + " 0700", "folder " + backupsFolder()));
 }
 
 // --- Commands ---
@@ -110,7 +110,7 @@ TEST_F(MenuCommands, supportOpensAMailtoLink) {
 TEST_F(MenuCommands, openBackupsCreatesAMissingFolderAndOpensIt) {
   EXPECT_EQ(backupsFolder(), "/home/user/Library/Application Support/Quillery/Backups");
   controller_->openBackups();
-  EXPECT_THAT(noted(), ElementsAre("create folder " + backupsFolder() + " 0755", "folder " + backupsFolder()));
+  EXPECT_THAT(noted(), ElementsAre("create folder " + backupsFolder() + " 0700", "folder " + backupsFolder()));
   EXPECT_TRUE(machine_.files.folders().contains(backupsFolder()));
 }
 

@@ -41,13 +41,16 @@ const std::string changedMeanwhile =
 
 // The operations in order; a sort that fails stops after some of them.
 const Entries upToTheQuestions = {"running? com.apple.Safari", "running? com.apple.Safari"};
-const Entries upToReading = upToTheQuestions + Entries{"read " + bookmarks};
+const Entries upToCleaning =
+    upToTheQuestions + Entries{"remove abandoned " + bookmarks, "remove abandoned " + backups + "/"};
+const Entries upToReading = upToCleaning + Entries{"read " + bookmarks};
 const Entries upToParsing = upToReading + Entries{"parse"};
 const Entries upToTheFolder = upToParsing + Entries{"create folder " + backups + " 0700"};
 const Entries upToTheBackup = upToTheFolder + Entries{"uuid", "write new " + backup};
 const Entries upToTheMode = upToTheBackup + Entries{"set mode " + backup + " 0600"};
 const Entries upToSerializing = upToTheMode + Entries{"serialize binary"};
-const Entries upToTheLastQuestion = upToSerializing + Entries{"running? com.apple.Safari"};
+const Entries upToWritingBeside = upToSerializing + Entries{"write beside " + bookmarks};
+const Entries upToTheLastQuestion = upToWritingBeside + Entries{"running? com.apple.Safari"};
 const Entries upToComparing = upToTheLastQuestion + Entries{"holds " + bookmarks};
 const Entries upToWriting = upToComparing + Entries{"write atomically " + bookmarks};
 

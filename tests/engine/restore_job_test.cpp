@@ -27,13 +27,15 @@ const std::string newBackup = backups + "/Bookmarks-" + VirtualProcesses::uuid(1
 
 // The steps in order; a restore that fails stops after one of them.
 const Entries upToTheFolder = {"files in " + bookmarkFolder};
-const Entries upToReading = upToTheFolder + Entries{"running? com.apple.Safari", "read " + bookmarks};
+const Entries cleaning = {"remove abandoned " + bookmarks, "remove abandoned " + backups + "/"};
+const Entries upToReading =
+    upToTheFolder + Entries{"running? com.apple.Safari"} + cleaning + Entries{"read " + bookmarks};
 const Entries upToTheBackup = upToReading + Entries{"read " + backup};
 const Entries upToParsing = upToTheBackup + Entries{"parse"};
 const Entries upToBackingUp =
     upToParsing + Entries{"create folder " + backups + " 0700", "uuid", "write new " + newBackup};
 const Entries upToTheMode = upToBackingUp + Entries{"set mode " + newBackup + " 0600"};
-const Entries upToTheLastQuestion = upToTheMode + Entries{"running? com.apple.Safari"};
+const Entries upToTheLastQuestion = upToTheMode + Entries{"write beside " + bookmarks, "running? com.apple.Safari"};
 const Entries upToComparing = upToTheLastQuestion + Entries{"holds " + bookmarks};
 const Entries upToWriting = upToComparing + Entries{"write atomically " + bookmarks};
 
@@ -87,7 +89,8 @@ class RestoreJobTest : public testing::Test {
 TEST_F(RestoreJobTest, restoresTheExactBytesStepByStep) {
   const RestoreResult result = restoreBookmarkFile(backup, bookmarks);
   EXPECT_EQ(result.outcome, RestoreOutcome::restored);
-  EXPECT_EQ(result.backup, newBackup);
+  ASSERT_TRUE(result.rewrite);
+  EXPECT_EQ(result.rewrite->backup, newBackup);
   expectSteps(upToWriting);
   EXPECT_EQ(machine_.files.content(bookmarks), old_);
   EXPECT_EQ(machine_.files.mode(bookmarks), 0640U);
@@ -106,7 +109,7 @@ TEST_F(RestoreJobTest, canBeUndoneByRestoringItsOwnBackup) {
 TEST_F(RestoreJobTest, undoesASort) {
   const std::string unsorted = fileOf(rootNode({folderNode(u"Bar", {leafNode(u"z"), leafNode(u"a")})}));
   machine_.files.put(bookmarks, unsorted);
-  ASSERT_EQ(sortBookmarkFile(bookmarks), newBackup);
+  ASSERT_TRUE(sortBookmarkFile(bookmarks));
   ASSERT_NE(machine_.files.content(bookmarks), unsorted);
   EXPECT_EQ(restore(newBackup), RestoreOutcome::restored);
   EXPECT_EQ(machine_.files.content(bookmarks), unsorted);
@@ -117,7 +120,7 @@ TEST_F(RestoreJobTest, changesNothingIfTheBytesAreTheSame) {
   filesAtFirst_ = machine_.files.files();
   const RestoreResult result = restoreBookmarkFile(backup, bookmarks);
   EXPECT_EQ(result.outcome, RestoreOutcome::alreadyThere);
-  EXPECT_EQ(result.backup, std::nullopt);
+  EXPECT_EQ(result.rewrite, std::nullopt);
   expectSteps(upToParsing);
   expectDiskUntouched();
 }
@@ -199,8 +202,8 @@ TEST_F(RestoreJobTest, writesAMissingFile) {
   machine_.files.remove(bookmarks);
   const RestoreResult result = restoreBookmarkFile(backup, bookmarks);
   EXPECT_EQ(result.outcome, RestoreOutcome::restored);
-  EXPECT_EQ(result.backup, std::nullopt) << "no backup of a missing file";
-  expectSteps(upToTheQuestionWithoutFile + Entries{"write new " + bookmarks});
+  EXPECT_EQ(result.rewrite, std::nullopt) << "no backup of a missing file";
+  expectSteps(upToTheQuestionWithoutFile + cleaning + Entries{"write new " + bookmarks});
   EXPECT_EQ(machine_.files.content(bookmarks), old_);
   EXPECT_EQ(machine_.files.files().size(), 2U);
 }
@@ -208,7 +211,7 @@ TEST_F(RestoreJobTest, writesAMissingFile) {
 TEST_F(RestoreJobTest, doesNotOverwriteAFileCreatedMeanwhile) {
   machine_.files.remove(bookmarks);
   machine_.journal.before("write new", [&](const auto&) { machine_.files.put(bookmarks, "new"); });
-  expectFailure(upToTheQuestionWithoutFile + Entries{"write new " + bookmarks}, "File exists");
+  expectFailure(upToTheQuestionWithoutFile + cleaning + Entries{"write new " + bookmarks}, "File exists");
   EXPECT_EQ(machine_.files.content(bookmarks), "new");
 }
 
@@ -223,6 +226,13 @@ TEST_F(RestoreJobTest, failsIfTheFilesFolderCannotBeListed) {
   machine_.files.failOn("files in", EACCES);
   expectFailure(upToTheFolder, "Permission denied");
   expectDiskUntouched();
+}
+
+TEST_F(RestoreJobTest, replacesAFileInTheRootFolder) {
+  machine_.files.put("/file", present_);
+  EXPECT_EQ(restoreBookmarkFile(backup, "/file").outcome, RestoreOutcome::restored);
+  EXPECT_EQ(machine_.files.content("/file"), old_);
+  EXPECT_EQ(machine_.files.content(newBackup), present_);
 }
 
 // Failing steps

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <utility>
@@ -21,6 +22,7 @@ using testing::IsEmpty;
 using testing::Not;
 
 const std::string backup = backups + "/Bookmarks-" + VirtualProcesses::uuid(1) + ".plist";
+const std::string secondBackup = backups + "/Bookmarks-" + VirtualProcesses::uuid(2) + ".plist";
 
 PlistValue unsortedTree() { return rootNode({folderNode(u"Bar", {leafNode(u"b"), leafNode(u"a")})}); }
 
@@ -43,7 +45,27 @@ class SortJobTest : public testing::Test {
   VirtualMachine machine_;
 };
 
-TEST_F(SortJobTest, returnsThePathOfTheBackup) { EXPECT_EQ(sortBookmarkFile(bookmarks), backup); }
+TEST_F(SortJobTest, returnsThePathOfTheBackup) {
+  EXPECT_EQ(sortBookmarkFile(bookmarks), (Rewrite{backup, false, std::nullopt}));
+}
+
+// Another program had the file open and writes to it when it has just been compared.
+TEST_F(SortJobTest, backsUpALateChange) {
+  machine_.files.willChangeLate("changed late");
+  EXPECT_EQ(sortBookmarkFile(bookmarks), (Rewrite{backup, true, secondBackup}));
+  EXPECT_EQ(machine_.files.content(secondBackup), "changed late");
+  EXPECT_EQ(machine_.files.mode(secondBackup), 0600U);
+  EXPECT_EQ(outlineOf(machine_.files.content(bookmarks)), "Bar[a b]");
+}
+
+TEST_F(SortJobTest, succeedsIfALateChangeCannotBeBackedUp) {
+  machine_.files.willChangeLate("changed late");
+  machine_.files.failOn("write new", ENOSPC, 2);
+  EXPECT_EQ(sortBookmarkFile(bookmarks), (Rewrite{backup, true, std::nullopt}));
+  machine_.files.put(bookmarks, fileOf(unsortedTree()));
+  machine_.files.willChangeLate(std::nullopt);
+  EXPECT_EQ(sortBookmarkFile(bookmarks)->lateBackup, std::nullopt) << "it cannot be read";
+}
 
 TEST_F(SortJobTest, returnsNothingForAFileInOrder) {
   sortBookmarkFile(bookmarks);
@@ -71,6 +93,13 @@ TEST_F(SortJobTest, throwsCode3IfSafariStartsMeanwhile) {
   EXPECT_EQ(errorOfASort(), sorterCode(3));
 }
 
+TEST_F(SortJobTest, throwsCode3IfSafariStartsWhileTheFileIsWritten) {
+  const std::string before = machine_.files.content(bookmarks);
+  machine_.journal.after("write beside", [&](const auto&) { machine_.applications.start(safari); });
+  EXPECT_EQ(errorOfASort(), sorterCode(3));
+  EXPECT_EQ(machine_.files.content(bookmarks), before);
+}
+
 TEST_F(SortJobTest, throwsCode3IfTheFileChanges) {
   machine_.journal.after("parse", [&](const auto&) { machine_.files.put(bookmarks, "changed"); });
   EXPECT_EQ(errorOfASort(), sorterCode(3));
@@ -82,7 +111,7 @@ TEST_F(SortJobTest, sortsANamedFileAndBacksItUpInTheSameFolder) {
   const std::string otherContent = fileOf(unsortedTree(), PropertyListFormat::xml);
   const std::string userContent = machine_.files.content(bookmarks);
   machine_.files.put(other, otherContent, 0604);
-  EXPECT_EQ(sortBookmarkFile(other), backup);
+  EXPECT_EQ(sortBookmarkFile(other)->backup, backup);
   EXPECT_EQ(outlineOf(machine_.files.content(other)), "Bar[a b]");
   EXPECT_EQ(machine_.files.mode(other), 0604U);
   EXPECT_EQ(machine_.files.content(backup), otherContent);

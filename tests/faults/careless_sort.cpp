@@ -14,10 +14,11 @@ namespace {
 class CarelessFileSystem : public PosixFileSystem {
  public:
   void writeNew(const std::string& path, const Bytes& bytes) override { write(path, bytes); }
-  bool replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) override {
-    if (read(path) != expected) return false;
+  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+                             const std::function<bool()>& mayReplace) override {
+    if (!mayReplace() || read(path) != expected) return {};
     write(path, bytes);
-    return true;
+    return {true, false, std::nullopt};
   }
 
  private:

@@ -65,7 +65,8 @@ class Trial:
         point.before(home)
         result = point.run(home, self.command)
         point.relieve(home)
-        judged = verdict.after_fault(home, self.sample, result, point.put, point.unseen, point.gone)
+        judged = verdict.after_fault(home, self.sample, result, point.put, point.unseen, point.gone,
+                                     point.late)
         before = points.restore(home, self.sample)
         verdict.after_next_run(home, self.sample, before, home.run(self.command), judged)
         if point.disk:
@@ -100,7 +101,7 @@ def print_table(trials):
     for ending in ("succeeded", "failed", "killed"):
         rows.append((f"  the sort {'was ' if ending == 'killed' else ''}{ending}",
                      [trial.endings[ending] for trial in trials]))
-    rows.append(("saved between the last check and the rename, and overwritten",
+    rows.append(("saved after the last look, and overwritten",
                  [trial.count(lambda judged: judged.overwrote) for trial in trials]))
     rows.append(("other flaws", [trial.count(lambda judged: judged.flaws) for trial in trials]))
     rows.append(("lost", [trial.count(lambda judged: judged.lost) for trial in trials]))

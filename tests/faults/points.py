@@ -11,9 +11,9 @@ from system_calls import ERRORS
 class Point:
     """A fault to try. `run` takes a home and a command, and returns the result of the sort. `before` and `relieve` take
     a home: `before` causes the fault, `relieve` removes it before the result is judged. `disk` has the mount options of
-    the tmpfs that the home is on, if any. For `put`, `unseen` and `gone` see verdict.after_fault."""
+    the tmpfs that the home is on, if any. For `put`, `unseen`, `gone` and `late` see verdict.after_fault."""
 
-    def __init__(self, kind, name, run=None, *, put=None, unseen=False, gone=False, disk=None, before=None,
+    def __init__(self, kind, name, run=None, *, put=None, unseen=False, gone=False, late=None, disk=None, before=None,
                  relieve=None):
         self.kind = kind
         self.name = name
@@ -21,6 +21,7 @@ class Point:
         self.put = put
         self.unseen = unseen
         self.gone = gone
+        self.late = late
         self.disk = disk
         self.before = before or (lambda home: None)
         self.relieve = relieve or (lambda home: None)
@@ -30,6 +31,7 @@ def at_each_call(calls, sample):
     """The points of a sort that makes these calls."""
     places = [number for number, call in enumerate(calls) if call.place]
     looked, replaced = last_look(calls)
+    looked_again = max(number for number in places if calls[number].name == "pread64")
     for number in places:
         call = calls[number]
         for error in ERRORS[call.name]:
@@ -45,6 +47,19 @@ def at_each_call(calls, sample):
             yield Point(kind, str(call), lambda home, command, call=call, change=change:
                         tracer.interrupted_after(home, command, call, lambda: change(home, sample)),
                         put=(content,), unseen=unseen, gone=put is None)
+        yield Point("a program writes to the open file after a call", str(call), lambda home, command, call=call:
+                    written_after(home, command, call, sample), put=(sample.saved,), unseen=number >= looked,
+                    late="seen" if number < looked_again else "unseen")
+
+
+def written_after(home, command, call, sample):
+    """Another program has the bookmark file open from the start, and writes to it after a call."""
+    with open(home.bookmarks, "r+b") as file:
+        def write():
+            file.truncate()
+            file.write(sample.saved)
+            file.flush()
+        return tracer.interrupted_after(home, command, call, write)
 
 
 def save(home, sample):

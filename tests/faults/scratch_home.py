@@ -59,8 +59,8 @@ class ScratchHome:
                 "DBUS_SESSION_BUS_ADDRESS": f"unix:path={nowhere}/bus",
                 "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0", **more}
 
-    def run(self, command, **more):
-        """Runs a command to its end, with additional environment variables if given."""
+    def run(self, command, timeout=None, **more):
+        """Runs a command to its end, with additional environment variables if given, for `timeout` seconds at most."""
         done = subprocess.run(command, env=self.environment(**more), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              cwd="/", check=False)
+                              cwd="/", check=False, timeout=timeout)
         return Result(done.returncode, done.stdout.decode(errors="replace"))

@@ -7,18 +7,22 @@ OF_PATHS = ["EACCES", "EIO", "ELOOP", "ENOENT", "ENOMEM", "ENOTDIR"]
 OF_CHANGES = ["EDQUOT", "ENOSPC", "EPERM", "EROFS"]
 OF_TRANSFERS = ["EINTR", "EIO"]
 ERRORS = {
-    "openat": [*OF_PATHS, *OF_CHANGES, "EBUSY", "EEXIST", "EINTR", "EISDIR", "EMFILE", "ENFILE", "ENXIO", "EOVERFLOW",
-               "ETXTBSY"],
+    "openat": [*OF_PATHS, *OF_CHANGES, "EBUSY", "EEXIST", "EINTR", "EISDIR", "EMFILE", "ENFILE", "ENXIO",
+               "EOPNOTSUPP", "EOVERFLOW", "ETXTBSY"],
     "newfstatat": [*OF_PATHS, "EOVERFLOW"],
     "fstat": ["EIO", "ENOMEM", "EOVERFLOW"],
     "readlink": [*OF_PATHS, "EINVAL"],
     "read": [*OF_TRANSFERS, "EISDIR", "ENOMEM"],
+    "pread64": [*OF_TRANSFERS, "EISDIR", "ENOMEM"],
     "write": [*OF_TRANSFERS, "EDQUOT", "EFBIG", "ENOMEM", "ENOSPC", "EPERM"],
     "fsync": [*OF_TRANSFERS, "EDQUOT", "EINVAL", "ENOSPC", "EROFS"],
     "close": [*OF_TRANSFERS, "EDQUOT", "ENOSPC"],
     "mkdir": [*OF_PATHS, *OF_CHANGES, "EEXIST", "EMLINK"],
     "chmod": [*OF_PATHS, "EPERM", "EROFS"],
     "fchmod": ["EACCES", "EIO", "ENOMEM", "EPERM", "EROFS"],
+    "flistxattr": ["EIO", "ENOMEM", "ENOTSUP"],
+    "fremovexattr": ["EDQUOT", "EIO", "ENODATA", "ENOSPC", "ENOTSUP", "EROFS"],
+    "linkat": [*OF_PATHS, *OF_CHANGES, "EEXIST", "EMLINK", "EXDEV"],
     "rename": [*OF_PATHS, *OF_CHANGES, "EBUSY", "EXDEV"],
     "renameat2": [*OF_PATHS, *OF_CHANGES, "EBUSY", "EEXIST", "EINVAL", "ENOSYS", "EXDEV"],
     "unlink": [*OF_PATHS, "EBUSY", "EPERM", "EROFS"],
@@ -46,7 +50,7 @@ class Call:
 def place_of(arguments, home):
     """The paths below `home` in a call's arguments and result, with the random parts of their names replaced by "*"."""
     found = re.findall(re.escape(str(home)) + r'(/[^">]*)?', arguments)
-    names = [re.sub(r"-[0-9A-F]{8}-[0-9A-F-]{27}", "-*", re.sub(r"/\.quillery-\w+", "/.quillery-*", name))
+    names = [re.sub(r"-[0-9A-F]{8}-[0-9A-F-]{27}", "-*", re.sub(r"/(\.quillery-[\w-]+|#\d+.*)", "/.quillery-*", name))
              for name in found]
     return " ".join(dict.fromkeys(name or "/" for name in names)) or None
 

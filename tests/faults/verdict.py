@@ -4,7 +4,7 @@ import stat
 
 from scratch_home import BOOKMARK_MODE, FOLDER
 
-TEMPORARY_NAME = re.compile(r"(.*/)?\.quillery-\w{6}")
+TEMPORARY_NAME = re.compile(r"(.*/)?\.quillery-temporary-(\w{6}|[0-9a-f]{32}-[0-9a-f]+)")
 
 
 class Verdict:
@@ -19,12 +19,13 @@ class Verdict:
         return not self.lost and not self.flaws
 
 
-def after_fault(home, sample, result, put=None, unseen=False, gone=False):
+def after_fault(home, sample, result, put=None, unseen=False, gone=False, late=None):
     """Judges a home folder after a run with a fault.
 
     `put` is a tuple of one: the content that another program gave the bookmark file during the run, None for no file.
     `unseen` is true if that happened after the sort's last check for such a change. `gone` is true if the sort may have
-    found no file, so that it wrote a new one.
+    found no file, so that it wrote a new one. `late` is set if the other program wrote to the file that it had open: then
+    a sort that replaced the file must have backed up what was written, if that is "seen".
     """
     verdict = Verdict()
     content = home.content()
@@ -36,6 +37,11 @@ def after_fault(home, sample, result, put=None, unseen=False, gone=False):
     if content not in allowed:
         verdict.lost.append(f"the bookmark file is {description(content, sample)} after {ending(result)}")
     check_backups(home, sample, verdict, wanted=content == sample.new)
+    if late:
+        kept = sample.saved in [path.read_bytes() for path in home.backup_files()]
+        verdict.overwrote = verdict.overwrote and not kept
+        if late == "seen" and verdict.overwrote:
+            verdict.lost.append("what another program wrote is neither in the file nor in a backup")
     if not gone:
         check_mode(home, verdict)
     for name in home.leftovers():

@@ -60,20 +60,21 @@ bool VirtualFileSystem::holds(const std::string& path, const Bytes& expected) {
 std::vector<FileEntry> VirtualFileSystem::filesIn(const std::string& path) {
   return journal_.perform("files in", path, [&] {
     if (files_.contains(path)) throw failure("files in", path, ENOTDIR);
+    const std::string folder = path == "/" ? "" : path;
     std::vector<FileEntry> entries;
     for (const auto& [file, contents] : files_)
-      if (parentOf(file) == path)
-        entries.push_back({file.substr(path.size() + 1), modified_.at(file), contents.content.size()});
+      if (parentOf(file) == folder)
+        entries.push_back({file.substr(folder.size() + 1), modified_.at(file), contents.content.size()});
     return entries;
   });
 }
 
-void VirtualFileSystem::createFolder(const std::string& path, unsigned mode) {
-  journal_.perform("create folder", path + " " + octal(mode), [&] {
+void VirtualFileSystem::createFolder(const std::string& path, std::optional<unsigned> mode) {
+  journal_.perform("create folder", path + " " + (mode ? octal(*mode) : "default"), [&] {
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
       const std::string folder = path.substr(0, end);
       if (files_.contains(folder)) throw failure("create folder", folder, ENOTDIR);
-      folders_.try_emplace(folder, mode);
+      folders_.try_emplace(folder, mode.value_or(newFolderMode));
       if (end == std::string::npos) return;
     }
   });
@@ -104,10 +105,18 @@ void VirtualFileSystem::writeAtomically(const std::string& path, const Bytes& by
   });
 }
 
-bool VirtualFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes) {
-  if (!holds(path, expected)) return false;
+Replacement VirtualFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+                                              const std::function<bool()>& mayReplace) {
+  journal_.perform("write beside", path, [&] { requireParent("write beside", path); });
+  if (!mayReplace() || !holds(path, expected)) return {};
   writeAtomically(path, bytes);
-  return true;
+  Replacement result{true, std::exchange(changesLate_, false), std::nullopt};
+  if (result.changedLate && lateContent_) result.lateBytes = Bytes(std::string(*lateContent_));
+  return result;
+}
+
+void VirtualFileSystem::removeAbandonedFiles(const std::string& path, const std::vector<std::string>&) {
+  journal_.perform("remove abandoned", path, [] {});
 }
 
 void VirtualFileSystem::failOn(const std::string& operation, int errorNumber, int occurrence) {

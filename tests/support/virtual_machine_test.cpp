@@ -125,7 +125,7 @@ TEST(VirtualFileSystem, failsWhereARealFileSystemFails) {
   machine.files.put("/home/user/a", "old");
   EXPECT_THAT(problemOf([&] { machine.files.read("/home/user/none"); }), HasSubstr("No such file or directory"));
   EXPECT_THAT(problemOf([&] { machine.files.read("/home/user"); }), HasSubstr("Is a directory"));
-  EXPECT_THAT(problemOf([&] { machine.files.replaceIfHolds("/home/user/none", {}, {}); }),
+  EXPECT_THAT(problemOf([&] { machine.files.replaceIfHolds("/home/user/none", {}, {}, [] { return true; }); }),
               HasSubstr("No such file or directory"));
   EXPECT_THAT(problemOf([&] { machine.files.writeNew("/home/user/a", {}); }), HasSubstr("File exists"));
   EXPECT_THAT(problemOf([&] { machine.files.writeNew("/none/a", {}); }), HasSubstr("No such file or directory"));

@@ -6,9 +6,11 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <string>
 
+#include "tests/platform/linux/intercepted_calls.h"
 #include "tests/platform/linux/scratch_folder.h"
 
 namespace {
@@ -16,16 +18,29 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+struct stat statusOf(const std::string& path) {
+  struct stat status {};
+  EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+  return status;
+}
+
 class ReplaceFileIf : public testing::Test {
  protected:
   void SetUp() override { makeFile(file_, "old"); }
-  // Replaces the file and calls `interfere` during the check of its content, which then succeeds.
+  Replacement replace(const std::function<bool()>& mayReplace) {
+    return replaceFileIf(file_, Bytes(std::string("old")), Bytes(std::string("new")), mayReplace, Flush::never);
+  }
+  Replacement replace() {
+    return replace([] { return true; });
+  }
+  // Replaces the file and calls `interfere` when its content has just been compared.
   bool replaceWhile(const std::function<void()>& interfere) {
-    const auto check = [&] {
+    InterceptedCalls calls;
+    calls.beforeLink = [&] {
       interfere();
-      return true;
+      return 0;
     };
-    return replaceFileIf(file_, Bytes(std::string("new")), check, Flush::never);
+    return replace().done;
   }
   // Replaces the file by another one with the same content.
   void renameOver() {
@@ -38,12 +53,6 @@ class ReplaceFileIf : public testing::Test {
   const std::string other_ = scratch_.path("other");
 };
 
-struct stat statusOf(const std::string& path) {
-  struct stat status {};
-  EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
-  return status;
-}
-
 bool haveSameChangeTime(const struct stat& one, const struct stat& other) {
   return one.st_ctim.tv_sec == other.st_ctim.tv_sec && one.st_ctim.tv_nsec == other.st_ctim.tv_nsec;
 }
@@ -53,10 +62,52 @@ TEST_F(ReplaceFileIf, replacesAFileThatNobodyChanges) {
   EXPECT_EQ(contentOf(file_), "new");
 }
 
-TEST_F(ReplaceFileIf, leavesAFileWhoseCheckFails) {
-  EXPECT_FALSE(replaceFileIf(
-      file_, Bytes(std::string("new")), [] { return false; }, Flush::never));
+TEST_F(ReplaceFileIf, leavesAFileThatMayNotBeReplaced) {
+  EXPECT_FALSE(replace([] { return false; }).done);
   EXPECT_EQ(contentOf(file_), "old");
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("file"));
+}
+
+TEST_F(ReplaceFileIf, comparesAfterTheLastQuestion) {
+  EXPECT_FALSE(replace([&] {
+                 makeFile(file_, "changed");
+                 return true;
+               }).done);
+  EXPECT_EQ(contentOf(file_), "changed");
+}
+
+TEST_F(ReplaceFileIf, keepsAModeThatWasChangedMeanwhile) {
+  EXPECT_TRUE(replace([&] {
+                chmod(file_.c_str(), 0604);
+                return true;
+              }).done);
+  EXPECT_EQ(statusOf(file_).st_mode & 07777, 0604U);
+}
+
+// The file's name is gone with the rename, but a program that had it open can still write to it.
+TEST_F(ReplaceFileIf, returnsWhatWasWrittenAfterTheComparison) {
+  for (const char* const late : {"olb", "old and longer", "o", ""}) {
+    makeFile(file_, "old");
+    std::fstream open(file_);
+    InterceptedCalls calls;
+    calls.beforeRename = [&] {
+      std::filesystem::resize_file(file_, 0);
+      open << late << std::flush;
+      return 0;
+    };
+    const Replacement replacement = replace();
+    EXPECT_TRUE(replacement.done);
+    EXPECT_TRUE(replacement.changedLate);
+    ASSERT_TRUE(replacement.lateBytes);
+    EXPECT_EQ(replacement.lateBytes->text(), late);
+    EXPECT_EQ(contentOf(file_), "new");
+  }
+}
+
+TEST_F(ReplaceFileIf, returnsNoLateChangeIfThereIsNone) {
+  const Replacement replacement = replace();
+  EXPECT_FALSE(replacement.changedLate);
+  EXPECT_FALSE(replacement.lateBytes);
 }
 
 TEST_F(ReplaceFileIf, noticesAFileThatIsRenamedOverTheCheckedOne) {

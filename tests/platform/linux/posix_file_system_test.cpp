@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -25,16 +26,19 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/error.h"
 #include "tests/platform/linux/child_process.h"
 #include "tests/platform/linux/environment_scope.h"
+#include "tests/platform/linux/intercepted_calls.h"
 #include "tests/platform/linux/scratch_folder.h"
 
 namespace {
 
-// Called with the path of each file or folder that is flushed to disk. Returns the error number to fail with, or 0.
+// Called with the path of each file or folder that is flushed to disk; for a file without a name, with one below
+// /proc/self. Returns the error number to fail with, or 0.
 std::function<int(const std::string&)> onFlush;
 
 // The error number that a rename without replacing fails with, as on a file system that does not support it; 0 for
@@ -48,8 +52,9 @@ int failedRenames = 0;
 
 extern "C" int fsync(int descriptor) {
   if (onFlush) {
-    const std::string path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).string();
-    if (const int problem = onFlush(path); problem != 0) {
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    const std::string path = std::filesystem::read_symlink(link).string();
+    if (const int problem = onFlush(std::filesystem::exists(path) ? path : link); problem != 0) {
       errno = problem;
       return -1;
     }
@@ -82,16 +87,20 @@ class FlushScope {
   FlushScope& operator=(const FlushScope&) = delete;
 };
 
-// Lets renames without replacing fail with an error number.
+// Lets renames without replacing fail with an error number. Files without a name need none, so there are none.
 class RenameScope {
  public:
   explicit RenameScope(int problem) {
+    calls_.noUnnamedFiles = true;
     renameProblem = problem;
     failedRenames = 0;
   }
   ~RenameScope() { renameProblem = 0; }
   RenameScope(const RenameScope&) = delete;
   RenameScope& operator=(const RenameScope&) = delete;
+
+ private:
+  InterceptedCalls calls_;
 };
 
 class UmaskScope {
@@ -120,6 +129,8 @@ std::string sentence(int code, const std::string& failed, const std::string& wor
 }
 
 std::size_t openDescriptors() { return namesIn("/proc/self/fd").size(); }
+
+bool always() { return true; }
 
 Bytes bytes(std::string text) { return Bytes(std::move(text)); }
 
@@ -264,8 +275,8 @@ TEST_F(PosixRead, leavesNoDescriptorOpen) {
   makeFile(file_, "text");
   const std::size_t before = openDescriptors();
   files_.read(file_);
-  files_.replaceIfHolds(file_, bytes("other"), bytes("new"));
-  files_.replaceIfHolds(file_, bytes("text"), bytes("new"));
+  files_.replaceIfHolds(file_, bytes("other"), bytes("new"), always);
+  files_.replaceIfHolds(file_, bytes("text"), bytes("new"), always);
   readOutcome(scratch_.path());
   writeOutcome(file_, "new");
   writeOutcome(scratch_.path(), "new");
@@ -349,6 +360,16 @@ TEST_F(PosixCreateFolder, givesEveryNewFolderExactlyTheMode) {
     EXPECT_EQ(modeOf(first), 0750U);
     EXPECT_EQ(modeOf(first + "/two"), 0750U);
     EXPECT_EQ(modeOf(first + "/two/three"), 0750U);
+  }
+}
+
+TEST_F(PosixCreateFolder, leavesDefaultAttributesToTheUmask) {
+  for (const mode_t mask : {0000U, 0022U, 0077U}) {
+    const UmaskScope scope(mask);
+    const std::string path = scratch_.path("mask " + std::to_string(mask));
+    files_.createFolder(path + "/two", defaultAttributes);
+    EXPECT_EQ(modeOf(path), 0777U & ~mask);
+    EXPECT_EQ(modeOf(path + "/two"), 0777U & ~mask);
   }
 }
 
@@ -462,11 +483,42 @@ TEST_F(PosixWriteNew, flushesTheFileAndThenItsFolder) {
   const FlushScope watch([&](const std::string& path) {
     flushed.push_back(path);
     EXPECT_EQ(contentOf(path == scratch_.path() ? backup_ : path), "old bytes");
-    EXPECT_THAT(namesIn(scratch_.path()), SizeIs(1)) << "it gets its name only when it is complete on disk";
+    EXPECT_THAT(namesIn(scratch_.path()), SizeIs(path == scratch_.path() ? 1 : 0))
+        << "it gets its name only when it is complete on disk";
     return 0;
   });
   files_.writeNew(backup_, bytes("old bytes"));
-  EXPECT_THAT(flushed, ElementsAre(StartsWith(scratch_.path(".")), scratch_.path()));
+  EXPECT_THAT(flushed, ElementsAre(StartsWith("/proc/self/fd/"), scratch_.path()));
+}
+
+TEST_F(PosixWriteNew, hasAHiddenNameWhereAFileNeedsOne) {
+  InterceptedCalls calls;
+  calls.noUnnamedFiles = true;
+  std::vector<std::string> flushed;
+  const FlushScope watch([&](const std::string& path) {
+    flushed.push_back(path);
+    if (path != scratch_.path()) {
+      EXPECT_EQ(modeOf(path), 0600U);
+    }
+    return 0;
+  });
+  files_.writeNew(backup_, bytes("old bytes"));
+  EXPECT_THAT(flushed, ElementsAre(StartsWith(scratch_.path(".quillery-temporary-")), scratch_.path()));
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks-1.plist"));
+}
+
+TEST_F(PosixWriteNew, canBeReadWhateverTheUmask) {
+  chmod(scratch_.path().c_str(), 0777);
+  for (const bool named : {false, true})
+    EXPECT_EQ(inUnprivilegedProcess([&] {
+                InterceptedCalls calls;
+                calls.noUnnamedFiles = named;
+                umask(0777);
+                const std::string path = scratch_.path(named ? "named" : "unnamed");
+                const std::string written = outcome(path);
+                return written + ": " + contentOf(path) + " " + std::to_string(modeOf(path));
+              }),
+              "done: old bytes " + std::to_string(0600));
 }
 
 TEST_F(PosixWriteNew, worksInAFolderThatCannotBeListed) {
@@ -751,7 +803,7 @@ TEST_F(PosixWriteAtomically, flushesAHiddenFileAndThenTheFolder) {
   });
   EXPECT_EQ(writeOutcome(file_, "new"), "done");
   ASSERT_EQ(flushed.size(), 2U);
-  EXPECT_THAT(flushed[0], StartsWith(scratch_.path("."))) << "in the same folder, with a hidden name";
+  EXPECT_THAT(flushed[0], StartsWith("/proc/self/fd/")) << "it has no name";
   EXPECT_EQ(flushed[1], scratch_.path());
   EXPECT_THAT(contents, ElementsAre("old,new", "new,")) << "renamed between the flushes";
 }
@@ -833,51 +885,142 @@ TEST_F(PosixWriteAtomically, reportsAMissingFolder) {
 
 // Abandoned files
 
-// Creates a file like that of a process killed while it writes. Returns its path.
-std::string abandonedIn(const ScratchFolder& folder, const std::string& name = ".quillery-abc123") {
-  makeFile(folder.path(name), "half of a fi");
-  return folder.path(name);
+// Returns the name that a temporary file with this file's inode number has.
+std::string temporaryNameOf(const std::string& path) {
+  struct stat status {};
+  EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+  std::array<char, 32> inode{};
+  EXPECT_GT(std::snprintf(inode.data(), inode.size(), "-%lx", static_cast<unsigned long>(status.st_ino)), 0);
+  return ".quillery-temporary-0123456789abcdef0123456789abcdef" + std::string(inode.data());
 }
 
-TEST_F(PosixWriteAtomically, removesTheFileOfAKilledProcess) {
-  makeFile(file_, "old");
-  abandonedIn(scratch_);
+class PosixAbandonedFiles : public PosixFileSystemTest {
+ protected:
+  void SetUp() override {
+    makeFile(file_, "old");
+    makeFile(backup_, "backup");
+  }
+
+  // Creates a file like that of a process killed before it renames it. Returns its name.
+  std::string abandon() {
+    const std::string path = scratch_.path("abandoned");
+    makeFile(path, "a whole file");
+    return moveTo(path, temporaryNameOf(path));
+  }
+  std::string moveTo(const std::string& path, const std::string& name) {
+    std::filesystem::rename(path, scratch_.path(name));
+    return name;
+  }
+  std::vector<std::string> remaining() {
+    files_.removeAbandonedFiles(file_, {backup_});
+    return namesIn(scratch_.path());
+  }
+
+  const std::string backup_ = scratch_.path("backup");
+};
+
+TEST_F(PosixAbandonedFiles, areRemovedBesideAFile) {
+  abandon();
+  EXPECT_THAT(remaining(), ElementsAre("Bookmarks.plist", "backup"));
+}
+
+TEST_F(PosixAbandonedFiles, areRemovedIfTheyGotNoFurtherThanTheirFirstName) {
+  makeFile(scratch_.path(".quillery-temporary-aBc123"), "");
+  EXPECT_THAT(remaining(), ElementsAre("Bookmarks.plist", "backup"));
+}
+
+TEST_F(PosixAbandonedFiles, areRemovedBesideTheTargetOfALink) {
+  const ScratchFolder other;
+  std::filesystem::create_symlink(file_, other.path("link"));
+  abandon();
+  files_.removeAbandonedFiles(other.path("link"), {});
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist", "backup"));
+}
+
+TEST_F(PosixAbandonedFiles, areRemovedFromAFolder) {
+  abandon();
+  files_.removeAbandonedFiles(scratch_.path() + "/", {});
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist", "backup"));
+  files_.removeAbandonedFiles(scratch_.path("missing") + "/", {});
+}
+
+TEST_F(PosixAbandonedFiles, areRemovedWhenAnyFileIsReplaced) {
+  abandon();
   EXPECT_EQ(writeOutcome(file_, "new"), "done");
-  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
+  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist", "backup"));
 }
 
-TEST_F(PosixWriteNew, removesTheFileOfAKilledProcess) {
-  abandonedIn(scratch_);
-  EXPECT_EQ(outcome(backup_), "done");
-  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks-1.plist"));
+TEST_F(PosixAbandonedFiles, doNotIncludeFilesInUse) {
+  const std::string sorted = scratch_.path(moveTo(file_, temporaryNameOf(file_)));
+  const std::string restored = scratch_.path(moveTo(backup_, temporaryNameOf(backup_)));
+  files_.removeAbandonedFiles(sorted, {restored});
+  EXPECT_THAT(namesIn(scratch_.path()), SizeIs(2));
+  EXPECT_EQ(writeOutcome(sorted, "new"), "done");
+  EXPECT_EQ(contentOf(sorted), "new");
 }
 
-TEST_F(PosixWriteAtomically, keepsTheFileThatAnotherProcessIsWriting) {
-  makeFile(file_, "old");
-  std::string during;
-  const FlushScope watch([&](const std::string& path) {
-    if (path == scratch_.path() || !during.empty()) return 0;
-    during = path;
-    EXPECT_EQ(inChildProcess([&] { return writeOutcome(file_, "of the other process"); }), "done");
-    return 0;
-  });
-  EXPECT_EQ(writeOutcome(file_, "new"), "done");
-  EXPECT_EQ(contentOf(file_), "new");
-  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist"));
+TEST_F(PosixAbandonedFiles, doNotIncludeTheTargetsOfLinks) {
+  const ScratchFolder links;
+  std::filesystem::create_symlink(scratch_.path(moveTo(file_, temporaryNameOf(file_))), links.path("file"));
+  std::filesystem::create_symlink(scratch_.path(moveTo(backup_, temporaryNameOf(backup_))), links.path("backup"));
+  files_.removeAbandonedFiles(links.path("file"), {links.path("backup")});
+  EXPECT_THAT(namesIn(scratch_.path()), SizeIs(2));
 }
 
-TEST_F(PosixWriteAtomically, keepsFilesThatAreNotOurTemporaryFiles) {
-  const std::vector<std::string> names = {".quillery-1", ".quillery-1234567", ".quillery.abc123", "quillery-abc123"};
-  for (const std::string& name : names) abandonedIn(scratch_, name);
-  std::filesystem::create_directory(scratch_.path(".quillery-folder"));
-  std::filesystem::create_symlink(scratch_.path(names[0]), scratch_.path(".quillery-a-link"));
-  std::filesystem::create_symlink(scratch_.path(names[0]), scratch_.path(".quillery-linked"));
-  ASSERT_EQ(mkfifo(scratch_.path(".quillery-a-pipe").c_str(), 0600), 0);
+TEST_F(PosixAbandonedFiles, doNotIncludeFilesOfOtherNames) {
+  const std::string name = ".quillery-temporary-0123456789abcdef0123456789abcdef";
+  for (const std::string& other :
+       {std::string(".quillery-backup"), std::string(".quillery-master"), std::string(".quillery-config"),
+        std::string(".quillery-temporary-"), std::string(".quillery-temporary-backup"),
+        std::string(".quillery-temporary-backup-of-Bookmarks"), name, name + "-", name + "-0", name + "-1",
+        name + "-ffffffffffffffff"})
+    makeFile(scratch_.path(other), "the user's");
+  std::filesystem::copy_file(scratch_.path(abandon()), scratch_.path(name + "-2"));
+  const std::size_t before = namesIn(scratch_.path()).size();
+  EXPECT_THAT(remaining(), SizeIs(before - 1)) << "only the abandoned file is removed, not its copy";
+}
+
+TEST_F(PosixAbandonedFiles, doNotIncludeAnythingButFilesOfOneLink) {
+  std::filesystem::create_hard_link(file_, scratch_.path(temporaryNameOf(file_)));
+  std::filesystem::create_symlink(backup_, scratch_.path(temporaryNameOf(backup_)));
+  std::filesystem::create_directory(scratch_.path("folder"));
+  moveTo(scratch_.path("folder"), temporaryNameOf(scratch_.path("folder")));
+  ASSERT_EQ(mkfifo(scratch_.path(".quillery-temporary-a_pipe").c_str(), 0600), 0);
   const std::vector<std::string> before = namesIn(scratch_.path());
-  EXPECT_EQ(writeOutcome(scratch_.path("new"), "new"), "done");
-  std::vector<std::string> after = namesIn(scratch_.path());
-  std::erase(after, "new");
-  EXPECT_EQ(after, before);
+  EXPECT_EQ(remaining(), before);
+}
+
+TEST_F(PosixAbandonedFiles, doNotIncludeLockedFiles) {
+  const std::string path = scratch_.path(abandon());
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(flock(file, LOCK_SH), 0);
+  EXPECT_THAT(remaining(), SizeIs(3));
+  close(file);
+  EXPECT_THAT(remaining(), SizeIs(2));
+}
+
+TEST_F(PosixAbandonedFiles, doNotIncludeOtherUsersFiles) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can create another user's file";
+  ASSERT_EQ(chown(scratch_.path(abandon()).c_str(), unprivilegedUser, unprivilegedUser), 0);
+  EXPECT_THAT(remaining(), SizeIs(3));
+}
+
+TEST_F(PosixAbandonedFiles, doNotIncludeTheFileThatAnotherProcessWrites) {
+  for (const bool named : {false, true}) {
+    InterceptedCalls calls;
+    calls.noUnnamedFiles = named;
+    std::string during;
+    const FlushScope watch([&](const std::string& path) {
+      if (path == scratch_.path() || !during.empty()) return 0;
+      during = path;
+      EXPECT_EQ(inChildProcess([&] { return writeOutcome(file_, "of the other process"); }), "done");
+      return 0;
+    });
+    EXPECT_EQ(writeOutcome(file_, "new"), "done");
+    EXPECT_NE(during, "");
+    EXPECT_EQ(contentOf(file_), "new");
+    EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("Bookmarks.plist", "backup"));
+  }
 }
 
 // Replacing an unchanged file
@@ -888,13 +1031,14 @@ class PosixReplaceIfHolds : public PosixFileSystemTest {
   std::string outcome(const std::string& expected) {
     bool replaced = false;
     const std::string problem =
-        outcomeOf([&] { replaced = files_.replaceIfHolds(file_, bytes(expected), bytes("new")); });
+        outcomeOf([&] { replaced = files_.replaceIfHolds(file_, bytes(expected), bytes("new"), always).done; });
     return problem != "done" ? problem : replaced ? "replaced" : "not replaced";
   }
-  // Calls `interfere` while the new file is being flushed to disk.
+  // Calls `interfere` while the new file is first flushed to disk.
   std::string outcomeWhile(const std::function<void()>& interfere) {
-    const FlushScope watch([&](const std::string& path) {
-      if (path != scratch_.path()) interfere();
+    bool isFirst = true;
+    const FlushScope watch([&](const std::string&) {
+      if (std::exchange(isFirst, false)) interfere();
       return 0;
     });
     return outcome("old");
@@ -969,7 +1113,8 @@ TEST_F(PosixReplaceIfHolds, readsNothingBeyondTheExpectedBytes) {
     makeFile(file_, longer);
     EXPECT_EQ(inChildProcess([&] {
                 const Bytes part = beforeInaccessiblePage(longer.substr(0, expected));
-                return std::string(files_.replaceIfHolds(file_, part, bytes("new")) ? "replaced" : "not replaced");
+                return std::string(files_.replaceIfHolds(file_, part, bytes("new"), always).done ? "replaced"
+                                                                                                 : "not replaced");
               }),
               "not replaced")
         << expected;
@@ -999,7 +1144,7 @@ TEST_F(PosixReplaceIfHolds, doesNotRecreateARemovedFile) {
 TEST_F(PosixReplaceIfHolds, followsALink) {
   const std::string link = scratch_.path("link");
   std::filesystem::create_symlink(file_, link);
-  EXPECT_TRUE(files_.replaceIfHolds(link, bytes("old"), bytes("new")));
+  EXPECT_TRUE(files_.replaceIfHolds(link, bytes("old"), bytes("new"), always).done);
   EXPECT_EQ(contentOf(file_), "new");
   EXPECT_TRUE(std::filesystem::is_symlink(link));
 }
