@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "engine/backups.h"
+#include "engine/job_report.h"
 #include "tests/support/bookmark_places.h"
 #include "tests/support/bookmark_trees.h"
 #include "tests/support/virtual_machine.h"
@@ -56,6 +57,16 @@ TEST_F(SortJobTest, backsUpALateChange) {
   EXPECT_EQ(machine_.files.content(secondBackup), "changed late");
   EXPECT_EQ(machine_.files.mode(secondBackup), 0600U);
   EXPECT_EQ(outlineOf(machine_.files.content(bookmarks)), "Bar[a b]");
+}
+
+TEST_F(SortJobTest, reportsWhereALateChangeIs) {
+  const std::string start =
+      "Folders come first, followed by bookmarks in alphabetical order. You can reopen Safari.\n\n";
+  const std::string late = "Another program changed the file at the same moment. Its version is not in the file; ";
+  EXPECT_EQ(sortReport(Rewrite{"B", true, "L"}).message, start + late + "it is in this backup: L\n\nBackup: B");
+  EXPECT_EQ(sortReport(Rewrite{"B", true, std::nullopt}).message,
+            start + late + "no backup of it could be made.\n\nBackup: B");
+  EXPECT_EQ(sortReport(Rewrite{"B", false, std::nullopt}).message, start + "Backup: B");
 }
 
 TEST_F(SortJobTest, succeedsIfALateChangeCannotBeBackedUp) {
