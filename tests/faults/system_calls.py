@@ -48,10 +48,12 @@ class Call:
 
 
 def place_of(arguments, home):
-    """The paths below `home` in a call's arguments and result, with the random parts of their names replaced by "*"."""
+    """The paths below `home` in a call's arguments and result, with the random parts of their names replaced by "*". A
+    file without a name counts as its folder, because a call that fails to create it does not show it."""
     found = re.findall(re.escape(str(home)) + r'(/[^">]*)?', arguments)
-    names = [re.sub(r"-[0-9A-F]{8}-[0-9A-F-]{27}", "-*", re.sub(r"/(\.quillery-[\w-]+|#\d+.*)", "/.quillery-*", name))
+    names = [re.sub(r"-[0-9A-F]{8}-[0-9A-F-]{27}", "-*", re.sub(r"/\.quillery-[\w-]+", "/.quillery-*", name))
              for name in found]
+    names = [re.sub(r"/#\d+.*", "", name) for name in names]
     return " ".join(dict.fromkeys(name or "/" for name in names)) or None
 
 
