@@ -227,7 +227,7 @@ class UnitCountingCollation : public Collation {
 // Sorts a folder of a file, and expects that this compares little more than the size of the file at most 40 times.
 PlistValue sortedWithFewComparisons(const Bytes& file) {
   const PlistValue root = NativePropertyLists().parse(file).value;
-  const UnitCountingCollation collation(platform().collation);
+  UnitCountingCollation collation(platform().collation);
   const Platform altered = with(collation);
   const PlatformScope counting(altered);
   PlistValue inOrder = *sorted(root, false).value(u"Children");
