@@ -239,6 +239,7 @@ IcuCollation::IcuCollation(const std::string& locale) {
     throw Error(
         "ICU", status,
         std::string("The rules for ordering titles couldn’t be loaded: ") + u_errorName(status) + " (" + locale + ").");
+  ranks_.emplace(rules_.get());
 }
 
 // ICU's comparison skips the common prefix of two texts, which gives wrong results in two cases: numbers outside ASCII
@@ -254,6 +255,7 @@ std::strong_ordering IcuCollation::compareByLocale(std::u16string_view a, std::u
 }
 
 std::strong_ordering IcuCollation::localizedStandardCompare(std::u16string_view a, std::u16string_view b) const {
+  if (const auto order = ranks_->compare(a, b); std::is_neq(order)) return order;
   const bool needsBreaks = ordersMarks_ && (hasManyMarks(a) || hasManyMarks(b));
   const auto order = needsBreaks ? compareByLocale(streamSafe(a), streamSafe(b)) : compareByLocale(a, b);
   return std::is_neq(order) ? order : compareEquivalent(a, b);

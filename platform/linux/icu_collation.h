@@ -2,9 +2,11 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/collation.h"
+#include "platform/linux/primary_ranks.h"
 
 struct UCollator;
 
@@ -34,4 +36,5 @@ class IcuCollation : public Collation {
   Collator rules_;
   Collator lettersOnly_;  // ignores accents and case; only for locales where accents compare from the end, else null
   bool ordersMarks_;      // the rules put combining marks into canonical order first, as in Vietnamese
+  std::optional<PrimaryRanks> ranks_;  // always present
 };
