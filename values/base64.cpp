@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
+
+#include "values/byte_block.h"
 
 namespace {
 
@@ -26,37 +29,34 @@ constexpr std::array<std::uint8_t, 256> digitValues = makeDigits();
 
 std::uint8_t digitOf(char character) { return digitValues[static_cast<unsigned char>(character)]; }
 
-// Has neither a branch nor a table look-up per character, so that the compiler can vectorise it.
-bool isAllDigits(std::string_view text) {
-  unsigned char others = 0;
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    const bool letter = static_cast<unsigned char>((byte | 0x20) - 'a') < 26;
-    const bool number = static_cast<unsigned char>(byte - '/') < 11;  // and the slash, which precedes the digits
-    others |= static_cast<unsigned char>(!(letter | number | (byte == '+')));
+// Counts the digits at the start of a text up to the first block that has anything but digits and white space. Sets
+// `length` to the length of the text before that block.
+std::size_t countDigits(std::string_view text, std::size_t& length) {
+  std::size_t count = 0;
+  for (length = 0; text.size() - length >= ByteBlock::size; length += ByteBlock::size) {
+    const ByteBlock block(text.data() + length);
+    constexpr char lowerCase = 0x20;
+    // The slash precedes the digits.
+    const ByteSet found = block.between('a', 'z', lowerCase) | block.between('/', '9') | block.equal('+');
+    if (found == ByteBlock::all) {
+      count += ByteBlock::size;
+    } else {
+      const ByteSet spaces = block.equal('\n') | block.equal('\t') | block.equal(' ') | block.equal('\r');
+      if ((found | spaces) != ByteBlock::all) break;
+      count += static_cast<std::size_t>(std::popcount(found));
+    }
   }
-  return others == 0;
+  return count;
 }
 
 }  // namespace
 
 bool isCanonicalBase64(std::string_view text) {
-  std::size_t count = 0;
-  std::uint8_t last = 0;
   std::size_t index = 0;
-  while (index < text.size()) {
-    const std::size_t line = index;
-    const std::size_t end = std::min(text.find('\n', index), text.size());
-    while (index < end && digitOf(text[index]) == space) ++index;
-    if (isAllDigits(text.substr(index, end - index))) {
-      count += end - index;
-      if (end > index) last = digitOf(text[end - 1]);
-      index = std::min(end + 1, text.size());
-      continue;
-    }
-    index = line;
-    break;
-  }
+  std::size_t count = countDigits(text, index);
+  std::size_t place = index;
+  while (place > 0 && digitOf(text[place - 1]) == space) --place;
+  std::uint8_t last = place > 0 ? digitOf(text[place - 1]) : std::uint8_t{0};
   for (; index < text.size(); ++index) {
     const std::uint8_t digit = digitOf(text[index]);
     if (digit == space) continue;

@@ -70,6 +70,18 @@ TEST(Base64, refusesLeftoverBitsAsCanonical) {
   for (const char* text : {"Qw==", "QUI=", "QUM="}) EXPECT_TRUE(isCanonicalBase64(text)) << text;
 }
 
+TEST(Base64, refusesLeftoverBitsAfterAnyNumberOfDigits) {
+  for (std::size_t size = 1; size < 60; ++size) {
+    std::string text = encodeBase64(std::string(size, '\0'));  // whose digits are all A
+    const std::size_t padding = text.find('=');
+    if (padding == std::string::npos) continue;
+    for (const char* space : {"", "\n", "\n\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t"}) {
+      EXPECT_TRUE(isCanonicalBase64(text.substr(0, padding) + space + text.substr(padding))) << size;
+      EXPECT_FALSE(isCanonicalBase64(text.substr(0, padding - 1) + "B" + space + text.substr(padding))) << size;
+    }
+  }
+}
+
 TEST(Base64, refusesMisplacedPaddingAsCanonical) {
   for (const char* text : {"=", "====", "Q===", "QQ===", "QQ======", "QUJD=", "QUJD====", "QQ==QUJD", "QUI=QUJD",
                            "QQ=Q", "=QUJ", "QQ==\nQUJD\n"})

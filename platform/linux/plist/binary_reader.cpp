@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -23,26 +24,15 @@ constexpr std::size_t trailerSize = 32;
 constexpr std::uint8_t undecoded = 0x80;     // a flag: `bits` is the object's offset, the rest is not yet known
 constexpr std::uint16_t beingRead = 0xFFFF;  // a depth: the reader is inside this container
 
-template <std::size_t size>
-std::uint64_t bigEndianOf(const std::byte* start) {
-  std::uint64_t value = 0;
-  for (std::size_t index = 0; index < size; ++index) value = value << 8 | std::to_integer<std::uint64_t>(start[index]);
-  return value;
-}
-
-// Returns a number of any size; of more than eight bytes the low 64 bits.
+// Returns the number of `size` bytes, at least one, at `start`; of more than eight bytes the low 64 bits. Reads eight
+// bytes whatever the size, so it must not be called for the last bytes of a file; a file ends with the trailer.
 std::uint64_t bigEndian(const std::byte* start, std::size_t size) {
-  switch (size) {
-    case 1: return bigEndianOf<1>(start);
-    case 2: return bigEndianOf<2>(start);
-    case 3: return bigEndianOf<3>(start);
-    case 4: return bigEndianOf<4>(start);
-    case 8: return bigEndianOf<8>(start);
-    default: break;
-  }
-  std::uint64_t value = 0;
-  for (std::size_t index = 0; index < size; ++index) value = value << 8 | std::to_integer<std::uint64_t>(start[index]);
-  return value;
+  constexpr std::size_t most = sizeof(std::uint64_t);
+  if (size > most) return bigEndian(start + size - most, most);
+  std::uint64_t word = 0;
+  std::memcpy(&word, start, most);
+  if constexpr (std::endian::native == std::endian::little) word = __builtin_bswap64(word);
+  return word >> (8 * (most - size));
 }
 
 class BinaryReader {
@@ -165,8 +155,9 @@ class BinaryReader {
     unsigned deepest = 0;
     for (std::size_t place = 0; place < count; ++place) {
       const std::uint32_t child = document_->links[first + place * step];
-      visit(child, level + 1);
-      deepest = std::max<unsigned>(deepest, document_->records[child].depth);
+      const PlistRecord& record = document_->records[child];
+      if (record.has(undecoded) || record.depth != 0) visit(child, level + 1);
+      deepest = std::max<unsigned>(deepest, record.depth);
     }
     document_->records[index].depth = static_cast<std::uint16_t>(deepest + 1);
   }
@@ -216,7 +207,14 @@ class BinaryReader {
   // rewritten in place: a change of one object would change another.
   void decode(std::uint32_t index) {
     decode(document_->records[index]);
-    if (end_ > (index + 1 < count_ ? offsetOf(index + 1) : table_)) isWithoutOverlap_ = false;
+    if (end_ > startAfter(index)) isWithoutOverlap_ = false;
+  }
+
+  // Returns the offset of the object after this one in the offset table.
+  std::uint64_t startAfter(std::uint32_t index) const {
+    if (index + 1 == count_) return table_;
+    const PlistRecord& next = document_->records[index + 1];
+    return next.has(undecoded) ? next.low() : offsetOf(index + 1);
   }
 
   // Fills in a record from the object at its offset. A container gets the offset of its references, but no links yet.
@@ -306,7 +304,7 @@ class BinaryReader {
       if (marker >> 4 != 0x1) throw unreadable("a count that is not an integer at byte " + std::to_string(first));
       requireInside(offset, first + 1, width);
       const std::size_t excess = width > 8 ? width - 8 : 0;
-      if (bigEndian(start_ + first + 1, excess) != 0)
+      if (excess > 0 && bigEndian(start_ + first + 1, excess) != 0)
         throw unreadable("a count out of range at byte " + std::to_string(first));
       count = bigEndian(start_ + first + 1 + excess, width - excess);
       first += 1 + width;

@@ -99,7 +99,19 @@ std::uint32_t DocumentBuilder::key(std::uint32_t string) {
   return keys_.intern(text, text.hash(), [&] { return string; });
 }
 
+// Nearly every key was met a moment ago, and comparing it with that one is cheaper than computing its hash.
 std::uint32_t DocumentBuilder::sourceKey(std::size_t offset, std::size_t size, bool verbatim) {
+  if (size == 0) return newSourceKey(offset, size, verbatim);
+  const char* start = document_->source.text().data() + offset;
+  const auto place = size + 3U * static_cast<unsigned char>(start[0]) + static_cast<unsigned char>(start[size - 1]);
+  std::string_view& text = recentKeys_[place % recentKeys_.size()].text;
+  std::uint32_t& record = recentKeys_[place % recentKeys_.size()].record;
+  if (text == std::string_view(start, size)) return record;
+  text = {start, size};
+  return record = newSourceKey(offset, size, verbatim);
+}
+
+std::uint32_t DocumentBuilder::newSourceKey(std::size_t offset, std::size_t size, bool verbatim) {
   const PlistText text(document_->source.data() + offset, size, PlistEncoding::utf8);
   return keys_.intern(text, text.hash(), [&] { return addSourceText(offset, size, verbatim); });
 }

@@ -1,6 +1,7 @@
 // Builds the document of a property list in a text format, record by record.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -48,8 +49,15 @@ class DocumentBuilder {
     unsigned deepest;   // the largest depth of its elements or values
   };
 
+  // A key in the source.
+  struct RecentKey {
+    std::string_view text;
+    std::uint32_t record = 0;
+  };
+
   std::uint32_t add(const PlistRecord& record);
   std::uint32_t addAside(std::string_view bytes, PlistRecord record);
+  std::uint32_t newSourceKey(std::size_t offset, std::size_t size, bool verbatim);
   std::uint32_t close(PlistKind kind, std::size_t count);
   void deepen(std::uint32_t record);
   void keepLastOfEqualKeys(std::size_t first);
@@ -57,6 +65,7 @@ class DocumentBuilder {
 
   std::shared_ptr<PlistDocument> document_;
   KeyTable keys_;
+  std::array<RecentKey, 128> recentKeys_;  // by their size and two of their characters
   std::vector<Open> open_;
   std::vector<std::uint32_t> pending_;  // links of the open containers, those of the innermost last
 };

@@ -15,49 +15,38 @@
 #include "platform/linux/plist/document_builder.h"
 #include "platform/linux/plist/text_scanner.h"
 #include "values/base64.h"
+#include "values/byte_block.h"
 
 namespace {
 
 bool isSpace(char character) { return character == ' ' || character == '\t' || character == '\n' || character == '\r'; }
 
+constexpr std::ptrdiff_t blockSize = ByteBlock::size;
+
 // The characters that end a run of plain text. '>' is legal text, but a writer escapes it.
 bool isSpecial(char character) { return character == '<' || character == '&' || character == '>'; }
 
-// Sets the high bit of each zero byte of a word. Bits above the first zero byte may be wrong.
-std::uint64_t zeroBytes(std::uint64_t word) { return (word - 0x0101010101010101U) & ~word & 0x8080808080808080U; }
-
-// Returns the first special character at or after `text`, comparing eight at a time. Adds the bits of the characters
-// before it to `bits`.
-const char* findSpecial(const char* text, const char* end, std::uint64_t& bits) {
-  if constexpr (std::endian::native == std::endian::little) {
-    for (; end - text >= 8; text += 8) {
-      std::uint64_t word = 0;
-      std::memcpy(&word, text, 8);
-      // '<' and '>' differ in one bit, so one comparison finds both.
-      const std::uint64_t found =
-          zeroBytes((word | 0x0202020202020202U) ^ 0x3E3E3E3E3E3E3E3EU) | zeroBytes(word ^ 0x2626262626262626U);
-      if (found == 0) {
-        bits |= word;
-        continue;
-      }
-      const int before = std::countr_zero(found) & ~7;
-      bits |= before == 0 ? 0 : word << (64 - before);
-      return text + before / 8;
-    }
+// Returns the first special character at or after `text`. Sets `isAscii` to false if a character before it is not
+// ASCII.
+const char* findSpecial(const char* text, const char* end, bool& isAscii) {
+  for (; end - text >= blockSize; text += blockSize) {
+    const ByteBlock block(text);
+    constexpr char difference = '<' ^ '>';
+    const ByteSet found = block.equalExceptFor(difference, '<') | block.equal('&');
+    const ByteSet before = found == 0 ? ByteBlock::all : (found & (0 - found)) - 1;
+    if ((block.high() & before) != 0) isAscii = false;
+    if (found != 0) return text + std::countr_zero(found);
   }
-  for (; text != end && !isSpecial(*text); ++text) bits |= static_cast<unsigned char>(*text);
+  for (; text != end && !isSpecial(*text); ++text)
+    if ((*text & 0x80) != 0) isAscii = false;
   return text;
 }
 
-// Returns the end of a run of tabs, comparing eight at a time. Most white space in these files is tabs.
+// Returns the end of a run of tabs. Most white space in these files is tabs.
 const char* skipTabs(const char* text, const char* end) {
-  if constexpr (std::endian::native == std::endian::little) {
-    for (; end - text >= 8; text += 8) {
-      std::uint64_t word = 0;
-      std::memcpy(&word, text, 8);
-      const std::uint64_t others = word ^ 0x0909090909090909U;
-      if (others != 0) return text + std::countr_zero(others) / 8;
-    }
+  for (; end - text >= blockSize; text += blockSize) {
+    const ByteSet others = ByteBlock(text).equal('\t') ^ ByteBlock::all;
+    if (others != 0) return text + std::countr_zero(others);
   }
   return text;
 }
@@ -84,6 +73,18 @@ Element elementOf(std::string_view name) {
     default: return Element::unknown;
   }
 }
+
+// A tag as nearly all files have it: without attributes or white space.
+struct PlainTag {
+  std::string_view opening;
+  std::string_view closing;
+  Element element;
+};
+constexpr PlainTag stringTag{"<string>", "</string>", Element::string};
+constexpr PlainTag keyTag{"<key>", "</key>", Element::key};
+constexpr PlainTag dataTag{"<data>", "</data>", Element::data};
+constexpr PlainTag dictionaryTag{"<dict>", "</dict>", Element::dictionary};
+constexpr PlainTag arrayTag{"<array>", "</array>", Element::array};
 
 class XmlReader : private TextScanner {
  public:
@@ -150,6 +151,32 @@ class XmlReader : private TextScanner {
 
   // Reads an opening tag. Attributes are ignored.
   Tag openTag() {
+    switch (end_ - next_ > 1 ? next_[1] : '\0') {
+      case 'k':
+        if (startsWith(keyTag.opening)) return opened(keyTag);
+        break;
+      case 's':
+        if (startsWith(stringTag.opening)) return opened(stringTag);
+        break;
+      case 'd':
+        if (startsWith(dictionaryTag.opening)) return opened(dictionaryTag);
+        if (startsWith(dataTag.opening)) return opened(dataTag);
+        break;
+      case 'a':
+        if (startsWith(arrayTag.opening)) return opened(arrayTag);
+        break;
+      default: break;
+    }
+    return openAnyTag();
+  }
+
+  Tag opened(const PlainTag& tag) {
+    const std::string_view name(next_ + 1, tag.opening.size() - 2);
+    next_ += tag.opening.size();
+    return {tag.element, name, false};
+  }
+
+  Tag openAnyTag() {
     const char* name = ++next_;
     const char* nameEnd = name;
     while (nameEnd != end_ && *nameEnd != '>' && !isSpace(*nameEnd)) ++nameEnd;
@@ -167,6 +194,18 @@ class XmlReader : private TextScanner {
   }
 
   void closeTag(const Tag& tag) {
+    if (!isClosedBy(tag, stringTag) && !isClosedBy(tag, keyTag) && !isClosedBy(tag, dataTag) &&
+        !isClosedBy(tag, dictionaryTag) && !isClosedBy(tag, arrayTag))
+      closeAnyTag(tag);
+  }
+
+  bool isClosedBy(const Tag& tag, const PlainTag& plain) {
+    if (tag.element != plain.element || !startsWith(plain.closing)) return false;
+    next_ += plain.closing.size();
+    return true;
+  }
+
+  void closeAnyTag(const Tag& tag) {
     if (end_ - next_ < 2 || next_[0] != '<' || next_[1] != '/')
       throw at(next_,
                next_ == end_ ? unexpectedEnd : unexpected(*next_) + " instead of </" + std::string(tag.name) + ">");
@@ -231,9 +270,9 @@ class XmlReader : private TextScanner {
     builder_.open(offset(tag.name.data() - 1));
     if (!tag.isEmpty) {
       while (findElement()) {
-        const Tag keyTag = openTag();
-        if (keyTag.element != Element::key) throw at(keyTag.name.data(), "a value without a key in a <dict>");
-        const std::uint32_t key = readKey(keyTag);
+        const Tag opening = openTag();
+        if (opening.element != Element::key) throw at(opening.name.data(), "a value without a key in a <dict>");
+        const std::uint32_t key = readKey(opening);
         if (!findElement()) throw at(next_, "a key without a value in a <dict>");
         builder_.entry(key, readElement(openTag(), level + 1));
       }
@@ -252,18 +291,18 @@ class XmlReader : private TextScanner {
   // Reads text up to the next tag. Text without escapes stays in the source.
   std::uint32_t readText(bool isKey) {
     const char* start = next_;
-    std::uint64_t bits = 0;
-    const char* special = findSpecial(next_, end_, bits);
+    bool isAscii = true;
+    const char* special = findSpecial(next_, end_, isAscii);
     bool verbatim = true;
     while (special != end_ && *special == '>') {
       verbatim = false;
-      special = findSpecial(special + 1, end_, bits);
+      special = findSpecial(special + 1, end_, isAscii);
     }
     if (special == end_) throw at(end_, unexpectedEnd);
     next_ = special;
     if (*special == '&' || startsWith("<!")) return readEscapedText(start, isKey);
     const std::string_view text(start, static_cast<std::size_t>(special - start));
-    if ((bits & 0x8080808080808080U) != 0) requireUtf8(text, start);
+    if (!isAscii) requireUtf8(text, start);
     return isKey ? builder_.sourceKey(offset(start), text.size(), verbatim)
                  : builder_.addSourceText(offset(start), text.size(), verbatim);
   }
