@@ -22,6 +22,18 @@ bool sortable(const NodeFields& fields) {
   return fields.type != NodeType::other && !fields.title.startsWith(bookmark::reservedPrefix);
 }
 
+// Finds the fields of all children before any title is read: meanwhile the processor fetches the titles, which are all
+// over the file.
+std::vector<NodeFields> fieldsOfEach(const PlistValue& children) {
+  std::vector<NodeFields> fields;
+  fields.reserve(children.size());
+  for (std::size_t index = 0; index < children.size(); ++index) {
+    const NodeFields& child = fields.emplace_back(fieldsOf(children.at(index)));
+    __builtin_prefetch(child.title.start());
+  }
+  return fields;
+}
+
 std::vector<std::size_t> offsetsOf(const std::vector<SortableEntry>& entries) {
   std::vector<std::size_t> offsets;
   offsets.reserve(entries.size());
@@ -68,9 +80,10 @@ class Sorter {
     std::vector<SortableEntry> entries;
     elements.reserve(list.size());
     entries.reserve(root ? 0 : list.size());
+    const std::vector<NodeFields> fieldsOfAll = fieldsOfEach(list);
     for (std::size_t index = 0; index < list.size(); ++index) {
       PlistValue& element = elements.emplace_back(list.at(index));
-      const NodeFields child = fieldsOf(element);
+      const NodeFields& child = fieldsOfAll[index];
       if (!root && sortable(child))
         entries.push_back({child.title, static_cast<std::uint32_t>(index), 0, child.type == NodeType::list});
       if (child.children == PlistValue::absent) continue;
