@@ -1,13 +1,19 @@
-// Measures, on one bookmark file, the whole sort job, each of its steps, and plain input and output of the same bytes.
-// They run in turn in one process, so that other load on the machine affects all of them alike.
+// Measures, on one bookmark file, the whole sort job, each of its steps, plain input and output of the same bytes, what
+// the memory of the machine allows, and a script that sorts. Each round measures all of them in turn, so that other
+// load on the machine affects all of them alike.
 //
-// usage: quillery_bench FILE ROUNDS flush|noflush
+// usage: quillery_bench FILE ROUNDS flush|noflush [SCRIPT ROUNDS_OF_SCRIPT]
+//        quillery_bench FILE plain
 //
-// Works in a scratch home folder beside the file. Prints a line per measurement: its name, a tab, and the median of the
-// rounds in milliseconds.
+// Works in a scratch home folder beside the file. Prints a line per measurement: its name, a tab, and the milliseconds
+// of each round, separated by spaces. SCRIPT is run by python3 with the names of the file, of a new file and of a
+// backup; it takes part in the first rounds only, because it is slow. The second form runs plain input and output once,
+// so that its memory can be measured.
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -53,10 +59,11 @@ class Figures {
     }
   }
 
-  void print() {
-    for (auto& [name, times] : figures_) {
-      std::nth_element(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2), times.end());
-      std::printf("%s\t%.3f\n", name.c_str(), times[times.size() / 2]);
+  void print() const {
+    for (const auto& [name, times] : figures_) {
+      std::printf("%s\t", name.c_str());
+      for (const double time : times) std::printf(" %.3f", time);
+      std::printf("\n");
     }
   }
 
@@ -159,13 +166,58 @@ void steps(Figures& figures, FileSystem& files, const std::filesystem::path& scr
   if (same || !replaced) throw std::runtime_error("the file was in order already, or changed");
 }
 
-int run(const std::string& file, int rounds, bool flush) {
-  const std::filesystem::path scratch = std::filesystem::absolute(file).parent_path() / "quillery bench home";
-  std::filesystem::remove_all(scratch);
-  std::filesystem::create_directories(scratch / "Library/Safari");
-  setenv("HOME", scratch.c_str(), 1);
+// Measures how long the memory takes to copy, compare and search as many bytes as the file has.
+void memoryFloors(Figures& figures, std::size_t size) {
+  const std::vector<char> from(size, 'a');
+  std::vector<char> to(size, 'a');
+  const bool same = figures.measure("floor: compare", [&] { return std::memcmp(from.data(), to.data(), size) == 0; });
+  const void* found = figures.measure("floor: scan", [&] { return std::memchr(from.data(), 'b', size); });
+  figures.measure("floor: copy", [&] { std::memcpy(to.data(), from.data(), size); });
+  if (!same || found != nullptr || to.back() != 'a') throw std::runtime_error("memory");
+}
 
-  PosixFileSystem files(flush ? Flush::toDisk : Flush::never);
+// Runs a script in a process of its own, as a user would.
+void runScript(const std::string& script, const std::string& file, const std::filesystem::path& scratch) {
+  const std::string target = scratch / "script target";
+  const std::string backup = scratch / "script backup";
+  std::vector<std::string> words = {"python3", script, file, target, backup};
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  pid_t process = 0;
+  int status = 0;
+  errno = posix_spawnp(&process, "python3", nullptr, nullptr, arguments.data(), environ);
+  check(errno == 0 && waitpid(process, &status, 0) == process && status == 0, script);
+  std::filesystem::remove(target);
+  std::filesystem::remove(backup);
+}
+
+struct Plan {
+  std::string file;
+  int rounds;
+  bool flush;
+  std::string script;
+  int roundsOfScript = 0;
+};
+
+std::filesystem::path makeHome(const std::string& file) {
+  const std::filesystem::path home = std::filesystem::absolute(file).parent_path() / "quillery bench home";
+  std::filesystem::remove_all(home);
+  std::filesystem::create_directories(home / "Library/Safari");
+  setenv("HOME", home.c_str(), 1);
+  return home;
+}
+
+void runPlain(const std::string& file) {
+  const std::filesystem::path home = makeHome(file);
+  std::filesystem::copy_file(file, home / "copy");
+  plainInputAndOutput(home / "copy", home / "backup", false);
+  std::filesystem::remove_all(home);
+}
+
+void run(const Plan& plan) {
+  const std::filesystem::path scratch = makeHome(plan.file);
+  PosixFileSystem files(plan.flush ? Flush::toDisk : Flush::never);
   const Platform& native = nativePlatform();
   const Platform measured{
       native.propertyLists, files,         native.runningApplications, native.calendars,   native.collation,
@@ -173,41 +225,52 @@ int run(const std::string& file, int rounds, bool flush) {
   const PlatformScope scope(measured);
 
   Figures figures;
-  const auto freshFile = [&] {
-    std::filesystem::copy_file(file, bookmarkFile(), std::filesystem::copy_options::overwrite_existing);
+  const std::size_t size = std::filesystem::file_size(plan.file);
+  const auto prepare = [&] {
+    std::filesystem::copy_file(plan.file, bookmarkFile(), std::filesystem::copy_options::overwrite_existing);
+    warmMemory(4 * size);
   };
-  for (int round = -1; round < rounds; ++round) {
+  for (int round = -1; round < plan.rounds; ++round) {
     Figures warmUp;
     Figures& target = round < 0 ? warmUp : figures;
-    freshFile();
+    prepare();
     const std::string backup = scratch / "plain backup";
-    const std::size_t memory = 4 * std::filesystem::file_size(file);
-    warmMemory(memory);
-    target.measure("plain input and output", [&] { plainInputAndOutput(bookmarkFile(), backup, flush); });
+    target.measure("plain input and output", [&] { plainInputAndOutput(bookmarkFile(), backup, plan.flush); });
     std::filesystem::remove(backup);
-    freshFile();
-    warmMemory(memory);
+    prepare();
     if (!target.measure("whole job", [] { return sortBookmarkFile(bookmarkFile()); }))
       throw std::runtime_error("the file was in order already");
     std::filesystem::remove_all(backupsFolder());
-    freshFile();
-    warmMemory(memory);
+    prepare();
     steps(target, files, scratch);
+    memoryFloors(target, size);
+    if (round >= 0 && round < plan.roundsOfScript)
+      target.measure("script", [&] { runScript(plan.script, plan.file, scratch); });
   }
   std::filesystem::remove_all(scratch);
   figures.print();
+}
+
+int runWith(const std::vector<std::string>& arguments) {
+  if (arguments.size() == 2 && arguments[1] == "plain") {
+    runPlain(arguments[0]);
+  } else if (arguments.size() == 3) {
+    run({arguments[0], std::stoi(arguments[1]), arguments[2] == "flush", {}});
+  } else if (arguments.size() == 5) {
+    run({arguments[0], std::stoi(arguments[1]), arguments[2] == "flush", arguments[3], std::stoi(arguments[4])});
+  } else {
+    std::cerr << "usage: quillery_bench FILE ROUNDS flush|noflush [SCRIPT ROUNDS_OF_SCRIPT]\n"
+                 "       quillery_bench FILE plain\n";
+    return 2;
+  }
   return 0;
 }
 
 }  // namespace
 
 int main(int count, char** values) {
-  if (count != 4) {
-    std::cerr << "usage: quillery_bench FILE ROUNDS flush|noflush\n";
-    return 2;
-  }
   try {
-    return run(values[1], std::stoi(values[2]), std::string(values[3]) == "flush");
+    return runWith({values + 1, values + count});
   } catch (const std::exception& error) {
     std::cerr << "quillery_bench: " << error.what() << '\n';
     return 1;
