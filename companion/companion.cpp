@@ -214,24 +214,26 @@ int finished(int status) noexcept {
   return status == success ? outputLost : status;
 }
 
-}  // namespace
-
-int runCompanion(const Arguments& arguments, Instant now) {
-  int failed = failure;
+// Performs a command and returns the exit status. Reports every failure.
+int performed(const Request& request, Instant now) noexcept {
   try {
-    const auto asked = requestOf(arguments);
-    if (const auto* complaint = std::get_if<Complaint>(&asked)) {
-      complain(complaint->text);
-      std::cerr << usageText;
-      return wrongUsage;
-    }
-    const auto& request = std::get<Request>(asked);
-    failed = failureOf(request.command);
     return finished(perform(request, now));
   } catch (const std::bad_alloc&) {
     complainAboutMemory();
   } catch (const std::exception& error) {
     complain(error.what());
   }
-  return failed;
+  return failureOf(request.command);
+}
+
+}  // namespace
+
+int runCompanion(const Arguments& arguments, Instant now) {
+  const auto asked = requestOf(arguments);
+  if (const auto* complaint = std::get_if<Complaint>(&asked)) {
+    complain(complaint->text);
+    std::cerr << usageText;
+    return wrongUsage;
+  }
+  return performed(std::get<Request>(asked), now);
 }

@@ -150,9 +150,13 @@ void forEachCharacter(std::u16string_view text, const Visit& visit) {
 bool isLong(std::u16string_view text) { return text.size() > std::size_t{2} * mostMarks; }
 
 bool hasManyMarks(std::u16string_view text) {
-  bool found = false;
-  if (isLong(text)) forEachCharacter(text, [&](std::size_t, bool endsRun) { return !(found = endsRun); });
-  return found;
+  bool isFound = false;
+  if (!isLong(text)) return isFound;
+  forEachCharacter(text, [&](std::size_t, bool endsRun) {
+    isFound = endsRun;
+    return !isFound;
+  });
+  return isFound;
 }
 
 // Returns a text with a grapheme joiner, which the collator ignores, after each longest run of marks. Otherwise the

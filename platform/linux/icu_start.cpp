@@ -12,10 +12,14 @@
 
 namespace {
 
-std::atomic<int> starts = 0;  // the objects that live
+// The number of objects that live.
+std::atomic<int>& starts() {
+  static std::atomic<int> number = 0;
+  return number;
+}
 
 void* orExit(void* memory) {
-  if (memory != nullptr || starts == 0) return memory;
+  if (memory != nullptr || starts() == 0) return memory;
   std::cerr << product::name << ": there is not enough memory" << std::endl;
   _exit(EXIT_FAILURE);  // without the destructors of static objects, some of which wait for ICU
 }
@@ -27,9 +31,9 @@ void release(const void*, void* memory) { std::free(memory); }
 }  // namespace
 
 IcuStart::IcuStart() {
-  ++starts;
+  ++starts();
   UErrorCode ignored = U_ZERO_ERROR;
   u_setMemoryFunctions(nullptr, allocate, reallocate, release, &ignored);
 }
 
-IcuStart::~IcuStart() { --starts; }
+IcuStart::~IcuStart() { --starts(); }

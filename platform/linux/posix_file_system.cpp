@@ -25,6 +25,7 @@ constexpr const char* errorDomain = "POSIX";
 constexpr mode_t permissionBits = 07777;
 // In bytes. The parsers reject larger files anyway, but reading one first could take all memory.
 constexpr std::size_t largestFile = 0xFFFF'FFFF;
+constexpr std::size_t smallestRead = 4096;
 // The most bytes that a file may grow by while it is read, and the most bytes of holes in it.
 constexpr std::size_t mostGrowth = std::size_t{64} << 20;
 constexpr std::size_t mostInHoles = std::size_t{64} << 20;
@@ -98,7 +99,8 @@ Bytes PosixFileSystem::read(const std::string& path) {
   if (file.size > largestFile) throw opening(path).failure(EFBIG);
   requireFewHoles(file, path);
   const std::size_t most = std::min(largestFile, file.size + mostGrowth);
-  LargeBuffer content(file.size + 1);  // one byte more than expected, to find the end of the file
+  // At least one byte more than expected, to find the end of the file.
+  LargeBuffer content(std::max(file.size + 1, smallestRead));
   while (const std::size_t count =
              readSome(file.descriptor, content.data() + content.size(), content.capacity() - content.size(), path)) {
     content.resize(content.size() + count);

@@ -44,15 +44,15 @@ Kept copyOwnership(const struct stat& wanted, const FileDescriptor& file, const 
 // or not, and so is everybody else now; the old owner is now one of these.
 mode_t modeThatOpensNothing(mode_t mode, Kept kept) {
   if (kept.all()) return masked(mode, permissionBits);
-  const mode_t owner = masked(mode, S_IRWXU);
-  mode_t group = masked(mode, S_IRWXG) >> 3;
-  mode_t others = masked(mode, S_IRWXO);
-  if (!kept.group) group = others = masked(group, others);
+  const unsigned owner = (mode & S_IRWXU) >> 6;
+  unsigned group = (mode & S_IRWXG) >> 3;
+  unsigned others = mode & S_IRWXO;
+  if (!kept.group) group = others = group & others;
   if (!kept.owner) {
-    group = masked(group, owner >> 6);
-    others = masked(others, owner >> 6);
+    group &= owner;
+    others &= owner;
   }
-  return static_cast<mode_t>(owner | group << 3 | others);
+  return static_cast<mode_t>(owner << 6 | group << 3 | others);
 }
 
 #ifdef __APPLE__

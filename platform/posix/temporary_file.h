@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/posix/file_attempt.h"
@@ -31,7 +32,7 @@ class TemporaryFile {
   int renameWithoutReplacing(const std::string& path);
 
  private:
-  explicit TemporaryFile(const std::string& folder) : folder_(folder), descriptor_(-1) {}
+  explicit TemporaryFile(std::string folder) : folder_(std::move(folder)), descriptor_(-1) {}
   bool createWithoutName();
   void createWithName(const FileAttempt& attempt);
   int finish(int result);

@@ -286,7 +286,7 @@ TEST_F(RunState, tickReportsNothingIfAllIsInOrder) {
   controller_->tick();
   noted();
   controller_->tick();
-  EXPECT_THAT(noted(), ElementsAre("read " + bookmarks, "read " + bookmarks, "parse"));
+  EXPECT_EQ(noted(), (Entries{"read " + bookmarks} + sortOfAFileInOrder()));
 }
 
 TEST_F(RunState, tickIsNotBusyAfterAFailedSort) {

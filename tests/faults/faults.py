@@ -68,7 +68,7 @@ class Trial:
         judged = verdict.after_fault(home, self.sample, result, point.put, point.unseen, point.gone,
                                      point.late)
         before = points.restore(home, self.sample)
-        verdict.after_next_run(home, self.sample, before, home.run(self.command), judged)
+        verdict.after_next_run(home, self.sample, before, home.run(self.command), judged, point.late)
         if point.disk:
             surroundings.unmount(home.root.parent)
         return point, judged, "killed" if result.status < 0 else "failed" if result.status else "succeeded"
@@ -101,8 +101,10 @@ def print_table(trials):
     for ending in ("succeeded", "failed", "killed"):
         rows.append((f"  the sort {'was ' if ending == 'killed' else ''}{ending}",
                      [trial.endings[ending] for trial in trials]))
-    rows.append(("saved after the last look, and overwritten",
-                 [trial.count(lambda judged: judged.overwrote) for trial in trials]))
+    rows.append(("saved between the last check and the rename, and overwritten",
+                 [trial.count(lambda judged: judged.overwrote == "replaced") for trial in trials]))
+    rows.append(("written to the open file after the last look, and overwritten",
+                 [trial.count(lambda judged: judged.overwrote == "written") for trial in trials]))
     rows.append(("other flaws", [trial.count(lambda judged: judged.flaws) for trial in trials]))
     rows.append(("lost", [trial.count(lambda judged: judged.lost) for trial in trials]))
     width = max(len(name) for name, _ in rows) + 1

@@ -4,8 +4,8 @@
 usage: memory.py FAILING_MEMORY COMMAND...
 
 COMMAND sorts the bookmarks of the home folder in HOME, and FAILING_MEMORY is the library that makes allocations fail. A
-sort must end in time and without a signal. Status 1 means that the bookmark file is unchanged; any other, that it is
-sorted. Every backup is whole. Exit status 1 if that does not hold.
+sort must end in time and without a signal. Status 1 or 75 means that the bookmark file is unchanged; any other, that it
+is sorted. Every backup is whole. Exit status 1 if that does not hold.
 """
 import collections
 import concurrent.futures
@@ -21,6 +21,7 @@ from scratch_home import ScratchHome
 
 SECONDS = 20
 SORTED = (0, 74)  # 74: the report could not be printed
+UNCHANGED = (1, 75)  # 75: the session bus could not be asked
 
 
 def count(home, command, library):
@@ -42,9 +43,9 @@ def try_point(scratch, command, library, sample, number, stays):
     if home.content() != wanted:
         judged.lost.append(f"the bookmark file is {verdict.description(home.content(), sample)}")
     verdict.check_backups(home, sample, judged, wanted=home.content() == sample.new)
-    if result.status not in (*SORTED, 1):
+    if result.status not in (*SORTED, *UNCHANGED):
         judged.flaws.append(f"{verdict.ending(result)}: {result.text!r}")
-    if result.status == 1 and not result.text:
+    if result.status in UNCHANGED and not result.text:
         judged.flaws.append("it fails without a message")
     judged.flaws += [f"{left} is left" for left in home.leftovers()]
     return verdict.ending(result), [f"{name}: {problem}" for problem in judged.lost + judged.flaws]

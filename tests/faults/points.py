@@ -31,7 +31,7 @@ def at_each_call(calls, sample):
     """The points of a sort that makes these calls."""
     places = [number for number, call in enumerate(calls) if call.place]
     looked, replaced = last_look(calls)
-    looked_again = max(number for number in places if calls[number].name == "pread64")
+    looked_again = max((number for number in places if calls[number].name == "pread64"), default=-1)
     for number in places:
         call = calls[number]
         for error in ERRORS[call.name]:

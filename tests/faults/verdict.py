@@ -1,4 +1,5 @@
 """What must hold for a home folder after each fault, so that no bookmarks are lost."""
+import os
 import re
 import stat
 
@@ -13,7 +14,9 @@ class Verdict:
     def __init__(self):
         self.lost = []
         self.flaws = []
-        self.overwrote = False  # true if the sort replaced a save that it could not notice
+        # "replaced" or "written" if the sort overwrote a save that it could not notice: a file that was renamed over the
+        # bookmark file, or what was written to the open file.
+        self.overwrote = None
 
     def __bool__(self):
         return not self.lost and not self.flaws
@@ -30,18 +33,18 @@ def after_fault(home, sample, result, put=None, unseen=False, gone=False, late=N
     verdict = Verdict()
     content = home.content()
     if put:
-        verdict.overwrote = put[0] == sample.saved and content == sample.new
+        if put[0] == sample.saved and content == sample.new and not (late and sample.saved in backups_of(home)):
+            verdict.overwrote = "written" if late else "replaced"
         allowed = {put[0], sample.new} if unseen else {put[0]}
     else:
         allowed = {0: {sample.new}, 1: {sample.old}}.get(result.status, {sample.old, sample.new})
+    if put and put[0] == sample.saved and sample.saved in backups_of(home):
+        allowed.add(sample.sorted_of[sample.saved])  # the sort had not read the file yet
     if content not in allowed:
         verdict.lost.append(f"the bookmark file is {description(content, sample)} after {ending(result)}")
-    check_backups(home, sample, verdict, wanted=content == sample.new)
-    if late:
-        kept = sample.saved in [path.read_bytes() for path in home.backup_files()]
-        verdict.overwrote = verdict.overwrote and not kept
-        if late == "seen" and verdict.overwrote:
-            verdict.lost.append("what another program wrote is neither in the file nor in a backup")
+    check_backups(home, sample, verdict, wanted=content == sample.new, torn=late)
+    if late == "seen" and verdict.overwrote:
+        verdict.lost.append("what another program wrote is neither in the file nor in a backup")
     if not gone:
         check_mode(home, verdict)
     for name in home.leftovers():
@@ -54,25 +57,36 @@ def after_fault(home, sample, result, put=None, unseen=False, gone=False, late=N
     return verdict
 
 
-def after_next_run(home, sample, before, result, verdict):
+def after_next_run(home, sample, before, result, verdict, torn=False):
     """Adds to a verdict the problems after the next run, which was undisturbed and found the bookmark file `before`."""
     if result.status != 0 or home.content() != sample.sorted_of.get(before):
         verdict.lost.append(f"the next run ended with {ending(result)} and leaves "
                             f"{description(home.content(), sample)}: {result.text!r}")
-    check_backups(home, sample, verdict, wanted=True)
+    check_backups(home, sample, verdict, wanted=True, torn=torn)
     for name in home.leftovers():
         verdict.flaws.append(f"{name} is still there after the next run")
 
 
-def check_backups(home, sample, verdict, wanted):
+def backups_of(home):
+    return [path.read_bytes() for path in home.backup_files()]
+
+
+def check_backups(home, sample, verdict, wanted, torn=False):
+    """`torn` is true if another program wrote to the file while it may have been read: then a backup may begin with the
+    old file and end with the new one."""
     whole = 0
-    for path in home.backup_files():
-        if path.read_bytes() in sample.sorted_of:
+    for content in backups_of(home):
+        if content in sample.sorted_of:
             whole += 1
-        else:
-            verdict.lost.append(f"a backup is {description(path.read_bytes(), sample)}")
+        elif not (torn and is_torn(content, sample)):
+            verdict.lost.append(f"a backup is {description(content, sample)}")
     if wanted and not whole:
         verdict.lost.append("the file is sorted and there is no backup")
+
+
+def is_torn(content, sample):
+    same = len(os.path.commonprefix([content, sample.old]))
+    return same > 0 and content[same:] == sample.saved[same:]
 
 
 def check_mode(home, verdict):

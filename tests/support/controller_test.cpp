@@ -82,16 +82,19 @@ std::string ControllerMachine::nextSort() const {
   return machine_.loop.nextTimer();
 }
 
+Entries sortOfAFileInOrder() {
+  return {"remove abandoned " + bookmarks, "remove abandoned " + backups + "/", "read " + bookmarks, "parse"};
+}
+
 Entries sortEntries(int number) {
-  return {"read " + bookmarks,
-          "parse",
-          "create folder " + backups + " 0700",
-          "uuid",
-          "write new " + backup(number),
-          "set mode " + backup(number) + " 0600",
-          "serialize binary",
-          "holds " + bookmarks,
-          "write atomically " + bookmarks};
+  return sortOfAFileInOrder() + Entries{"create folder " + backups + " 0700",
+                                        "uuid",
+                                        "write new " + backup(number),
+                                        "set mode " + backup(number) + " 0600",
+                                        "serialize binary",
+                                        "write beside " + bookmarks,
+                                        "holds " + bookmarks,
+                                        "write atomically " + bookmarks};
 }
 
 std::string sortedMessage(int number) {

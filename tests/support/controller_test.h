@@ -65,8 +65,9 @@ class ControllerMachine {
 
 class ControllerTest : public testing::Test, protected ControllerMachine {};
 
-// The journal entries of a sort of an unsorted file, from reading the file to writing it, without the queries for
-// running applications. `number` counts the backups from 1.
+// The journal entries of a sort of a file in order, without the queries for running applications.
+Entries sortOfAFileInOrder();
+// The same entries for an unsorted file. `number` counts the backups from 1.
 Entries sortEntries(int number = 1);
 // The report of that sort.
 std::string sortedMessage(int number = 1);
