@@ -42,6 +42,9 @@ class Information(unittest.TestCase):
         self.assertEqual(self.information["CFBundlePackageType"], "APPL")
         self.assertIs(self.information["LSUIElement"], True)
 
+    def test_sorts_titles_by_the_users_language(self):
+        self.assertIs(self.information["CFBundleAllowMixedLocalizations"], True)
+
     def test_requires_macos_12(self):
         self.assertEqual(self.information["LSMinimumSystemVersion"], "12.0")
 
