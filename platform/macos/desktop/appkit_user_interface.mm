@@ -17,6 +17,9 @@ std::size_t AppKitUserInterface::runModal(const Alert& alert) {
   dialog.messageText = stringOf(alert.messageText);
   dialog.informativeText = stringOf(alert.informativeText);
   for (const std::string& button : alert.buttons) [dialog addButtonWithTitle:stringOf(button)];
+  // By default, AppKit refuses to terminate while a window is modal, without asking the delegate: logging out, the quit
+  // by System Settings after a change of access, and a relaunch by the updater would all fail.
+  dialog.window.preventsApplicationTerminationWhenModal = NO;
   const NSModalResponse response = [dialog runModal];
   const std::size_t last = std::max<std::size_t>(alert.buttons.size(), 1) - 1;
   if (response < NSAlertFirstButtonReturn) return last;

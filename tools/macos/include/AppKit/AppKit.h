@@ -170,6 +170,7 @@ typedef enum NSBackingStoreType : NSUInteger { NSBackingStoreBuffered = 2 } NSBa
 @property(nullable, weak) NSView* initialFirstResponder;
 @property(getter=isReleasedWhenClosed) BOOL releasedWhenClosed;
 @property BOOL autorecalculatesKeyViewLoop;
+@property BOOL preventsApplicationTerminationWhenModal;
 - (instancetype)initWithContentRect:(NSRect)contentRect
                           styleMask:(NSWindowStyleMask)style
                             backing:(NSBackingStoreType)backingStoreType
@@ -185,6 +186,7 @@ static const NSModalResponse NSAlertFirstButtonReturn = 1000;
 @interface NSAlert : NSObject
 @property(copy) NSString* messageText;
 @property(copy) NSString* informativeText;
+@property(readonly, strong) NSWindow* window;
 - (NSButton*)addButtonWithTitle:(NSString*)title;
 - (NSModalResponse)runModal;
 @end
