@@ -9,6 +9,10 @@
 #include "platform/macos/objective_c.h"
 #include "platform/window.h"
 
+// Makes a window open on the user's current Space, also beside another application's full-screen window. By default, a
+// window stays on the Space that it first opened on.
+void openOnCurrentSpace(NSWindow* window);
+
 class AppKitWindow : public Window {
  public:
   explicit AppKitWindow(const WindowDescription& description);

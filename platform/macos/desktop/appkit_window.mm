@@ -18,6 +18,11 @@ NSString* charactersOf(KeyEquivalent key) {
 
 }  // namespace
 
+void openOnCurrentSpace(NSWindow* window) {
+  window.collectionBehavior =
+      NSWindowCollectionBehaviorMoveToActiveSpace | NSWindowCollectionBehaviorFullScreenAuxiliary;
+}
+
 AppKitWindow::AppKitWindow(const WindowDescription& description) {
   NSWindowStyleMask style = NSWindowStyleMaskTitled;
   if (description.isClosable) style |= NSWindowStyleMaskClosable;
@@ -27,6 +32,7 @@ AppKitWindow::AppKitWindow(const WindowDescription& description) {
                                             defer:NO];
   window_.releasedWhenClosed = NO;
   window_.autorecalculatesKeyViewLoop = NO;
+  openOnCurrentSpace(window_);
   window_.title = stringOf(description.title);
 }
 
@@ -90,7 +96,12 @@ void AppKitWindow::add(const Image& image) {
 
 void AppKitWindow::center() { [window_ center]; }
 
-void AppKitWindow::makeKeyAndOrderFront() { [window_ makeKeyAndOrderFront:nil]; }
+// Since macOS 14, activating the application is only a request. makeKeyAndOrderFront: alone leaves the window of an
+// inactive application behind the active one's windows.
+void AppKitWindow::makeKeyAndOrderFront() {
+  [window_ makeKeyAndOrderFront:nil];
+  [window_ orderFrontRegardless];
+}
 
 void AppKitWindow::orderOut() { [window_ orderOut:nil]; }
 

@@ -162,6 +162,12 @@ typedef enum NSImageScaling : NSUInteger { NSImageScaleProportionallyUpOrDown = 
 typedef NSUInteger NSWindowStyleMask;
 enum : NSUInteger { NSWindowStyleMaskTitled = 1 << 0, NSWindowStyleMaskClosable = 1 << 1 };
 
+typedef NSUInteger NSWindowCollectionBehavior;
+enum : NSUInteger {
+  NSWindowCollectionBehaviorMoveToActiveSpace = 1 << 1,
+  NSWindowCollectionBehaviorFullScreenAuxiliary = 1 << 8
+};
+
 typedef enum NSBackingStoreType : NSUInteger { NSBackingStoreBuffered = 2 } NSBackingStoreType;
 
 @interface NSWindow : NSResponder
@@ -171,12 +177,14 @@ typedef enum NSBackingStoreType : NSUInteger { NSBackingStoreBuffered = 2 } NSBa
 @property(getter=isReleasedWhenClosed) BOOL releasedWhenClosed;
 @property BOOL autorecalculatesKeyViewLoop;
 @property BOOL preventsApplicationTerminationWhenModal;
+@property NSWindowCollectionBehavior collectionBehavior;
 - (instancetype)initWithContentRect:(NSRect)contentRect
                           styleMask:(NSWindowStyleMask)style
                             backing:(NSBackingStoreType)backingStoreType
                               defer:(BOOL)flag;
 - (void)center;
 - (void)makeKeyAndOrderFront:(nullable id)sender;
+- (void)orderFrontRegardless;
 - (void)orderOut:(nullable id)sender;
 @end
 
