@@ -1,6 +1,7 @@
 #include "platform/macos/desktop/appkit_application.h"
 
 #include "platform/macos/desktop/callback.h"
+#include "platform/macos/desktop/main_menu.h"
 
 // Forwards AppKit's messages to the delegate. Without a living delegate, AppKit performs its default action.
 @interface ApplicationForwarder : NSObject <NSApplicationDelegate>
@@ -39,6 +40,7 @@
 
 AppKitApplication::AppKitApplication() : forwarder_([[ApplicationForwarder alloc] init]) {
   application_.delegate = forwarder_;
+  application_.mainMenu = mainMenu();
 }
 
 void AppKitApplication::setDelegate(const std::weak_ptr<ApplicationDelegate>& delegate) {

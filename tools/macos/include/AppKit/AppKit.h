@@ -20,6 +20,7 @@ NS_ASSUME_NONNULL_BEGIN
 @class NSMenuItem;
 @class NSRunningApplication;
 @class NSView;
+@class NSWindow;
 
 // --- The application ---
 
@@ -45,6 +46,7 @@ typedef enum NSApplicationTerminateReply : NSUInteger {
 @interface NSApplication : NSResponder
 @property(class, readonly, strong) __kindof NSApplication* sharedApplication;
 @property(nullable, weak) id<NSApplicationDelegate> delegate;
+@property(nullable, strong) NSMenu* mainMenu;
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)activationPolicy;
 - (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;
 - (void)run;
@@ -85,6 +87,7 @@ static const NSControlStateValue NSControlStateValueOn = 1;
 @property(getter=isEnabled) BOOL enabled;
 @property NSControlStateValue state;
 @property(nullable, weak) id target;
+@property(nullable, strong) NSMenu* submenu;
 - (instancetype)initWithTitle:(NSString*)string action:(nullable SEL)selector keyEquivalent:(NSString*)charCode;
 + (NSMenuItem*)separatorItem;
 @end
@@ -145,6 +148,13 @@ enum : NSUInteger { NSDatePickerElementFlagHourMinute = 0x000c };
 @property(copy) NSDate* dateValue;
 @end
 
+@interface NSText : NSView
+- (void)cut:(nullable id)sender;
+- (void)copy:(nullable id)sender;
+- (void)paste:(nullable id)sender;
+- (void)selectAll:(nullable id)sender;
+@end
+
 @interface NSTextField : NSControl
 + (instancetype)labelWithString:(NSString*)stringValue;
 + (instancetype)wrappingLabelWithString:(NSString*)stringValue;
@@ -185,6 +195,7 @@ typedef enum NSBackingStoreType : NSUInteger { NSBackingStoreBuffered = 2 } NSBa
 - (void)center;
 - (void)makeKeyAndOrderFront:(nullable id)sender;
 - (void)orderFrontRegardless;
+- (void)performClose:(nullable id)sender;
 - (void)orderOut:(nullable id)sender;
 @end
 
