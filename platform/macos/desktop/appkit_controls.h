@@ -34,6 +34,7 @@ class AppKitPopUpButton : public PopUpButton {
 class AppKitDatePicker : public DatePicker {
  public:
   explicit AppKitDatePicker(NSDatePicker* picker) : picker_(picker) {}
+  // Ends the editing in the window first, because digits that are being typed do not count until then.
   Instant dateValue() const override;
   void setDateValue(Instant date) override;
   void setEnabled(bool enabled) override { picker_.enabled = enabled; }

@@ -12,6 +12,10 @@ void AppKitPopUpButton::select(std::size_t index) {
   if (index < static_cast<std::size_t>(popUp_.numberOfItems)) [popUp_ selectItemAtIndex:static_cast<NSInteger>(index)];
 }
 
-Instant AppKitDatePicker::dateValue() const { return instantOf(picker_.dateValue); }
+// The default button's key presses it without moving the focus, so the field may still be editing.
+Instant AppKitDatePicker::dateValue() const {
+  [picker_.window makeFirstResponder:nil];
+  return instantOf(picker_.dateValue);
+}
 
 void AppKitDatePicker::setDateValue(Instant date) { picker_.dateValue = dateOf(date); }

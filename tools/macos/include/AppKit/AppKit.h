@@ -105,6 +105,7 @@ static const NSControlStateValue NSControlStateValueOn = 1;
 @property NSRect frame;
 @property(copy, nullable) NSString* toolTip;
 @property(nullable, assign) NSView* nextKeyView;
+@property(nullable, readonly, assign) NSWindow* window;
 - (instancetype)initWithFrame:(NSRect)frameRect;
 - (void)addSubview:(NSView*)view;
 @end
@@ -196,6 +197,7 @@ typedef enum NSBackingStoreType : NSUInteger { NSBackingStoreBuffered = 2 } NSBa
 - (void)makeKeyAndOrderFront:(nullable id)sender;
 - (void)orderFrontRegardless;
 - (void)performClose:(nullable id)sender;
+- (BOOL)makeFirstResponder:(nullable NSResponder*)responder;
 - (void)orderOut:(nullable id)sender;
 @end
 
