@@ -39,8 +39,11 @@ class MainLoop {
   // Runs `work` once, after `delay`.
   virtual void after(std::chrono::milliseconds delay, Work work) = 0;
 
+  // The platform may not delay timers in order to save energy, although the program shows no window most of the time:
+  // the timers of the next two functions are late only if the machine is asleep or the main thread is busy.
+
   // Returns a one-shot timer that fires when the wall clock reaches `fireDate`. It fires at once if that instant has
-  // passed, and late if the machine is asleep or the main thread is busy at that time.
+  // passed.
   virtual std::shared_ptr<Timer> timerAt(Instant fireDate, TimerHandler handler) = 0;
 
   // Returns a timer that fires every `interval`, for the first time one interval from now. Any number of missed firings

@@ -20,10 +20,10 @@ class MainRunLoop : public MainLoop {
   void after(std::chrono::milliseconds delay, Work work) override;
 
   // Rearms the timer when the wall clock is set. The timer is late after sleep, because the run loop's own clock stops
-  // meanwhile.
+  // meanwhile. App Nap is off from two minutes before the date until the timer has fired.
   std::shared_ptr<Timer> timerAt(Instant fireDate, TimerHandler handler) override;
 
-  // The shortest interval is one millisecond.
+  // The shortest interval is one millisecond. App Nap is off while the timer is valid.
   std::shared_ptr<Timer> repeatingTimer(std::chrono::milliseconds interval, TimerHandler handler) override;
 
  private:

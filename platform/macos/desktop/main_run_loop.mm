@@ -1,6 +1,7 @@
 #include "platform/macos/desktop/main_run_loop.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "platform/macos/conversions.h"
@@ -10,6 +11,9 @@
 namespace {
 
 using std::chrono::milliseconds;
+
+// How long before a date App Nap is turned off. The timer that turns it off may itself be delayed by App Nap.
+constexpr NSTimeInterval leadTime = 120;
 
 NSTimeInterval secondsOf(milliseconds span) { return std::chrono::duration<NSTimeInterval>(span).count(); }
 
@@ -25,6 +29,21 @@ void runNextSoon(const std::shared_ptr<std::deque<Work>>& posted) {
                                     callBack(work);
                                   }];
 }
+
+// Keeps App Nap, which delays the timers of programs without a visible window, away from this process. The machine may
+// still go to sleep when it is idle.
+class Wakefulness {
+ public:
+  Wakefulness()
+      : activity_([NSProcessInfo.processInfo beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                                                               reason:@"A timer is due soon"]) {}
+  ~Wakefulness() { [NSProcessInfo.processInfo endActivity:activity_]; }
+  Wakefulness(const Wakefulness&) = delete;
+  Wakefulness& operator=(const Wakefulness&) = delete;
+
+ private:
+  id<NSObject> activity_;
+};
 
 // The block of its NSTimer holds it until the timer is invalid.
 class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTimer> {
@@ -42,14 +61,21 @@ class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTi
     [NSRunLoop.mainRunLoop addTimer:timer_ forMode:NSRunLoopCommonModes];
   }
 
-  // The run loop stores a delay instead of an instant, so set the date again when the clock is set.
+  // The run loop stores a delay instead of an instant, so set the dates again when the clock is set.
   void followClock(NSDate* fireDate) {
+    wakeBefore(fireDate);
     const std::weak_ptr<RunLoopTimer> weak = weak_from_this();
     clockObserver_ = observeNotifications(NSNotificationCenter.defaultCenter, NSSystemClockDidChangeNotification,
                                           [weak, fireDate](NSNotification*) {
-                                            if (const auto self = weak.lock()) self->timer_.fireDate = fireDate;
+                                            const auto self = weak.lock();
+                                            if (!self) return;
+                                            self->timer_.fireDate = fireDate;
+                                            self->wakeBefore(fireDate);
                                           });
   }
+
+  // Turns App Nap off until the timer can no longer fire.
+  void stayAwake() { wakefulness_.emplace(); }
 
   void invalidate() override {
     const auto keepAlive = weak_from_this().lock();
@@ -71,14 +97,36 @@ class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTi
     if (isValid()) handler_ = std::move(handler);
   }
 
+  // Turns App Nap off shortly before the date, or soon if that moment has passed.
+  void wakeBefore(NSDate* fireDate) {
+    letNap();
+    const std::weak_ptr<RunLoopTimer> weak = weak_from_this();
+    leadTimer_ = [[NSTimer alloc] initWithFireDate:[fireDate dateByAddingTimeInterval:-leadTime]
+                                          interval:0
+                                           repeats:NO
+                                             block:^(NSTimer*) {
+                                               if (const auto self = weak.lock()) self->stayAwake();
+                                             }];
+    [NSRunLoop.mainRunLoop addTimer:leadTimer_ forMode:NSRunLoopCommonModes];
+  }
+
+  void letNap() {
+    [leadTimer_ invalidate];
+    leadTimer_ = nil;
+    wakefulness_.reset();
+  }
+
   void finish() {
     timer_ = nil;  // its block holds this object
     clockObserver_ = nullptr;
+    letNap();
   }
 
   TimerHandler handler_;
   bool repeats_;
   NSTimer* timer_ = nil;
+  NSTimer* leadTimer_ = nil;  // only of a timer that fires at a date
+  std::optional<Wakefulness> wakefulness_;
   Observation clockObserver_;
 };
 
@@ -107,5 +155,6 @@ std::shared_ptr<Timer> MainRunLoop::repeatingTimer(milliseconds interval, TimerH
   const NSTimeInterval span = secondsOf(std::max(interval, milliseconds(1)));
   const auto timer = std::make_shared<RunLoopTimer>(std::move(handler), true);
   timer->start([NSDate dateWithTimeIntervalSinceNow:span], span);
+  timer->stayAwake();
   return timer;
 }

@@ -240,9 +240,14 @@ FOUNDATION_EXPORT NSFileAttributeKey const NSFilePosixPermissions;
 - (nullable id)objectForInfoDictionaryKey:(NSString*)key;
 @end
 
+typedef unsigned long long NSActivityOptions;
+enum : unsigned long long { NSActivityUserInitiatedAllowingIdleSystemSleep = 0x00EFFFFF };
+
 @interface NSProcessInfo : NSObject
 @property(class, readonly, strong) NSProcessInfo* processInfo;
 @property(readonly) int processIdentifier;
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason;
+- (void)endActivity:(id<NSObject>)activity;
 @end
 
 @interface NSFileHandle : NSObject
