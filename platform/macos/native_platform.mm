@@ -12,8 +12,14 @@
 #include "platform/posix/console_user_interface.h"
 #include "platform/posix/standard_streams.h"
 
+// Part of the runtime that Clang documents for automatic reference counting.
+extern "C" void* objc_autoreleasePoolPush();
+
 const Platform& nativePlatform() {
   prepareStandardStreams();
+  // The pool for what is autoreleased outside of the main run loop, which has its own. It lives as long as the process.
+  static void* const pool = objc_autoreleasePoolPush();
+  static_cast<void>(pool);
   static FoundationPropertyLists propertyLists;
   static FoundationFileSystem fileSystem;
   static AppKitApplications runningApplications;

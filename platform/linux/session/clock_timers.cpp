@@ -58,7 +58,9 @@ class ClockTimers::ClockTimer : public Timer, public std::enable_shared_from_thi
   void fire(ClockTime due) {
     const std::optional<ClockTime> next =
         interval_ ? std::optional(timers_->nextAfterNow(due, *interval_)) : std::nullopt;
-    TimerHandler handler = std::move(handler_);
+    // A moved-from function may keep its target, so exchange it. Otherwise a timer that its own handler owns would
+    // never be freed.
+    TimerHandler handler = std::exchange(handler_, nullptr);
     if (!interval_) timers_ = nullptr;
     handler(*this);
     if (timers_ == nullptr) return;

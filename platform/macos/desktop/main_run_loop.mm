@@ -91,7 +91,8 @@ class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTi
   void fire() {
     if (!handler_) return;  // the handler is running
     const auto keepAlive = shared_from_this();
-    TimerHandler handler = std::move(handler_);
+    // A moved-from function may keep its target, so exchange it: an empty one means that the handler is running.
+    TimerHandler handler = std::exchange(handler_, nullptr);
     if (!repeats_) finish();
     callBack(handler, *this);
     if (isValid()) handler_ = std::move(handler);
