@@ -1,5 +1,7 @@
 // Where the program is installed.
 #pragma once
 
-// True if the program runs from a mounted disk image, which disappears when it is ejected.
+// Returns true if the program runs from a place that disappears: a mounted disk image, or the temporary path at which
+// macOS starts a quarantined copy that its user has not moved since the download (translocation). The settings and the
+// login agent would then refer to a path that is gone at the next start.
 bool runsFromDiskImage();

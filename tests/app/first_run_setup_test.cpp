@@ -74,9 +74,21 @@ TEST_F(FirstRunSetup, terminatesOnADiskImageWithAnAlert) {
   EXPECT_FALSE(isRegistered());
 }
 
-TEST_F(FirstRunSetup, takesOnlyPathsUnderVolumesForADiskImage) {
+TEST_F(FirstRunSetup, terminatesInATranslocatedCopyWithTheSameAlert) {
+  for (const std::string folders : {"/private/var/folders", "/var/folders"}) {
+    machine_.bundle.moveTo(folders + "/x1/y2/X/AppTranslocation/0A1B2C3D-0B7F-4E63-9A48-000000000001/d/Quillery.app");
+    machine_.userInterface.willAnswer(0);
+    controller_->setUp();
+    EXPECT_THAT(noted(),
+                ElementsAre("bundle path", "accessory", "activate", "alert Install the app first", "terminate"));
+  }
+  EXPECT_FALSE(isRegistered());
+}
+
+TEST_F(FirstRunSetup, takesNoOtherPathForADiskImageOrATranslocation) {
   for (const char* place :
-       {"/VolumesX/Quillery.app", "/Volumes", "/Applications/Volumes/Quillery.app", "/volumes/Quillery/Quillery.app"}) {
+       {"/VolumesX/Quillery.app", "/Volumes", "/Applications/Volumes/Quillery.app", "/volumes/Quillery/Quillery.app",
+        "/Applications/AppTranslocation/Quillery.app", "/private/var/folders/x1/AppTranslocation.app"}) {
     machine_.bundle.moveTo(place);
     controller_->setUp();
     EXPECT_FALSE(machine_.application.hasTerminated()) << place;
