@@ -117,6 +117,8 @@ class SorterDelegate : public ApplicationDelegate,
   void checkForUpdates();
   void toggleAutomaticUpdates();
   bool supportsGentleScheduledUpdateReminders() const override;
+  // Returns false: the updater's window never opens unasked, because the menu and the tool tip announce the update.
+  bool standardUserDriverShouldHandleShowingScheduledUpdate(bool inImmediateFocus) override;
   // Shows a reminder in the menu and the tool tip if a scheduled check found the update.
   void standardUserDriverWillHandleShowingUpdate(bool isUserInitiated) override;
   void standardUserDriverDidReceiveUserAttention() override;

@@ -28,6 +28,8 @@ void SorterDelegate::toggleAutomaticUpdates() {
 
 bool SorterDelegate::supportsGentleScheduledUpdateReminders() const { return true; }
 
+bool SorterDelegate::standardUserDriverShouldHandleShowingScheduledUpdate(bool /*inImmediateFocus*/) { return false; }
+
 void SorterDelegate::standardUserDriverWillHandleShowingUpdate(bool isUserInitiated) {
   if (isUserInitiated) return;
   item->setAppearsDisabled(false);

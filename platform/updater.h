@@ -15,6 +15,11 @@ class UpdaterDelegate {
   // Returns true if the program itself announces, without a dialog, what a scheduled check found.
   virtual bool supportsGentleScheduledUpdateReminders() const = 0;
 
+  // Asked for each update that a scheduled check has found. Returns true if the updater may open its window for it;
+  // `inImmediateFocus` is true if the window would have the keyboard focus. Returns false if the program announces the
+  // update. checkForUpdates() opens the window then.
+  virtual bool standardUserDriverShouldHandleShowingScheduledUpdate(bool inImmediateFocus) = 0;
+
   // Called before the updater shows an update, or before the program has to announce it. `isUserInitiated` is true if
   // the user requested the check.
   virtual void standardUserDriverWillHandleShowingUpdate(bool isUserInitiated) = 0;

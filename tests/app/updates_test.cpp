@@ -55,6 +55,13 @@ TEST_F(UpdateMenu, checksForUpdatesWithEitherTitle) {
   EXPECT_EQ(machine_.journal.count("check for updates"), 2);
 }
 
+TEST_F(UpdateMenu, announcesScheduledUpdatesItselfInEveryCase) {
+  const auto delegate = machine_.updater.delegate().lock();
+  EXPECT_TRUE(delegate->supportsGentleScheduledUpdateReminders());
+  for (const bool inImmediateFocus : {false, true})
+    EXPECT_FALSE(delegate->standardUserDriverShouldHandleShowingScheduledUpdate(inImmediateFocus)) << inImmediateFocus;
+}
+
 TEST_F(UpdateMenu, showsWhetherUpdatesAreCheckedAutomatically) {
   EXPECT_TRUE(automatic().isOn());
   machine_.updater.fixAutomatic(false);

@@ -35,6 +35,16 @@ NSString* const canCheckKey = @"canCheckForUpdates";
   });
 }
 
+// Without this method, Sparkle itself decides when to open its window for an update that a scheduled check has found:
+// at once for a program that has just been launched, otherwise behind other windows.
+- (BOOL)standardUserDriverShouldHandleShowingScheduledUpdate:(SUAppcastItem*)__unused update
+                                         andInImmediateFocus:(BOOL)immediateFocus {
+  return callBack([&] {
+    const auto delegate = delegate_.lock();
+    return !delegate || delegate->standardUserDriverShouldHandleShowingScheduledUpdate(immediateFocus);
+  });
+}
+
 - (void)standardUserDriverWillHandleShowingUpdate:(BOOL)__unused handleShowingUpdate
                                         forUpdate:(SUAppcastItem*)__unused update
                                             state:(SPUUserUpdateState*)state {

@@ -23,6 +23,8 @@ NS_ASSUME_NONNULL_BEGIN
 @protocol SPUStandardUserDriverDelegate <NSObject>
 @optional
 @property(nonatomic, readonly) BOOL supportsGentleScheduledUpdateReminders;
+- (BOOL)standardUserDriverShouldHandleShowingScheduledUpdate:(SUAppcastItem*)update
+                                         andInImmediateFocus:(BOOL)immediateFocus;
 - (void)standardUserDriverWillHandleShowingUpdate:(BOOL)handleShowingUpdate
                                         forUpdate:(SUAppcastItem*)update
                                             state:(SPUUserUpdateState*)state;
