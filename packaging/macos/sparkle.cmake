@@ -4,8 +4,8 @@ if(NOT SPARKLE_FOLDER)
   include(FetchContent)
   FetchContent_Declare(
     sparkle
-    URL https://github.com/sparkle-project/Sparkle/releases/download/2.6.4/Sparkle-for-Swift-Package-Manager.zip
-    URL_HASH SHA256=eb3814726816ca2f09334ce562fff1b2cd0f7c16dd4e283256081f307accb9c4)
+    URL https://github.com/sparkle-project/Sparkle/releases/download/2.9.6/Sparkle-for-Swift-Package-Manager.zip
+    URL_HASH SHA256=8d5fb41d960b43f4a68aa14126bf62b098544ec8d191cdcc73eb14e63a8e7606)
   FetchContent_MakeAvailable(sparkle)
   set(SPARKLE_FOLDER ${sparkle_SOURCE_DIR}/Sparkle.xcframework/macos-arm64_x86_64)
   if(NOT EXISTS ${SPARKLE_FOLDER}/Sparkle.framework/Headers/Sparkle.h)

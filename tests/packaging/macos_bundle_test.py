@@ -56,6 +56,9 @@ class Information(unittest.TestCase):
         self.assertIs(self.information["SUEnableAutomaticChecks"], True)
         self.assertEqual(self.information["SUScheduledCheckInterval"], 24 * 60 * 60)
 
+    def test_verifies_updates_before_it_unpacks_them(self):
+        self.assertIs(self.information["SUVerifyUpdateBeforeExtraction"], True)
+
     def test_enables_no_sandbox_service_of_sparkle(self):
         self.assertFalse([key for key in self.information if key.endswith("Service")])
 
