@@ -11,7 +11,7 @@ target_link_libraries(quillery_native PUBLIC quillery_values PRIVATE "-framework
 file(GLOB macos_desktop_sources CONFIGURE_DEPENDS platform/macos/desktop/*.mm)
 add_library(quillery_native_desktop STATIC ${macos_desktop_sources})
 # As a system framework, because its headers do not compile with our warnings.
-target_compile_options(quillery_native_desktop PRIVATE -fobjc-arc "SHELL:-iframework ${SPARKLE_FOLDER}")
+target_compile_options(quillery_native_desktop PRIVATE -fobjc-arc "SHELL:-iframework '${SPARKLE_FOLDER}'")
 target_link_libraries(quillery_native_desktop PUBLIC quillery_native
                                               PRIVATE "-framework CoreGraphics" "-F${SPARKLE_FOLDER}" "-framework Sparkle")
 target_link_options(quillery_native_desktop INTERFACE "LINKER:-rpath,@executable_path/../Frameworks")
