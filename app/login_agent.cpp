@@ -1,5 +1,6 @@
 #include "app/login_agent.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,7 +11,17 @@
 
 namespace {
 
+using std::chrono::milliseconds;
+
 constexpr const char* launchctl = "/bin/launchctl";
+
+// How long an unloaded job may take to disappear, and how often that is checked.
+constexpr milliseconds unloadLimit{5000};
+constexpr milliseconds unloadPollInterval{100};
+
+// How often loading is tried, and how long the program waits in between.
+constexpr int loadAttempts = 3;
+constexpr milliseconds loadRetryDelay{2000};
 
 std::string identifier() { return std::string(product::bundleIdentifier); }
 
@@ -47,9 +58,34 @@ std::optional<PlistValue> storedAgent() {
   }
 }
 
+bool isLoaded() { return launch({"print", serviceTarget()}) == 0; }
+
+// Returns true if launchd started this process as the agent's job. To unload the job would end this process.
+bool isTheJob() { return platform().processes.environmentVariable("XPC_SERVICE_NAME") == identifier(); }
+
+// bootout returns before the job is gone, and until then launchd refuses to load another job of that label.
+void unload() {
+  launch({"bootout", serviceTarget()});  // fails if nothing was loaded, which is fine
+  milliseconds waited{0};
+  while (waited < unloadLimit && isLoaded()) {
+    platform().processes.pause(unloadPollInterval);
+    waited += unloadPollInterval;
+  }
+}
+
 Error loadingFailed() {
   return sorterError(SorterError::agentNotLoaded,
                      "Could not enable automatic sorting. Please reopen the installed app.");
+}
+
+// launchd may refuse a job for some seconds after it has unloaded one of the same label. It also refuses a job that the
+// user has switched off, which is the user's choice and no error.
+void load() {
+  for (int attempt = 1; launch({"bootstrap", domain(), agentFile()}) != 0; ++attempt) {
+    if (desktop().workspace.hasSwitchedOff(agentFile())) return;
+    if (attempt == loadAttempts) throw loadingFailed();
+    platform().processes.pause(loadRetryDelay);
+  }
 }
 
 }  // namespace
@@ -59,8 +95,9 @@ void registerBackgroundJob() {
   files.createFolder(agentsFolder(), defaultAttributes);
   files.createFolder(logFolder(), defaultAttributes);
   const PlistValue wanted = wantedAgent();
-  if (storedAgent() == wanted && launch({"print", serviceTarget()}) == 0) return;
-  launch({"bootout", serviceTarget()});  // fails if nothing was loaded, which is fine
+  if (storedAgent() == wanted && isLoaded()) return;
+  const bool reloads = !isTheJob();  // otherwise the next login loads the new file
+  if (reloads) unload();
   files.writeAtomically(agentFile(), platform().propertyLists.serialize(wanted, PropertyListFormat::xml));
-  if (launch({"bootstrap", domain(), agentFile()}) != 0) throw loadingFailed();
+  if (reloads) load();
 }

@@ -1,6 +1,7 @@
 // Services of the operating system for processes.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,7 +29,11 @@ class Processes {
   // Returns the working folder as an absolute path. Throws Error if the folder no longer exists.
   virtual std::string workingFolder() = 0;
 
-  // Runs a program without a shell, with no input and with its output discarded, and waits until it ends. Returns its
-  // exit status, or the signal's number if a signal ended it. Throws Error if the program cannot be started.
+  // Runs a program without a shell, with no input and with its output discarded, and waits until it ends. Nothing else
+  // runs on this thread meanwhile. Returns the program's exit status, or the signal's number if a signal ended it.
+  // Throws Error if the program cannot be started.
   virtual int run(const std::string& path, const std::vector<std::string>& arguments) = 0;
+
+  // Returns after this time. Nothing else runs on this thread meanwhile.
+  virtual void pause(std::chrono::milliseconds duration) = 0;
 };

@@ -36,6 +36,9 @@ class Workspace {
   // Shows the folder that contains a file or folder in the file manager, and selects the file or folder there.
   virtual void revealFile(const std::string& path) = 0;
 
+  // Returns true if the user has switched off the login agent of this property list in the system's settings.
+  virtual bool hasSwitchedOff(const std::string& agentFile) = 0;
+
   // Calls `handler` on the main thread each time any application has terminated. The handler must not throw.
   virtual Observation observeTerminations(TerminationHandler handler) = 0;
 

@@ -122,3 +122,5 @@ int LinuxProcesses::run(const std::string& path, const std::vector<std::string>&
   if (uninterrupted([&] { return waitpid(process, &status, 0); }) < 0) throw cannotRun(program, errno);
   return WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
 }
+
+void LinuxProcesses::pause(std::chrono::milliseconds duration) { pauseThread(duration); }

@@ -25,4 +25,5 @@ class LinuxProcesses : public Processes {
   // /bin/launchctl does not exist on Linux. For this path, runs quillery-launchctl instead, a helper program that takes
   // the same arguments (see helperProgram).
   int run(const std::string& path, const std::vector<std::string>& arguments) override;
+  void pause(std::chrono::milliseconds duration) override;
 };

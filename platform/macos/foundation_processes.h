@@ -15,5 +15,6 @@ class FoundationProcesses : public Processes {
   std::string workingFolder() override;
   // The program inherits this process's environment and working folder. While NSTask waits for it, the run loop may run
   // in its default mode.
+  void pause(std::chrono::milliseconds duration) override;
   int run(const std::string& path, const std::vector<std::string>& arguments) override;
 };

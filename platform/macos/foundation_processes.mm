@@ -43,3 +43,5 @@ int FoundationProcesses::run(const std::string& path, const std::vector<std::str
     return task.terminationStatus;  // the signal's number if a signal ended it
   });
 }
+
+void FoundationProcesses::pause(std::chrono::milliseconds duration) { pauseThread(duration); }

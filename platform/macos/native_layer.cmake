@@ -13,5 +13,6 @@ add_library(quillery_native_desktop STATIC ${macos_desktop_sources})
 # As a system framework, because its headers do not compile with our warnings.
 target_compile_options(quillery_native_desktop PRIVATE -fobjc-arc "SHELL:-iframework '${SPARKLE_FOLDER}'")
 target_link_libraries(quillery_native_desktop PUBLIC quillery_native
-                                              PRIVATE "-framework CoreGraphics" "-F${SPARKLE_FOLDER}" "-framework Sparkle")
+                                              PRIVATE "-framework CoreGraphics" "-framework ServiceManagement" "-F${SPARKLE_FOLDER}"
+                                                      "-framework Sparkle")
 target_link_options(quillery_native_desktop INTERFACE "LINKER:-rpath,@executable_path/../Frameworks")

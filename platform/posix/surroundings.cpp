@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
+#include <thread>
 
 #include "platform/error.h"
 
@@ -22,3 +23,5 @@ std::string currentFolder() {
     throw Error("POSIX", problem.value(), "The working folder couldn’t be found: " + problem.message() + ".");
   return folder.string();
 }
+
+void pauseThread(std::chrono::milliseconds duration) { std::this_thread::sleep_for(duration); }

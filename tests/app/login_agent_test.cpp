@@ -1,10 +1,11 @@
-// The login agent: its file, the three launchctl commands, and what each failure leaves behind.
+// The login agent: its file, the launchctl commands and their repetitions, and what each failure leaves behind.
 #include "app/login_agent.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <string>
 
 #include "tests/support/virtual_machine.h"
@@ -61,9 +62,8 @@ class LoginAgent : public testing::Test {
 };
 
 TEST_F(LoginAgent, isWrittenAndLoadedOnAFirstRun) {
-  machine_.processes.willAnswer("bootout", 3);
   EXPECT_THAT(registered(),
-              ElementsAre("read " + file, bootout, "serialize xml", "write atomically " + file, bootstrap));
+              ElementsAre("read " + file, bootout, print, "serialize xml", "write atomically " + file, bootstrap));
   EXPECT_TRUE(machine_.files.folders().contains(agents));
   EXPECT_TRUE(machine_.files.folders().contains(logs));
 }
@@ -92,15 +92,15 @@ TEST_F(LoginAgent, isLeftAloneIfStoredAndLoaded) {
 TEST_F(LoginAgent, isRewrittenAndLoadedIfNotLoaded) {
   registerBackgroundJob();
   machine_.processes.willAnswer("print", 113);
-  EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print, bootout, "serialize xml",
+  EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", print, bootout, print, "serialize xml",
                                         "write atomically " + file, bootstrap));
 }
 
 TEST_F(LoginAgent, isRewrittenAndLoadedIfTheProgramMoved) {
   registerBackgroundJob();
   machine_.bundle.moveTo("/Users/user/Applications/Quillery.app");
-  EXPECT_THAT(registered(),
-              ElementsAre("read " + file, "parse", bootout, "serialize xml", "write atomically " + file, bootstrap));
+  EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", bootout, print, "serialize xml",
+                                        "write atomically " + file, bootstrap));
   EXPECT_THAT(machine_.files.content(file), HasSubstr("/Users/user/Applications/Quillery.app/Contents/MacOS/quillery"));
 }
 
@@ -147,7 +147,53 @@ TEST_F(LoginAgent, isReplacedSilentlyIfUnreadable) {
   registerBackgroundJob();
   machine_.files.failOn("read", EACCES, 2);
   EXPECT_THAT(registered(),
-              ElementsAre("read " + file, bootout, "serialize xml", "write atomically " + file, bootstrap));
+              ElementsAre("read " + file, bootout, print, "serialize xml", "write atomically " + file, bootstrap));
+}
+
+// --- launchd unloads a job slowly ---
+
+TEST_F(LoginAgent, isLoadedOnlyOnceTheOldJobIsGone) {
+  machine_.processes.willAnswerNext("print", 0, 2);
+  EXPECT_THAT(registered(), ElementsAre("read " + file, bootout, print, "pause 100 ms", print, "pause 100 ms", print,
+                                        "serialize xml", "write atomically " + file, bootstrap));
+}
+
+TEST_F(LoginAgent, isLoadedAfter5SecondsIfTheOldJobStays) {
+  machine_.processes.willAnswer("print", 0);
+  const Instant start = machine_.loop.now();
+  registerBackgroundJob();
+  EXPECT_EQ(machine_.loop.now() - start, std::chrono::seconds(5));
+  EXPECT_EQ(machine_.journal.entries().back(), bootstrap);
+}
+
+TEST_F(LoginAgent, isLoadedAtTheThirdAttempt) {
+  machine_.processes.willAnswerNext("bootstrap", 5, 2);
+  const Entries all = registered();
+  EXPECT_EQ(Entries(all.end() - 5, all.end()),
+            (Entries{bootstrap, "pause 2000 ms", bootstrap, "pause 2000 ms", bootstrap}));
+}
+
+// --- This process is the job ---
+
+TEST_F(LoginAgent, isOnlyWrittenIfLaunchdStartedThisProcessAsItsJob) {
+  machine_.processes.setVariable("XPC_SERVICE_NAME", "com.fenwarde.quillery");
+  registerBackgroundJob();
+  machine_.bundle.moveTo("/Users/user/Applications/Quillery.app");
+  EXPECT_THAT(registered(), ElementsAre("read " + file, "parse", "serialize xml", "write atomically " + file))
+      << "bootout would end this process";
+}
+
+TEST_F(LoginAgent, isLoadedIfLaunchdStartedThisProcessAsAnApplication) {
+  machine_.processes.setVariable("XPC_SERVICE_NAME", "application.com.fenwarde.quillery.1234567.1234568");
+  EXPECT_EQ(registered().back(), bootstrap);
+}
+
+// --- Switched off in the system's settings ---
+
+TEST_F(LoginAgent, isNoErrorIfItsUserSwitchedItOff) {
+  machine_.workspace.switchOff(file);
+  machine_.processes.willAnswer("bootstrap", 5);
+  EXPECT_EQ(registered().back(), bootstrap) << "once, and without a pause";
 }
 
 // --- Failures ---
@@ -167,7 +213,7 @@ TEST_F(LoginAgent, failsWithoutTheLogFolderAndRunsNothing) {
 
 TEST_F(LoginAgent, failsIfLaunchctlCannotBeStartedToPrint) {
   registerBackgroundJob();
-  failToRun("print", 3);
+  failToRun("print", 4);
   EXPECT_EQ(problem(), "POSIX 2: launchctl is not there.");
   EXPECT_EQ(machine_.journal.entries().back(), print) << "nothing runs after it";
 }
@@ -179,7 +225,7 @@ TEST_F(LoginAgent, failsIfLaunchctlCannotBeStartedToBootOut) {
 }
 
 TEST_F(LoginAgent, failsIfLaunchctlCannotBeStartedToBootstrap) {
-  failToRun("bootstrap", 2);
+  failToRun("bootstrap", 3);
   EXPECT_EQ(problem(), "POSIX 2: launchctl is not there.");
   EXPECT_TRUE(machine_.files.files().contains(file));
 }
@@ -196,9 +242,16 @@ TEST_F(LoginAgent, failsIfItsFileCannotBeWritten) {
   EXPECT_EQ(machine_.journal.entries().back(), "write atomically " + file) << "bootstrap is not run";
 }
 
-TEST_F(LoginAgent, failsWithCode4IfBootstrapFails) {
+TEST_F(LoginAgent, failsIfLaunchctlCannotBeStartedWhileTheJobIsUnloaded) {
+  failToRun("print", 2);
+  EXPECT_EQ(problem(), "POSIX 2: launchctl is not there.");
+  EXPECT_FALSE(machine_.files.files().contains(file));
+}
+
+TEST_F(LoginAgent, failsWithCode4IfBootstrapFailsThreeTimes) {
   machine_.processes.willAnswer("bootstrap", 5);
   EXPECT_EQ(problem(), "Sorter 4: Could not enable automatic sorting. Please reopen the installed app.");
+  EXPECT_EQ(machine_.journal.count("run"), 2 + 3);
 }
 
 }  // namespace

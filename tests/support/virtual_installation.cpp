@@ -20,7 +20,25 @@ std::optional<std::string> VirtualProcesses::environmentVariable(const std::stri
 int VirtualProcesses::run(const std::string& path, const std::vector<std::string>& arguments) {
   std::string line = path;
   for (const std::string& argument : arguments) line += " " + argument;
-  return journal_.perform("run", line, [&] { return arguments.empty() ? 0 : statuses_[arguments.front()]; });
+  return journal_.perform("run", line, [&] { return arguments.empty() ? 0 : statusOf(arguments.front()); });
+}
+
+int VirtualProcesses::statusOf(const std::string& subcommand) {
+  if (auto& [status, times] = nextStatuses_[subcommand]; times > 0) {
+    --times;
+    return status;
+  }
+  if (const auto set = statuses_.find(subcommand); set != statuses_.end()) return set->second;
+  const bool wasLoaded = isJobLoaded_;
+  if (subcommand == "bootstrap") isJobLoaded_ = true;
+  if (subcommand == "bootout") isJobLoaded_ = false;
+  if (subcommand == "bootout" && !wasLoaded) return 3;
+  if (subcommand == "print" && !wasLoaded) return 113;
+  return 0;
+}
+
+void VirtualProcesses::pause(std::chrono::milliseconds duration) {
+  journal_.perform("pause", std::to_string(duration.count()) + " ms", [&] { loop_.sleep(duration); });
 }
 
 std::string VirtualProcesses::randomUuid() {

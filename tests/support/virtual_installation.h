@@ -1,16 +1,19 @@
 // The bundle, the processes and the calendars of a virtual machine.
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/bundle.h"
 #include "platform/processes.h"
 #include "tests/support/journal.h"
 #include "tests/support/native_parts.h"
+#include "tests/support/virtual_main_loop.h"
 
 // Records path() as "bundle path".
 class VirtualBundle : public Bundle {
@@ -32,10 +35,11 @@ class VirtualBundle : public Bundle {
                                                      {"CFBundleVersion", "45"}};
 };
 
-// Records "uuid", and "run" with the path and the arguments. UUIDs count up and are the same on every machine.
+// Records "uuid", "run" with the path and the arguments, and "pause" with the time. UUIDs count up and are the same on
+// every machine. Has a launchd with room for one job, to which the programs bootstrap, bootout and print refer.
 class VirtualProcesses : public Processes {
  public:
-  explicit VirtualProcesses(Journal& journal) : journal_(journal) {}
+  VirtualProcesses(Journal& journal, VirtualMainLoop& loop) : journal_(journal), loop_(loop) {}
 
   std::string randomUuid() override;
   int processIdentifier() override { return 500; }
@@ -44,20 +48,31 @@ class VirtualProcesses : public Processes {
   std::optional<std::string> environmentVariable(const std::string& name) override;
   std::string workingFolder() override { return "/home/user/folder"; }
   int run(const std::string& path, const std::vector<std::string>& arguments) override;
+  void pause(std::chrono::milliseconds duration) override;
 
   void startInTerminal() { writesToTerminal_ = true; }
   void setVariable(const std::string& name, const std::string& value) { environment_[name] = value; }
 
-  // Sets the exit status of programs whose first argument is `subcommand`; 0 by default.
+  // Sets the exit status of programs whose first argument is `subcommand`, which then have no effect. Without it, they
+  // end with 0, or with launchctl's status if the job is not loaded.
   void willAnswer(const std::string& subcommand, int status) { statuses_[subcommand] = status; }
+  // The same for the next `times` programs only.
+  void willAnswerNext(const std::string& subcommand, int status, int times) {
+    nextStatuses_[subcommand] = {status, times};
+  }
 
   // The `number`-th UUID, counted from 1.
   static std::string uuid(int number);
 
  private:
+  int statusOf(const std::string& subcommand);
+
   Journal& journal_;
+  VirtualMainLoop& loop_;
   int given_ = 0;
+  bool isJobLoaded_ = false;
   std::map<std::string, int> statuses_;
+  std::map<std::string, std::pair<int, int>> nextStatuses_;  // a status, and how many programs will end with it
   bool writesToTerminal_ = false;
   std::map<std::string, std::string> environment_;
 };

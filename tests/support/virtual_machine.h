@@ -33,7 +33,7 @@ class VirtualMachine {
   EnglishCollation collation;
   VirtualUserInterface userInterface{journal};
   VirtualBundle bundle{journal};
-  VirtualProcesses processes{journal};
+  VirtualProcesses processes{journal, loop};
   VirtualWorkspace workspace{journal, loop, applications};
   VirtualUserDefaults defaults{journal};
   VirtualApplication application{journal};

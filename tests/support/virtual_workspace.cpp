@@ -44,6 +44,8 @@ void VirtualWorkspace::revealFile(const std::string& path) {
   journal_.perform("reveal", path, [] {});
 }
 
+bool VirtualWorkspace::hasSwitchedOff(const std::string& agentFile) { return switchedOff_ == agentFile; }
+
 Observation VirtualWorkspace::observeTerminations(TerminationHandler handler) {
   return journal_.perform("observe terminations", {}, [&]() -> Observation {
     const auto kept = std::make_shared<TerminationHandler>(std::move(handler));

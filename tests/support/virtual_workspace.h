@@ -25,10 +25,13 @@ class VirtualWorkspace : public Workspace {
   void openAddress(const std::string& address) override;
   void openFolder(const std::string& path) override;
   void revealFile(const std::string& path) override;
+  bool hasSwitchedOff(const std::string& agentFile) override;
   Observation observeTerminations(TerminationHandler handler) override;
   Observation observeWake(std::function<void()> handler) override;
 
   void uninstall(const std::string& identifier) { installed_.erase(identifier); }
+  // Switches the login agent of this property list off, as its user may in the system's settings.
+  void switchOff(const std::string& agentFile) { switchedOff_ = agentFile; }
   // From now on, opened applications do not start.
   void breakOpening() { opens_ = false; }
   // How applications that are opened from now on react to a quit request.
@@ -49,6 +52,7 @@ class VirtualWorkspace : public Workspace {
   VirtualMainLoop& loop_;
   VirtualRunningApplications& applications_;
   std::map<std::string, std::string> installed_ = {{"com.apple.Safari", "/Applications/Safari.app"}};
+  std::optional<std::string> switchedOff_;
   bool opens_ = true;
   QuitBehavior behavior_;
   VirtualMainLoop::Duration notificationDelay_ = VirtualMainLoop::Duration::zero();

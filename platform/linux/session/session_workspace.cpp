@@ -75,6 +75,8 @@ void SessionWorkspace::openFolder(const std::string& path) { openWithDesktop(pat
 
 void SessionWorkspace::revealFile(const std::string& path) { fileManager_.reveal(path); }
 
+bool SessionWorkspace::hasSwitchedOff(const std::string& /*agentFile*/) { return false; }
+
 Observation SessionWorkspace::observeTerminations(TerminationHandler handler) {
   const auto observation = std::make_shared<TerminationObservation>();
   observation->handler = std::move(handler);

@@ -37,6 +37,9 @@ class SessionWorkspace : public Workspace {
   // Uses the file manager on the session bus, or opens the file's folder if there is none.
   void revealFile(const std::string& path) override;
 
+  // Returns false: an autostart entry that the user has switched off can still be loaded.
+  bool hasSwitchedOff(const std::string& agentFile) override;
+
   // Reports each process that owned or queued for a name on the session bus, once per name, after it has left the bus.
   // Processes from before the observation count; TerminationWatch describes what may go unnoticed. The process
   // identifier is -1 if the bus did not report it. `terminate` of the application returns false. Throws Error if the

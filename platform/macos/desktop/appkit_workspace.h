@@ -11,6 +11,8 @@ class AppKitWorkspace : public Workspace {
   void openAddress(const std::string& address) override;
   void openFolder(const std::string& path) override;
   void revealFile(const std::string& path) override;
+  // Uses SMAppService, which macOS 12 does not have, nor its setting; returns false there.
+  bool hasSwitchedOff(const std::string& agentFile) override;
   Observation observeTerminations(TerminationHandler handler) override;
   Observation observeWake(std::function<void()> handler) override;
 };

@@ -1,6 +1,7 @@
 #include "platform/macos/desktop/appkit_workspace.h"
 
 #import <AppKit/AppKit.h>
+#import <ServiceManagement/ServiceManagement.h>
 
 #include <utility>
 
@@ -41,6 +42,16 @@ void AppKitWorkspace::openFolder(const std::string& path) {
 
 void AppKitWorkspace::revealFile(const std::string& path) {
   [workspace() activateFileViewerSelectingURLs:@[ fileAddress(path) ]];
+}
+
+// The status of an agent whose permission to run the user has revoked is "requires approval". The class is looked up by
+// its name, so that no linker makes the program depend on a class that macOS 12 does not have.
+bool AppKitWorkspace::hasSwitchedOff(const std::string& agentFile) {
+  if (@available(macOS 13.0, *)) {
+    Class const service = NSClassFromString(@"SMAppService");
+    return service != Nil && [service statusForLegacyURL:fileAddress(agentFile)] == SMAppServiceStatusRequiresApproval;
+  }
+  return false;
 }
 
 Observation AppKitWorkspace::observeTerminations(TerminationHandler handler) {

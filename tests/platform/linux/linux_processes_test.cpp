@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -166,6 +167,12 @@ TEST(LinuxProcesses, runReportsWhyAProgramCannotBeStarted) {
       EXPECT_EQ(error.description(), wanted);
     }
   }
+}
+
+TEST(LinuxProcesses, pauseTakesAtLeastTheGivenTime) {
+  const auto start = std::chrono::steady_clock::now();
+  LinuxProcesses().pause(std::chrono::milliseconds(2));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2));
 }
 
 TEST(LinuxProcesses, runReplacesLaunchctlByOurOwn) {

@@ -64,6 +64,7 @@ typedef NSString* NSFileAttributeKey;
 typedef NSString* NSKeyValueChangeKey;
 
 FOUNDATION_EXPORT NSString* NSStringFromClass(Class aClass);
+FOUNDATION_EXPORT Class _Nullable NSClassFromString(NSString* aClassName);
 
 // --- Protocols ---
 
