@@ -13,8 +13,7 @@ class FoundationProcesses : public Processes {
   bool writesToTerminal() override;
   std::optional<std::string> environmentVariable(const std::string& name) override;
   std::string workingFolder() override;
-  // The program inherits this process's environment and working folder. While NSTask waits for it, the run loop may run
-  // in its default mode.
-  void pause(std::chrono::milliseconds duration) override;
+  // The program inherits this process's environment and working folder.
   int run(const std::string& path, const std::vector<std::string>& arguments) override;
+  void pause(std::chrono::milliseconds duration) override;
 };
