@@ -6,7 +6,8 @@
 #include "platform/macos/objective_c.h"
 #include "platform/running_applications.h"
 
-// Uses NSRunningApplication, which asks Launch Services.
+// Uses NSRunningApplication, which asks Launch Services, and the kernel's list of this user's processes if that finds
+// none.
 class AppKitApplications : public RunningApplications {
  public:
   // Never throws Error: AppKit reports no failures.

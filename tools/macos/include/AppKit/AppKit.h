@@ -238,6 +238,7 @@ static const CGFloat NSSquareStatusItemLength = -2.0;
 @property(readonly) pid_t processIdentifier;
 - (BOOL)terminate;
 + (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:(NSString*)bundleIdentifier;
++ (nullable instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid;
 @end
 
 @interface NSWorkspaceOpenConfiguration : NSObject <NSCopying>

@@ -91,6 +91,7 @@ typedef struct {
 - (instancetype)initWithCharacters:(const unichar*)characters length:(NSUInteger)length;
 - (instancetype)initWithCharactersNoCopy:(unichar*)characters length:(NSUInteger)length freeWhenDone:(BOOL)freeBuffer;
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
+- (BOOL)isEqualToString:(NSString*)aString;
 - (NSComparisonResult)localizedStandardCompare:(NSString*)string;
 @end
 
@@ -237,8 +238,10 @@ FOUNDATION_EXPORT NSFileAttributeKey const NSFilePosixPermissions;
 @interface NSBundle : NSObject
 @property(class, readonly, strong) NSBundle* mainBundle;
 @property(readonly, copy) NSString* bundlePath;
+@property(readonly, copy, nullable) NSString* bundleIdentifier;
 @property(readonly, copy, nullable) NSURL* executableURL;
 - (nullable id)objectForInfoDictionaryKey:(NSString*)key;
++ (nullable instancetype)bundleWithPath:(NSString*)path;
 @end
 
 typedef unsigned long long NSActivityOptions;
