@@ -8,7 +8,7 @@
 #include "platform/product.h"
 
 Application* app = nullptr;
-std::shared_ptr<SorterDelegate> delegate;
+std::shared_ptr<SorterDelegate>& delegate = *new std::shared_ptr<SorterDelegate>();
 
 namespace {
 

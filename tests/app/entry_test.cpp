@@ -3,7 +3,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstddef>
+#include <cstdlib>
 #include <string>
 
 #include "app/alert.h"
@@ -62,6 +65,15 @@ TEST_F(Entry, becomesAnAccessoryThenRunsTheLoop) {
   EXPECT_EQ(all.at(2), "status item");
   EXPECT_EQ(delegate, nullptr);
   EXPECT_EQ(app, nullptr);
+}
+
+// The end of the process inside the loop, as on a Mac. If the controller were destroyed, so would be its observers.
+TEST_F(Entry, keepsTheControllerIfTheProcessEndsInsideTheLoop) {
+  machine_.application.whileRunning([] {
+    delegate->observers.emplace_back(nullptr, [](std::nullptr_t) { _exit(3); });
+    std::exit(0);
+  });
+  EXPECT_EXIT(run({}), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Entry, readsSortingPausedBeforeTheLoopRuns) {

@@ -45,6 +45,10 @@ class Information(unittest.TestCase):
     def test_sorts_titles_by_the_users_language(self):
         self.assertIs(self.information["CFBundleAllowMixedLocalizations"], True)
 
+    def test_is_never_terminated_while_it_runs_in_the_background(self):
+        for key in ("NSSupportsAutomaticTermination", "NSSupportsSuddenTermination"):
+            self.assertIs(self.information[key], False, key)
+
     def test_requires_macos_12(self):
         self.assertEqual(self.information["LSMinimumSystemVersion"], "12.0")
 

@@ -29,6 +29,11 @@
   });
 }
 
+// Nothing is restored. Without this answer, AppKit writes a warning to the error log at each launch.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)__unused application {
+  return YES;
+}
+
 - (BOOL)applicationShouldHandleReopen:(NSApplication*)__unused sender hasVisibleWindows:(BOOL)hasVisibleWindows {
   return callBack([&] {
     const auto delegate = delegate_.lock();

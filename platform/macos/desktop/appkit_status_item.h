@@ -9,7 +9,7 @@
 
 class AppKitStatusItem : public StatusItem {
  public:
-  AppKitStatusItem() = default;
+  AppKitStatusItem();
   ~AppKitStatusItem() override;
   AppKitStatusItem(const AppKitStatusItem&) = delete;
   AppKitStatusItem& operator=(const AppKitStatusItem&) = delete;

@@ -31,6 +31,7 @@ AppKitWindow::AppKitWindow(const WindowDescription& description) {
                                           backing:NSBackingStoreBuffered
                                             defer:NO];
   window_.releasedWhenClosed = NO;
+  window_.restorable = NO;
   window_.autorecalculatesKeyViewLoop = NO;
   openOnCurrentSpace(window_);
   window_.title = stringOf(description.title);

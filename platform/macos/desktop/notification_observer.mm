@@ -5,38 +5,60 @@
 
 #include "platform/macos/desktop/callback.h"
 
+using NotificationHandler = std::function<void(NSNotification*)>;
+
+// Calls the handler, unless it has been released.
+@interface NotificationReceiver : NSObject
+- (instancetype)initWithHandler:(const std::weak_ptr<NotificationHandler>&)handler;
+- (void)receive:(NSNotification*)notification;
+@end
+
+@implementation NotificationReceiver {
+  std::weak_ptr<NotificationHandler> handler_;
+}
+
+- (instancetype)initWithHandler:(const std::weak_ptr<NotificationHandler>&)handler {
+  self = [super init];
+  if (self != nil) handler_ = handler;
+  return self;
+}
+
+- (void)receive:(NSNotification*)notification {
+  if (const auto handler = handler_.lock()) callBack(*handler, notification);
+}
+
+@end
+
 namespace {
 
-class NotificationObserver : public std::enable_shared_from_this<NotificationObserver> {
+class NotificationObserver {
  public:
-  NotificationObserver(NSNotificationCenter* center, std::function<void(NSNotification*)> handler)
-      : center_(center), handler_(std::move(handler)) {}
+  NotificationObserver(NSNotificationCenter* center, NSNotificationName name, NotificationHandler handler)
+      : center_(center), handler_(std::make_shared<NotificationHandler>(std::move(handler))) {
+    NotificationReceiver* const receiver = [[NotificationReceiver alloc] initWithHandler:handler_];
+    // Without a queue, the block runs on the thread that posts the notification.
+    token_ = [center_ addObserverForName:name
+                                  object:nil
+                                   queue:nil
+                              usingBlock:^(NSNotification* notification) {
+                                [receiver performSelectorOnMainThread:@selector(receive:)
+                                                           withObject:notification
+                                                        waitUntilDone:NO
+                                                                modes:@[ NSRunLoopCommonModes ]];
+                              }];
+  }
   ~NotificationObserver() { [center_ removeObserver:token_]; }
   NotificationObserver(const NotificationObserver&) = delete;
   NotificationObserver& operator=(const NotificationObserver&) = delete;
 
-  void start(NSNotificationName name) {
-    const std::weak_ptr<NotificationObserver> weak = weak_from_this();
-    token_ = [center_ addObserverForName:name
-                                  object:nil
-                                   queue:NSOperationQueue.mainQueue
-                              usingBlock:^(NSNotification* notification) {
-                                // Holds the observer, and with it the handler, during the call.
-                                if (const auto present = weak.lock()) callBack(present->handler_, notification);
-                              }];
-  }
-
  private:
   NSNotificationCenter* center_;
-  std::function<void(NSNotification*)> handler_;
-  id token_ = nil;
+  std::shared_ptr<NotificationHandler> handler_;
+  id token_;
 };
 
 }  // namespace
 
-Observation observeNotifications(NSNotificationCenter* center, NSNotificationName name,
-                                 std::function<void(NSNotification*)> handler) {
-  const auto observer = std::make_shared<NotificationObserver>(center, std::move(handler));
-  observer->start(name);
-  return observer;
+Observation observeNotifications(NSNotificationCenter* center, NSNotificationName name, NotificationHandler handler) {
+  return std::make_shared<NotificationObserver>(center, name, std::move(handler));
 }

@@ -38,6 +38,7 @@ typedef enum NSApplicationTerminateReply : NSUInteger {
 - (void)applicationDidFinishLaunching:(NSNotification*)notification;
 - (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)sender;
 - (BOOL)applicationShouldHandleReopen:(NSApplication*)sender hasVisibleWindows:(BOOL)hasVisibleWindows;
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)app;
 @end
 
 @interface NSResponder : NSObject
@@ -55,11 +56,19 @@ typedef enum NSApplicationTerminateReply : NSUInteger {
 
 // --- Images, fonts and text ---
 
+typedef CGFloat NSFontWeight;
+APPKIT_EXTERN const NSFontWeight NSFontWeightRegular;
+
+@interface NSImageSymbolConfiguration : NSObject <NSCopying>
++ (instancetype)configurationWithPointSize:(CGFloat)pointSize weight:(NSFontWeight)weight;
+@end
+
 @interface NSImage : NSObject
 - (void)setTemplate:(BOOL)isTemplate;  // a method because "template", the name of the property, is a C++ keyword
 - (nullable instancetype)initWithContentsOfFile:(NSString*)fileName;
 + (nullable instancetype)imageWithSystemSymbolName:(NSString*)name
                           accessibilityDescription:(nullable NSString*)description;
+- (nullable NSImage*)imageWithSymbolConfiguration:(NSImageSymbolConfiguration*)configuration;
 @end
 
 @interface NSFont : NSObject <NSCopying>
@@ -186,6 +195,7 @@ typedef enum NSBackingStoreType : NSUInteger { NSBackingStoreBuffered = 2 } NSBa
 @property(nullable, strong) __kindof NSView* contentView;
 @property(nullable, weak) NSView* initialFirstResponder;
 @property(getter=isReleasedWhenClosed) BOOL releasedWhenClosed;
+@property(getter=isRestorable) BOOL restorable;
 @property BOOL autorecalculatesKeyViewLoop;
 @property BOOL preventsApplicationTerminationWhenModal;
 @property NSWindowCollectionBehavior collectionBehavior;
@@ -220,7 +230,10 @@ static const CGFloat NSSquareStatusItemLength = -2.0;
 @property BOOL appearsDisabled;
 @end
 
+typedef NSString* NSStatusItemAutosaveName;
+
 @interface NSStatusItem : NSObject
+@property(null_resettable, copy) NSStatusItemAutosaveName autosaveName;
 @property(nullable, strong) NSMenu* menu;
 @property(nullable, readonly, strong) NSStatusBarButton* button;
 @end

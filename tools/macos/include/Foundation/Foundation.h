@@ -333,10 +333,6 @@ FOUNDATION_EXPORT NSRunLoopMode const NSRunLoopCommonModes;
 - (void)invalidate;
 @end
 
-@interface NSOperationQueue : NSObject
-@property(class, readonly, strong) NSOperationQueue* mainQueue;
-@end
-
 FOUNDATION_EXPORT NSNotificationName const NSSystemClockDidChangeNotification;
 
 @interface NSNotification : NSObject <NSCopying>
@@ -350,6 +346,15 @@ FOUNDATION_EXPORT NSNotificationName const NSSystemClockDidChangeNotification;
                              queue:(nullable NSOperationQueue*)queue
                         usingBlock:(void (^)(NSNotification* notification))block;
 - (void)removeObserver:(id)observer;
+@end
+
+// --- Other threads ---
+
+@interface NSObject (NSThreadPerformAdditions)
+- (void)performSelectorOnMainThread:(SEL)aSelector
+                         withObject:(nullable id)arg
+                      waitUntilDone:(BOOL)wait
+                              modes:(nullable NSArray<NSString*>*)array;
 @end
 
 // --- Observing values ---
