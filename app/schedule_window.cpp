@@ -14,7 +14,18 @@
 
 namespace {
 
-constexpr std::array<const char*, 7> dayTitles = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+struct Day {
+  const char* title;
+  const char* name;  // for screen readers
+};
+
+constexpr std::array<Day, 7> dayNames = {{{"Sun", "Sunday"},
+                                          {"Mon", "Monday"},
+                                          {"Tue", "Tuesday"},
+                                          {"Wed", "Wednesday"},
+                                          {"Thu", "Thursday"},
+                                          {"Fri", "Friday"},
+                                          {"Sat", "Saturday"}}};
 
 constexpr const char* explanation =
     "Scheduled sorts quit Safari normally, back up and sort bookmarks, then reopen Safari if it was running. Safari is "
@@ -58,15 +69,18 @@ void SorterDelegate::addScheduleControls() {
       CheckBox{{24, 282, 470, 26}, "Enable scheduled sorting", calling(&SorterDelegate::scheduleControlsChanged)});
   dailyToggle->setOn(booleanForKey(settings_keys::dailyEnabled));
   timePicker = window.addTimePicker({24, 238, 160, 30});
+  timePicker->setAccessibilityLabel("Time of the scheduled sort");
   timePicker->setDateValue(storedTimeToday());
   PopUp presets{{204, 238, 290, 30}, {}, calling(&SorterDelegate::presetChanged)};
   for (const DayPreset& preset : dayPresets()) presets.items.push_back(preset.title);
   dayPreset = window.add(presets);
+  dayPreset->setAccessibilityLabel("Days of the scheduled sort");
   dayPreset->select(presetOf(days));
   dayButtons.clear();
   for (int day = 0; day < 7; ++day) {
-    const CheckBox box{{24 + 69 * day, 190, 68, 26}, dayTitles.at(static_cast<std::size_t>(day)), {}, day + 1};
-    dayButtons.push_back(window.add(box));
+    const auto& [title, name] = dayNames.at(static_cast<std::size_t>(day));
+    dayButtons.push_back(window.add(CheckBox{{24 + 69 * day, 190, 68, 26}, title, {}, day + 1}));
+    dayButtons.back()->setAccessibilityLabel(name);
     dayButtons.back()->setOn(isIn(day + 1, days));
   }
   window.add(Label{.frame = {24, 64, 482, 106}, .text = explanation});

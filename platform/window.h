@@ -29,6 +29,8 @@ enum class KeyEquivalent { none, returnKey, escape };
 class Button {
  public:
   virtual ~Button() = default;
+  // Sets what a screen reader says in place of the title.
+  virtual void setAccessibilityLabel(const std::string& label) = 0;
   virtual bool isOn() const = 0;
   virtual void setOn(bool on) = 0;
   virtual void setEnabled(bool enabled) = 0;
@@ -39,6 +41,8 @@ class Button {
 class PopUpButton {
  public:
   virtual ~PopUpButton() = default;
+  // Sets what a screen reader says before the selected item.
+  virtual void setAccessibilityLabel(const std::string& label) = 0;
   // Returns the index of the selected item, from 0.
   virtual std::size_t selectedIndex() const = 0;
   // Selects an item without calling the action.
@@ -50,6 +54,8 @@ class PopUpButton {
 class DatePicker {
  public:
   virtual ~DatePicker() = default;
+  // Sets what a screen reader says before the time.
+  virtual void setAccessibilityLabel(const std::string& label) = 0;
   virtual Instant dateValue() const = 0;
   virtual void setDateValue(Instant date) = 0;
   virtual void setEnabled(bool enabled) = 0;
@@ -85,7 +91,7 @@ struct Label {
   bool wraps = true;
 };
 
-// An image from a file. If the file cannot be read, nothing is shown.
+// A decorative image from a file, which screen readers ignore. If the file cannot be read, nothing is shown.
 struct Image {
   Frame frame;
   std::string path;

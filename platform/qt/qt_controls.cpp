@@ -13,7 +13,13 @@ QDateTime localDateTime(Instant instant) {
 
 QTime minuteOf(const QTime& time) { return {time.hour(), time.minute()}; }
 
+void name(QWidget* widget, const std::string& label) {
+  if (widget != nullptr) widget->setAccessibleName(QString::fromStdString(label));
+}
+
 }  // namespace
+
+void QtButton::setAccessibilityLabel(const std::string& label) { name(button_, label); }
 
 void QtButton::setOn(bool on) {
   if (button_) button_->setChecked(on);
@@ -22,6 +28,8 @@ void QtButton::setOn(bool on) {
 void QtButton::setEnabled(bool enabled) {
   if (button_) button_->setEnabled(enabled);
 }
+
+void QtPopUpButton::setAccessibilityLabel(const std::string& label) { name(comboBox_, label); }
 
 std::size_t QtPopUpButton::selectedIndex() const {
   return comboBox_ ? static_cast<std::size_t>(std::max(comboBox_->currentIndex(), 0)) : 0;
@@ -35,6 +43,8 @@ void QtPopUpButton::select(std::size_t index) {
 void QtPopUpButton::setEnabled(bool enabled) {
   if (comboBox_) comboBox_->setEnabled(enabled);
 }
+
+void QtDatePicker::setAccessibilityLabel(const std::string& label) { name(timeEdit_, label); }
 
 Instant QtDatePicker::dateValue() const {
   QDateTime dateTime = localDateTime(date_);

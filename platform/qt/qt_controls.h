@@ -14,6 +14,7 @@
 class QtButton : public Button {
  public:
   QtButton(QAbstractButton* button, int tag) : button_(button), tag_(tag) {}
+  void setAccessibilityLabel(const std::string& label) override;
   bool isOn() const override { return button_ && button_->isChecked(); }
   void setOn(bool on) override;
   void setEnabled(bool enabled) override;
@@ -27,6 +28,7 @@ class QtButton : public Button {
 class QtPopUpButton : public PopUpButton {
  public:
   explicit QtPopUpButton(QComboBox* comboBox) : comboBox_(comboBox) {}
+  void setAccessibilityLabel(const std::string& label) override;
   std::size_t selectedIndex() const override;
   // Ignores an index that is out of range.
   void select(std::size_t index) override;
@@ -41,6 +43,7 @@ class QtPopUpButton : public PopUpButton {
 class QtDatePicker : public DatePicker {
  public:
   explicit QtDatePicker(QTimeEdit* timeEdit) : timeEdit_(timeEdit) { QtDatePicker::setDateValue({}); }
+  void setAccessibilityLabel(const std::string& label) override;
   Instant dateValue() const override;
   void setDateValue(Instant date) override;
   void setEnabled(bool enabled) override;

@@ -93,6 +93,16 @@ TEST_F(ScheduleWindow, offersThePresetsInTheirOrder) {
   EXPECT_THAT(presets().items, ElementsAre("Daily", "Weekdays", "Weekends", "Selected days"));
 }
 
+TEST_F(ScheduleWindow, tellsScreenReadersWhatTheTitlesDoNotSay) {
+  open();
+  EXPECT_EQ(window().only("time picker").accessibilityLabel, "Time of the scheduled sort");
+  EXPECT_EQ(presets().accessibilityLabel, "Days of the scheduled sort");
+  std::vector<std::string> days;
+  for (const char* title : {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"})
+    days.push_back(control(title).accessibilityLabel);
+  EXPECT_THAT(days, ElementsAre("Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"));
+}
+
 TEST_F(ScheduleWindow, numbersTheDaysFromSunday) {
   open();
   for (int day = 0; day < 7; ++day)

@@ -319,7 +319,8 @@ class EndToEndTest(unittest.TestCase):
         self.desktop.screen.press(presets)
         wait_for(presets.is_expanded, "an open list")
         self.desktop.screen.type("End", "Return")
-        days = [window.find("check box", day) for day in ("Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat")]
+        days = [window.find("check box", f"{day}day")
+                for day in ("Sun", "Mon", "Tues", "Wednes", "Thurs", "Fri", "Satur")]
         wait_for(days[0].is_enabled, "enabled check boxes of days")
         for day in days:
             self.desktop.screen.press(day)

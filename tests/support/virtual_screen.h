@@ -25,6 +25,9 @@ struct VirtualControl : Button, PopUpButton, DatePicker {
   Instant date;
   Label label;  // the description of a label
 
+  std::string accessibilityLabel;
+
+  void setAccessibilityLabel(const std::string& newLabel) override { accessibilityLabel = newLabel; }
   bool isOn() const override { return isOnNow; }
   void setOn(bool on) override { isOnNow = on; }
   void setEnabled(bool enabled) override { isEnabledNow = enabled; }

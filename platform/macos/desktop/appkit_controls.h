@@ -10,6 +10,7 @@
 class AppKitButton : public Button {
  public:
   explicit AppKitButton(NSButton* button) : button_(button) {}
+  void setAccessibilityLabel(const std::string& label) override;
   bool isOn() const override { return button_.state == NSControlStateValueOn; }
   void setOn(bool on) override { button_.state = on ? NSControlStateValueOn : NSControlStateValueOff; }
   void setEnabled(bool enabled) override { button_.enabled = enabled; }
@@ -22,6 +23,7 @@ class AppKitButton : public Button {
 class AppKitPopUpButton : public PopUpButton {
  public:
   explicit AppKitPopUpButton(NSPopUpButton* popUp) : popUp_(popUp) {}
+  void setAccessibilityLabel(const std::string& label) override;
   std::size_t selectedIndex() const override;
   // Ignores an index that is out of range.
   void select(std::size_t index) override;
@@ -34,6 +36,7 @@ class AppKitPopUpButton : public PopUpButton {
 class AppKitDatePicker : public DatePicker {
  public:
   explicit AppKitDatePicker(NSDatePicker* picker) : picker_(picker) {}
+  void setAccessibilityLabel(const std::string& label) override;
   // Ends the editing in the window first, because digits that are being typed do not count until then.
   Instant dateValue() const override;
   void setDateValue(Instant date) override;

@@ -92,6 +92,7 @@ void AppKitWindow::add(const Image& image) {
   NSImageView* const view = [[NSImageView alloc] initWithFrame:rectangleOf(image.frame)];
   view.imageScaling = NSImageScaleProportionallyUpOrDown;
   view.image = [[NSImage alloc] initWithContentsOfFile:stringOf(image.path)];
+  view.accessibilityElement = NO;
   place(view, image.frame);
 }
 

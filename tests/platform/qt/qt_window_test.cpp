@@ -87,6 +87,16 @@ TEST_F(QtWindowTest, controlsAddedLaterAreVisible) {
   EXPECT_TRUE(only<QLabel>().isVisible());
 }
 
+TEST_F(QtWindowTest, accessibilityLabelsReachScreenReaders) {
+  window_->add(CheckBox{{0, 40, 200, 18}, "Sun", nullptr})->setAccessibilityLabel("Sunday");
+  window_->add(PopUp{{0, 0, 300, 26}, {"One"}, nullptr})->setAccessibilityLabel("Days");
+  window_->addTimePicker({200, 172, 100, 28})->setAccessibilityLabel("Time");
+  EXPECT_EQ(only<QCheckBox>().accessibleName(), "Sunday");
+  EXPECT_EQ(only<QCheckBox>().text(), "Sun");
+  EXPECT_EQ(only<QComboBox>().accessibleName(), "Days");
+  EXPECT_EQ(only<QTimeEdit>().accessibleName(), "Time");
+}
+
 TEST_F(QtWindowTest, titlesAreShownVerbatim) {
   window_->add(PushButton{{0, 0, 200, 32}, "Sort & Quit", nullptr});
   window_->add(CheckBox{{0, 40, 200, 18}, "Sort & Quit", nullptr});

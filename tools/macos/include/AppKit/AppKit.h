@@ -110,7 +110,12 @@ static const NSControlStateValue NSControlStateValueOn = 1;
 
 // --- Views and controls ---
 
-@interface NSView : NSResponder
+@protocol NSAccessibility <NSObject>
+@property(getter=isAccessibilityElement) BOOL accessibilityElement;
+@property(nullable, copy) NSString* accessibilityLabel;
+@end
+
+@interface NSView : NSResponder <NSAccessibility>
 @property NSRect frame;
 @property(copy, nullable) NSString* toolTip;
 @property(nullable, assign) NSView* nextKeyView;
