@@ -8,6 +8,7 @@
 #include "platform/product.h"
 
 Application* app = nullptr;
+// NOLINTNEXTLINE(cert-err58-cpp): without memory the program cannot start
 std::shared_ptr<SorterDelegate>& delegate = *new std::shared_ptr<SorterDelegate>();
 
 namespace {

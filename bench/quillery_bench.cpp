@@ -182,6 +182,7 @@ void runScript(const std::string& script, const std::string& file, const std::fi
   const std::string backup = scratch / "script backup";
   std::vector<std::string> words = {"python3", script, file, target, backup};
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   pid_t process = 0;
@@ -201,7 +202,7 @@ struct Plan {
 };
 
 std::filesystem::path makeHome(const std::string& file) {
-  const std::filesystem::path home = std::filesystem::absolute(file).parent_path() / "quillery bench home";
+  std::filesystem::path home = std::filesystem::absolute(file).parent_path() / "quillery bench home";
   std::filesystem::remove_all(home);
   std::filesystem::create_directories(home / "Library/Safari");
   setenv("HOME", home.c_str(), 1);

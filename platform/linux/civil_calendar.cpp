@@ -107,7 +107,7 @@ class SystemCalendar : public CivilCalendar {
 
  private:
   // In seconds. The largest difference between local time and UTC is less than 25 hours.
-  static constexpr std::int64_t furthestChange = 25 * 60 * 60;
+  static constexpr std::int64_t furthestChange = std::int64_t{25} * 60 * 60;
 
   // Returns the difference between local time and UTC, in seconds.
   static std::int64_t offset(std::int64_t instant) {

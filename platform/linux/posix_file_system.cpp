@@ -15,6 +15,7 @@
 #include "platform/error.h"
 #include "platform/posix/file_attempt.h"
 #include "platform/posix/file_descriptor.h"
+#include "platform/posix/file_mode.h"
 #include "platform/posix/folder_listing.h"
 #include "platform/posix/large_memory.h"
 #include "platform/posix/new_folders.h"
@@ -22,7 +23,6 @@
 namespace {
 
 constexpr const char* errorDomain = "POSIX";
-constexpr mode_t permissionBits = 07777;
 // In bytes. The parsers reject larger files anyway, but reading one first could take all memory.
 constexpr std::size_t largestFile = 0xFFFF'FFFF;
 constexpr std::size_t smallestRead = 4096;

@@ -149,7 +149,8 @@ std::strong_ordering PrimaryRanks::compare(std::u16string_view a, std::u16string
     if (rankOfA != rankOfB) return rankOfA <=> rankOfB;
   }
   if (a.size() == b.size()) return std::strong_ordering::equal;
-  return a.size() > b.size() ? compareEnd(a, place) : 0 <=> compareEnd(b, place);
+  if (a.size() > b.size()) return compareEnd(a, place);
+  return std::is_gt(compareEnd(b, place)) ? std::strong_ordering::less : std::strong_ordering::equal;
 }
 
 // Compares a text with one that ends at `place` and has the same weights before it.

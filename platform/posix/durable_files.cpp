@@ -16,17 +16,14 @@
 #include "platform/posix/file_attempt.h"
 #include "platform/posix/file_attributes.h"
 #include "platform/posix/file_descriptor.h"
+#include "platform/posix/file_mode.h"
 #include "platform/posix/temporary_file.h"
 
 namespace {
 
-constexpr mode_t permissionBits = 07777;
-constexpr mode_t usualMode = 0666;
+constexpr mode_t usualFileMode = 0666;
 constexpr std::size_t blockSize = std::size_t{256} << 10;
 constexpr int maximumLinks = 40;  // as many as Linux follows when it opens a file
-
-// On macOS mode_t has 16 bits, so `&` returns an int.
-mode_t masked(mode_t mode, mode_t mask) { return static_cast<mode_t>(mode & mask); }
 
 FileAttempt saving(const std::string& path) { return {"file", path, "saved"}; }
 
@@ -256,7 +253,7 @@ bool isSameFile(const struct stat& one, const struct stat& other) {
 mode_t modeOfNewFiles() {
   const mode_t mask = umask(0077);  // there is no call that only reads it
   umask(mask);
-  return masked(usualMode, static_cast<mode_t>(~mask));
+  return masked(usualFileMode, static_cast<mode_t>(~mask));
 }
 
 int flushFolder(const std::string& path, Flush flush) {

@@ -1,6 +1,5 @@
 #include "platform/posix/file_attributes.h"
 
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,14 +8,13 @@
 #include <vector>
 #ifdef __APPLE__
 #include <copyfile.h>
+#else
+#include <sys/xattr.h>
 #endif
 
+#include "platform/posix/file_mode.h"
+
 namespace {
-
-constexpr mode_t permissionBits = 07777;
-
-// On macOS mode_t has 16 bits, so `&` returns an int.
-mode_t masked(mode_t mode, mode_t mask) { return static_cast<mode_t>(mode & mask); }
 
 struct stat statusOf(const FileDescriptor& file, const FileAttempt& attempt) {
   struct stat status {};

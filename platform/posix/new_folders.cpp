@@ -8,11 +8,11 @@
 
 #include "platform/posix/file_attempt.h"
 #include "platform/posix/file_attributes.h"
+#include "platform/posix/file_mode.h"
 
 namespace {
 
-constexpr mode_t usualMode = 0777;
-constexpr mode_t permissionBits = 07777;
+constexpr mode_t usualFolderMode = 0777;
 
 FileAttempt creating(const std::string& path) { return {"folder", path, "created"}; }
 
@@ -36,7 +36,7 @@ int complete(const std::string& path, const std::string& parent, std::optional<m
 // Creates one folder. Returns false if its parent is missing.
 bool createOne(const std::string& path, std::optional<mode_t> mode, Flush flush) {
   const std::string parent = parentOf(path);
-  if (mkdir(path.c_str(), mode.value_or(usualMode)) != 0) {
+  if (mkdir(path.c_str(), mode.value_or(usualFolderMode)) != 0) {
     const int problem = errno;
     if (problem == EEXIST && isFolder(path)) return true;  // another process has just created it
     if (problem == ENOENT) return false;

@@ -253,6 +253,7 @@ TEST_F(SortOrderTest, comparesTitlesOnceForAllFolders) {
   std::vector<std::uint32_t> leaves;
   for (char last = 'p'; last >= 'a'; --last) leaves.push_back(file.leaf(std::string(5000, 'x') + last));
   std::vector<std::uint32_t> folders;
+  folders.reserve(5000);
   for (int number = 0; number < 5000; ++number) folders.push_back(file.folder("f", leaves));
   const PlistValue inOrder = sortedWithFewComparisons(file.bytes(file.folder("all", folders)));
   for (const std::size_t index : {0U, 15U})

@@ -7,14 +7,14 @@
 #include <cstdio>
 #include <cstdlib>
 
-// glibc's own names of the replaced functions. NOLINTBEGIN(bugprone-reserved-identifier)
+// glibc's own names of the replaced functions. NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* start, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 }
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 namespace {
 

@@ -103,7 +103,8 @@ std::uint32_t DocumentBuilder::key(std::uint32_t string) {
 std::uint32_t DocumentBuilder::sourceKey(std::size_t offset, std::size_t size, bool verbatim) {
   if (size == 0) return newSourceKey(offset, size, verbatim);
   const char* start = document_->source.text().data() + offset;
-  const auto place = size + 3U * static_cast<unsigned char>(start[0]) + static_cast<unsigned char>(start[size - 1]);
+  const auto place =
+      size + std::size_t{3} * static_cast<unsigned char>(start[0]) + static_cast<unsigned char>(start[size - 1]);
   std::string_view& text = recentKeys_[place % recentKeys_.size()].text;
   std::uint32_t& record = recentKeys_[place % recentKeys_.size()].record;
   if (text == std::string_view(start, size)) return record;

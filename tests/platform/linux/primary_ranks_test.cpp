@@ -42,6 +42,7 @@ double compareAllPairs(const std::string& locale, const std::vector<std::u16stri
   const Collator collator = open(locale);
   const PrimaryRanks ranks(collator.get());
   std::vector<SortKey> keys;
+  keys.reserve(texts.size());
   for (const std::u16string& text : texts) keys.push_back(sortKey(collator.get(), text));
   std::size_t decided = 0;
   for (std::size_t a = 0; a < texts.size(); ++a) {

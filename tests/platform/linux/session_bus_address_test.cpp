@@ -41,16 +41,15 @@ class SessionBusAddress : public testing::Test {
   // impossible, skips the test and returns nothing.
   template <class Preparation>
   std::string addressWithRun(Preparation prepare) {
-    const std::string found = inChildProcess([&]() -> std::string {
+    return inChildProcess([&]() -> std::string {
       if (const std::string problem = separateMounts(); !problem.empty()) return "no: " + problem;
       if (mount("none", "/run", "tmpfs", 0, "size=1m,mode=755") != 0) return "no: /run cannot be mounted";
       prepare();
       return address();
     });
-    return found;
   }
   static std::string runtimeFolder(uid_t user) {
-    const std::string folder = "/run/user/" + std::to_string(user);
+    std::string folder = "/run/user/" + std::to_string(user);
     std::filesystem::create_directories(folder);
     return folder;
   }

@@ -93,6 +93,7 @@ TEST(BinaryReader, refusesKeysOfEqualHash) {
   BinaryFile file;
   const std::uint32_t value = file.string("value");
   std::vector<std::uint32_t> numbers;
+  numbers.reserve(keys.size());
   for (const std::string& key : keys) numbers.push_back(file.string(key));
   const std::uint32_t top = file.dictionary(numbers, std::vector<std::uint32_t>(numbers.size(), value));
   EXPECT_THAT(problemOf(file.bytes(top)), HasSubstr("too many keys with nearly equal hashes"));
