@@ -19,6 +19,7 @@
 #include "platform/posix/folder_listing.h"
 #include "platform/posix/large_memory.h"
 #include "platform/posix/new_folders.h"
+#include "platform/posix/open_file.h"
 
 namespace {
 
@@ -28,24 +29,9 @@ constexpr std::size_t largestFile = 0xFFFF'FFFF;
 constexpr std::size_t smallestRead = 4096;
 // The most bytes that a file may grow by while it is read, and the most bytes of holes in it.
 constexpr std::size_t mostGrowth = std::size_t{64} << 20;
-constexpr std::size_t mostInHoles = std::size_t{64} << 20;
+constexpr off_t mostInHoles = off_t{64} << 20;
 
 FileAttempt opening(const std::string& path) { return {"file", path, "opened"}; }
-
-// An open regular file and the size that the system reports for it.
-struct OpenFile {
-  FileDescriptor descriptor;
-  std::size_t size;
-};
-
-OpenFile openForReading(const std::string& path) {
-  // O_NONBLOCK, so that opening a pipe does not wait for a writer. It has no effect on a regular file.
-  FileDescriptor file(uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
-  struct stat status {};
-  if (!file.isOpen() || fstat(file.get(), &status) != 0) throw opening(path).failure(errno);
-  requireRegular(status, opening(path));
-  return {std::move(file), static_cast<std::size_t>(status.st_size)};
-}
 
 // Reads up to `size` bytes to `start`. Returns their number, which is 0 at the end of the file.
 std::size_t readSome(const FileDescriptor& file, std::byte* start, std::size_t size, const std::string& path) {
@@ -56,17 +42,18 @@ std::size_t readSome(const FileDescriptor& file, std::byte* start, std::size_t s
 
 // Throws if a file is large only because of its holes, which take no space on the disk but would take memory here.
 void requireFewHoles(const OpenFile& file, const std::string& path) {
-  const auto size = static_cast<off_t>(file.size);
-  std::size_t inHoles = 0;
-  for (off_t data = 0; file.size > mostInHoles && data < size;) {
+  const off_t size = file.status.st_size;
+  if (size <= mostInHoles) return;
+  off_t inHoles = 0;
+  for (off_t data = 0; data < size;) {
     const off_t hole = lseek(file.descriptor.get(), data, SEEK_HOLE);
     if (hole < 0 || hole >= size) break;  // a failure means that the file system reports no holes
     data = lseek(file.descriptor.get(), hole, SEEK_DATA);
     if (data < 0) data = size;
-    inHoles += static_cast<std::size_t>(data - hole);
+    inHoles += data - hole;
     if (inHoles > mostInHoles) throw opening(path).failure(EFBIG, "it is a sparse file");
   }
-  if (file.size > mostInHoles) lseek(file.descriptor.get(), 0, SEEK_SET);
+  lseek(file.descriptor.get(), 0, SEEK_SET);
 }
 
 std::string withoutSlashAtEnd(std::string path) {
@@ -95,12 +82,13 @@ std::string PosixFileSystem::homeFolder() {
 }
 
 Bytes PosixFileSystem::read(const std::string& path) {
-  const OpenFile file = openForReading(path);
-  if (file.size > largestFile) throw opening(path).failure(EFBIG);
+  const OpenFile file = openPresent(path, opening(path));
+  const auto size = static_cast<std::size_t>(file.status.st_size);
+  if (size > largestFile) throw opening(path).failure(EFBIG);
   requireFewHoles(file, path);
-  const std::size_t most = std::min(largestFile, file.size + mostGrowth);
+  const std::size_t most = std::min(largestFile, size + mostGrowth);
   // At least one byte more than expected, to find the end of the file.
-  LargeBuffer content(std::max(file.size + 1, smallestRead));
+  LargeBuffer content(std::max(size + 1, smallestRead));
   while (const std::size_t count =
              readSome(file.descriptor, content.data() + content.size(), content.capacity() - content.size(), path)) {
     content.resize(content.size() + count);

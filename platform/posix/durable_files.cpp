@@ -17,6 +17,7 @@
 #include "platform/posix/file_attributes.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/file_mode.h"
+#include "platform/posix/open_file.h"
 #include "platform/posix/temporary_file.h"
 
 namespace {
@@ -62,28 +63,6 @@ std::string followLinks(const std::string& path) {
     target = (std::filesystem::path(target).parent_path() / next).string();
   }
   throw saving(path).failure(ELOOP);
-}
-
-// A file that is open for reading.
-struct OpenFile {
-  FileDescriptor descriptor;
-  struct stat status;
-};
-
-// Opens a regular file without waiting for a pipe or a device. Returns absent if it does not exist.
-std::optional<OpenFile> openIfPresent(const std::string& path, const FileAttempt& attempt) {
-  FileDescriptor file(uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
-  struct stat status {};
-  if (!file.isOpen() && errno == ENOENT) return std::nullopt;
-  if (!file.isOpen() || fstat(file.get(), &status) != 0) throw attempt.failure(errno);
-  requireRegular(status, attempt);
-  return OpenFile{std::move(file), status};
-}
-
-OpenFile openPresent(const std::string& path, const FileAttempt& attempt) {
-  std::optional<OpenFile> file = openIfPresent(path, attempt);
-  if (!file) throw attempt.failure(ENOENT);
-  return std::move(*file);
 }
 
 // Compares the content of open files with expected bytes. Has its memory from the start, so that a comparison cannot
