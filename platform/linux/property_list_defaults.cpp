@@ -35,8 +35,7 @@ class SettingsLock {
   explicit SettingsLock(const std::string& path)
       : file_(uninterrupted([&] { return open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, fileMode); })) {
     if (!file_.isOpen()) throw lockFailure(path);
-    const std::optional<Ownership> owner = ownershipIn(parentOf(path));
-    if (owner && fchown(file_.get(), owner->user, owner->group) != 0) throw lockFailure(path);
+    if (giveToOwnerOf(parentOf(path), file_) != 0) throw lockFailure(path);
     if (uninterrupted([&] { return flock(file_.get(), LOCK_EX); }) != 0) throw lockFailure(path);
   }
 

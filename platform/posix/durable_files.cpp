@@ -127,11 +127,6 @@ void fill(const TemporaryFile& file, const Bytes& bytes, const std::optional<Ope
     throw attempt.failure(errno);
 }
 
-void giveToOwnerOf(const std::string& folder, const FileDescriptor& file, const FileAttempt& attempt) {
-  const std::optional<Ownership> owner = ownershipIn(folder);
-  if (owner && fchown(file.get(), owner->user, owner->group) != 0) throw attempt.failure(errno);
-}
-
 // Renames a complete file over the target. A failure to flush the folder afterwards is ignored; see replaceFile. Needs
 // no memory once the rename has succeeded.
 void rename(TemporaryFile& file, const std::string& target, Flush flush, const FileAttempt& attempt) {
@@ -158,7 +153,7 @@ void writeNewFile(const std::string& path, const Bytes& bytes, Flush flush) {
   const FileAttempt attempt = saving(path);
   const std::string folder = parentOf(path);
   TemporaryFile file(folder, attempt);
-  giveToOwnerOf(folder, file.descriptor(), attempt);
+  if (giveToOwnerOf(folder, file.descriptor()) != 0) throw attempt.failure(errno);
   writeAll(file.descriptor(), bytes, attempt);
   ::flush(file.descriptor(), flush, attempt);
   if (const int problem = file.renameWithoutReplacing(path); problem != 0) throw attempt.failure(problem);
@@ -175,7 +170,7 @@ void replaceFile(const std::string& path, const Bytes& bytes, mode_t modeIfNew, 
   removeAbandonedFrom(folder, {target});
   const std::optional<OpenFile> replaced = openIfPresent(target, attempt);
   TemporaryFile file(folder, attempt);
-  if (!replaced) giveToOwnerOf(folder, file.descriptor(), attempt);
+  if (!replaced && giveToOwnerOf(folder, file.descriptor()) != 0) throw attempt.failure(errno);
   fill(file, bytes, replaced, masked(modeIfNew, permissionBits), attempt);
   ::flush(file.descriptor(), flush, attempt);
   if (const int problem = file.prepareToReplace(); problem != 0) throw attempt.failure(problem);

@@ -157,3 +157,8 @@ std::optional<Ownership> ownershipIn(const std::string& folder) {
   const bool isShared = (status.st_mode & S_ISVTX) != 0;  // as /tmp is, where everybody's files belong to their makers
   return status.st_uid == 0 || isShared ? std::nullopt : std::optional(Ownership{status.st_uid, status.st_gid});
 }
+
+int giveToOwnerOf(const std::string& folder, const FileDescriptor& file) {
+  const std::optional<Ownership> owner = ownershipIn(folder);
+  return owner ? fchown(file.get(), owner->user, owner->group) : 0;
+}

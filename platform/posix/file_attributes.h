@@ -26,3 +26,6 @@ struct Ownership {
 // creates it in another user's folder, because that user could not use it otherwise. Absent if the system chooses
 // right.
 std::optional<Ownership> ownershipIn(const std::string& folder);
+
+// Gives a new file in `folder` to ownershipIn(folder). Returns 0, or -1 and sets errno.
+int giveToOwnerOf(const std::string& folder, const FileDescriptor& file);
