@@ -55,14 +55,6 @@ std::size_t mostBytesOfPreview(std::size_t fileSize) {
 // Needs no memory.
 void complainAboutMemory() noexcept { std::cerr << "quilleryctl: there is not enough memory\n"; }
 
-void complain(std::string_view text) noexcept {
-  try {
-    std::cerr << "quilleryctl: " << harmlessText(text) << '\n';
-  } catch (...) {
-    complainAboutMemory();
-  }
-}
-
 std::string absolute(const std::string& path) {
   return path.starts_with('/') ? path : platform().processes.workingFolder() + "/" + path;
 }
@@ -227,6 +219,14 @@ int performed(const Request& request, Instant now) noexcept {
 }
 
 }  // namespace
+
+void complain(std::string_view text) noexcept {
+  try {
+    std::cerr << "quilleryctl: " << harmlessText(text) << '\n';
+  } catch (...) {
+    complainAboutMemory();
+  }
+}
 
 int runCompanion(const Arguments& arguments, Instant now) {
   const auto asked = requestOf(arguments);

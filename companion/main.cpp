@@ -1,8 +1,6 @@
 // The entry point of the command-line companion.
-#include <chrono>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
 
 #include "companion/companion.h"
 #include "platform/platform.h"
@@ -10,10 +8,9 @@
 int main(int count, char** values) {
   try {
     const PlatformScope scope(nativePlatform());
-    return runCompanion(argumentsOf(count, values),
-                        std::chrono::floor<Instant::duration>(std::chrono::system_clock::now()));
+    return runCompanion(argumentsOf(count, values), systemTime());
   } catch (const std::exception& error) {  // before anything was done, because memory has run out
-    std::cerr << "quilleryctl: " << error.what() << '\n';
+    complain(error.what());
     return EXIT_FAILURE;
   }
 }

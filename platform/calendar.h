@@ -9,6 +9,9 @@
 // A point in time. The system clock's own type may count nanoseconds, which end in the year 2262.
 using Instant = std::chrono::sys_time<std::chrono::microseconds>;
 
+// Returns the time of the system's clock.
+inline Instant systemTime() { return std::chrono::floor<Instant::duration>(std::chrono::system_clock::now()); }
+
 struct DateComponents {
   int year = 0;
   int month = 0;  // 1 to 12

@@ -18,7 +18,7 @@ ClockTimers::ClockTime clockTimeOf(Instant date) {
 SessionMainLoop::SessionMainLoop(EventLoop& eventLoop)
     : eventLoop_(eventLoop), wallClock_(eventLoop, CLOCK_REALTIME), steadyClock_(eventLoop, CLOCK_MONOTONIC) {}
 
-Instant SessionMainLoop::now() { return std::chrono::floor<Instant::duration>(std::chrono::system_clock::now()); }
+Instant SessionMainLoop::now() { return systemTime(); }
 
 void SessionMainLoop::post(Work work) { eventLoop_.post(std::move(work)); }
 

@@ -133,7 +133,7 @@ class RunLoopTimer : public Timer, public std::enable_shared_from_this<RunLoopTi
 
 }  // namespace
 
-Instant MainRunLoop::now() { return std::chrono::floor<Instant::duration>(std::chrono::system_clock::now()); }
+Instant MainRunLoop::now() { return systemTime(); }
 
 void MainRunLoop::post(Work work) {
   posted_->push_back(std::move(work));

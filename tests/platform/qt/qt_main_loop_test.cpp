@@ -51,7 +51,7 @@ class QtMainLoopTest : public testing::Test {
 };
 
 TEST_F(QtMainLoopTest, nowIsTheWallClock) {
-  const Instant before = std::chrono::floor<Instant::duration>(std::chrono::system_clock::now());
+  const Instant before = systemTime();
   const Instant now = loop_.now();
   EXPECT_LE(before, now);
   EXPECT_LE(now, std::chrono::system_clock::now());
