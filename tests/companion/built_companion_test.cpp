@@ -2,7 +2,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,6 +39,18 @@ std::string demoFile(const std::string& format) {
 constexpr const char* noBus = "unix:path=/nonexistent";
 const std::string noSession =
     "quilleryctl: there is no login session, so Safari could not be looked for and counts as closed\n";
+
+// A session bus on which NameOwner owns names.
+class OwnBus {
+ public:
+  std::string address() const { return bus_.address(); }
+  std::string socket() const { return place_.path("bus"); }
+
+ private:
+  ScratchFolder place_;
+  SessionBus bus_{place_};
+  EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
+};
 
 class CompanionTest : public testing::Test {
  protected:
@@ -184,9 +195,7 @@ TEST_F(CompanionTest, leavesAnOldStyleFileWithABackup) {
 
 TEST_F(CompanionTest, readsNothingWhileSafariRuns) {
   makeFile(bookmarks_, "reading this file would fail");
-  const ScratchFolder place;
-  const SessionBus bus(place);
-  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+  const OwnBus bus;
   const Ending before = companion({"sort"}, bus.address());
   EXPECT_EQ(before.status, 1) << "Safari is not running yet";
   NameOwner owner("com.apple.Safari");
@@ -215,18 +224,15 @@ TEST_F(CompanionTest, changesNothingIfTheBusDoesNotReply) {
 
 TEST_F(CompanionTest, findsSafariWithoutABusInItsEnvironment) {
   makeFile(bookmarks_, demoFile("xml"));
-  const ScratchFolder place;
-  const SessionBus bus(place);
-  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+  const OwnBus bus;
   const NameOwner owner("com.apple.Safari");
   Environment cron = environment(std::nullopt);
   cron["XDG_RUNTIME_DIR"] = std::nullopt;
   const std::string status = inChildProcess([&]() -> std::string {
-    if (const std::string problem = separateMounts(); !problem.empty()) return "no: " + problem;
-    if (mount("none", "/run", "tmpfs", 0, "size=1m,mode=755") != 0) return "no: /run cannot be mounted";
+    if (const std::string problem = separateRun(); !problem.empty()) return "no: " + problem;
     const std::string folder = "/run/user/" + std::to_string(geteuid());
     std::filesystem::create_directories(folder);
-    std::filesystem::create_symlink(place.path("bus"), folder + "/bus");
+    std::filesystem::create_symlink(bus.socket(), folder + "/bus");
     return std::to_string(run(QUILLERYCTL_EXECUTABLE, {"sort"}, cron).status.value_or(-1));
   });
   if (status.starts_with("no: ")) GTEST_SKIP() << status;
@@ -236,9 +242,7 @@ TEST_F(CompanionTest, findsSafariWithoutABusInItsEnvironment) {
 
 TEST_F(CompanionTest, sortsWhileAnotherApplicationRuns) {
   makeFile(bookmarks_, demoFile("xml"));
-  const ScratchFolder place;
-  const SessionBus bus(place);
-  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+  const OwnBus bus;
   const NameOwner owner("com.apple.Other");
   EXPECT_EQ(companion({"sort"}, bus.address()).status, 0);
 }
@@ -408,9 +412,7 @@ TEST_F(CompanionTest, resolvesPathsAgainstTheWorkingFolder) {
 
 TEST_F(CompanionTest, onlyReadsWhileSafariRuns) {
   makeFile(bookmarks_, demoFile("binary"));
-  const ScratchFolder place;
-  const SessionBus bus(place);
-  const EnvironmentScope address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+  const OwnBus bus;
   const NameOwner owner("com.apple.Safari");
   makeFile(scratch_.path("kept.plist"), demoFile("xml"));
   EXPECT_EQ(companion({"restore", scratch_.path("kept.plist")}, bus.address()).status, 75);

@@ -85,3 +85,10 @@ std::string separateMounts() {
     return std::string("mounts cannot be made private: ") + std::strerror(errno);
   return {};
 }
+
+std::string separateRun() {
+  if (std::string problem = separateMounts(); !problem.empty()) return problem;
+  if (mount("none", "/run", "tmpfs", 0, "size=1m,mode=755") != 0)
+    return std::string("/run cannot be mounted: ") + std::strerror(errno);
+  return {};
+}

@@ -16,3 +16,6 @@ std::string inUnprivilegedProcess(const std::function<std::string()>& work);
 
 // Gives the current process its own mount namespace. Returns the empty string, or the reason if that fails.
 std::string separateMounts();
+
+// The same, with an empty /run.
+std::string separateRun();
