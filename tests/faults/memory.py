@@ -25,7 +25,7 @@ UNCHANGED = (1, 75)  # 75: the session bus could not be asked
 
 
 def count(home, command, library):
-    result = home.run(command, LD_PRELOAD=library, QUILLERY_COUNT_ALLOCATIONS=str(home.root.parent / "count"))
+    result = home.run(command, preload=library, QUILLERY_COUNT_ALLOCATIONS=str(home.root.parent / "count"))
     assert result.status == 0, result.text
     return int((home.root.parent / "count").read_text())
 
@@ -35,7 +35,7 @@ def try_point(scratch, command, library, sample, number, stays):
     short = {"QUILLERY_MEMORY_STAYS_SHORT": "1"} if stays else {}
     name = f"{sample.format}, allocation {number}{' and all later ones' if stays else ''}"
     try:
-        result = home.run(command, timeout=SECONDS, LD_PRELOAD=library, QUILLERY_FAILING_ALLOCATION=str(number), **short)
+        result = home.run(command, timeout=SECONDS, preload=library, QUILLERY_FAILING_ALLOCATION=str(number), **short)
     except subprocess.TimeoutExpired:
         return "hung", [f"{name}: it does not end"]
     judged = verdict.Verdict()

@@ -124,4 +124,4 @@ def with_limited_files(sample, page=os.sysconf("SC_PAGE_SIZE")):
 def with_short_transfers(library):
     for size in (1, 7, 4096):
         yield Point("short reads and writes", f"of {size} bytes", lambda home, command, size=size:
-                    home.run(command, LD_PRELOAD=library, QUILLERY_LONGEST_TRANSFER=str(size)))
+                    home.run(command, preload=library, QUILLERY_LONGEST_TRANSFER=str(size)))

@@ -59,8 +59,17 @@ class ScratchHome:
                 "DBUS_SESSION_BUS_ADDRESS": f"unix:path={nowhere}/bus",
                 "ASAN_OPTIONS": "detect_leaks=0:verify_asan_link_order=0", **more}
 
-    def run(self, command, timeout=None, **more):
-        """Runs a command to its end, with additional environment variables if given, for `timeout` seconds at most."""
+    def run(self, command, timeout=None, preload=None, **more):
+        """Runs a command to its end, for `timeout` seconds at most. `preload` is a library to load first, `more` are
+        additional environment variables."""
+        if preload:
+            # The loader takes a space for the end of a path.
+            link = self.root.parent / "preloaded.so"
+            link.unlink(missing_ok=True)
+            link.symlink_to(preload)
+            more["LD_PRELOAD"] = str(link)
         done = subprocess.run(command, env=self.environment(**more), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               cwd="/", check=False, timeout=timeout)
-        return Result(done.returncode, done.stdout.decode(errors="replace"))
+        text = done.stdout.decode(errors="replace")
+        assert "cannot be preloaded" not in text, text
+        return Result(done.returncode, text)

@@ -53,7 +53,8 @@ class Completions(unittest.TestCase):
     def fish(self, *words):
         if not shutil.which("fish"):
             self.skipTest("fish is not installed")
-        script = f"source {COMPLETIONS / 'quilleryctl.fish'}; complete -C 'quilleryctl {' '.join(words)}'"
+        completions = shlex.quote(str(COMPLETIONS / "quilleryctl.fish"))
+        script = f"source {completions}; complete -C 'quilleryctl {' '.join(words)}'"
         lines = self.shell(["fish", "--no-config", "-c", script]).splitlines()
         return sorted(line.split("\t")[0] for line in lines)
 
@@ -65,7 +66,7 @@ class Completions(unittest.TestCase):
                        functions[$name]='print -rl -- $0 "$@"; state={state}; line=({" ".join(line)})'
                      done
                      _describe() {{ print -rl -- _describe "${{(@P)@[-1]}}" }}
-                     source {COMPLETIONS / "quilleryctl.zsh"}"""
+                     source {shlex.quote(str(COMPLETIONS / "quilleryctl.zsh"))}"""
         return self.shell(["zsh", "-f", "-c", script]).splitlines()
 
     def test_bash_offers_commands(self):
