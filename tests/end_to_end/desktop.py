@@ -55,7 +55,7 @@ class Desktop(contextlib.ExitStack):
             "XDG_DATA_DIRS": f"{self.installation}/share:/usr/share",
             "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.scratch}/no-system-bus",
             **({"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"} if has_accessibility else {}),
-            "LSAN_OPTIONS": f"suppressions={HERE}/known_leaks.txt:print_suppressions=0",
+            "LSAN_OPTIONS": f"suppressions='{HERE}/known_leaks.txt':print_suppressions=0",
             **dict(environment),
         }
         try:
