@@ -2,13 +2,28 @@
 
 #include "engine/bookmark_file.h"
 #include "engine/sort_order.h"
+#include "engine/sorter_error.h"
 #include "platform/platform.h"
+
+namespace {
+
+// Serializes a tree, and makes sure that the result parses to the same tree.
+Bytes verifiedBytes(const PlistValue& meant, PropertyListFormat format) {
+  PropertyLists& propertyLists = platform().propertyLists;
+  Bytes bytes = propertyLists.serialize(meant, format);
+  if (!propertyLists.parsesTo(meant, bytes))
+    throw sorterError(SorterError::notVerified,
+                      "The new bookmark file would not be the sorted old one. Nothing was overwritten.");
+  return bytes;
+}
+
+}  // namespace
 
 std::optional<Rewrite> sortBookmarkFile(const std::string& path) {
   return rewriteBookmarkFile(path, [](const Bytes& oldBytes) -> std::optional<MakeContent> {
     const PropertyLists::Parsed parsed = parseBookmarks(oldBytes);
     const PlistValue inOrder = sorted(parsed.value, true);
     if (inOrder == parsed.value) return std::nullopt;
-    return [inOrder, format = parsed.format] { return platform().propertyLists.serialize(inOrder, format); };
+    return [inOrder, format = parsed.format] { return verifiedBytes(inOrder, format); };
   });
 }

@@ -7,5 +7,7 @@
 #include "engine/guarded_rewrite.h"
 
 // Sorts the bookmark file at `path`; see guarded_rewrite.h for the steps and the errors. A file keeps its format.
+// Makes sure before the old file is replaced that the new one parses to the sorted tree, else throws
+// SorterError::notVerified.
 // Returns none if the file was in order already; nothing was written then.
 std::optional<Rewrite> sortBookmarkFile(const std::string& path);

@@ -8,11 +8,12 @@
 
 // The codes of the domain "Sorter".
 enum class SorterError {
-  safariIsOpen = 1,           // Safari is running where it must be closed
-  notABookmarkTree = 2,       // the file is a property list, but not of bookmarks
-  changedMeanwhile = 3,       // Safari was started, or the file changed, since it was read
-  agentNotLoaded = 4,         // launchctl rejected the login agent
-  previewHasTooManyLines = 5  // shared folders would make a small file into an endless list
+  safariIsOpen = 1,            // Safari is running where it must be closed
+  notABookmarkTree = 2,        // the file is a property list, but not of bookmarks
+  changedMeanwhile = 3,        // Safari was started, or the file changed, since it was read
+  agentNotLoaded = 4,          // launchctl rejected the login agent
+  previewHasTooManyLines = 5,  // shared folders would make a small file into an endless list
+  notVerified = 6              // the new content does not parse to the sorted tree
 };
 
 inline Error sorterError(SorterError code, std::string description) {

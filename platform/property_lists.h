@@ -23,4 +23,7 @@ class PropertyLists {
 
   // Returns `value` in `format`. Throws Error if the format can only be read (old-style) or cannot represent the value.
   virtual Bytes serialize(const PlistValue& value, PropertyListFormat format) = 0;
+
+  // Returns true if parsing `bytes` gives `value`. Throws Error if they are malformed.
+  virtual bool parsesTo(const PlistValue& value, const Bytes& bytes) { return parse(bytes).value == value; }
 };

@@ -49,7 +49,8 @@ const Entries upToTheFolder = upToParsing + Entries{"create folder " + backups +
 const Entries upToTheBackup = upToTheFolder + Entries{"uuid", "write new " + backup};
 const Entries upToTheMode = upToTheBackup + Entries{"set mode " + backup + " 0600"};
 const Entries upToSerializing = upToTheMode + Entries{"serialize binary"};
-const Entries upToWritingBeside = upToSerializing + Entries{"write beside " + bookmarks};
+const Entries upToVerifying = upToSerializing + Entries{"verify"};
+const Entries upToWritingBeside = upToVerifying + Entries{"write beside " + bookmarks};
 const Entries upToTheLastQuestion = upToWritingBeside + Entries{"running? com.apple.Safari"};
 const Entries upToComparing = upToTheLastQuestion + Entries{"holds " + bookmarks};
 const Entries upToWriting = upToComparing + Entries{"write atomically " + bookmarks};
@@ -543,14 +544,14 @@ TEST_P(PerformSortTest, leavesTheFileIfSafariStartsAfterItWasRead) {
     SCOPED_TRACE(step);
     machine_.applications.end(safari);
     machine_.journal.clear();
-    const int occurrence = machine_.journal.count(step) + 1;
     machine_.journal.after(
-        step, [&](const auto&) { machine_.applications.start(safari); }, occurrence);
+        step, [&](const auto&) { machine_.applications.start(safari); }, machine_.journal.count(step) + 1);
     EXPECT_EQ(run(), failed);
     EXPECT_EQ(message(), changedMeanwhile + accessHint);
     EXPECT_EQ(machine_.journal.count("holds"), 0) << "the check for Safari comes first";
     EXPECT_EQ(machine_.files.content(bookmarks), filesAtFirst_.at(bookmarks).content);
-    EXPECT_EQ(machine_.files.mode(backups + "/Bookmarks-" + VirtualProcesses::uuid(occurrence) + ".plist"), 0600U);
+    const int number = machine_.journal.count("uuid");
+    EXPECT_EQ(machine_.files.mode(backups + "/Bookmarks-" + VirtualProcesses::uuid(number) + ".plist"), 0600U);
   }
 }
 

@@ -117,6 +117,22 @@ TEST_F(SortJobTest, throwsCode3IfTheFileChanges) {
   EXPECT_EQ(machine_.files.content(bookmarks), "changed");
 }
 
+TEST_F(SortJobTest, throwsCode6IfTheNewFileIsNotTheSortedTree) {
+  const std::string before = machine_.files.content(bookmarks);
+  for (const PlistValue& other :
+       {unsortedTree(), rootNode({folderNode(u"Bar", {leafNode(u"a")})}), PlistValue::dictionary({})}) {
+    machine_.propertyLists.willSerialize(other);
+    EXPECT_EQ(errorOfASort(), sorterCode(6));
+    EXPECT_EQ(machine_.files.content(bookmarks), before);
+  }
+}
+
+TEST_F(SortJobTest, throwsTheParsersErrorIfTheNewFileIsDamaged) {
+  machine_.journal.before("verify", [](const auto&) { throw Error("PropertyList", 3840, "It is damaged."); });
+  EXPECT_EQ(errorOfASort(), (std::pair<std::string, int>("PropertyList", 3840)));
+  EXPECT_EQ(machine_.journal.count("write beside"), 0);
+}
+
 TEST_F(SortJobTest, sortsANamedFileAndBacksItUpInTheSameFolder) {
   const std::string other = "/home/user/Other.plist";
   const std::string otherContent = fileOf(unsortedTree(), PropertyListFormat::xml);

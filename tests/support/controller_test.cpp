@@ -92,6 +92,7 @@ Entries sortEntries(int number) {
                                         "write new " + backup(number),
                                         "set mode " + backup(number) + " 0600",
                                         "serialize binary",
+                                        "verify",
                                         "write beside " + bookmarks,
                                         "holds " + bookmarks,
                                         "write atomically " + bookmarks};

@@ -20,5 +20,11 @@ PropertyLists::Parsed VirtualPropertyLists::parse(const Bytes& bytes) {
 }
 
 Bytes VirtualPropertyLists::serialize(const PlistValue& value, PropertyListFormat format) {
-  return journal_.perform("serialize", nameOf(format), [&] { return codec_.serialize(value, format); });
+  return journal_.perform("serialize", nameOf(format), [&] {
+    return codec_.serialize(std::exchange(serialized_, std::nullopt).value_or(value), format);
+  });
+}
+
+bool VirtualPropertyLists::parsesTo(const PlistValue& value, const Bytes& bytes) {
+  return journal_.perform("verify", {}, [&] { return codec_.parsesTo(value, bytes); });
 }

@@ -6,6 +6,7 @@
 #include "platform/linux/plist/binary_writer.h"
 #include "platform/linux/plist/old_style_reader.h"
 #include "platform/linux/plist/plist_error.h"
+#include "platform/linux/plist/rearranged_source.h"
 #include "platform/linux/plist/text_encoding.h"
 #include "platform/linux/plist/xml_reader.h"
 #include "platform/linux/plist/xml_writer.h"
@@ -40,4 +41,8 @@ Bytes PropertyListCodec::serialize(const PlistValue& value, PropertyListFormat f
     case PropertyListFormat::oldStyle: break;
   }
   throw unwritable("the old-style format can be read but not written");
+}
+
+bool PropertyListCodec::parsesTo(const PlistValue& value, const Bytes& bytes) {
+  return isRearrangedSource(bytes, value) || PropertyLists::parsesTo(value, bytes);
 }

@@ -9,4 +9,6 @@ class PropertyListCodec : public PropertyLists {
  public:
   Parsed parse(const Bytes& bytes) override;
   Bytes serialize(const PlistValue& value, PropertyListFormat format) override;
+  // Does not parse the file that `value` is from, with its arrays in another order.
+  bool parsesTo(const PlistValue& value, const Bytes& bytes) override;
 };

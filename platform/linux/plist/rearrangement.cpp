@@ -11,7 +11,7 @@ class Comparison {
 
   // Returns true if `value` is the record `index` except for the order of arrays.
   bool holds(const PlistValue& value, std::uint32_t index) {
-    if (recordOf(value) != index) return false;
+    if (recordIn(document_, value) != index) return false;
     if (value.place() != nullptr) return true;
     const PlistRecord& record = document_.records[index];
     if (record.has(PlistRecord::shared) || record.kind != value.kind() || record.count != value.size()) return false;
@@ -35,7 +35,7 @@ class Comparison {
     elements.reserve(record.count);
     for (std::size_t element = 0; element < record.count; ++element) {
       const PlistValue child = value.at(element);
-      const std::optional<std::uint32_t> origin = recordOf(child);
+      const std::optional<std::uint32_t> origin = recordIn(document_, child);
       if (!origin || !holds(child, *origin)) return false;
       elements.push_back(*origin);
     }
@@ -52,17 +52,16 @@ class Comparison {
     return elements == before;
   }
 
-  // Returns the record of this document that a value is or was made from.
-  std::optional<std::uint32_t> recordOf(const PlistValue& value) const {
-    const PlistValue::Place* place = value.placeOrOrigin();
-    return place != nullptr && place->document.get() == &document_ ? std::optional(place->record) : std::nullopt;
-  }
-
   const PlistDocument& document_;
   std::vector<RearrangedArray> arrays_;
 };
 
 }  // namespace
+
+std::optional<std::uint32_t> recordIn(const PlistDocument& document, const PlistValue& value) {
+  const PlistValue::Place* place = value.placeOrOrigin();
+  return place != nullptr && place->document.get() == &document ? std::optional(place->record) : std::nullopt;
+}
 
 std::optional<std::vector<RearrangedArray>> rearrangedArrays(const PlistValue& value, std::uint32_t root) {
   const PlistValue::Place* place = value.placeOrOrigin();

@@ -12,6 +12,9 @@ struct RearrangedArray {
   std::vector<std::uint32_t> elements;  // the record numbers of its elements in their new order
 };
 
+// Returns the record of a document that a value is or was made from; absent for a value from elsewhere.
+std::optional<std::uint32_t> recordIn(const PlistDocument& document, const PlistValue& value);
+
 // Returns the arrays of a document that have another order in `value`. Absent if `value` differs from the document's
 // record `root` in anything else, or if a changed container is shared: a rewritten file would then have the change in
 // places where `value` does not.
