@@ -90,18 +90,19 @@ void SorterDelegate::pollForQuit(Timer& timer, Instant deadline, const Applicati
   if (safari != SafariState::closed && desktop().mainLoop.now() < deadline) return;
   timer.invalidate();
   quitTimer = nullptr;
+  // An instance that quits later does so because the user answered its question, so it counts as the user's quit.
+  if (safari != SafariState::closed)
+    for (const auto& application : asked) ownQuitPIDs.erase(application->processIdentifier());
   if (safari == SafariState::running) {
-    giveUpQuitting(asked, quiet);
+    giveUpQuitting(quiet);
   } else {
     const FlagScope sorting(busy);
     finish(true);
   }
 }
 
-void SorterDelegate::giveUpQuitting(const Applications& asked, bool quiet) {
+void SorterDelegate::giveUpQuitting(bool quiet) {
   busy = false;
-  // An instance that quits later does so because the user answered its question, so it counts as the user's quit.
-  for (const auto& safari : asked) ownQuitPIDs.erase(safari->processIdentifier());
   if (quiet) return;
   alert("Safari did not close",
         "Sorting was skipped. Resolve any Safari save prompts and try again. Safari was not force-quit.");

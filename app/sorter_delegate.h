@@ -160,7 +160,7 @@ class SorterDelegate : public ApplicationDelegate,
   static constexpr const char* normalUpdateTitle = "Check for Updates…";
 
   void pollForQuit(Timer& timer, Instant deadline, const Applications& asked, bool quiet);
-  void giveUpQuitting(const Applications& asked, bool quiet);
+  void giveUpQuitting(bool quiet);
   void finish(bool safariWasRunning);
   void applicationTerminated(const RunningApplication& application);
   void sortAfterQuit();

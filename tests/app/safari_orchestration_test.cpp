@@ -616,6 +616,18 @@ TEST_F(SortOnQuit, sortsAfterAQuitThatFollowsTheGiveUp) {
   EXPECT_EQ(safaris(), 0);
 }
 
+TEST_F(SortOnQuit, sortsAfterAQuitThatFollowsAnUnknownDeadline) {
+  machine_.workspace.breakOpening();
+  const int process = startWaiting({.quitsAfter = std::nullopt});
+  machine_.applications.setUnresponsive(true);
+  machine_.loop.advance(45s);
+  EXPECT_EQ(sorts(), 0);
+  machine_.applications.setUnresponsive(false);
+  machine_.applications.endProcess(process);
+  machine_.loop.advance(1s);
+  EXPECT_EQ(sorts(), 1);
+}
+
 TEST_F(SortOnQuit, doesNotSortWhileStopped) {
   controller_->stop();
   startSafari();
