@@ -30,7 +30,7 @@ class VirtualMachine {
   VirtualMainLoop loop{journal};
   VirtualRunningApplications applications{journal, loop};
   VirtualCalendars calendars;
-  EnglishCollation collation;
+  Collation& collation = englishCollation();
   VirtualUserInterface userInterface{journal};
   VirtualBundle bundle{journal};
   VirtualProcesses processes{journal, loop};
@@ -51,5 +51,8 @@ class VirtualMachine {
   void sleep(VirtualMainLoop::Duration duration, VirtualMainLoop::Place placeOfWake = VirtualMainLoop::Place::back);
 
  private:
+  // The same for every machine, because it never changes and takes long to make.
+  static Collation& englishCollation();
+
   PlatformScope scope_{parts};
 };
