@@ -14,27 +14,34 @@ std::string backup(int number) { return backups + "/Bookmarks-" + VirtualProcess
 ControllerMachine::ControllerMachine() { putUnsortedBookmarks(); }
 
 void ControllerMachine::putUnsortedBookmarks() {
-  const PlistValue tree = rootNode({folderNode(u"BookmarksBar", {leafNode(u"b"), leafNode(u"a")})});
-  machine_.files.put(bookmarks, fileOf(tree));
+  static const std::string file = fileOf(rootNode({folderNode(u"BookmarksBar", {leafNode(u"b"), leafNode(u"a")})}));
+  machine_.files.put(bookmarks, file);
 }
 
 bool ControllerMachine::isSorted() const { return outlineOf(machine_.files.content(bookmarks)) == "BookmarksBar[a b]"; }
 
-ControllerMachine::~ControllerMachine() {
-  // The singleton outlives this machine, so reset it for the next one.
-  controller_.reset();
-  BookmarkPermissionController::shared()->completion = nullptr;
-  BookmarkPermissionController::shared()->finish(false);
-}
+ControllerMachine::~ControllerMachine() { endProgram(); }
 
 void ControllerMachine::launch() {
+  launchWithSetUp();
+  machine_.loop.dropPosted();  // the first-run setup, which first_run_setup_test.cpp tests
+}
+
+void ControllerMachine::launchWithSetUp() {
   controller_ = std::make_shared<SorterDelegate>();
   machine_.application.setDelegate(controller_);
   controller_->applicationDidFinishLaunching();
-  machine_.loop.dropPosted();  // the first-run setup, which first_run_setup_test.cpp tests
   status_ = std::dynamic_pointer_cast<VirtualMenuItem>(controller_->status);
   menu_ = std::dynamic_pointer_cast<VirtualMenu>(controller_->item->menu());
   noted();
+}
+
+void ControllerMachine::endProgram() {
+  controller_.reset();
+  // The singleton outlives the program, so reset it for the next one.
+  BookmarkPermissionController::shared()->completion = nullptr;
+  BookmarkPermissionController::shared()->finish(false);
+  machine_.loop.dropProgram();
 }
 
 void ControllerMachine::launchStopped() {

@@ -29,7 +29,11 @@ class ControllerMachine {
 
   // Creates and launches the controller, without the first-run setup, and skips the journal entries of that.
   void launch();
-  // The same, in the state Stopped, or in Access required with a missing bookmark file.
+  // Creates and launches the controller and leaves the first-run setup in the queue.
+  void launchWithSetUp();
+  // Ends the program: destroys the controller and forgets what its main loop would run.
+  void endProgram();
+  // launch() in the state Stopped, or in Access required with a missing bookmark file.
   void launchStopped();
   void launchWithoutAccess();
 

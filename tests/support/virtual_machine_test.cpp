@@ -207,10 +207,12 @@ TEST(VirtualWorkspace, callsItsObserversThroughTheLoop) {
   EXPECT_THAT(observed, ElementsAre(first));
 }
 
-TEST(VirtualWorkspace, startsWhatItOpens) {
+TEST(VirtualWorkspace, startsWhatItOpensUnlessItRuns) {
   VirtualMachine machine;
   const auto location = machine.workspace.locateApplication("com.apple.Safari");
   ASSERT_TRUE(location);
+  machine.workspace.openApplication(*location);
+  EXPECT_EQ(machine.applications.count("com.apple.Safari"), 1);
   machine.workspace.openApplication(*location);
   EXPECT_EQ(machine.applications.count("com.apple.Safari"), 1);
   EXPECT_EQ(machine.workspace.locateApplication("com.example.None"), std::nullopt);
@@ -285,6 +287,43 @@ TEST_F(VirtualTime, firesOnceForSeveralMissedFirings) {
   EXPECT_EQ(seen_.size(), 1U);
   loop_.advance(500ms);
   EXPECT_EQ(seen_.size(), 2U);
+}
+
+TEST_F(VirtualTime, runsOnlyTheNextThingThatIsDue) {
+  loop_.after(2s, notes("later"));
+  loop_.after(1s, notes("first"));
+  loop_.after(1s, notes("second"));
+  EXPECT_FALSE(loop_.runNext(999ms));
+  EXPECT_TRUE(loop_.runNext(1s));
+  EXPECT_THAT(seen_, ElementsAre("first"));
+  EXPECT_EQ(loop_.uptime(), 1s);
+  EXPECT_TRUE(loop_.runNext(0s));
+  EXPECT_THAT(seen_, ElementsAre("first", "second"));
+}
+
+TEST_F(VirtualTime, listsWhatWillRunInThatOrder) {
+  const auto timer = loop_.repeatingTimer(250ms, timerNotes("tick"));
+  loop_.timerAt(loop_.now() + 1s, timerNotes("unused"))->invalidate();
+  loop_.elsewhere(100ms, notes("outside"), "outside");
+  loop_.post(notes("posted"));
+  loop_.pass(50ms);
+  const auto pending = loop_.pending();
+  ASSERT_EQ(pending.size(), 3U);
+  EXPECT_EQ(pending[0].description, "post");
+  EXPECT_EQ(pending[0].remaining, -50ms);
+  EXPECT_EQ(pending[1].description, "outside");
+  EXPECT_EQ(pending[2].timer, timer.get());
+  EXPECT_EQ(pending[2].remaining, 200ms);
+  EXPECT_FALSE(pending[2].isFiring);
+}
+
+TEST_F(VirtualTime, forgetsTheProgramButNotTheOutside) {
+  loop_.repeatingTimer(1s, timerNotes("tick"));
+  loop_.post(notes("posted"));
+  loop_.elsewhere(1s, notes("outside"));
+  loop_.dropProgram();
+  loop_.advance(5s);
+  EXPECT_THAT(seen_, ElementsAre("outside"));
 }
 
 TEST_F(VirtualTime, runsInANestedLoopButNotForTheFiringTimer) {

@@ -62,41 +62,42 @@ class VirtualMainLoop::VirtualTimer : public Timer {
 };
 
 void VirtualMainLoop::post(Work work) {
-  journal_.perform("post", {}, [&] { deliver(std::move(work)); });
+  journal_.perform("post", {}, [&] { deliver(std::move(work), Place::back, "post"); });
 }
 
 void VirtualMainLoop::after(std::chrono::milliseconds delay, Work work) {
   journal_.perform("after", std::to_string(delay.count()) + " ms", [&] {
-    entries_.push_back({false, std::nullopt, steady_ + delay, std::move(work), nullptr});
+    entries_.push_back({"after " + std::to_string(delay.count()) + " ms", false, std::nullopt, steady_ + delay,
+                        std::move(work), nullptr});
   });
 }
 
 std::shared_ptr<Timer> VirtualMainLoop::timerAt(Instant fireDate, TimerHandler handler) {
-  return add({false, fireDate, {}, {}, nullptr}, std::move(handler), "at " + utcText(fireDate));
+  return add({"at " + utcText(fireDate), false, fireDate, {}, {}, nullptr}, std::move(handler));
 }
 
 std::shared_ptr<Timer> VirtualMainLoop::repeatingTimer(std::chrono::milliseconds interval, TimerHandler handler) {
-  return add({false, std::nullopt, interval, {}, nullptr}, std::move(handler),
-             "every " + std::to_string(interval.count()) + " ms");
+  return add({"every " + std::to_string(interval.count()) + " ms", false, std::nullopt, interval, {}, nullptr},
+             std::move(handler));
 }
 
-std::shared_ptr<Timer> VirtualMainLoop::add(Entry entry, TimerHandler handler, const std::string& description) {
-  return journal_.perform("timer", description, [&] {
+std::shared_ptr<Timer> VirtualMainLoop::add(Entry entry, TimerHandler handler) {
+  return journal_.perform("timer", entry.description, [&] {
     const std::optional<Duration> interval = entry.fireDate ? std::nullopt : std::optional(entry.due);
     entry.due += steady_;
-    entry.timer = std::make_shared<VirtualTimer>(journal_, std::move(handler), description, interval);
+    entry.timer = std::make_shared<VirtualTimer>(journal_, std::move(handler), entry.description, interval);
     entries_.push_back(entry);
     return entry.timer;
   });
 }
 
-void VirtualMainLoop::elsewhere(Duration delay, Work event) {
-  entries_.push_back({true, std::nullopt, steady_ + delay, std::move(event), nullptr});
+void VirtualMainLoop::elsewhere(Duration delay, Work event, std::string description) {
+  entries_.push_back({std::move(description), true, std::nullopt, steady_ + delay, std::move(event), nullptr});
 }
 
-void VirtualMainLoop::deliver(Work work, Place place) {
+void VirtualMainLoop::deliver(Work work, Place place, std::string description) {
   const Duration due = place == Place::front ? Duration::min() / 2 : steady_;
-  entries_.push_back({false, std::nullopt, due, std::move(work), nullptr});
+  entries_.push_back({std::move(description), false, std::nullopt, due, std::move(work), nullptr});
 }
 
 void VirtualMainLoop::advance(Duration duration) { runUntil(steady_ + duration, false); }
@@ -105,6 +106,20 @@ void VirtualMainLoop::occupy(Duration duration) { runUntil(steady_ + duration, t
 
 void VirtualMainLoop::dropPosted() {
   std::erase_if(entries_, [](const Entry& entry) { return !entry.timer && !entry.isElsewhere; });
+}
+
+void VirtualMainLoop::dropProgram() {
+  std::erase_if(entries_, [](const Entry& entry) { return !entry.isElsewhere; });
+}
+
+std::vector<VirtualMainLoop::Pending> VirtualMainLoop::pending() const {
+  std::vector<Pending> pending;
+  for (const Entry& entry : entries_) {
+    if (entry.timer && !entry.timer->isValid()) continue;
+    pending.push_back({entry.description, remaining(entry), entry.timer.get(), entry.timer && entry.timer->isFiring()});
+  }
+  std::ranges::stable_sort(pending, std::ranges::less(), &Pending::remaining);
+  return pending;
 }
 
 int VirtualMainLoop::armedTimers() const {
@@ -135,13 +150,18 @@ VirtualMainLoop::Entries::iterator VirtualMainLoop::earliest(bool elsewhereOnly)
   return best;
 }
 
+bool VirtualMainLoop::runNextUntil(Duration target, bool elsewhereOnly) {
+  const auto next = earliest(elsewhereOnly);
+  if (next == entries_.end()) return false;
+  const Duration wait = std::max(Duration::zero(), remaining(*next));
+  if (wait > std::max(Duration::zero(), target - steady_)) return false;
+  pass(wait);
+  run(next);
+  return true;
+}
+
 void VirtualMainLoop::runUntil(Duration target, bool elsewhereOnly) {
-  for (auto next = earliest(elsewhereOnly); next != entries_.end(); next = earliest(elsewhereOnly)) {
-    const Duration wait = std::max(Duration::zero(), remaining(*next));
-    if (wait > std::max(Duration::zero(), target - steady_)) break;
-    pass(wait);
-    run(next);
-  }
+  while (runNextUntil(target, elsewhereOnly)) continue;
   pass(std::max(Duration::zero(), target - steady_));
 }
 

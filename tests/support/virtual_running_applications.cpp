@@ -64,16 +64,24 @@ int VirtualRunningApplications::count(const std::string& identifier) const {
   return static_cast<int>(std::ranges::count(processes_, identifier, &VirtualProcess::identifier));
 }
 
+std::vector<VirtualRunningApplications::Process> VirtualRunningApplications::processes() const {
+  std::vector<Process> processes;
+  for (const auto& process : processes_) processes.push_back({process->processIdentifier(), process->behavior()});
+  return processes;
+}
+
 bool VirtualRunningApplications::quit(int process) {
   return journal_.perform("quit", std::to_string(process), [&] {
     const auto found = std::ranges::find(processes_, process, &VirtualProcess::processIdentifier);
     if (found == processes_.end() || (*found)->behavior().isRefused) return false;
     const QuitBehavior behavior = (*found)->behavior();
     if (!behavior.quitsAfter) return true;
-    loop_.elsewhere(*behavior.quitsAfter, [this, process] { endProcess(process); });
+    loop_.elsewhere(
+        *behavior.quitsAfter, [this, process] { endProcess(process); }, "end of " + std::to_string(process));
     if (behavior.restartsAfter)
-      loop_.elsewhere(*behavior.quitsAfter + *behavior.restartsAfter,
-                      [this, identifier = (*found)->identifier(), behavior] { start(identifier, behavior); });
+      loop_.elsewhere(
+          *behavior.quitsAfter + *behavior.restartsAfter,
+          [this, identifier = (*found)->identifier(), behavior] { start(identifier, behavior); }, "restart");
     return true;
   });
 }

@@ -36,6 +36,7 @@ class VirtualRunningApplications : public RunningApplications {
   void leaveSession() { areKnown_ = false; }
   // While true, every query throws Error.
   void setUnresponsive(bool isUnresponsive) { isUnresponsive_ = isUnresponsive; }
+  bool isUnresponsive() const { return isUnresponsive_; }
 
   // Starts one more process of an application. Returns its process identifier.
   int start(const std::string& identifier, const QuitBehavior& behavior = {});
@@ -46,6 +47,12 @@ class VirtualRunningApplications : public RunningApplications {
   void endProcess(int process);
   // How many processes of an application are running. Not recorded.
   int count(const std::string& identifier) const;
+  // The running processes, in the order in which they started. Not recorded.
+  struct Process {
+    int number;
+    QuitBehavior behavior;
+  };
+  std::vector<Process> processes() const;
 
   void whenTerminated(Terminated terminated) { terminated_ = std::move(terminated); }
 

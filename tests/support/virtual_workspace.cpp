@@ -28,7 +28,8 @@ std::optional<std::string> VirtualWorkspace::locateApplication(const std::string
 void VirtualWorkspace::openApplication(const std::string& location) {
   journal_.perform("open", location, [&] {
     for (const auto& [identifier, place] : installed_)
-      if (place == location && opens_) applications_.start(identifier, behavior_);
+      if (place == location && opens_ && applications_.count(identifier) == 0)
+        applications_.start(identifier, behavior_);
   });
 }
 
@@ -63,11 +64,13 @@ Observation VirtualWorkspace::observeWake(std::function<void()> handler) {
 }
 
 void VirtualWorkspace::notifyTermination(const std::shared_ptr<RunningApplication>& application) {
-  loop_.elsewhere(notificationDelay_, [this, application] {
-    loop_.deliver([this, application] { call(terminationHandlers_, application); });
-  });
+  const std::string what = "termination of " + std::to_string(application ? application->processIdentifier() : 0);
+  const auto notify = [this, application] { call(terminationHandlers_, application); };
+  const auto deliver = [this, notify, what] { loop_.deliver(notify, VirtualMainLoop::Place::back, what); };
+  if (notificationDelay_ == VirtualMainLoop::Duration::zero()) return deliver();
+  loop_.elsewhere(notificationDelay_, deliver, "news of the " + what);
 }
 
 void VirtualWorkspace::wake(VirtualMainLoop::Place place) {
-  loop_.deliver([this] { call(wakeHandlers_); }, place);
+  loop_.deliver([this] { call(wakeHandlers_); }, place, "wake");
 }

@@ -39,6 +39,7 @@ class VirtualWorkspace : public Workspace {
 
   // Delays the notifications of ended applications.
   void delayNotifications(VirtualMainLoop::Duration delay) { notificationDelay_ = delay; }
+  VirtualMainLoop::Duration notificationDelay() const { return notificationDelay_; }
   // Notifies the observers that an application has ended; null is a notification without an application.
   void notifyTermination(const std::shared_ptr<RunningApplication>& application);
   // Notifies the observers of a wake, behind all work that is due or in front of it.
