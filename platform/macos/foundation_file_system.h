@@ -3,10 +3,10 @@
 
 #include "platform/file_system.h"
 
-// Uses NSFileManager and NSData, with their own error domains, codes and descriptions, to which a failed read adds the
-// path. Writing, creating folders and listing use POSIX calls and throw the errors of FileAttempt: NSData does not
-// flush to disk, and creates a file with the permission bits of the umask before others can be set; NSFileManager gives
-// folders to the superuser in other users' folders; listing needs nothing of Foundation.
+// Uses NSFileManager and NSData, with their own error domains, codes and descriptions, to which it adds the path.
+// Writing, creating folders and listing use POSIX calls and throw the errors of FileAttempt: NSData does not flush to
+// disk, and creates a file with the permission bits of the umask before others can be set; NSFileManager gives folders
+// to the superuser in other users' folders; listing needs nothing of Foundation.
 class FoundationFileSystem : public FileSystem {
  public:
   std::string homeFolder() override;

@@ -44,7 +44,7 @@ void FoundationFileSystem::setMode(const std::string& path, unsigned mode) {
   @autoreleasepool {
     NSError* error = nil;
     if (![NSFileManager.defaultManager setAttributes:permissions(mode) ofItemAtPath:stringOf(path) error:&error])
-      throw errorOf(error);
+      throw withPath(errorOf(error), path);
   }
 }
 

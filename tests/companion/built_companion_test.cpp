@@ -13,12 +13,13 @@
 #include <vector>
 
 #include "platform/product.h"
-#include "tests/platform/linux/child_process.h"
-#include "tests/platform/linux/environment_scope.h"
-#include "tests/platform/linux/scratch_folder.h"
+#include "tests/platform/linux/separate_mounts.h"
 #include "tests/support/bookmark_places.h"
 #include "tests/support/bookmark_trees.h"
+#include "tests/support/child_process.h"
+#include "tests/support/environment_scope.h"
 #include "tests/support/program.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/session_bus.h"
 #include "tests/support/virtual_machine.h"
 

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/scratch_folder.h"
 
 class Pipe {
  public:

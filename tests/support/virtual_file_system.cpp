@@ -100,6 +100,7 @@ void VirtualFileSystem::setMode(const std::string& path, unsigned mode) {
 void VirtualFileSystem::writeAtomically(const std::string& path, const Bytes& bytes) {
   journal_.perform("write atomically", path, [&] {
     requireParent("write atomically", path);
+    if (folders_.contains(path)) throw failure("write atomically", path, EISDIR);
     files_.try_emplace(path, File{{}, newFileMode}).first->second.content = bytes.text();
     touch(path);
   });

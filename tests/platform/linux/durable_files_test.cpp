@@ -11,7 +11,7 @@
 #include <string>
 
 #include "tests/platform/linux/intercepted_calls.h"
-#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -27,11 +27,9 @@ struct stat statusOf(const std::string& path) {
 class ReplaceFileIf : public testing::Test {
  protected:
   void SetUp() override { makeFile(file_, "old"); }
-  Replacement replace(const std::function<bool()>& mayReplace) {
-    return replaceFileIf(file_, Bytes(std::string("old")), Bytes(std::string("new")), mayReplace, Flush::never);
-  }
   Replacement replace() {
-    return replace([] { return true; });
+    return replaceFileIf(
+        file_, Bytes(std::string("old")), Bytes(std::string("new")), [] { return true; }, Flush::never);
   }
   // Replaces the file and calls `interfere` when its content has just been compared.
   bool replaceWhile(const std::function<void()>& interfere) {
@@ -62,28 +60,6 @@ TEST_F(ReplaceFileIf, replacesAFileThatNobodyChanges) {
   EXPECT_EQ(contentOf(file_), "new");
 }
 
-TEST_F(ReplaceFileIf, leavesAFileThatMayNotBeReplaced) {
-  EXPECT_FALSE(replace([] { return false; }).done);
-  EXPECT_EQ(contentOf(file_), "old");
-  EXPECT_THAT(namesIn(scratch_.path()), ElementsAre("file"));
-}
-
-TEST_F(ReplaceFileIf, comparesAfterTheLastQuestion) {
-  EXPECT_FALSE(replace([&] {
-                 makeFile(file_, "changed");
-                 return true;
-               }).done);
-  EXPECT_EQ(contentOf(file_), "changed");
-}
-
-TEST_F(ReplaceFileIf, keepsAModeThatWasChangedMeanwhile) {
-  EXPECT_TRUE(replace([&] {
-                chmod(file_.c_str(), 0604);
-                return true;
-              }).done);
-  EXPECT_EQ(statusOf(file_).st_mode & 07777, 0604U);
-}
-
 // The file's name is gone with the rename, but a program that had it open can still write to it.
 TEST_F(ReplaceFileIf, returnsWhatWasWrittenAfterTheComparison) {
   for (const char* const late : {"olb", "old and longer", "o", ""}) {
@@ -104,12 +80,6 @@ TEST_F(ReplaceFileIf, returnsWhatWasWrittenAfterTheComparison) {
   }
 }
 
-TEST_F(ReplaceFileIf, returnsNoLateChangeIfThereIsNone) {
-  const Replacement replacement = replace();
-  EXPECT_FALSE(replacement.changedLate);
-  EXPECT_FALSE(replacement.lateBytes);
-}
-
 TEST_F(ReplaceFileIf, noticesAFileThatIsRenamedOverTheCheckedOne) {
   EXPECT_FALSE(replaceWhile([&] { renameOver(); }));
   EXPECT_EQ(contentOf(file_), "old");
@@ -127,26 +97,6 @@ TEST_F(ReplaceFileIf, noticesAChangeInPlace) {
 TEST_F(ReplaceFileIf, doesNotRecreateARemovedFile) {
   EXPECT_FALSE(replaceWhile([&] { std::filesystem::remove(file_); }));
   EXPECT_THAT(namesIn(scratch_.path()), IsEmpty());
-}
-
-// Some file systems advance their clock only every few milliseconds, so one property alone is not enough.
-TEST(IsSameFile, comparesDeviceInodeAndChangeTime) {
-  struct stat file {};
-  file.st_dev = 1;
-  file.st_ino = 2;
-  file.st_ctim = {3, 4};
-  EXPECT_TRUE(isSameFile(file, file));
-  struct stat other = file;
-  other.st_dev = 5;
-  EXPECT_FALSE(isSameFile(file, other));
-  other = file;
-  other.st_ino = 5;
-  EXPECT_FALSE(isSameFile(file, other));
-  other = file;
-  other.st_ctim = {3, 5};
-  EXPECT_FALSE(isSameFile(file, other));
-  other.st_ctim = {5, 4};
-  EXPECT_FALSE(isSameFile(file, other));
 }
 
 }  // namespace

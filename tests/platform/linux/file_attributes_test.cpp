@@ -19,9 +19,9 @@
 #include "platform/error.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/linux/property_list_defaults.h"
-#include "tests/platform/linux/child_process.h"
 #include "tests/platform/linux/intercepted_calls.h"
-#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/child_process.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

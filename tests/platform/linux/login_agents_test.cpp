@@ -17,8 +17,8 @@
 
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/posix/file_descriptor.h"
-#include "tests/platform/linux/scratch_folder.h"
 #include "tests/support/program.h"
+#include "tests/support/scratch_folder.h"
 #include "values/plist_value.h"
 
 namespace {

@@ -24,9 +24,10 @@
 #include <vector>
 
 #include "platform/product.h"
-#include "tests/platform/linux/child_process.h"
-#include "tests/platform/linux/environment_scope.h"
-#include "tests/platform/linux/scratch_folder.h"
+#include "tests/platform/linux/separate_mounts.h"
+#include "tests/support/child_process.h"
+#include "tests/support/environment_scope.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -143,21 +144,6 @@ TEST_F(PropertyListDefaultsTest, returnsValuesOfEveryKind) {
   for (const auto& [key, value] : values) EXPECT_EQ(outputOfSetting(key, value), "") << key;
   PropertyListDefaults other(folder_);
   for (const auto& [key, value] : values) EXPECT_EQ(other.object(key), value) << key;
-}
-
-TEST_F(PropertyListDefaultsTest, replacesAValueByOneOfAnotherKind) {
-  defaults_.set("key", u"text");
-  defaults_.set("key", PlistValue::array({1}));
-  EXPECT_EQ(defaults_.object("key"), PlistValue::array({1}));
-  defaults_.set("key", false);
-  EXPECT_EQ(defaults_.object("key"), PlistValue(false));
-}
-
-TEST_F(PropertyListDefaultsTest, storesAnArrayThatOnlyChangedItsOrder) {
-  defaults_.set("key", PlistValue::array({1, 2, 3}));
-  const PlistValue stored = *defaults_.object("key");
-  defaults_.set("key", stored.rearranged({stored.at(2), stored.at(0), stored.at(1)}));
-  EXPECT_EQ(defaults_.object("key"), PlistValue::array({3, 1, 2}));
 }
 
 TEST_F(PropertyListDefaultsTest, returnsValuesThatOutliveTheFile) {

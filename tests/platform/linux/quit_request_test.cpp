@@ -15,10 +15,10 @@
 #include <vector>
 
 #include "platform/linux/session_bus_applications.h"
-#include "tests/platform/linux/child_process.h"
-#include "tests/platform/linux/environment_scope.h"
-#include "tests/platform/linux/scratch_folder.h"
 #include "tests/support/bus_application.h"
+#include "tests/support/child_process.h"
+#include "tests/support/environment_scope.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/session_bus.h"
 
 namespace {

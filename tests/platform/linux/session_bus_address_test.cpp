@@ -13,9 +13,10 @@
 #include <string>
 
 #include "platform/posix/file_descriptor.h"
-#include "tests/platform/linux/child_process.h"
-#include "tests/platform/linux/environment_scope.h"
-#include "tests/platform/linux/scratch_folder.h"
+#include "tests/platform/linux/separate_mounts.h"
+#include "tests/support/child_process.h"
+#include "tests/support/environment_scope.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

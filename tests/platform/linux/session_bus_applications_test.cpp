@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "platform/error.h"
-#include "tests/platform/linux/environment_scope.h"
-#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/environment_scope.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/session_bus.h"
 
 namespace {

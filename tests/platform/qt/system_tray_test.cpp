@@ -11,9 +11,9 @@
 #include <string>
 
 #include "platform/qt/qt_event_loop.h"
-#include "tests/platform/linux/environment_scope.h"
-#include "tests/platform/linux/scratch_folder.h"
 #include "tests/platform/qt/run_until.h"
+#include "tests/support/environment_scope.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/session_bus.h"
 
 namespace {

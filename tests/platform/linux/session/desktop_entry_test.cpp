@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "tests/platform/linux/environment_scope.h"
-#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/environment_scope.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

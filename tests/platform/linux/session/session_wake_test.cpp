@@ -8,10 +8,10 @@
 
 #include "platform/linux/session/session_main_loop.h"
 #include "platform/linux/session/session_workspace.h"
-#include "tests/platform/linux/environment_scope.h"
-#include "tests/platform/linux/scratch_folder.h"
 #include "tests/platform/linux/session/bus_client.h"
 #include "tests/platform/linux/session/poll_loop.h"
+#include "tests/support/environment_scope.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/session_bus.h"
 
 namespace {

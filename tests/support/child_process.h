@@ -4,7 +4,8 @@
 #include <functional>
 #include <string>
 
-// Runs `work` in a forked process and returns its result. Fails the test if the process ends in another way.
+// Runs `work` in a forked process and returns its result. Fails the test if the process ends in another way. The work
+// may not use Foundation, which a process that forked cannot.
 std::string inChildProcess(const std::function<std::string()>& work);
 
 // The ID of the user and group "nobody".
@@ -13,9 +14,3 @@ inline constexpr unsigned unprivilegedUser = 65534;
 // Does the same without privileges, so that permissions have an effect: as unprivilegedUser if the superuser runs the
 // tests, otherwise as the current user.
 std::string inUnprivilegedProcess(const std::function<std::string()>& work);
-
-// Gives the current process its own mount namespace. Returns the empty string, or the reason if that fails.
-std::string separateMounts();
-
-// The same, with an empty /run.
-std::string separateRun();

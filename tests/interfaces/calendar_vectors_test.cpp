@@ -1,9 +1,8 @@
-// The calendar against recorded results of Foundation's calendar, in time zones all over the world.
+// Calendars against recorded results of Foundation's calendar, in time zones all over the world.
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -15,8 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/civil_calendar.h"
-#include "tests/platform/linux/environment_scope.h"
+#include "tests/interfaces/differences.h"
+#include "tests/interfaces/implementations.h"
 
 namespace {
 
@@ -72,18 +71,35 @@ std::vector<DateVector> vectors() {
   return rows;
 }
 
-std::shared_ptr<const Calendar> calendarOf(const DateVector& row) { return CivilCalendars().inTimeZone(row.zone); }
+class CalendarVectors : public InterfaceTest<Implementation<CalendarsSubject>> {
+ protected:
+  std::shared_ptr<const Calendar> calendarOf(const DateVector& row) {
+    return subject_->calendars().inTimeZone(row.zone);
+  }
+  void expectAll(Agreement agreement) {
+    for (const DateVector& row : vectors()) {
+      if (row.agreement != agreement) continue;
+      EXPECT_EQ(calendarOf(row)->nextDate(row.after, row.matching), row.expected) << row;
+    }
+  }
 
-TEST(CalendarVectors, areAllFound) {
-  for (const DateVector& row : vectors())
-    EXPECT_EQ(calendarOf(row)->nextDate(row.after, row.matching), row.expected) << row;
-}
+  const std::unique_ptr<CalendarsSubject> subject_ = GetParam().make();
+};
 
-TEST(CalendarVectors, areAllFoundInTheCurrentZone) {
-  EnvironmentScope zone("TZ", std::nullopt);
+INSTANTIATE_TEST_SUITE_P(Implementations, CalendarVectors, testing::ValuesIn(calendars()), implementationName);
+
+TEST_P(CalendarVectors, areFoundWhereFoundationFindsTheSame) { expectAll(Agreement::same); }
+
+TEST_P(CalendarVectors, areFoundAtTheFirstOfTwoEqualTimes) { expectAll(Agreement::second); }
+
+TEST_P(CalendarVectors, areFoundNearUnusualChangesOfTheClock) { expectAll(Agreement::gap); }
+
+TEST_P(CalendarVectors, areTheSameInTheCurrentZone) {
   for (const DateVector& row : vectors()) {
-    zone.set(row.zone);
-    EXPECT_EQ(CivilCalendars().current()->nextDate(row.after, row.matching), row.expected) << row;
+    subject_->moveTo(row.zone);
+    EXPECT_EQ(subject_->calendars().current()->nextDate(row.after, row.matching),
+              calendarOf(row)->nextDate(row.after, row.matching))
+        << row;
   }
 }
 
@@ -170,7 +186,7 @@ void expectGap(const Calendar& calendar, const DateVector& row) {
   }
 }
 
-TEST(CalendarVectors, differFromFoundationOnlyWhereTheyState) {
+TEST_P(CalendarVectors, differFromFoundationOnlyWhereTheyState) {
   std::map<Agreement, int> counts;
   for (const DateVector& row : vectors()) {
     ++counts[row.agreement];

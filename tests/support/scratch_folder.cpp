@@ -1,4 +1,4 @@
-#include "tests/platform/linux/scratch_folder.h"
+#include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

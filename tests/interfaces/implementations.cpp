@@ -1,0 +1,119 @@
+#include "tests/interfaces/implementations.h"
+
+#include <sys/stat.h>
+
+#include <stdexcept>
+
+#include "tests/support/virtual_machine.h"
+
+namespace {
+
+class VirtualFiles : public FileSystemSubject {
+ public:
+  VirtualFiles() { files_.createFolder(folder(), 0755); }
+
+  FileSystem& files() override { return files_; }
+  std::string folder() const override { return "/home/user/test"; }
+  void put(const std::string& path, const std::string& content, unsigned mode) override {
+    files_.put(path, content, mode);
+  }
+  void remove(const std::string& path) override { files_.remove(path); }
+  std::string content(const std::string& path) const override { return files_.content(path); }
+  unsigned mode(const std::string& path) const override { return files_.mode(path); }
+  std::vector<std::string> names() const override {
+    std::vector<std::string> names;
+    const std::string start = folder() + "/";
+    for (const auto& [path, file] : files_.files())
+      if (path.starts_with(start) && path.find('/', start.size()) == path.npos)
+        names.push_back(path.substr(start.size()));
+    return names;
+  }
+
+ private:
+  Journal journal_;
+  VirtualFileSystem files_{journal_};
+};
+
+class JournaledPropertyLists : public PropertyLists {
+ public:
+  Parsed parse(const Bytes& bytes) override { return lists_.parse(bytes); }
+  Bytes serialize(const PlistValue& value, PropertyListFormat format) override {
+    return lists_.serialize(value, format);
+  }
+
+ private:
+  Journal journal_;
+  VirtualPropertyLists lists_{journal_};
+};
+
+class VirtualZone : public CalendarsSubject {
+ public:
+  Calendars& calendars() override { return calendars_; }
+  void moveTo(const std::string& zone) override { calendars_.moveTo(zone); }
+
+ private:
+  VirtualCalendars calendars_;
+};
+
+// The machine keeps its settings when the program starts anew.
+class VirtualSettings : public UserDefaultsSubject {
+ public:
+  UserDefaults& defaults() override { return defaults_; }
+  void startAnew() override {}
+
+ private:
+  Journal journal_;
+  VirtualUserDefaults defaults_{journal_};
+};
+
+class ProcessesOfAMachine : public Processes {
+ public:
+  std::string randomUuid() override { return processes_.randomUuid(); }
+  int processIdentifier() override { return processes_.processIdentifier(); }
+  unsigned userIdentifier() override { return processes_.userIdentifier(); }
+  bool writesToTerminal() override { return processes_.writesToTerminal(); }
+  std::optional<std::string> environmentVariable(const std::string& name) override {
+    return processes_.environmentVariable(name);
+  }
+  std::string workingFolder() override { return processes_.workingFolder(); }
+  int run(const std::string& path, const std::vector<std::string>& arguments) override {
+    return processes_.run(path, arguments);
+  }
+  void pause(std::chrono::milliseconds duration) override { processes_.pause(duration); }
+
+ private:
+  Journal journal_;
+  VirtualMainLoop loop_{journal_};
+  VirtualProcesses processes_{journal_, loop_};
+};
+
+}  // namespace
+
+void RealFiles::put(const std::string& path, const std::string& content, unsigned mode) {
+  makeFile(path, content);
+  if (chmod(path.c_str(), static_cast<mode_t>(mode)) != 0) throw std::runtime_error("no mode for " + path);
+}
+
+std::vector<Implementation<FileSystemSubject>> fileSystems() {
+  return {nativeFileSystem(), {"Virtual", [] { return std::make_unique<VirtualFiles>(); }}};
+}
+
+std::vector<Implementation<PropertyLists>> propertyLists() {
+  return {nativePropertyLists(), {"Virtual", [] { return std::make_unique<JournaledPropertyLists>(); }}};
+}
+
+std::vector<Implementation<CalendarsSubject>> calendars() {
+  return {nativeCalendars(), {"Virtual", [] { return std::make_unique<VirtualZone>(); }}};
+}
+
+std::vector<CollationImplementation> collations() {
+  return {nativeCollation(), {"Virtual", {"en"}, [](const auto&) { return std::make_unique<EnglishCollation>(); }}};
+}
+
+std::vector<Implementation<UserDefaultsSubject>> userDefaults() {
+  return {nativeUserDefaults(), {"Virtual", [] { return std::make_unique<VirtualSettings>(); }}};
+}
+
+std::vector<Implementation<Processes>> processes() {
+  return {nativeProcesses(), {"Virtual", [] { return std::make_unique<ProcessesOfAMachine>(); }}};
+}

@@ -1,0 +1,71 @@
+// The implementations of macOS, for the tests of interfaces.
+#include "tests/interfaces/implementations.h"
+
+#include "platform/macos/conversions.h"
+#include "platform/macos/foundation_calendar.h"
+#include "platform/macos/foundation_collation.h"
+#include "platform/macos/foundation_file_system.h"
+#include "platform/macos/foundation_processes.h"
+#include "platform/macos/foundation_property_lists.h"
+#include "platform/macos/standard_defaults.h"
+#include "tests/support/environment_scope.h"
+
+namespace {
+
+// Foundation takes the time zone from the environment too, each time that it forgets the one that it has.
+class ZoneInTheEnvironment : public CalendarsSubject {
+ public:
+  Calendars& calendars() override { return calendars_; }
+  void moveTo(const std::string& zone) override { zone_.set(zone); }
+
+ private:
+  EnvironmentScope zone_{"TZ", std::nullopt};
+  FoundationCalendars calendars_;
+};
+
+// The settings of the test program itself, from which the tests' keys are removed again.
+class SettingsOfTheTests : public UserDefaultsSubject {
+ public:
+  SettingsOfTheTests() { forget(); }
+  ~SettingsOfTheTests() override { forget(); }
+  SettingsOfTheTests(const SettingsOfTheTests&) = delete;
+  SettingsOfTheTests& operator=(const SettingsOfTheTests&) = delete;
+
+  UserDefaults& defaults() override { return defaults_; }
+  void startAnew() override { defaults_ = StandardDefaults(); }
+
+ private:
+  static void forget() {
+    for (const std::string& key : {testKey, otherTestKey})
+      [NSUserDefaults.standardUserDefaults setObject:nil forKey:stringOf(key)];
+  }
+
+  StandardDefaults defaults_;
+};
+
+}  // namespace
+
+Implementation<FileSystemSubject> nativeFileSystem() {
+  return {"Foundation", [] { return std::make_unique<RealFiles>(std::make_unique<FoundationFileSystem>()); }};
+}
+
+Implementation<PropertyLists> nativePropertyLists() {
+  return {"Foundation", [] { return std::make_unique<FoundationPropertyLists>(); }};
+}
+
+Implementation<CalendarsSubject> nativeCalendars() {
+  return {"Foundation", [] { return std::make_unique<ZoneInTheEnvironment>(); }};
+}
+
+// Foundation compares by the user's language only, which must be English for the tests.
+CollationImplementation nativeCollation() {
+  return {"Foundation", {"en"}, [](const std::string&) { return std::make_unique<FoundationCollation>(); }};
+}
+
+Implementation<UserDefaultsSubject> nativeUserDefaults() {
+  return {"Standard", [] { return std::make_unique<SettingsOfTheTests>(); }};
+}
+
+Implementation<Processes> nativeProcesses() {
+  return {"Foundation", [] { return std::make_unique<FoundationProcesses>(); }};
+}

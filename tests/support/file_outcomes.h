@@ -1,0 +1,27 @@
+// What the tests of files share: errors as text, and the umask.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <functional>
+#include <string>
+
+// Returns "done", or the domain, code and description of the error that an operation throws.
+std::string outcomeOf(const std::function<void()>& operation);
+
+// Returns that text for an error of FileAttempt. `words` are those of the system.
+std::string sentence(int code, const std::string& failed, const std::string& words, const std::string& path);
+
+// Returns text of `size` bytes in which each block of the same size is different.
+std::string patterned(std::size_t size);
+
+class UmaskScope {
+ public:
+  explicit UmaskScope(unsigned mask) : old_(umask(static_cast<mode_t>(mask))) {}
+  ~UmaskScope() { umask(old_); }
+  UmaskScope(const UmaskScope&) = delete;
+  UmaskScope& operator=(const UmaskScope&) = delete;
+
+ private:
+  mode_t old_;
+};
