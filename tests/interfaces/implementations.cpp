@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 
+#include "tests/support/foundation_like_property_lists.h"
 #include "tests/support/virtual_machine.h"
 
 namespace {
@@ -99,7 +100,10 @@ std::vector<Implementation<FileSystemSubject>> fileSystems() {
 }
 
 std::vector<Implementation<PropertyLists>> propertyLists() {
-  return {nativePropertyLists(), {"Virtual", [] { return std::make_unique<JournaledPropertyLists>(); }}};
+  return {
+      nativePropertyLists(),
+      {"FoundationLike", [] { return std::make_unique<FoundationLikePropertyLists>(nativePropertyLists().make()); }},
+      {"Virtual", [] { return std::make_unique<JournaledPropertyLists>(); }}};
 }
 
 std::vector<Implementation<CalendarsSubject>> calendars() {

@@ -1,13 +1,17 @@
 // The native parts that a virtual machine uses: property lists, calendars and collation.
 #pragma once
 
+#include <memory>
+
+#include "tests/support/foundation_like_property_lists.h"
+
 #ifdef __APPLE__
 
 #include "platform/macos/foundation_calendar.h"
 #include "platform/macos/foundation_collation.h"
 #include "platform/macos/foundation_property_lists.h"
 
-using NativePropertyLists = FoundationPropertyLists;
+using SystemPropertyLists = FoundationPropertyLists;
 using NativeCalendars = FoundationCalendars;
 using EnglishCollation = FoundationCollation;  // uses the user's language, which must be English for the tests
 
@@ -17,7 +21,7 @@ using EnglishCollation = FoundationCollation;  // uses the user's language, whic
 #include "platform/linux/icu_collation.h"
 #include "platform/linux/plist/property_list_codec.h"
 
-using NativePropertyLists = PropertyListCodec;
+using SystemPropertyLists = PropertyListCodec;
 using NativeCalendars = CivilCalendars;
 
 class EnglishCollation : public IcuCollation {
@@ -26,3 +30,14 @@ class EnglishCollation : public IcuCollation {
 };
 
 #endif
+
+class NativePropertyLists : public PropertyLists {
+ public:
+  Parsed parse(const Bytes& bytes) override { return lists_->parse(bytes); }
+  Bytes serialize(const PlistValue& value, PropertyListFormat format) override {
+    return lists_->serialize(value, format);
+  }
+
+ private:
+  std::unique_ptr<PropertyLists> lists_ = asEnvironmentSays(std::make_unique<SystemPropertyLists>());
+};
