@@ -88,6 +88,24 @@ class ProcessesOfAMachine : public Processes {
   VirtualProcesses processes_{journal_, loop_};
 };
 
+// Time passes only while the loop runs or the thread is busy.
+class VirtualTime : public MainLoopSubject {
+ public:
+  MainLoop& loop() override { return loop_; }
+  bool runUntil(const std::function<bool()>& condition) override {
+    for (int turn = 0; turn < 100'000; ++turn) {
+      if (condition()) return true;
+      loop_.advance(std::chrono::milliseconds(1));
+    }
+    return false;
+  }
+  void beBusyFor(std::chrono::milliseconds span) override { loop_.occupy(span); }
+
+ private:
+  Journal journal_;
+  VirtualMainLoop loop_{journal_};
+};
+
 }  // namespace
 
 void RealFiles::put(const std::string& path, const std::string& content, unsigned mode) {
@@ -120,4 +138,10 @@ std::vector<Implementation<UserDefaultsSubject>> userDefaults() {
 
 std::vector<Implementation<Processes>> processes() {
   return {nativeProcesses(), {"Virtual", [] { return std::make_unique<ProcessesOfAMachine>(); }}};
+}
+
+std::vector<Implementation<MainLoopSubject>> mainLoops() {
+  std::vector<Implementation<MainLoopSubject>> all = nativeMainLoops();
+  all.push_back({"Virtual", [] { return std::make_unique<VirtualTime>(); }});
+  return all;
 }

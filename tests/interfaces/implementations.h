@@ -15,6 +15,7 @@
 #include "platform/property_lists.h"
 #include "platform/user_defaults.h"
 #include "tests/interfaces/implementation.h"
+#include "tests/interfaces/main_loops.h"
 #include "tests/support/scratch_folder.h"
 
 // Files
@@ -107,3 +108,7 @@ std::vector<Implementation<UserDefaultsSubject>> userDefaults();
 
 Implementation<Processes> nativeProcesses();
 std::vector<Implementation<Processes>> processes();
+
+// Main loops. See main_loops.h; on Linux quillery_tests has only the virtual one.
+
+std::vector<Implementation<MainLoopSubject>> nativeMainLoops();

@@ -40,6 +40,8 @@ class VirtualMainLoop::VirtualTimer : public Timer {
 
   void invalidate() override {
     if (isValid_) journal_.perform("invalidate", description_, [&] { isValid_ = false; });
+    // The handler may own this timer, so release it last. While it runs, `fire` holds it.
+    const TimerHandler released = std::exchange(handler_, nullptr);
   }
   bool isValid() const override { return isValid_; }
 
@@ -48,8 +50,10 @@ class VirtualMainLoop::VirtualTimer : public Timer {
   void fire() {
     isFiring_ = true;
     if (!interval_) isValid_ = false;
-    handler_(*this);
+    TimerHandler handler = std::exchange(handler_, nullptr);
+    handler(*this);
     isFiring_ = false;
+    if (isValid_) handler_ = std::move(handler);
   }
 
  private:

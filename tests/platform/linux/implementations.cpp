@@ -58,3 +58,6 @@ Implementation<UserDefaultsSubject> nativeUserDefaults() {
 Implementation<Processes> nativeProcesses() {
   return {"Linux", [] { return std::make_unique<LinuxProcesses>(); }};
 }
+
+// That of the session layer runs on Qt's event loop, in quillery_desktop_tests.
+std::vector<Implementation<MainLoopSubject>> nativeMainLoops() { return {}; }

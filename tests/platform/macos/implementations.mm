@@ -2,6 +2,7 @@
 #include "tests/interfaces/implementations.h"
 
 #include "platform/macos/conversions.h"
+#include "platform/macos/desktop/main_run_loop.h"
 #include "platform/macos/foundation_calendar.h"
 #include "platform/macos/foundation_collation.h"
 #include "platform/macos/foundation_file_system.h"
@@ -43,6 +44,25 @@ class SettingsOfTheTests : public UserDefaultsSubject {
   StandardDefaults defaults_;
 };
 
+class LoopOfTheMainThread : public MainLoopSubject {
+ public:
+  MainLoop& loop() override { return loop_; }
+  bool runUntil(const std::function<bool()>& condition) override {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!condition()) {
+      if (std::chrono::steady_clock::now() >= end) return false;
+      @autoreleasepool {
+        [NSRunLoop.mainRunLoop runUntilDate:[NSDate dateWithTimeIntervalSinceNow:0.001]];
+      }
+    }
+    return true;
+  }
+  void beBusyFor(std::chrono::milliseconds span) override { beBusy(span); }
+
+ private:
+  MainRunLoop loop_;
+};
+
 }  // namespace
 
 Implementation<FileSystemSubject> nativeFileSystem() {
@@ -68,4 +88,8 @@ Implementation<UserDefaultsSubject> nativeUserDefaults() {
 
 Implementation<Processes> nativeProcesses() {
   return {"Foundation", [] { return std::make_unique<FoundationProcesses>(); }};
+}
+
+std::vector<Implementation<MainLoopSubject>> nativeMainLoops() {
+  return {{"RunLoop", [] { return std::make_unique<LoopOfTheMainThread>(); }}};
 }

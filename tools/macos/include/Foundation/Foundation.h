@@ -322,6 +322,7 @@ FOUNDATION_EXPORT NSRunLoopMode const NSRunLoopCommonModes;
 @property(class, readonly, strong) NSRunLoop* mainRunLoop;
 - (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode;
 - (void)performInModes:(NSArray<NSRunLoopMode>*)modes block:(void (^)(void))block;
+- (void)runUntilDate:(NSDate*)limitDate;
 @end
 
 @interface NSTimer : NSObject
