@@ -5,13 +5,13 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory_resource>
 #include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "values/bytes.h"
+#include "values/memory.h"
 #include "values/plist_key_index.h"
 #include "values/plist_text.h"
 
@@ -54,15 +54,16 @@ struct PlistDocument {
   // In bytes. Offsets and counts are 32 bits wide, so readers refuse a file of 4 GiB or more before they parse it.
   static constexpr std::size_t maximumSize = 0xFFFF'FFFF;
 
-  explicit PlistDocument(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
-      : records(memory), links(memory) {}
+  // `memory` must outlive the document.
+  explicit PlistDocument(Memory& memory)
+      : records(MemoryAllocator<PlistRecord>(memory)), links(records.get_allocator()) {}
 
   Bytes source;
   std::string aside;
-  std::pmr::vector<PlistRecord> records;
+  std::vector<PlistRecord, MemoryAllocator<PlistRecord>> records;
   // Arrays: a record number for each element. Dictionaries: the record numbers of each key and its value in turn, then
   // in a text format the offset of the end of the element. Equal keys of a document are one record.
-  std::pmr::vector<std::uint32_t> links;
+  std::vector<std::uint32_t, MemoryAllocator<std::uint32_t>> links;
   // Whether `source` is an XML file, and if so, with the file's own bytes or converted to UTF-8.
   enum class Xml : std::uint8_t { none, original, converted };
   // What a rewriter needs to change the order of arrays in the bytes of the file.

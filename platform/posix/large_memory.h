@@ -4,13 +4,13 @@
 
 #include <cstddef>
 #include <memory>
-#include <memory_resource>
 
 #include "values/bytes.h"
+#include "values/memory.h"
 
-// Returns a resource that allocates blocks of 4 MiB or more on huge pages, if the kernel has them, and smaller blocks
-// as usual. It exists as long as the process.
-std::pmr::memory_resource* largeMemory();
+// Returns a memory that allocates blocks of 4 MiB or more on huge pages, if the kernel has them, and smaller blocks as
+// usual. It exists as long as the process.
+Memory& largeMemory();
 
 // A growable buffer of uninitialised bytes. Throws std::bad_alloc.
 class LargeBuffer {
@@ -33,7 +33,7 @@ class LargeBuffer {
  private:
   struct Deallocate {
     std::size_t capacity;
-    void operator()(std::byte* block) const { largeMemory()->deallocate(block, capacity); }
+    void operator()(std::byte* block) const { largeMemory().deallocate(block, capacity); }
   };
 
   std::unique_ptr<std::byte, Deallocate> block_{nullptr, Deallocate{0}};

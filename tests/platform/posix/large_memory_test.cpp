@@ -19,19 +19,19 @@ std::byte patternAt(std::size_t index) { return static_cast<std::byte>(index * 3
 
 TEST(LargeMemory, alignsLargeBlocksToHugePages) {
   for (const std::size_t size : {2 * hugePage, 2 * hugePage + 1, 9 * hugePage - 1}) {
-    auto* block = static_cast<std::byte*>(largeMemory()->allocate(size));
+    auto* block = static_cast<std::byte*>(largeMemory().allocate(size));
     EXPECT_TRUE(isOnHugePage(block));
     std::memset(block, 0xA5, size);
-    largeMemory()->deallocate(block, size);
+    largeMemory().deallocate(block, size);
   }
 }
 
-TEST(LargeMemory, alignsSmallBlocksAsRequested) {
-  for (const std::size_t alignment : {std::size_t{1}, std::size_t{16}, std::size_t{64}, std::size_t{4096}}) {
-    void* block = largeMemory()->allocate(100, alignment);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignment, 0U);
-    std::memset(block, 0xA5, 100);
-    largeMemory()->deallocate(block, 100, alignment);
+TEST(LargeMemory, alignsSmallBlocksForAnyType) {
+  for (const std::size_t size : {std::size_t{1}, std::size_t{16}, std::size_t{100}, std::size_t{4096}}) {
+    void* block = largeMemory().allocate(size);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignof(std::max_align_t), 0U);
+    std::memset(block, 0xA5, size);
+    largeMemory().deallocate(block, size);
   }
 }
 
@@ -41,7 +41,7 @@ TEST(LargeMemory, throwsIfThereIsNotEnoughMemory) {
 #endif
   constexpr std::size_t largest = std::numeric_limits<std::size_t>::max();
   for (const std::size_t size : {std::size_t{1} << 60, largest - hugePage, largest}) {
-    EXPECT_THROW(static_cast<void>(largeMemory()->allocate(size)), std::bad_alloc);
+    EXPECT_THROW(static_cast<void>(largeMemory().allocate(size)), std::bad_alloc);
     EXPECT_THROW(LargeBuffer{size}, std::bad_alloc);
   }
 }
@@ -50,7 +50,7 @@ TEST(LargeMemory, keepsSeveralLargeBlocksApart) {
   const std::vector<std::size_t> sizes = {2 * hugePage, 4 * hugePage + 1, 2 * hugePage, 3 * hugePage - 1, 100};
   std::vector<std::byte*> blocks;
   for (const std::size_t size : sizes) {
-    blocks.push_back(static_cast<std::byte*>(largeMemory()->allocate(size)));
+    blocks.push_back(static_cast<std::byte*>(largeMemory().allocate(size)));
     std::memset(blocks.back(), static_cast<int>(blocks.size()), size);
   }
   // Freed out of order, so that a block outlives its neighbours.
@@ -58,7 +58,7 @@ TEST(LargeMemory, keepsSeveralLargeBlocksApart) {
     const std::byte expected{static_cast<unsigned char>(freed + 1)};
     for (std::size_t index = 0; index < sizes[freed]; ++index)
       ASSERT_EQ(blocks[freed][index], expected) << "block " << freed << ", byte " << index;
-    largeMemory()->deallocate(blocks[freed], sizes[freed]);
+    largeMemory().deallocate(blocks[freed], sizes[freed]);
   }
 }
 
@@ -83,7 +83,7 @@ TEST(LargeBuffer, keepsSeveralContentsApart) {
 }
 
 TEST(LargeMemory, servesAGrowingVector) {
-  std::pmr::vector<std::uint64_t> numbers(largeMemory());
+  std::vector<std::uint64_t, MemoryAllocator<std::uint64_t>> numbers{MemoryAllocator<std::uint64_t>(largeMemory())};
   for (std::uint64_t number = 0; number < 3'000'000; ++number) numbers.push_back(number * number);
   for (std::uint64_t number = 0; number < 3'000'000; number += 997) EXPECT_EQ(numbers[number], number * number);
 }
