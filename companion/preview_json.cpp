@@ -9,7 +9,7 @@ namespace {
 
 // The text as a JSON string, with everything but printable ASCII escaped. The detour through UTF-8 replaces unpaired
 // surrogates.
-std::string quoted(std::u16string_view units) {
+std::string jsonString(std::u16string_view units) {
   constexpr std::string_view digits = "0123456789abcdef";
   std::string text = "\"";
   for (const char16_t unit : utf16(utf8(units))) {
@@ -60,7 +60,7 @@ class JsonPreview {
   void addEntry(const PreviewEntry& entry, std::size_t level) {
     const NodeFields fields = fieldsOf(entry.node);
     add(R"({"title": )");
-    add(quoted(fields.title.utf16()));
+    add(jsonString(fields.title.utf16()));
     add(R"(, "kind": ")");
     add(kind(fields.type));
     add(R"(", "from": )");
@@ -85,7 +85,7 @@ void printPreviewJson(SortPreview& preview, const PlistValue& root, bool all, co
                       BoundedOutput& output) {
   JsonPreview json(preview, all, output);
   json.add(R"({"file": )");
-  json.add(quoted(utf16(file)));
+  json.add(jsonString(utf16(file)));
   json.add(R"(, "isInOrder": )");
   json.add(truth(preview.isInOrder()));
   if (all || !preview.isInOrder()) {

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Tests of the commands tools/macos/check_declarations.py and check_programs.py. Each test makes one mistake in the
-declarations of a small framework, or in a program built with them, and expects the checker's complaint. The last tests
-make every kind of mistake in each of the program's own declarations.
+"""Tests of the commands tools/macos/check_declarations.py, check_programs.py and check_availability.py. Each test makes
+one mistake in the declarations of a small framework, or in a program built with them, and expects the checker's
+complaint. The last tests make every kind of mistake in each of the program's own declarations.
 
 usage: macos_check_test.py ZIG LISTINGS [unittest's arguments]
 
@@ -22,6 +22,7 @@ SAMPLE = ROOT / "tests" / "data" / "macos"
 ZIG, LISTINGS = sys.argv[1:3] if len(sys.argv) > 2 else sys.exit(__doc__.strip())
 
 sys.path.insert(0, str(TOOLS))
+from check_availability import compare_symbols  # noqa: E402
 from check_declarations import Reasons  # noqa: E402
 from comparison import Comparison  # noqa: E402
 from declarations import read_declarations  # noqa: E402
@@ -286,6 +287,21 @@ class ReferenceCounting(unittest.TestCase):
             with self.subTest(source=source.name):
                 self.assertIn("automatic reference counting", without.stderr)
                 self.assertNotEqual(without.returncode, 0)
+
+
+class Availability(unittest.TestCase):
+    append, later = "__ZNSt3__16appendEv", "__ZNSt3__13pmr20get_default_resourceEv"
+
+    def test_passes_the_accepted_symbols(self):
+        self.assertEqual(compare_symbols({self.append}, {self.append}), [])
+
+    def test_finds_a_symbol_that_is_not_accepted(self):
+        complaint = f"libcxx_symbols.txt lacks: {self.later}  std::__1::pmr::get_default_resource()"
+        self.assertEqual(compare_symbols({self.append, self.later}, {self.append}), [complaint])
+
+    def test_finds_an_accepted_symbol_that_nothing_needs(self):
+        complaint = f"libcxx_symbols.txt: nothing needs {self.later}"
+        self.assertEqual(compare_symbols({self.append}, {self.append, self.later}), [complaint])
 
 
 class EveryMistake(unittest.TestCase):

@@ -14,6 +14,8 @@ from interface import (ANY_OBJECT, ARRAY, BOOLEAN, NUMBER, POINTER, REFERENCE, S
 TARGET = "aarch64-macos.12.0"
 QUALIFIERS = re.compile(r"\b(const|_Nonnull|_Nullable|_Null_unspecified|__kindof|__strong|__weak|__autoreleasing"
                         r"|__unsafe_unretained|__block|enum|struct|oneway|nonnull|nullable)\b")
+# The compiler prints such a macro with the type of what it is about.
+AVAILABILITY = re.compile(r"\bAPI_AVAILABLE\(macos\([\d.]+\)\)")
 BUILT_IN = {
     "void": VOID, "bool": BOOLEAN, "BOOL": BOOLEAN, "SEL": STRING, "id": ANY_OBJECT, "Class": ANY_OBJECT,
     "instancetype": SELF, "Protocol *": POINTER, "char *": STRING, "void *": POINTER,
@@ -149,7 +151,7 @@ class DeclarationReader:
 
     def kind_of(self, text, parameters=frozenset()):
         """The kind of a type in the compiler's notation; `parameters` are generic type parameters."""
-        text = " ".join(QUALIFIERS.sub(" ", text).split()).replace("* *", "**")
+        text = " ".join(QUALIFIERS.sub(" ", AVAILABILITY.sub(" ", text)).split()).replace("* *", "**")
         if text in BUILT_IN:
             return BUILT_IN[text]
         if block := re.fullmatch(r"(.+?) ?\([\^*]\s*\)\((.*)\)", text):

@@ -38,7 +38,7 @@ typedef enum NSApplicationTerminateReply : NSUInteger {
 - (void)applicationDidFinishLaunching:(NSNotification*)notification;
 - (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)sender;
 - (BOOL)applicationShouldHandleReopen:(NSApplication*)sender hasVisibleWindows:(BOOL)hasVisibleWindows;
-- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)app;
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)app API_AVAILABLE(macos(12.0));
 @end
 
 @interface NSResponder : NSObject
@@ -48,8 +48,8 @@ typedef enum NSApplicationTerminateReply : NSUInteger {
 @property(class, readonly, strong) __kindof NSApplication* sharedApplication;
 @property(nullable, weak) id<NSApplicationDelegate> delegate;
 @property(nullable, strong) NSMenu* mainMenu;
-- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)activationPolicy;
-- (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)activationPolicy API_AVAILABLE(macos(10.6));
+- (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps API_DEPRECATED("use -activate", macos(10.0, 27.0));
 - (void)run;
 - (void)terminate:(nullable id)sender;
 @end
@@ -57,8 +57,9 @@ typedef enum NSApplicationTerminateReply : NSUInteger {
 // --- Images, fonts and text ---
 
 typedef CGFloat NSFontWeight;
-APPKIT_EXTERN const NSFontWeight NSFontWeightRegular;
+APPKIT_EXTERN const NSFontWeight NSFontWeightRegular API_AVAILABLE(macos(10.11));
 
+API_AVAILABLE(macos(11.0))
 @interface NSImageSymbolConfiguration : NSObject <NSCopying>
 + (instancetype)configurationWithPointSize:(CGFloat)pointSize weight:(NSFontWeight)weight;
 @end
@@ -67,8 +68,8 @@ APPKIT_EXTERN const NSFontWeight NSFontWeightRegular;
 - (void)setTemplate:(BOOL)isTemplate;  // a method because "template", the name of the property, is a C++ keyword
 - (nullable instancetype)initWithContentsOfFile:(NSString*)fileName;
 + (nullable instancetype)imageWithSystemSymbolName:(NSString*)name
-                          accessibilityDescription:(nullable NSString*)description;
-- (nullable NSImage*)imageWithSymbolConfiguration:(NSImageSymbolConfiguration*)configuration;
+                          accessibilityDescription:(nullable NSString*)description API_AVAILABLE(macos(11.0));
+- (nullable NSImage*)imageWithSymbolConfiguration:(NSImageSymbolConfiguration*)configuration API_AVAILABLE(macos(11.0));
 @end
 
 @interface NSFont : NSObject <NSCopying>
@@ -110,6 +111,7 @@ static const NSControlStateValue NSControlStateValueOn = 1;
 
 // --- Views and controls ---
 
+API_AVAILABLE(macos(10.10))
 @protocol NSAccessibility <NSObject>
 @property(getter=isAccessibilityElement) BOOL accessibilityElement;
 @property(nullable, copy) NSString* accessibilityLabel;
@@ -140,8 +142,12 @@ typedef enum NSBezelStyle : NSUInteger { NSBezelStyleRounded = 1 } NSBezelStyle;
 @property(copy) NSString* keyEquivalent;
 @property(nullable, strong) NSImage* image;
 @property NSControlStateValue state;
-+ (instancetype)buttonWithTitle:(NSString*)title target:(nullable id)target action:(nullable SEL)action;
-+ (instancetype)checkboxWithTitle:(NSString*)title target:(nullable id)target action:(nullable SEL)action;
++ (instancetype)buttonWithTitle:(NSString*)title
+                         target:(nullable id)target
+                         action:(nullable SEL)action API_AVAILABLE(macos(10.12));
++ (instancetype)checkboxWithTitle:(NSString*)title
+                           target:(nullable id)target
+                           action:(nullable SEL)action API_AVAILABLE(macos(10.12));
 @end
 
 @interface NSPopUpButton : NSButton
@@ -171,8 +177,8 @@ enum : NSUInteger { NSDatePickerElementFlagHourMinute = 0x000c };
 @end
 
 @interface NSTextField : NSControl
-+ (instancetype)labelWithString:(NSString*)stringValue;
-+ (instancetype)wrappingLabelWithString:(NSString*)stringValue;
++ (instancetype)labelWithString:(NSString*)stringValue API_AVAILABLE(macos(10.12));
++ (instancetype)wrappingLabelWithString:(NSString*)stringValue API_AVAILABLE(macos(10.12));
 @end
 
 typedef enum NSImageScaling : NSUInteger { NSImageScaleProportionallyUpOrDown = 3 } NSImageScaling;
@@ -200,10 +206,10 @@ typedef enum NSBackingStoreType : NSUInteger { NSBackingStoreBuffered = 2 } NSBa
 @property(nullable, strong) __kindof NSView* contentView;
 @property(nullable, weak) NSView* initialFirstResponder;
 @property(getter=isReleasedWhenClosed) BOOL releasedWhenClosed;
-@property(getter=isRestorable) BOOL restorable;
+@property(getter=isRestorable) BOOL restorable API_AVAILABLE(macos(10.7));
 @property BOOL autorecalculatesKeyViewLoop;
-@property BOOL preventsApplicationTerminationWhenModal;
-@property NSWindowCollectionBehavior collectionBehavior;
+@property BOOL preventsApplicationTerminationWhenModal API_AVAILABLE(macos(10.6));
+@property NSWindowCollectionBehavior collectionBehavior API_AVAILABLE(macos(10.5));
 - (instancetype)initWithContentRect:(NSRect)contentRect
                           styleMask:(NSWindowStyleMask)style
                             backing:(NSBackingStoreType)backingStoreType
@@ -231,6 +237,7 @@ static const NSModalResponse NSAlertFirstButtonReturn = 1000;
 
 static const CGFloat NSSquareStatusItemLength = -2.0;
 
+API_AVAILABLE(macos(10.10))
 @interface NSStatusBarButton : NSButton
 @property BOOL appearsDisabled;
 @end
@@ -238,9 +245,9 @@ static const CGFloat NSSquareStatusItemLength = -2.0;
 typedef NSString* NSStatusItemAutosaveName;
 
 @interface NSStatusItem : NSObject
-@property(null_resettable, copy) NSStatusItemAutosaveName autosaveName;
+@property(null_resettable, copy) NSStatusItemAutosaveName autosaveName API_AVAILABLE(macos(10.12));
 @property(nullable, strong) NSMenu* menu;
-@property(nullable, readonly, strong) NSStatusBarButton* button;
+@property(nullable, readonly, strong) NSStatusBarButton* button API_AVAILABLE(macos(10.10));
 @end
 
 @interface NSStatusBar : NSObject
@@ -251,6 +258,7 @@ typedef NSString* NSStatusItemAutosaveName;
 
 // --- The session ---
 
+API_AVAILABLE(macos(10.6))
 @interface NSRunningApplication : NSObject
 @property(nullable, readonly, copy) NSString* bundleIdentifier;
 @property(readonly) pid_t processIdentifier;
@@ -259,13 +267,14 @@ typedef NSString* NSStatusItemAutosaveName;
 + (nullable instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid;
 @end
 
+API_AVAILABLE(macos(10.15))
 @interface NSWorkspaceOpenConfiguration : NSObject <NSCopying>
 + (instancetype)configuration;
 @end
 
 APPKIT_EXTERN NSNotificationName const NSWorkspaceDidTerminateApplicationNotification;
 APPKIT_EXTERN NSNotificationName const NSWorkspaceDidWakeNotification;
-APPKIT_EXTERN NSString* const NSWorkspaceApplicationKey;
+APPKIT_EXTERN NSString* const NSWorkspaceApplicationKey API_AVAILABLE(macos(10.6));
 
 @interface NSWorkspace : NSObject
 @property(class, readonly, strong) NSWorkspace* sharedWorkspace;
@@ -273,9 +282,10 @@ APPKIT_EXTERN NSString* const NSWorkspaceApplicationKey;
 - (BOOL)openURL:(NSURL*)url;
 - (void)openApplicationAtURL:(NSURL*)applicationURL
                configuration:(NSWorkspaceOpenConfiguration*)configuration
-           completionHandler:(nullable void (^)(NSRunningApplication* _Nullable app, NSError* _Nullable error))handler;
-- (void)activateFileViewerSelectingURLs:(NSArray<NSURL*>*)fileURLs;
-- (nullable NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)bundleIdentifier;
+           completionHandler:(nullable void (^)(NSRunningApplication* _Nullable app, NSError* _Nullable error))handler
+    API_AVAILABLE(macos(10.15));
+- (void)activateFileViewerSelectingURLs:(NSArray<NSURL*>*)fileURLs API_AVAILABLE(macos(10.6));
+- (nullable NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)bundleIdentifier API_AVAILABLE(macos(10.6));
 @end
 
 NS_ASSUME_NONNULL_END

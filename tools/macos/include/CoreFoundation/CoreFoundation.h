@@ -1,7 +1,9 @@
-// What the program uses of CoreFoundation, declared for builds without the framework's own headers.
+// What the program uses of CoreFoundation, declared for builds without the framework's own headers. In all of these
+// headers a declaration without a version is in macOS 10.4 and later.
 #pragma once
 
 #include <objc/objc.h>
+#include <os/availability.h>
 
 #ifdef __cplusplus
 extern "C" {

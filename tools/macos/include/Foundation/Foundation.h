@@ -78,6 +78,7 @@ typedef struct {
   unsigned long extra[5];
 } NSFastEnumerationState;
 
+API_AVAILABLE(macos(10.5))
 @protocol NSFastEnumeration
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
                                   objects:(id __unsafe_unretained _Nullable[_Nonnull])buffer
@@ -92,7 +93,7 @@ typedef struct {
 - (instancetype)initWithCharactersNoCopy:(unichar*)characters length:(NSUInteger)length freeWhenDone:(BOOL)freeBuffer;
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
 - (BOOL)isEqualToString:(NSString*)aString;
-- (NSComparisonResult)localizedStandardCompare:(NSString*)string;
+- (NSComparisonResult)localizedStandardCompare:(NSString*)string API_AVAILABLE(macos(10.6));
 @end
 
 @interface NSValue : NSObject <NSCopying>
@@ -117,7 +118,7 @@ typedef struct {
 @property(readonly) NSTimeInterval timeIntervalSinceReferenceDate;
 @property(readonly) NSTimeInterval timeIntervalSince1970;
 - (NSComparisonResult)compare:(NSDate*)other;
-- (instancetype)dateByAddingTimeInterval:(NSTimeInterval)interval;
+- (instancetype)dateByAddingTimeInterval:(NSTimeInterval)interval API_AVAILABLE(macos(10.6));
 + (instancetype)dateWithTimeIntervalSinceNow:(NSTimeInterval)seconds;
 + (instancetype)dateWithTimeIntervalSince1970:(NSTimeInterval)seconds;
 + (instancetype)dateWithTimeIntervalSinceReferenceDate:(NSTimeInterval)seconds;
@@ -130,7 +131,8 @@ typedef NSUInteger NSDataReadingOptions;
 @property(readonly, nullable) const void* bytes;
 - (instancetype)initWithBytesNoCopy:(void*)bytes
                              length:(NSUInteger)length
-                        deallocator:(nullable void (^)(void* bytes, NSUInteger length))deallocator;
+                        deallocator:(nullable void (^)(void* bytes, NSUInteger length))deallocator
+    API_AVAILABLE(macos(10.9));
 + (nullable instancetype)dataWithContentsOfFile:(NSString*)path
                                         options:(NSDataReadingOptions)readOptionsMask
                                           error:(NSError* _Nullable* _Nullable)error;
@@ -148,24 +150,25 @@ typedef NSUInteger NSDataReadingOptions;
 
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject <NSCopying, NSFastEnumeration>
 @property(readonly) NSUInteger count;
-- (nullable ObjectType)objectForKeyedSubscript:(KeyType)key;
+- (nullable ObjectType)objectForKeyedSubscript:(KeyType)key API_AVAILABLE(macos(10.8));
 + (instancetype)dictionaryWithObjects:(const ObjectType _Nonnull[_Nullable])objects
                               forKeys:(const KeyType<NSCopying> _Nonnull[_Nullable])keys
                                 count:(NSUInteger)count;
 @end
 
 @interface NSMutableDictionary<KeyType, ObjectType> : NSDictionary <KeyType, ObjectType>
-- (void)setObject:(nullable ObjectType)object forKeyedSubscript:(KeyType<NSCopying>)key;
+- (void)setObject:(nullable ObjectType)object forKeyedSubscript:(KeyType<NSCopying>)key API_AVAILABLE(macos(10.8));
 + (instancetype)dictionaryWithCapacity:(NSUInteger)capacity;
 @end
 
 @interface NSURL : NSObject <NSCopying>
 @property(nullable, readonly, copy) NSString* path;
 + (NSURL*)fileURLWithPath:(NSString*)path;
-+ (NSURL*)fileURLWithPath:(NSString*)path isDirectory:(BOOL)isDirectory;
++ (NSURL*)fileURLWithPath:(NSString*)path isDirectory:(BOOL)isDirectory API_AVAILABLE(macos(10.5));
 + (nullable instancetype)URLWithString:(NSString*)URLString;
 @end
 
+API_AVAILABLE(macos(10.8))
 @interface NSUUID : NSObject <NSCopying>
 @property(readonly, copy) NSString* UUIDString;
 + (instancetype)UUID;
@@ -206,11 +209,11 @@ typedef enum NSPropertyListFormat : NSUInteger {
 + (nullable NSData*)dataWithPropertyList:(id)plist
                                   format:(NSPropertyListFormat)format
                                  options:(NSPropertyListWriteOptions)options
-                                   error:(NSError* _Nullable* _Nullable)error;
+                                   error:(NSError* _Nullable* _Nullable)error API_AVAILABLE(macos(10.6));
 + (nullable id)propertyListWithData:(NSData*)data
                             options:(NSPropertyListReadOptions)options
                              format:(nullable NSPropertyListFormat*)format
-                              error:(NSError* _Nullable* _Nullable)error;
+                              error:(NSError* _Nullable* _Nullable)error API_AVAILABLE(macos(10.6));
 @end
 
 @interface NSUserDefaults : NSObject
@@ -225,21 +228,21 @@ FOUNDATION_EXPORT NSFileAttributeKey const NSFilePosixPermissions;
 
 @interface NSFileManager : NSObject
 @property(class, readonly, strong) NSFileManager* defaultManager;
-@property(readonly, copy) NSURL* homeDirectoryForCurrentUser;
+@property(readonly, copy) NSURL* homeDirectoryForCurrentUser API_AVAILABLE(macos(10.12));
 - (BOOL)createDirectoryAtURL:(NSURL*)url
     withIntermediateDirectories:(BOOL)createIntermediates
                      attributes:(nullable NSDictionary<NSFileAttributeKey, id>*)attributes
-                          error:(NSError* _Nullable* _Nullable)error;
+                          error:(NSError* _Nullable* _Nullable)error API_AVAILABLE(macos(10.7));
 - (BOOL)setAttributes:(NSDictionary<NSFileAttributeKey, id>*)attributes
          ofItemAtPath:(NSString*)path
-                error:(NSError* _Nullable* _Nullable)error;
+                error:(NSError* _Nullable* _Nullable)error API_AVAILABLE(macos(10.5));
 @end
 
 @interface NSBundle : NSObject
 @property(class, readonly, strong) NSBundle* mainBundle;
 @property(readonly, copy) NSString* bundlePath;
 @property(readonly, copy, nullable) NSString* bundleIdentifier;
-@property(readonly, copy, nullable) NSURL* executableURL;
+@property(readonly, copy, nullable) NSURL* executableURL API_AVAILABLE(macos(10.6));
 - (nullable id)objectForInfoDictionaryKey:(NSString*)key;
 + (nullable instancetype)bundleWithPath:(NSString*)path;
 @end
@@ -250,8 +253,8 @@ enum : unsigned long long { NSActivityUserInitiatedAllowingIdleSystemSleep = 0x0
 @interface NSProcessInfo : NSObject
 @property(class, readonly, strong) NSProcessInfo* processInfo;
 @property(readonly) int processIdentifier;
-- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason;
-- (void)endActivity:(id<NSObject>)activity;
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason API_AVAILABLE(macos(10.9));
+- (void)endActivity:(id<NSObject>)activity API_AVAILABLE(macos(10.9));
 @end
 
 @interface NSFileHandle : NSObject
@@ -259,19 +262,19 @@ enum : unsigned long long { NSActivityUserInitiatedAllowingIdleSystemSleep = 0x0
 @end
 
 @interface NSTask : NSObject
-@property(nullable, copy) NSURL* executableURL;
+@property(nullable, copy) NSURL* executableURL API_AVAILABLE(macos(10.13));
 @property(nullable, copy) NSArray<NSString*>* arguments;
 @property(nullable, retain) id standardInput;
 @property(nullable, retain) id standardOutput;
 @property(nullable, retain) id standardError;
 @property(readonly) int terminationStatus;
-- (BOOL)launchAndReturnError:(NSError* _Nullable* _Nullable)error;
+- (BOOL)launchAndReturnError:(NSError* _Nullable* _Nullable)error API_AVAILABLE(macos(10.13));
 - (void)waitUntilExit;
 @end
 
 // --- Calendars ---
 
-FOUNDATION_EXPORT NSCalendarIdentifier const NSCalendarIdentifierGregorian;
+FOUNDATION_EXPORT NSCalendarIdentifier const NSCalendarIdentifierGregorian API_AVAILABLE(macos(10.6));
 
 typedef NSUInteger NSCalendarUnit;
 enum : NSUInteger {
@@ -309,19 +312,19 @@ enum : NSUInteger { NSCalendarMatchNextTime = 1UL << 10, NSCalendarMatchFirst = 
 - (nullable NSDate*)dateFromComponents:(NSDateComponents*)components;
 - (nullable NSDate*)nextDateAfterDate:(NSDate*)date
                    matchingComponents:(NSDateComponents*)components
-                              options:(NSCalendarOptions)options;
-- (NSDate*)startOfDayForDate:(NSDate*)date;
-+ (nullable NSCalendar*)calendarWithIdentifier:(NSCalendarIdentifier)identifier;
+                              options:(NSCalendarOptions)options API_AVAILABLE(macos(10.9));
+- (NSDate*)startOfDayForDate:(NSDate*)date API_AVAILABLE(macos(10.9));
++ (nullable NSCalendar*)calendarWithIdentifier:(NSCalendarIdentifier)identifier API_AVAILABLE(macos(10.9));
 @end
 
 // --- Loops, timers and notifications ---
 
-FOUNDATION_EXPORT NSRunLoopMode const NSRunLoopCommonModes;
+FOUNDATION_EXPORT NSRunLoopMode const NSRunLoopCommonModes API_AVAILABLE(macos(10.5));
 
 @interface NSRunLoop : NSObject
-@property(class, readonly, strong) NSRunLoop* mainRunLoop;
+@property(class, readonly, strong) NSRunLoop* mainRunLoop API_AVAILABLE(macos(10.5));
 - (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode;
-- (void)performInModes:(NSArray<NSRunLoopMode>*)modes block:(void (^)(void))block;
+- (void)performInModes:(NSArray<NSRunLoopMode>*)modes block:(void (^)(void))block API_AVAILABLE(macos(10.12));
 - (void)runUntilDate:(NSDate*)limitDate;
 @end
 
@@ -330,11 +333,11 @@ FOUNDATION_EXPORT NSRunLoopMode const NSRunLoopCommonModes;
 - (instancetype)initWithFireDate:(NSDate*)date
                         interval:(NSTimeInterval)interval
                          repeats:(BOOL)repeats
-                           block:(void (^)(NSTimer* timer))block;
+                           block:(void (^)(NSTimer* timer))block API_AVAILABLE(macos(10.12));
 - (void)invalidate;
 @end
 
-FOUNDATION_EXPORT NSNotificationName const NSSystemClockDidChangeNotification;
+FOUNDATION_EXPORT NSNotificationName const NSSystemClockDidChangeNotification API_AVAILABLE(macos(10.6));
 
 @interface NSNotification : NSObject <NSCopying>
 @property(nullable, readonly, copy) NSDictionary* userInfo;
@@ -345,7 +348,7 @@ FOUNDATION_EXPORT NSNotificationName const NSSystemClockDidChangeNotification;
 - (id<NSObject>)addObserverForName:(nullable NSNotificationName)name
                             object:(nullable id)object
                              queue:(nullable NSOperationQueue*)queue
-                        usingBlock:(void (^)(NSNotification* notification))block;
+                        usingBlock:(void (^)(NSNotification* notification))block API_AVAILABLE(macos(10.6));
 - (void)removeObserver:(id)observer;
 @end
 

@@ -8,7 +8,7 @@ NS_ASSUME_NONNULL_BEGIN
 
 typedef enum SMAppServiceStatus : NSInteger { SMAppServiceStatusRequiresApproval = 2 } SMAppServiceStatus;
 
-__attribute__((availability(macos, introduced = 13.0)))
+API_AVAILABLE(macos(13.0))
 @interface SMAppService : NSObject
 + (SMAppServiceStatus)statusForLegacyURL:(NSURL*)url;
 @end
