@@ -50,7 +50,7 @@ TEST_P(PropertyListVector, isReadOrRefusedAsOnThePlatform) {
     return;
   }
   const PropertyLists::Parsed parsed = lists_->parse(bytes);
-  EXPECT_EQ(nameOf(parsed.format), wanted.at("format"));
+  EXPECT_EQ(nameOf(parsed.format), wanted.at("format").get<std::string>());
   if (wanted.contains("nested_arrays"))
     EXPECT_EQ(nestedArrays(parsed.value), wanted.at("nested_arrays"));
   else
