@@ -10,7 +10,7 @@
 
 namespace {
 
-// What both formats compare: a container that was made from one of the document, entry by entry.
+// What both formats compare: bytes, and a container that was made from one of the document.
 class SourceComparison {
  public:
   SourceComparison(const PlistDocument& document, const Bytes& bytes) : document_(document), bytes_(bytes) {}
@@ -28,9 +28,8 @@ class SourceComparison {
     return record.kind == value.kind() && record.count == value.size();
   }
 
-  bool hasEntry(const PlistValue& dictionary, const PlistRecord& record, std::size_t entry) const {
-    return dictionary.keyAt(entry) == document_.text(document_.records[document_.key(record, entry)]) &&
-           recordIn(document_, dictionary.valueAt(entry)) == document_.value(record, entry);
+  bool hasKey(const PlistValue& dictionary, const PlistRecord& record, std::size_t entry) const {
+    return dictionary.keyAt(entry) == document_.text(document_.records[document_.key(record, entry)]);
   }
 
   const PlistDocument& document_;
@@ -74,7 +73,7 @@ class BinaryComparison : SourceComparison {
 
   bool holdsDictionary(const PlistValue& dictionary, const PlistRecord& record) {
     for (std::size_t entry = 0; entry < record.count; ++entry)
-      if (!hasEntry(dictionary, record, entry) || !holds(dictionary.valueAt(entry), document_.value(record, entry)))
+      if (!hasKey(dictionary, record, entry) || !holds(dictionary.valueAt(entry), document_.value(record, entry)))
         return false;
     return true;
   }
@@ -119,16 +118,18 @@ class XmlComparison : SourceComparison {
     if (!hasShape(dictionary, record)) return false;
     std::size_t from = record.high();
     for (std::size_t entry = 0; entry < record.count; ++entry)
-      if (!hasEntry(dictionary, record, entry) ||
-          !hasChanges(dictionary.valueAt(entry), document_.records[document_.value(record, entry)], from))
+      if (!hasKey(dictionary, record, entry) ||
+          !hasChanges(dictionary.valueAt(entry), document_.value(record, entry), from))
         return false;
     return hasText(from, document_.elementEnd(record));
   }
 
-  // Returns true if the file goes on with the source from `from` to the end of the last change inside a value that is
-  // or was made from `record`, and moves `from` there.
-  bool hasChanges(const PlistValue& value, const PlistRecord& record, std::size_t& from) {
+  // Returns true if the value is or was made from the record `index`, and the file goes on with the source from `from`
+  // to the end of the last change inside the value. Moves `from` there.
+  bool hasChanges(const PlistValue& value, std::uint32_t index, std::size_t& from) {
+    if (recordIn(document_, value) != index) return false;
     if (value.place() != nullptr) return true;
+    const PlistRecord& record = document_.records[index];
     if (!hasShape(value, record)) return false;
     if (record.kind == PlistKind::dictionary) return replaces(record, value, from);
     for (std::size_t element = 0; element < record.count; ++element)
