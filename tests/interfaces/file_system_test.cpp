@@ -26,10 +26,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-Bytes bytes(std::string text) { return Bytes(std::move(text)); }
-
-constexpr std::size_t block = std::size_t{256} << 10;
-
 class FileSystemTest : public InterfaceTest<Implementation<FileSystemSubject>> {
  protected:
   std::string path(const std::string& name) const { return subject_->folder() + "/" + name; }
@@ -69,8 +65,8 @@ TEST_P(FileSystemTest, homeFolderIsAbsoluteWithoutASlashAtItsEnd) {
 // Reading
 
 TEST_P(FileSystemTest, readsEveryByte) {
-  for (const std::size_t size :
-       {std::size_t{0}, std::size_t{1}, std::size_t{4095}, std::size_t{4096}, block, (std::size_t{9} << 20) + block}) {
+  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4095}, std::size_t{4096}, fileBlock,
+                                 (std::size_t{9} << 20) + fileBlock}) {
     put(patterned(size));
     EXPECT_TRUE(files_.read(file_).text() == patterned(size)) << size;
   }
@@ -205,7 +201,8 @@ TEST_P(FileSystemTest, refusesToReplaceAFolder) {
 // Replacing an unchanged file
 
 TEST_P(FileSystemTest, replacesTheExpectedContentOfEverySize) {
-  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, block - 1, block, block + 1, 3 * block}) {
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{1}, fileBlock - 1, fileBlock, fileBlock + 1, 3 * fileBlock}) {
     put(patterned(size), 0640);
     const Replacement replacement = replaceIf(patterned(size));
     EXPECT_TRUE(replacement.done) << size;
@@ -218,7 +215,7 @@ TEST_P(FileSystemTest, replacesTheExpectedContentOfEverySize) {
 }
 
 TEST_P(FileSystemTest, leavesOtherContent) {
-  const std::string old = patterned(2 * block);
+  const std::string old = patterned(2 * fileBlock);
   std::string changed = old;
   changed.back() = static_cast<char>(changed.back() ^ 1);
   for (const std::string& expected : {changed, old + "a", old.substr(1), std::string()}) {

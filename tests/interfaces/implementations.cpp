@@ -9,6 +9,22 @@
 
 namespace {
 
+// What parts of a virtual machine need, for a part without the machine.
+struct Surroundings {
+  Journal journal;
+  VirtualMainLoop loop{journal};
+};
+
+class LonePropertyLists : Surroundings, public VirtualPropertyLists {
+ public:
+  LonePropertyLists() : VirtualPropertyLists(journal) {}
+};
+
+class LoneProcesses : Surroundings, public VirtualProcesses {
+ public:
+  LoneProcesses() : VirtualProcesses(journal, loop) {}
+};
+
 class VirtualFiles : public FileSystemSubject {
  public:
   VirtualFiles() { files_.createFolder(folder(), 0755); }
@@ -35,18 +51,6 @@ class VirtualFiles : public FileSystemSubject {
   VirtualFileSystem files_{journal_};
 };
 
-class JournaledPropertyLists : public PropertyLists {
- public:
-  Parsed parse(const Bytes& bytes) override { return lists_.parse(bytes); }
-  Bytes serialize(const PlistValue& value, PropertyListFormat format) override {
-    return lists_.serialize(value, format);
-  }
-
- private:
-  Journal journal_;
-  VirtualPropertyLists lists_{journal_};
-};
-
 class VirtualZone : public CalendarsSubject {
  public:
   Calendars& calendars() override { return calendars_; }
@@ -65,27 +69,6 @@ class VirtualSettings : public UserDefaultsSubject {
  private:
   Journal journal_;
   VirtualUserDefaults defaults_{journal_};
-};
-
-class ProcessesOfAMachine : public Processes {
- public:
-  std::string randomUuid() override { return processes_.randomUuid(); }
-  int processIdentifier() override { return processes_.processIdentifier(); }
-  unsigned userIdentifier() override { return processes_.userIdentifier(); }
-  bool writesToTerminal() override { return processes_.writesToTerminal(); }
-  std::optional<std::string> environmentVariable(const std::string& name) override {
-    return processes_.environmentVariable(name);
-  }
-  std::string workingFolder() override { return processes_.workingFolder(); }
-  int run(const std::string& path, const std::vector<std::string>& arguments) override {
-    return processes_.run(path, arguments);
-  }
-  void pause(std::chrono::milliseconds duration) override { processes_.pause(duration); }
-
- private:
-  Journal journal_;
-  VirtualMainLoop loop_{journal_};
-  VirtualProcesses processes_{journal_, loop_};
 };
 
 // Time passes only while the loop runs or the thread is busy.
@@ -121,7 +104,7 @@ std::vector<Implementation<PropertyLists>> propertyLists() {
   return {
       nativePropertyLists(),
       {"FoundationLike", [] { return std::make_unique<FoundationLikePropertyLists>(nativePropertyLists().make()); }},
-      {"Virtual", [] { return std::make_unique<JournaledPropertyLists>(); }}};
+      {"Virtual", [] { return std::make_unique<LonePropertyLists>(); }}};
 }
 
 std::vector<Implementation<CalendarsSubject>> calendars() {
@@ -137,7 +120,7 @@ std::vector<Implementation<UserDefaultsSubject>> userDefaults() {
 }
 
 std::vector<Implementation<Processes>> processes() {
-  return {nativeProcesses(), {"Virtual", [] { return std::make_unique<ProcessesOfAMachine>(); }}};
+  return {nativeProcesses(), {"Virtual", [] { return std::make_unique<LoneProcesses>(); }}};
 }
 
 std::vector<Implementation<MainLoopSubject>> mainLoops() {

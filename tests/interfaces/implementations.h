@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +17,7 @@
 #include "platform/user_defaults.h"
 #include "tests/interfaces/implementation.h"
 #include "tests/interfaces/main_loops.h"
+#include "tests/support/environment_scope.h"
 #include "tests/support/scratch_folder.h"
 
 // Files
@@ -70,6 +72,18 @@ class CalendarsSubject {
 
   virtual Calendars& calendars() = 0;
   virtual void moveTo(const std::string& zone) = 0;
+};
+
+// Calendars of a system that takes its time zone from the environment.
+template <class SystemCalendars>
+class ZoneInTheEnvironment : public CalendarsSubject {
+ public:
+  Calendars& calendars() override { return calendars_; }
+  void moveTo(const std::string& zone) override { zone_.set(zone); }
+
+ private:
+  EnvironmentScope zone_{"TZ", std::nullopt};
+  SystemCalendars calendars_;
 };
 
 Implementation<CalendarsSubject> nativeCalendars();

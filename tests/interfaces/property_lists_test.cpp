@@ -48,6 +48,17 @@ TEST_P(PropertyListsTest, returnsWhatItWroteInBothFormats) {
   }
 }
 
+TEST_P(PropertyListsTest, knowsWhatBytesParseTo) {
+  for (const PropertyListFormat format : {PropertyListFormat::binary, PropertyListFormat::xml}) {
+    const Bytes written = lists_->serialize(everything(), format);
+    EXPECT_TRUE(lists_->parsesTo(everything(), written));
+    EXPECT_TRUE(lists_->parsesTo(lists_->parse(written).value, written));
+    EXPECT_FALSE(lists_->parsesTo(PlistValue::array({everything()}), written));
+    EXPECT_FALSE(lists_->parsesTo(everything().replacing(everything().indexOf(u"real").value(), 0.2), written));
+  }
+  EXPECT_THROW(lists_->parsesTo(everything(), Bytes(std::string("bplist00"))), Error);
+}
+
 TEST_P(PropertyListsTest, changesFormats) {
   const PlistValue read = lists_->parse(lists_->serialize(everything(), PropertyListFormat::xml)).value;
   EXPECT_EQ(lists_->parse(lists_->serialize(read, PropertyListFormat::binary)).value, everything());

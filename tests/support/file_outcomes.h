@@ -1,10 +1,22 @@
-// What the tests of files share: errors as text, and the umask.
+// What the tests of files share: contents, errors as text, and the umask.
 #pragma once
 
 #include <sys/stat.h>
 
+#include <cstddef>
 #include <functional>
 #include <string>
+#include <utility>
+
+#include "values/bytes.h"
+
+// The size of the blocks in which files are read and compared.
+inline constexpr std::size_t fileBlock = std::size_t{256} << 10;
+
+inline Bytes bytes(std::string text) { return Bytes(std::move(text)); }
+
+// A condition of a replacement that holds.
+inline bool always() { return true; }
 
 // Returns "done", or the domain, code and description of the error that an operation throws.
 std::string outcomeOf(const std::function<void()>& operation);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/error.h"
+#include "tests/support/plist_json.h"
 
 namespace {
 
@@ -17,16 +18,7 @@ class Copier {
   explicit Copier(Keys keys) : keys_(keys) {}
 
   PlistValue copy(const PlistValue& value) {
-    switch (value.kind()) {
-      case PlistKind::string: return value.string()->utf16();
-      case PlistKind::integer: return *value.integer();
-      case PlistKind::real: return *value.real();
-      case PlistKind::boolean: return *value.boolean();
-      case PlistKind::date: return *value.date();
-      case PlistKind::data: return Bytes(std::string(value.data()->text()));
-      case PlistKind::array:
-      case PlistKind::dictionary: break;
-    }
+    if (!value.is(PlistKind::array) && !value.is(PlistKind::dictionary)) return scalarCopy(value);
     const auto known = copies_.find(value.identity());
     if (known != copies_.end()) return known->second;
     return copies_.emplace(value.identity(), copyOfContainer(value)).first->second;

@@ -4,6 +4,7 @@
 #include <bit>
 #include <iomanip>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -61,7 +62,7 @@ unsigned nestedArrays(const PlistValue& value) {
   return value.is(PlistKind::array) && value.size() == 1 ? 1 + nestedArrays(value.at(0)) : 0;
 }
 
-PlistValue deepCopy(const PlistValue& value) {
+PlistValue scalarCopy(const PlistValue& value) {
   switch (value.kind()) {
     case PlistKind::string: return value.string()->utf16();
     case PlistKind::integer: return *value.integer();
@@ -69,13 +70,19 @@ PlistValue deepCopy(const PlistValue& value) {
     case PlistKind::boolean: return *value.boolean();
     case PlistKind::date: return *value.date();
     case PlistKind::data: return Bytes(std::string(value.data()->text()));
-    case PlistKind::array: {
-      std::vector<PlistValue> elements;
-      for (std::size_t index = 0; index < value.size(); ++index) elements.push_back(deepCopy(value.at(index)));
-      return PlistValue::array(std::move(elements));
-    }
+    case PlistKind::array:
     case PlistKind::dictionary: break;
   }
+  throw std::invalid_argument("a container");
+}
+
+PlistValue deepCopy(const PlistValue& value) {
+  if (value.is(PlistKind::array)) {
+    std::vector<PlistValue> elements;
+    for (std::size_t index = 0; index < value.size(); ++index) elements.push_back(deepCopy(value.at(index)));
+    return PlistValue::array(std::move(elements));
+  }
+  if (!value.is(PlistKind::dictionary)) return scalarCopy(value);
   std::vector<PlistEntry> entries;
   for (std::size_t index = 0; index < value.size(); ++index)
     entries.push_back({value.keyAt(index).utf16(), deepCopy(value.valueAt(index))});

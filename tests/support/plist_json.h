@@ -13,5 +13,8 @@ nlohmann::json toJson(const PlistValue& value);
 // The depth of nested arrays from `value` down, each the only element of the array around it.
 unsigned nestedArrays(const PlistValue& value);
 
-// A copy that shares no storage with `value` or its document.
+// A copy of a value that is no container; std::invalid_argument for a container.
+PlistValue scalarCopy(const PlistValue& value);
+
+// A copy that shares no storage with `value` or its document, and none inside itself.
 PlistValue deepCopy(const PlistValue& value);

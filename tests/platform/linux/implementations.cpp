@@ -7,19 +7,8 @@
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/linux/property_list_defaults.h"
-#include "tests/support/environment_scope.h"
 
 namespace {
-
-class ZoneInTheEnvironment : public CalendarsSubject {
- public:
-  Calendars& calendars() override { return calendars_; }
-  void moveTo(const std::string& zone) override { zone_.set(zone); }
-
- private:
-  EnvironmentScope zone_{"TZ", std::nullopt};
-  CivilCalendars calendars_;
-};
 
 class SettingsInAFolder : public UserDefaultsSubject {
  public:
@@ -42,7 +31,7 @@ Implementation<PropertyLists> nativePropertyLists() {
 }
 
 Implementation<CalendarsSubject> nativeCalendars() {
-  return {"Civil", [] { return std::make_unique<ZoneInTheEnvironment>(); }};
+  return {"Civil", [] { return std::make_unique<ZoneInTheEnvironment<CivilCalendars>>(); }};
 }
 
 CollationImplementation nativeCollation() {

@@ -97,12 +97,6 @@ class RenameScope {
 
 std::size_t openDescriptors() { return namesIn("/proc/self/fd").size(); }
 
-bool always() { return true; }
-
-Bytes bytes(std::string text) { return Bytes(std::move(text)); }
-
-constexpr std::size_t block = std::size_t{256} << 10;
-
 class PosixFileSystemTest : public testing::Test {
  protected:
   ScratchFolder scratch_;
@@ -156,8 +150,8 @@ TEST_F(PosixRead, refusesASparseFile) {
 TEST_F(PosixRead, readsALargeFileWithASmallHole) {
   const std::string start = patterned(std::size_t{65} << 20);
   makeFile(file_, start);
-  std::filesystem::resize_file(file_, start.size() + block);
-  EXPECT_TRUE(files_.read(file_).text() == start + std::string(block, '\0'));
+  std::filesystem::resize_file(file_, start.size() + fileBlock);
+  EXPECT_TRUE(files_.read(file_).text() == start + std::string(fileBlock, '\0'));
 }
 
 TEST_F(PosixRead, refusesAFileThatGrowsWithoutEnd) {

@@ -9,20 +9,8 @@
 #include "platform/macos/foundation_processes.h"
 #include "platform/macos/foundation_property_lists.h"
 #include "platform/macos/standard_defaults.h"
-#include "tests/support/environment_scope.h"
 
 namespace {
-
-// Foundation takes the time zone from the environment too, each time that it forgets the one that it has.
-class ZoneInTheEnvironment : public CalendarsSubject {
- public:
-  Calendars& calendars() override { return calendars_; }
-  void moveTo(const std::string& zone) override { zone_.set(zone); }
-
- private:
-  EnvironmentScope zone_{"TZ", std::nullopt};
-  FoundationCalendars calendars_;
-};
 
 // The settings of the test program itself, from which the tests' keys are removed again.
 class SettingsOfTheTests : public UserDefaultsSubject {
@@ -73,8 +61,9 @@ Implementation<PropertyLists> nativePropertyLists() {
   return {"Foundation", [] { return std::make_unique<FoundationPropertyLists>(); }};
 }
 
+// Foundation takes the time zone from the environment too, each time that it forgets the one that it has.
 Implementation<CalendarsSubject> nativeCalendars() {
-  return {"Foundation", [] { return std::make_unique<ZoneInTheEnvironment>(); }};
+  return {"Foundation", [] { return std::make_unique<ZoneInTheEnvironment<FoundationCalendars>>(); }};
 }
 
 // Foundation compares by the user's language only, which must be English for the tests.

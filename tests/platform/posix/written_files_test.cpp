@@ -26,12 +26,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-bool always() { return true; }
-
-Bytes bytes(std::string text) { return Bytes(std::move(text)); }
-
-constexpr std::size_t block = std::size_t{256} << 10;
-
 class WrittenFile : public testing::Test {
  protected:
   ScratchFolder scratch_;
@@ -297,7 +291,8 @@ TEST_F(ReplaceUnchangedFile, leavesOtherContent) {
 }
 
 TEST_F(ReplaceUnchangedFile, replacesTheSameBytesOfEverySize) {
-  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, block - 1, block, block + 1, 3 * block}) {
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{1}, fileBlock - 1, fileBlock, fileBlock + 1, 3 * fileBlock}) {
     makeFile(file_, patterned(size));
     EXPECT_EQ(holdsOutcome(patterned(size)), "replaced") << size;
     EXPECT_EQ(contentOf(file_), "new") << size;
@@ -305,8 +300,8 @@ TEST_F(ReplaceUnchangedFile, replacesTheSameBytesOfEverySize) {
 }
 
 TEST_F(ReplaceUnchangedFile, noticesOneChangedByteOfTheSameDate) {
-  const std::string old = patterned(2 * block + 100);
-  for (const std::size_t place : {std::size_t{0}, block - 1, block, old.size() - 1}) {
+  const std::string old = patterned(2 * fileBlock + 100);
+  for (const std::size_t place : {std::size_t{0}, fileBlock - 1, fileBlock, old.size() - 1}) {
     makeFile(file_, old);
     struct stat before {};
     ASSERT_EQ(stat(file_.c_str(), &before), 0);
@@ -321,7 +316,7 @@ TEST_F(ReplaceUnchangedFile, noticesOneChangedByteOfTheSameDate) {
 }
 
 TEST_F(ReplaceUnchangedFile, noticesAByteMoreOrLess) {
-  for (const std::size_t size : {std::size_t{1}, block, 2 * block}) {
+  for (const std::size_t size : {std::size_t{1}, fileBlock, 2 * fileBlock}) {
     makeFile(file_, patterned(size));
     EXPECT_EQ(holdsOutcome(patterned(size + 1)), "not replaced") << size;
     EXPECT_EQ(holdsOutcome(patterned(size - 1)), "not replaced") << size;
@@ -344,8 +339,8 @@ Bytes beforeInaccessiblePage(const std::string& text) {
 }
 
 TEST_F(ReplaceUnchangedFile, readsNothingBeyondTheExpectedBytes) {
-  for (const std::size_t expected : {block - 1, block, block + 1, 2 * block}) {
-    const std::string longer = patterned(expected + block);
+  for (const std::size_t expected : {fileBlock - 1, fileBlock, fileBlock + 1, 2 * fileBlock}) {
+    const std::string longer = patterned(expected + fileBlock);
     makeFile(file_, longer);
     EXPECT_EQ(inChildProcess([&] {
                 const Bytes part = beforeInaccessiblePage(longer.substr(0, expected));
