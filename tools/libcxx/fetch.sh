@@ -8,29 +8,13 @@
 # apt checks the signatures.
 set -euo pipefail
 
-readonly cache=${XDG_CACHE_HOME:-$HOME/.cache}/quillery
-readonly libcxx_packages=(libc++-19-dev libc++1-19 libc++abi-19-dev libc++abi1-19 libunwind-19 libunwind-19-dev)
+# shellcheck source=tools/cached_folders.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../cached_folders.sh"
 
-fail() {
-  echo "fetch.sh: $*" >&2
-  exit 1
-}
+readonly libcxx_packages=(libc++-19-dev libc++1-19 libc++abi-19-dev libc++abi1-19 libunwind-19 libunwind-19-dev)
 
 # Runs apt-get in the current folder, as any user.
 apt() { apt-get --quiet --quiet -o APT::Sandbox::User="$(id -un)" "$@"; }
-
-# Calls the function that a folder is named after, in an empty folder, and moves the folder `whole` that it makes there
-# into the cache.
-fetch() {
-  local folder=$1
-  [[ ! -d $cache/$folder ]] || return 0
-  echo "Fetching $folder" >&2
-  mkdir -p "$cache"
-  scratch=$(mktemp -d "$cache/fetching.XXXXXX")
-  (cd "$scratch" && "${folder%-*}") >&2
-  mv "$scratch/whole" "$cache/$folder"  # atomic, so an existing folder is always complete
-  rm -rf "$scratch"
-}
 
 libcxx() {
   local package
@@ -56,9 +40,7 @@ abseil() {
   tar --extract --file abseil_*.orig.tar.gz --directory whole --strip-components=1
 }
 
-scratch=
-trap 'rm -rf "$scratch"' EXIT
 for folder in "$@"; do
-  fetch "$folder"
+  fetch "$folder" "${folder%-*}" # a function is named after each
 done
 echo "$cache"

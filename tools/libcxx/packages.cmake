@@ -19,8 +19,7 @@ macro(provide_from_sources method package)
 endmacro()
 cmake_language(SET_DEPENDENCY_PROVIDER provide_from_sources SUPPORTED_METHODS FIND_PACKAGE)
 
-# What nearly all sources include of libc++ takes longer to compile than the sources, so it is compiled once. With the
-# sanitizers, optimising the tests takes three times as long as compiling them.
+# What nearly all sources include of libc++ takes longer to compile than the sources, so it is compiled once.
 function(compile_faster)
   get_property(targets DIRECTORY PROPERTY BUILDSYSTEM_TARGETS)
   list(FILTER targets INCLUDE REGEX "^quillery_")
@@ -31,8 +30,5 @@ function(compile_faster)
   foreach(target ${targets})
     target_precompile_headers(${target} REUSE_FROM quillery_values)
   endforeach()
-  if(TARGET quillery_tests)
-    target_compile_options(quillery_tests PRIVATE -O0)
-  endif()
 endfunction()
 cmake_language(DEFER DIRECTORY ${CMAKE_SOURCE_DIR} CALL compile_faster)

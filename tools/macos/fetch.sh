@@ -8,32 +8,20 @@ readonly zig_hash=vSvmVIT07AXIGsxn5e/iLJnHjfF26q2v9X4Q27HAnHLKzlVNhNUdXbi+Odz4OZ
 readonly listing_package=@nativescript/macos-node-api@0.4.0
 readonly listing_hash=UQmVtBdeNiEV/gssJPeXYHInb2RibEb59UVMC+VVjdMSpTpInpXzs6QoHmaAGx/gO6P8U6BRwDjYYZ7OQvi1bw==
 
-readonly cache=${XDG_CACHE_HOME:-$HOME/.cache}/quillery
+# shellcheck source=tools/cached_folders.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../cached_folders.sh"
 
-fail() {
-  echo "fetch.sh: $*" >&2
-  exit 1
-}
-
-# Unpacks a package with this hash (SHA-512, base64) into a folder of the cache, unless the folder exists.
-fetch() {
-  local package=$1 hash=$2 folder=$cache/$3 scratch archive
-  [[ ! -d $folder ]] || return 0
-  echo "Fetching $package" >&2
-  mkdir -p "$cache"
-  scratch=$(mktemp -d "$cache/fetching.XXXXXX")
-  trap 'rm -rf "$scratch"' EXIT
-  (cd "$scratch" && npm pack --ignore-scripts --silent "$package") >&2
-  archive=$(echo "$scratch"/*.tgz)
+# Unpacks a package with this hash (SHA-512, base64).
+unpack() {
+  local package=$1 hash=$2 archive
+  npm pack --ignore-scripts --silent "$package"
+  archive=$(echo *.tgz)
   [[ $(openssl dgst -sha512 -binary "$archive" | base64 --wrap=0) == "$hash" ]] ||
     fail "the archive of $package does not have the expected SHA-512 hash; nothing was unpacked."
-  mkdir "$scratch/whole"
-  tar --extract --file "$archive" --directory "$scratch/whole" --strip-components=1
-  mv "$scratch/whole" "$folder"  # atomic, so an existing folder is always complete
-  rm -rf "$scratch"
-  trap - EXIT
+  mkdir whole
+  tar --extract --file "$archive" --directory whole --strip-components=1
 }
 
-fetch "$zig_package" "$zig_hash" zig-0.11.0
-fetch "$listing_package" "$listing_hash" macos-node-api-0.4.0
+fetch zig-0.11.0 unpack "$zig_package" "$zig_hash"
+fetch macos-node-api-0.4.0 unpack "$listing_package" "$listing_hash"
 echo "$cache"
