@@ -4,15 +4,14 @@
 usage: clang_tidy.py BUILD JOBS
 
 BUILD is a build folder with compile_commands.json. Nearly all of clang-tidy's time goes into the standard library's
-headers, so the sources of a folder are joined into a few that include each header once. If there are complaints about
-joined sources, each is checked by itself, and only those complaints count.
+headers, so sources are joined into a few that include each header once. If there are complaints about joined sources,
+each is checked by itself, and only those complaints count.
 
 Joined sources are checked again only if one of them, a header of ours that it includes, its compile command,
 .clang-tidy or clang-tidy itself has changed since they were clean. The exit status is 1 if there are warnings.
 """
 import concurrent.futures
 import hashlib
-import itertools
 import json
 import pathlib
 import re
@@ -20,11 +19,13 @@ import shutil
 import subprocess
 import sys
 
+from joined_sources import TESTS, joined
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-SOURCES_IN_A_BATCH = 12
+SOURCES_IN_A_BATCH = 12  # the path analysis has false complaints about more
+TESTS_IN_A_BATCH = 25
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
-INCLUDE_LINE = re.compile(r"#include [<\"].*")
-TESTS = re.compile(r"^TEST(_F|_P)?\(", re.MULTILINE)
+OPTIMISATION = re.compile(r"-O\d")
 PROGRAM = re.compile(r"^int (main|LLVMFuzzerTestOneInput)\(.*\{$", re.MULTILINE)
 
 
@@ -53,47 +54,30 @@ class Sources:
         return self.included[file]
 
 
-def leading(lines):
-    """The lines before the first that is neither an include, a comment nor empty."""
-    return list(itertools.takewhile(lambda line: not line or line.startswith(("//", "#include ")), lines))
-
-
-def joined(files):
-    """The text of several sources as one, with every header included once, before the first source.
-
-    Each source of tests is in a namespace of its own, because many of them have helpers of the same name.
-    """
-    includes, bodies = {}, []
-    for number, file in enumerate(files):
-        text = file.read_text(encoding="utf-8")
-        lines = text.splitlines()
-        start = len(leading(lines))
-        includes.update(dict.fromkeys(line for line in lines[:start] if line.startswith("#")))
-        body = "\n".join(lines[start:])
-        bodies.append(f"namespace source{number} {{\n{body}\n}}" if TESTS.search(text) else body)
-    return "\n".join([*includes, *bodies]) + "\n"
-
-
 def plain_command(command):
-    """A compile command without the names of the source and of the object."""
+    """A compile command without the names of the source and of the object, and without optimisation."""
     words = command["command"].split()
-    return " ".join(word for word in words if word not in ("-o", "-c", command["file"]) and not word.endswith(".o"))
+    return " ".join(word for word in words if word not in ("-o", "-c", command["file"])
+                    and not word.endswith(".o") and not OPTIMISATION.fullmatch(word))
 
 
 def batches_of(commands):
-    """Groups the sources that are in the same folder and have the same compile command. A program's main source, and
-    the support of tests beside the tests, are groups of their own."""
+    """Groups the sources that have the same compile command and are in the same folder or, as tests have a namespace each,
+    tests. A program's main source, and the support of tests beside the tests, are groups of their own. The largest group
+    comes first, so that no processor is left alone with it in the end."""
     groups = {}
     for command in commands:
         file = pathlib.Path(command["file"])
         text = file.read_text(encoding="utf-8")
-        kind = file.name if PROGRAM.search(text) else str(bool(TESTS.search(text)))
-        groups.setdefault((str(file.parent), kind, plain_command(command)), []).append(command)
-    for _, members in sorted(groups.items()):
+        place = "tests" if TESTS.search(text) else str(file) if PROGRAM.search(text) else str(file.parent)
+        groups.setdefault((place, plain_command(command)), []).append(command)
+    batches = []
+    for (place, _), members in groups.items():
         members.sort(key=lambda command: command["file"])
-        size = -(-len(members) // -(-len(members) // SOURCES_IN_A_BATCH))  # as equal as can be
-        for start in range(0, len(members), size):
-            yield members[start:start + size]
+        most = TESTS_IN_A_BATCH if place == "tests" else SOURCES_IN_A_BATCH
+        size = -(-len(members) // -(-len(members) // most))  # as equal as can be
+        batches += [members[start:start + size] for start in range(0, len(members), size)]
+    return sorted(batches, key=lambda batch: (-len(batch), batch[0]["file"]))
 
 
 def key_of(sources, batch, common):
@@ -121,7 +105,9 @@ def is_clean_if_joined(build, batch, name):
         shutil.copy(configuration, folder)
     source = folder / "joined.cpp"
     source.write_text(joined(files), encoding="utf-8")
-    command = {**batch[0], "file": str(source), "command": batch[0]["command"].replace(batch[0]["file"], str(source))}
+    # One source sees the names of the others; g++ looks for shadowed ones, source by source.
+    command = batch[0]["command"].replace(batch[0]["file"], f"-Wno-shadow {source}")
+    command = {**batch[0], "file": str(source), "command": command}
     (folder / "compile_commands.json").write_text(json.dumps([command]), encoding="utf-8")
     output = run(folder, source)
     if output:

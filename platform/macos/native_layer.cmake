@@ -15,4 +15,6 @@ target_compile_options(quillery_native_desktop PRIVATE -fobjc-arc "SHELL:-iframe
 target_link_libraries(quillery_native_desktop PUBLIC quillery_native
                                               PRIVATE "-framework CoreGraphics" "-framework ServiceManagement" "-F${SPARKLE_FOLDER}"
                                                       "-framework Sparkle")
+# CMake joins sources as C++, which Objective-C++ is not.
+set_target_properties(quillery_native quillery_native_desktop PROPERTIES UNITY_BUILD OFF)
 target_link_options(quillery_native_desktop INTERFACE "LINKER:-rpath,@executable_path/../Frameworks")

@@ -7,14 +7,13 @@
 #include <cstdio>
 #include <cstdlib>
 
-// glibc's own names of the replaced functions. NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
+// glibc's functions, by names of ours.
 extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* start, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
+void* originalMalloc(std::size_t size) __asm__("__libc_malloc");
+void* originalCalloc(std::size_t count, std::size_t size) __asm__("__libc_calloc");
+void* originalRealloc(void* start, std::size_t size) __asm__("__libc_realloc");
+void* originalMemalign(std::size_t alignment, std::size_t size) __asm__("__libc_memalign");
 }
-// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 namespace {
 
@@ -48,9 +47,9 @@ bool fails() {
 
 }  // namespace
 
-extern "C" void* malloc(std::size_t size) { return fails() ? nullptr : __libc_malloc(size); }
-extern "C" void* calloc(std::size_t count, std::size_t size) { return fails() ? nullptr : __libc_calloc(count, size); }
-extern "C" void* realloc(void* start, std::size_t size) { return fails() ? nullptr : __libc_realloc(start, size); }
+extern "C" void* malloc(std::size_t size) { return fails() ? nullptr : originalMalloc(size); }
+extern "C" void* calloc(std::size_t count, std::size_t size) { return fails() ? nullptr : originalCalloc(count, size); }
+extern "C" void* realloc(void* start, std::size_t size) { return fails() ? nullptr : originalRealloc(start, size); }
 extern "C" void* aligned_alloc(std::size_t alignment, std::size_t size) {
-  return fails() ? nullptr : __libc_memalign(alignment, size);
+  return fails() ? nullptr : originalMemalign(alignment, size);
 }

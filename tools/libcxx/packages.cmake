@@ -7,16 +7,17 @@ add_compile_options(-nostdinc++ "SHELL:-isystem '${QUILLERY_LIBCXX}/include/c++/
 # The older kind of search path, which libc++ itself is searched by for the libraries that it needs.
 add_link_options(-stdlib=libc++ "-L${QUILLERY_LIBCXX}/lib" "LINKER:-rpath,${QUILLERY_LIBCXX}/lib,--disable-new-dtags")
 
-macro(provide_from_sources method package)
+function(provide_from_sources method package)
+  set(CMAKE_UNITY_BUILD OFF)  # these sources are not made for joining
   if("${package}" STREQUAL "absl")
     set(ABSL_PROPAGATE_CXX_STD ON)
     add_subdirectory("${QUILLERY_ABSEIL}" abseil EXCLUDE_FROM_ALL SYSTEM)
-    set(absl_FOUND TRUE)
+    set(absl_FOUND TRUE PARENT_SCOPE)
   elseif("${package}" STREQUAL "GTest")
     add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL SYSTEM)
-    set(GTest_FOUND TRUE)
+    set(GTest_FOUND TRUE PARENT_SCOPE)
   endif()
-endmacro()
+endfunction()
 cmake_language(SET_DEPENDENCY_PROVIDER provide_from_sources SUPPORTED_METHODS FIND_PACKAGE)
 
 # What nearly all sources include of libc++ takes longer to compile than the sources, so it is compiled once.

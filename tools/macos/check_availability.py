@@ -71,17 +71,18 @@ class Compiler:
 
     def compile(self, source, output=None):
         """Compiles a source into an object, or only checks it. Returns the compiler's complaints if it fails."""
-        _, *options = LANGUAGES[source.suffix]
+        suffix = source.suffix.replace(".cxx", ".cpp")  # CMake's suffix of joined sources
+        _, *options = LANGUAGES[suffix]
         writing = ["-c", "-o", output] if output else ["-fsyntax-only"]
-        status, printed = run([*self.command, *options, *self.precompiled.get(source.suffix, []), *writing, source])
+        status, printed = run([*self.command, *options, *self.precompiled.get(suffix, []), *writing, source])
         return printed if status != 0 else ""
 
 
 def sources_of(build):
-    """Each source of the programs in a configured build. The tests do not run on users' systems."""
+    """Each source of the programs in a configured build, joined or not. The tests do not run on users' systems."""
     entries = json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))
     files = sorted({pathlib.Path(entry["file"]) for entry in entries})
-    others = (build, ROOT / "tests")
+    others = (build / "tests", ROOT / "tests")
     return [file for file in files if file.is_relative_to(ROOT) and not any(map(file.is_relative_to, others))]
 
 
