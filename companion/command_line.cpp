@@ -11,8 +11,8 @@ const char* const usageText =
     "usage: quilleryctl preview [--all] [--json] [--quiet] [FILE]\n"
     "       quilleryctl sort [--quiet] [FILE]\n"
     "       quilleryctl check [--quiet] [FILE]\n"
-    "       quilleryctl backups [--quiet]\n"
-    "       quilleryctl restore [--quiet] BACKUP [FILE]\n"
+    "       quilleryctl backups [--quiet] [FILE]\n"
+    "       quilleryctl restore [--quiet] [--foreign] BACKUP [FILE]\n"
     "       quilleryctl next [--quiet]\n"
     "       quilleryctl --help | --version\n";
 
@@ -26,9 +26,10 @@ const char* const helpText =
     "restore  gives the bookmark file the exact bytes of a backup\n"
     "next     prints when the next scheduled sort is due\n"
     "\n"
-    "FILE is a bookmark file to use instead of your own. BACKUP is a name from the\n"
-    "list of backups, or a path with a slash in it. sort and restore back up a file\n"
-    "before they replace it, and read nothing while Safari is running.\n"
+    "FILE is a bookmark file to use instead of your own, with backups of its own.\n"
+    "BACKUP is a name from the list of backups of that file, or a path with a slash\n"
+    "in it. sort and restore back up a file before they replace it, and read nothing\n"
+    "while Safari is running.\n"
     "\n"
     "-a, --all    shows the whole tree, not only the moved entries and the folders\n"
     "             around them\n"
@@ -36,6 +37,7 @@ const char* const helpText =
     "             order, with its present position (\"from\", counted from 0)\n"
     "-q, --quiet  sort, restore and check print only errors; preview omits its last\n"
     "             line; backups prints only names; next prints only a time\n"
+    "--foreign    lets restore give FILE the content of any other bookmark file\n"
     "-h, --help   prints this help\n"
     "--version    prints the version\n"
     "\n"
@@ -46,29 +48,34 @@ const char* const helpText =
 
 namespace {
 
+constexpr unsigned bit(Command command) { return 1U << static_cast<unsigned>(command); }
+constexpr unsigned everyCommand = ~0U;
+
 struct Option {
   std::string_view name;
-  std::string_view letter;
+  std::string_view letter;  // empty if there is none
   bool Request::*field;
+  unsigned commands;  // the bits of the commands that take it
 };
 
-constexpr std::array<Option, 3> options = {
-    {{"--all", "-a", &Request::all}, {"--json", "-j", &Request::json}, {"--quiet", "-q", &Request::quiet}}};
+constexpr std::array<Option, 4> options = {{{"--all", "-a", &Request::all, bit(Command::preview)},
+                                            {"--json", "-j", &Request::json, bit(Command::preview)},
+                                            {"--quiet", "-q", &Request::quiet, everyCommand},
+                                            {"--foreign", "", &Request::foreign, bit(Command::restore)}}};
 
 struct Form {
   std::string_view name;
   Command command;
   std::size_t operandsAtLeast;
   std::size_t operandsAtMost;
-  bool isPreview;  // takes all options; the other commands only --quiet
 };
 
-constexpr std::array<Form, 6> forms = {{{"preview", Command::preview, 0, 1, true},
-                                        {"sort", Command::sort, 0, 1, false},
-                                        {"check", Command::check, 0, 1, false},
-                                        {"backups", Command::backups, 0, 0, false},
-                                        {"restore", Command::restore, 1, 2, false},
-                                        {"next", Command::next, 0, 0, false}}};
+constexpr std::array<Form, 6> forms = {{{"preview", Command::preview, 0, 1},
+                                        {"sort", Command::sort, 0, 1},
+                                        {"check", Command::check, 0, 1},
+                                        {"backups", Command::backups, 0, 1},
+                                        {"restore", Command::restore, 1, 2},
+                                        {"next", Command::next, 0, 0}}};
 
 std::string quoted(std::string_view text) { return "“" + harmlessLine(text) + "”"; }
 
@@ -96,7 +103,7 @@ std::optional<Complaint> readOptions(const std::vector<std::string_view>& words,
     const auto option =
         std::ranges::find_if(options, [&](const Option& known) { return word == known.name || word == known.letter; });
     if (option == options.end()) return Complaint{"there is no option " + quoted(word)};
-    if (!form.isPreview && option->field != &Request::quiet)
+    if ((option->commands & bit(form.command)) == 0)
       return Complaint{quoted(form.name) + " has no option " + quoted(word)};
     request.*option->field = true;
   }

@@ -15,6 +15,7 @@ struct Request {
   bool all = false;
   bool json = false;
   bool quiet = false;
+  bool foreign = false;
 };
 
 // What is wrong with the arguments: a sentence without a full stop.

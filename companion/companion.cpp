@@ -121,15 +121,28 @@ Report restoreReport(const RestoreResult& result) {
                                     (result.rewrite ? backupsOf(*result.rewrite) : std::string())};
 }
 
+// The report of a file that got the content of a bookmark file that is no backup of it.
+Report foreignReport(const std::string& backup, const std::string& file, const RestoreResult& result) {
+  return {result.outcome == RestoreOutcome::restored ? "Bookmarks replaced" : "Already restored",
+          harmlessLine(file) + " has the content of " + harmlessLine(backup) + " now. You can reopen Safari." +
+              (result.rewrite ? backupsOf(*result.rewrite) : std::string())};
+}
+
 int restore(const Request& request) {
   const std::string& name = request.operands[0];
-  const std::string backup = name.find('/') == name.npos ? backupsFolder() + "/" + name : absolute(name);
   const std::string file = chosenFile(request, 1);
+  const std::string backup = name.find('/') == name.npos ? backupsFolderOf(file) + "/" + name : absolute(name);
+  const bool isForeign = !isBackupOf(backup, file);
+  if (isForeign && !(request.foreign && request.operands.size() == 2)) {
+    complain(harmlessLine(backup) + " is no backup of " + harmlessLine(file) +
+             "; to replace that file with it all the same, add the file and --foreign");
+    return failure;
+  }
   std::optional<RestoreResult> result;
   const int status =
       runJob(request, "Bookmarks could not be restored", [&] { result = restoreBookmarkFile(backup, file); });
   if (!result) return status;
-  return printed([&] { return restoreReport(*result); }, request);
+  return printed([&] { return isForeign ? foreignReport(backup, file, *result) : restoreReport(*result); }, request);
 }
 
 int preview(const Request& request) {
@@ -154,10 +167,10 @@ int check(const Request& request) {
   return isInOrder ? success : notInOrder;
 }
 
-// The bytes of the user's bookmark file, to compare backups with. None if it cannot be read; that is reported.
-std::optional<Bytes> currentBytes() {
+// The bytes of a bookmark file, to compare its backups with. None if it cannot be read; that is reported.
+std::optional<Bytes> currentBytes(const std::string& file) {
   try {
-    return platform().fileSystem.read(bookmarkFile());
+    return platform().fileSystem.read(file);
   } catch (const Error& error) {
     complain(error.description());
     return std::nullopt;
@@ -165,10 +178,11 @@ std::optional<Bytes> currentBytes() {
 }
 
 int backups(const Request& request) {
+  const std::string file = chosenFile(request, 0);
   if (request.quiet) {
-    for (const FileEntry& file : backupFiles()) std::cout << harmlessLine(file.name) << '\n';
+    for (const FileEntry& backup : backupFiles(file)) std::cout << harmlessLine(backup.name) << '\n';
   } else {
-    std::cout << backupTable(listBackups(currentBytes()), outputStyles());
+    std::cout << backupTable(listBackups(file, currentBytes(file)), outputStyles());
   }
   return success;
 }

@@ -54,10 +54,10 @@ class BookmarkCount {
 
 bool isBackupName(std::string_view name) { return name.starts_with(namePrefix) && name.ends_with(nameSuffix); }
 
-Backup examine(FileEntry file, const std::optional<Bytes>& current) {
+Backup examine(FileEntry file, const std::string& folder, const std::optional<Bytes>& current) {
   Backup backup{std::move(file), std::nullopt, false};
   try {
-    const Bytes bytes = platform().fileSystem.read(backupsFolder() + "/" + backup.file.name);
+    const Bytes bytes = platform().fileSystem.read(folder + "/" + backup.file.name);
     backup.isCurrent = current == bytes;
     backup.bookmarks = BookmarkCount().in(parseBookmarks(bytes).value);
   } catch (const Error&) {
@@ -72,20 +72,34 @@ std::string backupsFolder() {
   return platform().fileSystem.homeFolder() + "/Library/Application Support/Quillery/Backups";
 }
 
-void createBackupsFolder() { platform().fileSystem.createFolder(backupsFolder(), backupFolderMode); }
-
-std::string backUp(const Bytes& bytes) {
+std::string backupsFolderOf(const std::string& path) {
+  const std::string own = bookmarkFile();
+  if (path == own) return backupsFolder();
   FileSystem& files = platform().fileSystem;
-  createBackupsFolder();
-  std::string path =
-      backupsFolder() + "/" + std::string(namePrefix) + platform().processes.randomUuid() + std::string(nameSuffix);
-  files.writeNew(path, bytes);
-  files.setMode(path, backupFileMode);
-  return path;
+  const std::string resolved = files.resolved(path);
+  return resolved == files.resolved(own) ? backupsFolder() : backupsFolder() + "/Other Files" + resolved;
 }
 
-std::vector<FileEntry> backupFiles() {
-  std::vector<FileEntry> files = platform().fileSystem.filesIn(backupsFolder());
+bool isBackupOf(const std::string& backup, const std::string& path) {
+  FileSystem& files = platform().fileSystem;
+  return files.resolved(backup.substr(0, backup.rfind('/'))) == files.resolved(backupsFolderOf(path));
+}
+
+void createBackupsFolder() { platform().fileSystem.createFolder(backupsFolder(), backupFolderMode); }
+
+std::string backUp(const Bytes& bytes, const std::string& path) {
+  FileSystem& files = platform().fileSystem;
+  const std::string folder = backupsFolderOf(path);
+  files.createFolder(folder, backupFolderMode);
+  std::string backup =
+      folder + "/" + std::string(namePrefix) + platform().processes.randomUuid() + std::string(nameSuffix);
+  files.writeNew(backup, bytes);
+  files.setMode(backup, backupFileMode);
+  return backup;
+}
+
+std::vector<FileEntry> backupFiles(const std::string& path) {
+  std::vector<FileEntry> files = platform().fileSystem.filesIn(backupsFolderOf(path));
   std::erase_if(files, [](const FileEntry& file) { return !isBackupName(file.name); });
   std::ranges::sort(files, [](const FileEntry& a, const FileEntry& b) {
     return a.modified != b.modified ? a.modified > b.modified : a.name < b.name;
@@ -93,8 +107,9 @@ std::vector<FileEntry> backupFiles() {
   return files;
 }
 
-std::vector<Backup> listBackups(const std::optional<Bytes>& current) {
+std::vector<Backup> listBackups(const std::string& path, const std::optional<Bytes>& current) {
+  const std::string folder = backupsFolderOf(path);
   std::vector<Backup> backups;
-  for (FileEntry& file : backupFiles()) backups.push_back(examine(std::move(file), current));
+  for (FileEntry& file : backupFiles(path)) backups.push_back(examine(std::move(file), folder, current));
   return backups;
 }

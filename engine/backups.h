@@ -9,18 +9,25 @@
 #include "platform/file_system.h"
 #include "values/bytes.h"
 
-// The path of the folder with the current user's backups.
+// The path of the folder with the backups of the current user's bookmark file.
 std::string backupsFolder();
+
+// The path of the folder with the backups of the file at `path`. That is backupsFolder() for the user's bookmark file,
+// and for each other file a folder of its own below it, named by the file's resolved path.
+std::string backupsFolderOf(const std::string& path);
+
+// True if the file at `backup` is in the folder with the backups of the file at `path`.
+bool isBackupOf(const std::string& backup, const std::string& path);
 
 // Creates the backups folder if it is missing, for its owner only. Throws the file system's Error.
 void createBackupsFolder();
 
-// Writes `bytes` to a new file in the backups folder, which is created if missing. Returns the file's path. Throws the
-// file system's Error.
-std::string backUp(const Bytes& bytes);
+// Writes `bytes`, the content of the file at `path`, to a new file in the folder with its backups, which is created if
+// missing. Returns the path of the new file. Throws the file system's Error.
+std::string backUp(const Bytes& bytes, const std::string& path);
 
-// Lists the files of all backups, newest first, without opening them.
-std::vector<FileEntry> backupFiles();
+// Lists the backups of the file at `path`, newest first, without opening them.
+std::vector<FileEntry> backupFiles(const std::string& path);
 
 struct Backup {
   FileEntry file;
@@ -28,5 +35,6 @@ struct Backup {
   bool isCurrent;                          // the bookmark file has the same bytes
 };
 
-// Lists and reads all backups, newest first. `current` are the bytes of the bookmark file, none if it cannot be read.
-std::vector<Backup> listBackups(const std::optional<Bytes>& current);
+// Lists and reads the backups of the file at `path`, newest first. `current` are the bytes of that file, none if it
+// cannot be read.
+std::vector<Backup> listBackups(const std::string& path, const std::optional<Bytes>& current);

@@ -11,11 +11,11 @@ namespace {
 
 // Backs up what another program wrote to the old file while it was replaced. Throws nothing, because the new file is in
 // place.
-void backUpLateChanges(const Replacement& replacement, Rewrite& rewrite) noexcept {
+void backUpLateChanges(const std::string& path, const Replacement& replacement, Rewrite& rewrite) noexcept {
   rewrite.changedLate = replacement.changedLate;
   if (!replacement.lateBytes) return;
   try {
-    rewrite.lateBackup = backUp(*replacement.lateBytes);
+    rewrite.lateBackup = backUp(*replacement.lateBytes, path);
   } catch (...) {
     return;  // the report says that there is no backup of them
   }
@@ -33,7 +33,7 @@ void requireSafariClosed() {
 void removeAbandonedFiles(const std::string& path, const std::vector<std::string>& inUse) {
   FileSystem& files = platform().fileSystem;
   files.removeAbandonedFiles(path, inUse);
-  files.removeAbandonedFiles(backupsFolder() + "/", inUse);
+  files.removeAbandonedFiles(backupsFolderOf(path) + "/", inUse);
 }
 
 std::optional<Rewrite> rewriteBookmarkFile(
@@ -46,13 +46,13 @@ std::optional<Rewrite> rewriteBookmarkFile(
   const std::optional<MakeContent> makeContent = decide(oldBytes);
   if (!makeContent) return std::nullopt;
 
-  Rewrite rewrite{backUp(oldBytes), false, std::nullopt};
+  Rewrite rewrite{backUp(oldBytes, path), false, std::nullopt};
   const Bytes newBytes = (*makeContent)();
   const Replacement replacement = files.replaceIfHolds(path, oldBytes, newBytes, [] { return !safariRunning(); });
   if (!replacement.done)
     throw sorterError(
         SorterError::changedMeanwhile,
         "Safari or bookmark syncing changed the file. Nothing was overwritten; try again once syncing settles.");
-  backUpLateChanges(replacement, rewrite);
+  backUpLateChanges(path, replacement, rewrite);
   return rewrite;
 }

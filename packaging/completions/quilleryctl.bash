@@ -30,9 +30,10 @@ _quilleryctl() {
   case $word:$command:$operands in
     -*::*) _quilleryctl_names '--help --version' ;;
     -*:preview:*) _quilleryctl_names '--all --json --quiet --help' ;;
+    -*:restore:*) _quilleryctl_names '--quiet --foreign --help' ;;
     -*) _quilleryctl_names '--quiet --help' ;;
     *::*) _quilleryctl_names 'preview sort check backups restore next' ;;
-    *:preview:0 | *:sort:0 | *:check:0 | */*:restore:0 | *:restore:1) _quilleryctl_files ;;
+    *:preview:0 | *:sort:0 | *:check:0 | *:backups:0 | */*:restore:0 | *:restore:1) _quilleryctl_files ;;
     *:restore:0) _quilleryctl_backups ;;
   esac
 }

@@ -13,5 +13,6 @@ complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a next -
 complete -c quilleryctl -n "__fish_seen_subcommand_from $commands" -s q -l quiet -d 'Print as little as possible'
 complete -c quilleryctl -n '__fish_seen_subcommand_from preview' -s a -l all -d 'Show the whole tree'
 complete -c quilleryctl -n '__fish_seen_subcommand_from preview' -s j -l json -d 'Print JSON for programs'
-complete -c quilleryctl -n '__fish_seen_subcommand_from preview sort check restore' -F
+complete -c quilleryctl -n '__fish_seen_subcommand_from restore' -l foreign -d 'Restore any bookmark file'
+complete -c quilleryctl -n '__fish_seen_subcommand_from preview sort check backups restore' -F
 complete -c quilleryctl -n '__fish_seen_subcommand_from restore' -a '(quilleryctl backups --quiet 2>/dev/null)'

@@ -33,9 +33,9 @@ _quilleryctl() {
           _arguments $quiet '(-a --all)'{-a,--all}'[show the whole tree]' \
             '(-j --json)'{-j,--json}'[print JSON for programs]' '1:bookmark file:_files'
           ;;
-        sort | check) _arguments $quiet '1:bookmark file:_files' ;;
-        restore) _arguments $quiet '1:backup:_quilleryctl_backups' '2:bookmark file:_files' ;;
-        backups | next) _arguments $quiet ;;
+        sort | check | backups) _arguments $quiet '1:bookmark file:_files' ;;
+        restore) _arguments $quiet '--foreign[restore any bookmark file]' '1:backup:_quilleryctl_backups' '2:bookmark file:_files' ;;
+        next) _arguments $quiet ;;
       esac
       ;;
   esac

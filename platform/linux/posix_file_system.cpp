@@ -20,6 +20,7 @@
 #include "platform/posix/large_memory.h"
 #include "platform/posix/new_folders.h"
 #include "platform/posix/open_file.h"
+#include "platform/posix/resolved_path.h"
 
 namespace {
 
@@ -80,6 +81,8 @@ std::string PosixFileSystem::homeFolder() {
   const char* home = std::getenv("HOME");
   return withoutSlashAtEnd(home != nullptr && home[0] == '/' ? home : homeInUserDatabase());
 }
+
+std::string PosixFileSystem::resolved(const std::string& path) { return resolvedPath(path); }
 
 Bytes PosixFileSystem::read(const std::string& path) {
   const OpenFile file = openPresent(path, opening(path));

@@ -14,6 +14,8 @@ class PosixFileSystem : public FileSystem {
   // Returns HOME if it is an absolute path, otherwise the home folder from the user database.
   std::string homeFolder() override;
 
+  std::string resolved(const std::string& path) override;
+
   // Throws for anything but a regular file, without waiting for a pipe or a device, and for a file that is larger than
   // any property list can be.
   Bytes read(const std::string& path) override;

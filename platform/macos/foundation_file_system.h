@@ -10,6 +10,7 @@
 class FoundationFileSystem : public FileSystem {
  public:
   std::string homeFolder() override;
+  std::string resolved(const std::string& path) override;
   Bytes read(const std::string& path) override;
   std::vector<FileEntry> filesIn(const std::string& path) override;
   void createFolder(const std::string& path, std::optional<unsigned> mode) override;

@@ -4,6 +4,7 @@
 #include "platform/posix/durable_files.h"
 #include "platform/posix/folder_listing.h"
 #include "platform/posix/new_folders.h"
+#include "platform/posix/resolved_path.h"
 
 namespace {
 
@@ -22,6 +23,8 @@ std::string FoundationFileSystem::homeFolder() {
   const std::string path = textOf(NSFileManager.defaultManager.homeDirectoryForCurrentUser.path);
   return path == "/" ? "" : path;
 }
+
+std::string FoundationFileSystem::resolved(const std::string& path) { return resolvedPath(path); }
 
 Bytes FoundationFileSystem::read(const std::string& path) {
   @autoreleasepool {

@@ -332,6 +332,32 @@ TEST_P(CompanionFormats, restoresTheExactBytesAndUndoesThat) {
   EXPECT_THAT(namesIn(scratch_.path("Library/Safari")), ElementsAre("Bookmarks.plist"));
 }
 
+TEST_F(CompanionTest, knowsTheUsersOwnFileThroughALink) {
+  makeFile(bookmarks_, demoFile("xml"));
+  const std::string link = scratch_.path("link.plist");
+  std::filesystem::create_symlink(bookmarks_, link);
+  EXPECT_EQ(companion({"sort", link}).status, 0);
+  EXPECT_EQ(contentOf(backup()), demoFile("xml")) << "it is a backup of the user's own file";
+  EXPECT_EQ(companion({"restore", std::filesystem::path(backup()).filename()}).status, 0);
+}
+
+TEST_F(CompanionTest, keepsTheBackupsOfEachFileApart) {
+  makeFile(bookmarks_, demoFile("xml"));
+  const std::string other = scratch_.path("other.plist");
+  makeFile(other, demoFile("binary"));
+  companion({"sort", other});
+  EXPECT_EQ(companion({"backups", "--quiet"}).output, "");
+  const std::string name = companion({"backups", "--quiet", other}).output;
+  ASSERT_THAT(name, EndsWith(".plist\n"));
+  const std::string path =
+      backups_ + "/Other Files" + std::filesystem::canonical(other).string() + "/" + name.substr(0, name.size() - 1);
+  EXPECT_EQ(modeOf(path), 0600U);
+  EXPECT_EQ(companion({"restore", path}).status, 1) << "over the user's own file";
+  EXPECT_EQ(contentOf(bookmarks_), demoFile("xml"));
+  EXPECT_EQ(companion({"restore", path, other}).status, 0);
+  EXPECT_EQ(contentOf(other), demoFile("binary"));
+}
+
 TEST_F(CompanionTest, listsTheNewestBackupFirst) {
   makeFile(bookmarks_, demoFile("xml"));
   companion({"sort"});
@@ -372,7 +398,7 @@ TEST_F(CompanionTest, writesAMissingFileForItsOwnerOnly) {
   companion({"restore", backup()});
   std::filesystem::remove(bookmarks_);
   makeFile(scratch_.path("kept.plist"), content);
-  EXPECT_EQ(companion({"restore", scratch_.path("kept.plist")}).status, 0);
+  EXPECT_EQ(companion({"restore", "--foreign", scratch_.path("kept.plist"), bookmarks_}).status, 0);
   EXPECT_EQ(contentOf(bookmarks_), content);
   EXPECT_EQ(modeOf(bookmarks_), 0600U);
 }
@@ -380,7 +406,7 @@ TEST_F(CompanionTest, writesAMissingFileForItsOwnerOnly) {
 TEST_F(CompanionTest, doesNotReplaceADanglingLink) {
   makeFile(scratch_.path("kept.plist"), demoFile("xml"));
   std::filesystem::create_symlink(scratch_.path("elsewhere.plist"), bookmarks_);
-  const Ending ending = companion({"restore", scratch_.path("kept.plist")});
+  const Ending ending = companion({"restore", "--foreign", scratch_.path("kept.plist"), bookmarks_});
   EXPECT_EQ(ending.status, 1);
   EXPECT_THAT(ending.error, HasSubstr("File exists"));
   EXPECT_FALSE(std::filesystem::exists(scratch_.path("elsewhere.plist")));
@@ -392,7 +418,7 @@ TEST_F(CompanionTest, restoresNoFileThatIsNoBookmarkFile) {
   std::filesystem::create_directory(scratch_.path("folder"));
   for (const std::string& name : {scratch_.path("notes.plist"), scratch_.path("folder"), scratch_.path("missing"),
                                   std::string("Bookmarks-A.plist"), std::string("..")}) {
-    const Ending ending = companion({"restore", name});
+    const Ending ending = companion({"restore", "--foreign", name, bookmarks_});
     EXPECT_EQ(ending.status, 1) << name;
     EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be restored: "));
   }
@@ -406,7 +432,8 @@ TEST_F(CompanionTest, resolvesPathsAgainstTheWorkingFolder) {
   std::filesystem::current_path(scratch_.path());
   EXPECT_EQ(companion({"sort", "-q", "Other.plist"}).status, 0);
   EXPECT_NE(contentOf("Other.plist"), demoFile("xml"));
-  EXPECT_EQ(companion({"restore", "-q", std::filesystem::path(backup()).filename(), "./Other.plist"}).status, 0);
+  const std::string name = companion({"backups", "-q", "./Other.plist"}).output;
+  EXPECT_EQ(companion({"restore", "-q", name.substr(0, name.find('\n')), "./Other.plist"}).status, 0);
   EXPECT_EQ(contentOf("Other.plist"), demoFile("xml"));
   std::filesystem::current_path(before);
 }
@@ -416,7 +443,7 @@ TEST_F(CompanionTest, onlyReadsWhileSafariRuns) {
   const OwnBus bus;
   const NameOwner owner("com.apple.Safari");
   makeFile(scratch_.path("kept.plist"), demoFile("xml"));
-  EXPECT_EQ(companion({"restore", scratch_.path("kept.plist")}, bus.address()).status, 75);
+  EXPECT_EQ(companion({"restore", "--foreign", scratch_.path("kept.plist"), bookmarks_}, bus.address()).status, 75);
   EXPECT_EQ(companion({"sort", scratch_.path("kept.plist")}, bus.address()).status, 75);
   EXPECT_EQ(companion({"preview"}, bus.address()).status, 0);
   EXPECT_EQ(companion({"check"}, bus.address()).status, 1);

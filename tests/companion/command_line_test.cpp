@@ -92,11 +92,17 @@ TEST(CommandLine, acceptsAllAndJsonForPreviewsOnly) {
                 "“" + std::string(command) + "” has no option “" + std::string(option) + "”");
 }
 
+TEST(CommandLine, acceptsForeignForRestoreOnly) {
+  EXPECT_TRUE(request({"restore", "--foreign", "a", "b"}).foreign);
+  for (const char* command : {"preview", "sort", "check", "backups", "next"})
+    EXPECT_EQ(complaint({command, "--foreign"}), "“" + std::string(command) + "” has no option “--foreign”");
+}
+
 TEST(CommandLine, refusesTooManyOperands) {
   EXPECT_EQ(complaint({"sort", "a", "b"}), "“b” is one argument too many for “sort”");
   EXPECT_EQ(complaint({"preview", "a", "b", "c"}), "“b” is one argument too many for “preview”");
   EXPECT_EQ(complaint({"check", "a", "b"}), "“b” is one argument too many for “check”");
-  EXPECT_EQ(complaint({"backups", "a"}), "“a” is one argument too many for “backups”");
+  EXPECT_EQ(complaint({"backups", "a", "b"}), "“b” is one argument too many for “backups”");
   EXPECT_EQ(complaint({"next", "a"}), "“a” is one argument too many for “next”");
   EXPECT_EQ(complaint({"restore", "a", "b", "c"}), "“c” is one argument too many for “restore”");
 }

@@ -28,6 +28,8 @@ using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* newBackup = "Bookmarks-5D2A9C1E-0B7F-4E63-9A48-000000000001.plist";
+const std::string otherFile = "/home/user/folder/Other.plist";
+const std::string otherBackups = backups + "/Other Files" + otherFile;
 
 PlistValue unsortedTree() {
   return rootNode({proxyNode(u"History"),
@@ -331,11 +333,24 @@ TEST_F(CompanionSort, printsNothingIfQuiet) {
 }
 
 TEST_F(CompanionSort, sortsANamedFile) {
-  machine_.files.put("/home/user/folder/Other.plist", fileOf(unsortedTree()));
+  machine_.files.put(otherFile, fileOf(unsortedTree()));
   EXPECT_EQ(run({"sort", "Other.plist"}).status, 0);
-  EXPECT_NE(machine_.files.content("/home/user/folder/Other.plist"), fileOf(unsortedTree()));
+  EXPECT_NE(machine_.files.content(otherFile), fileOf(unsortedTree()));
   EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
-  EXPECT_EQ(machine_.files.content(backups + "/" + newBackup), fileOf(unsortedTree()));
+}
+
+TEST_F(CompanionSort, backsUpANamedFileInAPlaceOfItsOwn) {
+  machine_.files.put(otherFile, fileOf(unsortedTree()));
+  EXPECT_THAT(run({"sort", "Other.plist"}).output, EndsWith("Backup: " + otherBackups + "/" + newBackup + "\n"));
+  EXPECT_EQ(machine_.files.content(otherBackups + "/" + newBackup), fileOf(unsortedTree()));
+  EXPECT_EQ(machine_.files.mode(otherBackups), 0700U);
+  EXPECT_EQ(machine_.files.mode(otherBackups + "/" + newBackup), 0600U);
+  EXPECT_FALSE(machine_.files.files().contains(backups + "/" + newBackup));
+}
+
+TEST_F(CompanionSort, knowsTheUsersOwnFileByItsPath) {
+  EXPECT_EQ(run({"sort", bookmarks}).status, 0);
+  EXPECT_TRUE(machine_.files.files().contains(backups + "/" + newBackup));
 }
 
 TEST_F(CompanionSort, readsNothingWhileSafariRuns) {
@@ -457,6 +472,20 @@ TEST_F(CompanionBackups, haveTheirTimesInTheUsersTimeZone) {
   EXPECT_THAT(run({"backups"}).output, HasSubstr("  2026-02-01 00:30:00  "));
 }
 
+TEST_F(CompanionBackups, areThoseOfOneFile) {
+  putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
+  machine_.files.put(otherFile, "other");
+  machine_.files.put(otherBackups + "/Bookmarks-O.plist", "other");
+  EXPECT_THAT(run({"backups"}).output, AllOf(HasSubstr("Bookmarks-A.plist"), Not(HasSubstr("Bookmarks-O.plist"))));
+  const Ending ending = run({"backups", "Other.plist"});
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_THAT(ending.output,
+              AllOf(HasSubstr("Bookmarks-O.plist"), HasSubstr("  current\n"), Not(HasSubstr("Bookmarks-A.plist"))));
+  expectEnding(run({"backups", "--quiet", "Other.plist"}), 0, "Bookmarks-O.plist\n");
+  expectEnding(run({"backups", bookmarks, "-q"}), 0, "Bookmarks-A.plist\n");
+  EXPECT_EQ(run({"backups", "/home/user/folder/None.plist"}).output, "There are no backups.\n");
+}
+
 TEST_F(CompanionBackups, areNamesAloneIfQuiet) {
   putBackup("Bookmarks-A.plist", "", "2026-09-21 10:00:01");
   putBackup("Bookmarks-B\x1b.plist", "", "2026-09-21 10:00:02");
@@ -508,12 +537,32 @@ TEST_F(CompanionRestore, restoresABackupByItsName) {
 }
 
 TEST_F(CompanionRestore, restoresABackupByItsPath) {
-  machine_.files.put("/media/stick/old.plist", fileOf(sortedTree()));
-  machine_.files.put("/home/user/folder/./old.plist", fileOf(rootNode({})));
-  EXPECT_EQ(run({"restore", "/media/stick/old.plist"}).status, 0);
+  putBackup("Bookmarks-A.plist", fileOf(sortedTree()), "2026-09-21 10:00:01");
+  EXPECT_EQ(run({"restore", backups + "/Bookmarks-A.plist"}).status, 0);
   EXPECT_EQ(machine_.files.content(bookmarks), fileOf(sortedTree()));
-  EXPECT_EQ(run({"restore", "./old.plist"}).status, 0);
-  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(rootNode({})));
+}
+
+TEST_F(CompanionRestore, refusesTheBackupOfAnotherFile) {
+  machine_.files.put(otherFile, fileOf(unsortedTree()));
+  const std::string foreign = otherBackups + "/Bookmarks-O.plist";
+  machine_.files.put(foreign, fileOf(sortedTree()));
+  const std::string hint = "add the file and --foreign";
+  expectFailure({"restore", foreign}, hint);
+  expectFailure({"restore", foreign, bookmarks}, hint);
+  expectFailure({"restore", "--foreign", foreign}, hint);
+  EXPECT_EQ(run({"restore", "Bookmarks-O.plist"}).status, 1);
+  machine_.files.put("/home/user/folder/./old.plist", fileOf(rootNode({})));
+  expectFailure({"restore", "./old.plist"}, hint);
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
+}
+
+TEST_F(CompanionRestore, restoresTheBackupOfAnotherFileIfAsked) {
+  const std::string foreign = otherBackups + "/Bookmarks-O.plist";
+  machine_.files.put(foreign, fileOf(sortedTree()));
+  expectEnding(run({"restore", "--foreign", foreign, bookmarks}), 0,
+               "Bookmarks replaced: " + bookmarks + " has the content of " + foreign +
+                   " now. You can reopen Safari.\n\nBackup: " + backups + "/" + newBackup + "\n");
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(sortedTree()));
 }
 
 TEST_F(CompanionRestore, undoesTheSortOfANamedFile) {

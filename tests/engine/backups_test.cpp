@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/bookmark_file.h"
 #include "platform/error.h"
 #include "tests/support/binary_file.h"
 #include "tests/support/bookmark_trees.h"
@@ -28,13 +29,13 @@ class BackupListTest : public testing::Test {
 
   static std::vector<std::string> names() {
     std::vector<std::string> names;
-    for (const FileEntry& file : backupFiles()) names.push_back(file.name);
+    for (const FileEntry& file : backupFiles(bookmarkFile())) names.push_back(file.name);
     return names;
   }
 
   // The number of bookmarks in the only backup.
   static std::optional<std::uint64_t> count() {
-    const std::vector<Backup> backups = listBackups(std::nullopt);
+    const std::vector<Backup> backups = listBackups(bookmarkFile(), std::nullopt);
     EXPECT_EQ(backups.size(), 1U);
     return backups.front().bookmarks;
   }
@@ -43,8 +44,8 @@ class BackupListTest : public testing::Test {
 };
 
 TEST_F(BackupListTest, isEmptyWithoutAFolder) {
-  EXPECT_THAT(backupFiles(), IsEmpty());
-  EXPECT_THAT(listBackups(std::nullopt), IsEmpty());
+  EXPECT_THAT(backupFiles(bookmarkFile()), IsEmpty());
+  EXPECT_THAT(listBackups(bookmarkFile(), std::nullopt), IsEmpty());
 }
 
 TEST_F(BackupListTest, hasTheNewestFirst) {
@@ -64,13 +65,13 @@ TEST_F(BackupListTest, leavesOutFilesWithOtherNames) {
 
 TEST_F(BackupListTest, listsNamesWithoutOpeningFiles) {
   put("Bookmarks-A.plist", "");
-  backupFiles();
+  backupFiles(bookmarkFile());
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("files in " + backupsFolder()));
 }
 
 TEST_F(BackupListTest, hasTheSizeAndTimeOfEachBackup) {
   put("Bookmarks-A.plist", "12345", "2026-09-25 09:30:00");
-  const Backup backup = listBackups(std::nullopt).front();
+  const Backup backup = listBackups(bookmarkFile(), std::nullopt).front();
   EXPECT_EQ(backup.file.size, 5U);
   EXPECT_EQ(utcText(backup.file.modified), "2026-09-25 09:30:00");
 }
@@ -81,7 +82,7 @@ TEST_F(BackupListTest, marksBackupsWithTheCurrentBytes) {
   put("Bookmarks-C.plist", "now", "2026-09-21 10:00:03");
   const auto isCurrent = [](const std::optional<Bytes>& current) {
     std::vector<bool> answers;
-    for (const Backup& backup : listBackups(current)) answers.push_back(backup.isCurrent);
+    for (const Backup& backup : listBackups(bookmarkFile(), current)) answers.push_back(backup.isCurrent);
     return answers;
   };
   EXPECT_THAT(isCurrent(Bytes(std::string("now"))), ElementsAre(true, true, false));
@@ -115,7 +116,7 @@ TEST_F(BackupListTest, listsDamagedBackupsAmongTheOthers) {
   put("Bookmarks-A.plist", "damaged", "2026-09-21 10:00:03");
   put("Bookmarks-B.plist", fileOf(PlistValue(1)), "2026-09-21 10:00:02");
   put("Bookmarks-C.plist", fileOf(rootNode({leafNode(u"a")})), "2026-09-21 10:00:01");
-  const std::vector<Backup> backups = listBackups(Bytes(std::string("damaged")));
+  const std::vector<Backup> backups = listBackups(bookmarkFile(), Bytes(std::string("damaged")));
   ASSERT_EQ(backups.size(), 3U);
   EXPECT_EQ(backups[0].bookmarks, std::nullopt);
   EXPECT_TRUE(backups[0].isCurrent) << "the bytes are compared even if they are damaged";
@@ -132,12 +133,28 @@ TEST_F(BackupListTest, listsABackupThatCannotBeRead) {
 TEST_F(BackupListTest, failsIfTheFolderCannotBeListed) {
   machine_.files.failOn("files in", EACCES);
   try {
-    backupFiles();
+    backupFiles(bookmarkFile());
     ADD_FAILURE() << "no error";
   } catch (const Error& error) {
     EXPECT_EQ(error.domain(), "POSIX");
     EXPECT_EQ(error.code(), EACCES);
   }
+}
+
+TEST(BackupsOfAnotherFile, haveAFolderNamedByItsPath) {
+  const VirtualMachine machine;
+  EXPECT_EQ(backupsFolderOf("/media/a b/Other.plist"), backupsFolder() + "/Other Files/media/a b/Other.plist");
+  EXPECT_EQ(backupsFolderOf("/media/a b/./c/../Other.plist"), backupsFolderOf("/media/a b/Other.plist"));
+}
+
+TEST(BackupsOfAnotherFile, areNotThoseOfTheUsersOwn) {
+  const VirtualMachine machine;
+  EXPECT_EQ(backupsFolderOf(bookmarkFile()), backupsFolder());
+  EXPECT_EQ(backupsFolderOf("/home/user/folder/../Library/Safari/Bookmarks.plist"), backupsFolder());
+  EXPECT_TRUE(isBackupOf(backupsFolder() + "/Bookmarks-A.plist", bookmarkFile()));
+  EXPECT_TRUE(isBackupOf(backupsFolderOf("/other") + "/Bookmarks-A.plist", "/other"));
+  EXPECT_FALSE(isBackupOf(backupsFolderOf("/other") + "/Bookmarks-A.plist", bookmarkFile()));
+  EXPECT_FALSE(isBackupOf(backupsFolder() + "/Bookmarks-A.plist", "/other"));
 }
 
 }  // namespace

@@ -130,7 +130,9 @@ TEST_F(RestoreJobTest, replacesAnotherFileIfOneIsNamed) {
   machine_.files.put(other, "anything");
   EXPECT_EQ(restoreBookmarkFile(backup, other).outcome, RestoreOutcome::restored);
   EXPECT_EQ(machine_.files.content(other), old_);
-  EXPECT_EQ(machine_.files.content(newBackup), "anything") << "in the folder of the user's own backups";
+  EXPECT_EQ(
+      machine_.files.content(backups + "/Other Files" + other + "/Bookmarks-" + VirtualProcesses::uuid(1) + ".plist"),
+      "anything");
   EXPECT_EQ(machine_.files.content(bookmarks), present_);
 }
 
@@ -230,9 +232,10 @@ TEST_F(RestoreJobTest, failsIfTheFilesFolderCannotBeListed) {
 
 TEST_F(RestoreJobTest, replacesAFileInTheRootFolder) {
   machine_.files.put("/file", present_);
-  EXPECT_EQ(restoreBookmarkFile(backup, "/file").outcome, RestoreOutcome::restored);
+  const RestoreResult result = restoreBookmarkFile(backup, "/file");
+  EXPECT_EQ(result.outcome, RestoreOutcome::restored);
   EXPECT_EQ(machine_.files.content("/file"), old_);
-  EXPECT_EQ(machine_.files.content(newBackup), present_);
+  EXPECT_EQ(machine_.files.content(result.rewrite.value().backup), present_);
 }
 
 // Failing steps

@@ -133,15 +133,16 @@ TEST_F(SortJobTest, throwsTheParsersErrorIfTheNewFileIsDamaged) {
   EXPECT_EQ(machine_.journal.count("write beside"), 0);
 }
 
-TEST_F(SortJobTest, sortsANamedFileAndBacksItUpInTheSameFolder) {
+TEST_F(SortJobTest, sortsANamedFileAndBacksItUpInAPlaceOfItsOwn) {
   const std::string other = "/home/user/Other.plist";
   const std::string otherContent = fileOf(unsortedTree(), PropertyListFormat::xml);
   const std::string userContent = machine_.files.content(bookmarks);
   machine_.files.put(other, otherContent, 0604);
-  EXPECT_EQ(sortBookmarkFile(other)->backup, backup);
+  const std::string itsBackup = backups + "/Other Files" + other + "/Bookmarks-" + VirtualProcesses::uuid(1) + ".plist";
+  EXPECT_EQ(sortBookmarkFile(other)->backup, itsBackup);
   EXPECT_EQ(outlineOf(machine_.files.content(other)), "Bar[a b]");
   EXPECT_EQ(machine_.files.mode(other), 0604U);
-  EXPECT_EQ(machine_.files.content(backup), otherContent);
+  EXPECT_EQ(machine_.files.content(itsBackup), otherContent);
   EXPECT_EQ(machine_.files.content(bookmarks), userContent) << "the user's own file is unchanged";
   EXPECT_THAT(machine_.journal.entries(), Not(Contains("read " + bookmarks)));
   EXPECT_THAT(machine_.journal.entries(), Contains("holds " + other));

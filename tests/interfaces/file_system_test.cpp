@@ -62,6 +62,18 @@ TEST_P(FileSystemTest, homeFolderIsAbsoluteWithoutASlashAtItsEnd) {
   EXPECT_FALSE(home.ends_with('/')) << home;
 }
 
+TEST_P(FileSystemTest, resolvesAllPathsOfAFileAlike) {
+  put("");
+  files_.createFolder(path("folder"), defaultAttributes);
+  EXPECT_EQ(files_.resolved(path("./Bookmarks.plist")), files_.resolved(file_));
+  EXPECT_EQ(files_.resolved(path("folder/../Bookmarks.plist")), files_.resolved(file_));
+  EXPECT_NE(files_.resolved(path("other.plist")), files_.resolved(file_));
+}
+
+TEST_P(FileSystemTest, resolvesThePathOfAMissingFile) {
+  EXPECT_EQ(files_.resolved(missing_), files_.resolved(path("missing")) + "/Bookmarks.plist");
+}
+
 // Reading
 
 TEST_P(FileSystemTest, readsEveryByte) {

@@ -76,13 +76,14 @@ class Completions(unittest.TestCase):
     def test_bash_offers_the_options_of_each_command(self):
         self.assertEqual(self.bash("-"), ["--help", "--version"])
         self.assertEqual(self.bash("preview", "-"), ["--all", "--help", "--json", "--quiet"])
-        for command in ("sort", "check", "backups", "restore", "next"):
+        self.assertEqual(self.bash("restore", "--"), ["--foreign", "--help", "--quiet"])
+        for command in ("sort", "check", "backups", "next"):
             self.assertEqual(self.bash(command, "--"), ["--help", "--quiet"])
 
     def test_bash_offers_files_where_a_command_takes_one(self):
-        for words in (["preview"], ["sort"], ["check", "-q"], ["restore", "x"]):
+        for words in (["preview"], ["sort"], ["check", "-q"], ["backups"], ["restore", "x"]):
             self.assertEqual(self.bash(*words, "O"), ["Other.plist"])
-        for words in (["backups"], ["next"], ["sort", "x"], ["restore", "x", "y"]):
+        for words in (["next"], ["sort", "x"], ["restore", "x", "y"]):
             self.assertEqual(self.bash(*words, "O"), [])
 
     def test_bash_offers_backups_or_paths_for_restore(self):
@@ -106,11 +107,12 @@ class Completions(unittest.TestCase):
     def test_fish_offers_the_options_of_each_command(self):
         self.assertEqual(self.fish("--"), ["--help", "--version"])
         self.assertEqual(self.fish("preview", "--"), ["--all", "--help", "--json", "--quiet"])
-        for command in ("sort", "check", "backups", "restore", "next"):
+        self.assertEqual(self.fish("restore", "--"), ["--foreign", "--help", "--quiet"])
+        for command in ("sort", "check", "backups", "next"):
             self.assertEqual(self.fish(command, "--"), ["--help", "--quiet"])
 
     def test_fish_offers_files_and_backups(self):
-        for command in ("preview", "sort", "check"):
+        for command in ("preview", "sort", "check", "backups"):
             self.assertEqual(self.fish(command, "O"), ["Other.plist"])
         self.assertEqual(self.fish("next", "O"), [])
         self.assertEqual(self.fish("restore", "B"), BACKUPS)
@@ -123,14 +125,15 @@ class Completions(unittest.TestCase):
         def options(command):
             offered = self.zsh("arguments", command)
             last = len(offered) - offered[::-1].index("_arguments")
-            return sorted(set(re.findall(r"\)(--\w+)\[", "\n".join(offered[last:]))))
+            return sorted(set(re.findall(r"(?m)(?:^|\))(--\w+)\[", "\n".join(offered[last:]))))
 
         self.assertEqual(options("preview"), ["--all", "--json", "--quiet"])
-        for command in ("sort", "check", "backups", "restore", "next"):
+        self.assertEqual(options("restore"), ["--foreign", "--quiet"])
+        for command in ("sort", "check", "backups", "next"):
             self.assertEqual(options(command), ["--quiet"])
 
     def test_zsh_offers_files_and_backups(self):
-        for command in ("preview", "sort", "check"):
+        for command in ("preview", "sort", "check", "backups"):
             self.assertIn("1:bookmark file:_files", self.zsh("arguments", command))
         self.assertIn("1:backup:_quilleryctl_backups", self.zsh("arguments", "restore"))
         self.assertIn("2:bookmark file:_files", self.zsh("arguments", "restore"))
@@ -146,7 +149,7 @@ class Descriptions(unittest.TestCase):
 
     def test_the_help_has_all_commands_and_options(self):
         self.assertEqual(self.commands, COMMANDS)
-        self.assertEqual(self.options, ["--all", "--help", "--json", "--quiet", "--version"])
+        self.assertEqual(self.options, ["--all", "--foreign", "--help", "--json", "--quiet", "--version"])
 
     def test_the_completions_have_all_commands_and_options(self):
         for shell in ("bash", "zsh", "fish"):

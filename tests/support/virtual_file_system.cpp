@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -39,6 +40,10 @@ Error failure(const std::string& operation, const std::string& path, int errorNu
 
 VirtualFileSystem::VirtualFileSystem(Journal& journal) : journal_(journal) {
   folders_ = {{"", newFolderMode}, {"/home", newFolderMode}, {home_, 0700}, {home_ + "/Library", 0700}};
+}
+
+std::string VirtualFileSystem::resolved(const std::string& path) {
+  return std::filesystem::path(path).lexically_normal().string();
 }
 
 Bytes VirtualFileSystem::read(const std::string& path) {

@@ -18,6 +18,8 @@ class VirtualFileSystem : public FileSystem {
   explicit VirtualFileSystem(Journal& journal);
 
   std::string homeFolder() override { return home_; }
+  // Not recorded. There are no symbolic links.
+  std::string resolved(const std::string& path) override;
   Bytes read(const std::string& path) override;
   std::vector<FileEntry> filesIn(const std::string& path) override;
   void createFolder(const std::string& path, std::optional<unsigned> mode) override;
