@@ -3,7 +3,8 @@
 # usage: sudo tools/install_check.sh PACKAGE.deb [MIRROR]
 # Installs Debian (minbase) with debootstrap into a scratch folder, then the dependencies that the package declares and
 # nothing else, then the package with dpkg alone. Runs the self-test, one sort, and the menu-bar program on a virtual
-# display. Purges the package and compares every file and folder with the state before the installation. MIRROR
+# display. Purges the package and compares every file and folder with the state before the installation. Then installs
+# it again, beside a session bus and a launcher, which start the program by its installed entries. MIRROR
 # defaults to the mirror from which this machine's apt takes Debian 12. Needs root, debootstrap, Xvfb and 1 GB below
 # TMPDIR.
 set -euo pipefail
@@ -67,7 +68,6 @@ sort_once() {
 # Xvfb runs outside the root, so that the program has only what its package brings. There is no tray, so the program
 # prints a line about that once its menu is ready; then it gets SIGTERM.
 start_on_screen() {
-  local display
   exec {displays}< <(exec Xvfb -displayfd 1 -ac -nolisten tcp 2>"$scratch/Xvfb.log")
   readonly server=$!
   trap 'kill $server; remove_root' EXIT
@@ -82,6 +82,31 @@ start_on_screen() {
 purge() {
   rm -r "$root/tmp/home"
   inside "dpkg --purge $name"
+}
+
+# The bus starts the program by its service file, and a launcher by its desktop entry; then it quits.
+start_by_others() {
+  local identifier object
+  inside DEBIAN_FRONTEND=noninteractive "apt-get install --yes --quiet=2 --no-install-recommends dbus-daemon \
+    libglib2.0-bin" >"$scratch/apt.log" 2>&1 || { tail -n 20 "$scratch/apt.log" >&2; return 1; }
+  install_package
+  install -d --owner=1000 --group=1000 --mode=700 "$root/tmp/home" "$root/tmp/home/run"
+  identifier=$(basename "$root"/usr/share/dbus-1/services/*quillery.service .service)
+  object=/${identifier//.//}
+  cat >"$root/tmp/home/start" <<END
+set -eu
+application() { gdbus call --session --dest $identifier --object-path $object --method "org.freedesktop.Application.\$@"; }
+quit() {
+  gdbus wait --session --timeout 30 $identifier
+  application ActivateAction quit [] {}
+  until gdbus call --session --dest org.freedesktop.DBus --object-path / \
+    --method org.freedesktop.DBus.NameHasOwner $identifier | grep -q false; do sleep 0.1; done
+}
+application Activate {} && quit && echo 'started by the bus'
+gio launch /usr/share/applications/$identifier.desktop && quit && echo 'started by a launcher'
+END
+  as_user DISPLAY=":$display" "timeout 120 dbus-run-session -- sh /tmp/home/start" | tee "$scratch/started"
+  [[ $(grep --count '^started by ' "$scratch/started") == 2 ]] || fail "the program could not be started"
 }
 
 compare() {
@@ -104,5 +129,6 @@ stage "quillery on a display" start_on_screen
 stage "dpkg --purge" purge
 listing >"$scratch/after"
 stage "leftovers" compare
+stage "a bus and a launcher" start_by_others
 printf '\nThe package installs, works and leaves nothing behind when purged.\n'
 printf '%s\n' "${times[@]}"

@@ -5,6 +5,7 @@ import os
 import pathlib
 import plistlib
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -182,6 +183,12 @@ class Desktop(contextlib.ExitStack):
             if self.installation in program.parents and f"HOME={self.home}".encode() in environment:
                 found.append(int(process))
         return found
+
+    @staticmethod
+    def end(process):
+        """Ends a process that somebody else has started, and waits until it is gone."""
+        os.kill(process, signal.SIGTERM)
+        wait_for(lambda: not os.path.exists(f"/proc/{process}/exe"), "the end of a process")
 
     def screenshot(self, path, frame=None):
         """Takes a screenshot; `frame` (x, y, width, height) limits it to a part of the screen."""

@@ -5,6 +5,7 @@ usage: end_to_end_test.py INSTALLATION SCREENSHOTS [EndToEndTest.NAME ...]
 
 INSTALLATION is the folder in which the program is installed; screenshots of its windows and menus go to SCREENSHOTS.
 """
+import configparser
 import os
 import pathlib
 import plistlib
@@ -18,7 +19,9 @@ import unittest
 
 from bookmarks import SORTED_TITLES, bookmarks_bar, leaf, serialized, titles, unsorted_tree
 from desktop import Desktop
-from quillery import IDENTIFIER, Quillery
+from gi.repository import GLib
+from quillery import APPLICATION, IDENTIFIER, OBJECT, Quillery
+from status_item import StatusItem
 from waiting import stays, wait_for
 
 INSTALLATION = pathlib.Path(sys.argv[1]).resolve() if len(sys.argv) > 1 else None
@@ -577,6 +580,32 @@ class EndToEndTest(unittest.TestCase):
         self.arrange(has_accessibility=False)
         quillery = self.launch_with_agent()
         self.assertLessEqual(quillery.wakes_in_an_idle_minute(), 1)
+
+    def wait_for_started_by_others(self):
+        """Waits for the item of a program that the bus or a launcher has started, and lets the program quit."""
+        process = wait_for(self.desktop.processes, "a started program")[0]
+        self.addCleanup(self.desktop.end, process)
+        self.assertEqual(StatusItem.of(self.desktop.bus, process).titles()[-1], "Quit")
+
+    def test_the_session_bus_starts_the_program(self):
+        self.arrange()
+        self.desktop.bus.send(IDENTIFIER, OBJECT, APPLICATION, "Activate", GLib.Variant("(a{sv})", ({},)))
+        self.wait_for_started_by_others()
+
+    def test_a_menu_starts_the_program_by_its_identifier(self):
+        self.arrange()
+        launcher = (f"from gi.repository import Gio; Gio.DesktopAppInfo.new('{IDENTIFIER}.desktop').launch([], None);"
+                    "Gio.bus_get_sync(Gio.BusType.SESSION).flush_sync()")
+        subprocess.run([sys.executable, "-c", launcher], env=self.desktop.environment, check=True)
+        self.wait_for_started_by_others()
+
+    def test_the_entry_starts_the_program_without_the_bus(self):
+        self.arrange()
+        entry = configparser.RawConfigParser()
+        entry.read(INSTALLATION / f"share/applications/{IDENTIFIER}.desktop")
+        command = entry["Desktop Entry"]["Exec"]
+        self.assertEqual(entry["Desktop Entry"]["TryExec"], command)
+        Quillery(self.desktop, program=["/bin/sh", "-c", f"{command} & wait"]).item
 
     def test_the_quit_action_of_the_session_ends_the_program(self):
         self.arrange()
