@@ -27,7 +27,7 @@ class Application {
   virtual void setDelegate(const std::weak_ptr<ApplicationDelegate>& delegate) = 0;
 
   // Runs the main loop until the application terminates. On some platforms that ends the process, so this may not
-  // return.
+  // return. If the application runs already and the system has not opened that instance instead, opens it and returns.
   virtual void run() = 0;
 
   // Asks the delegate. Unless it refuses, ends the main loop, including the nested loop of an open dialog.

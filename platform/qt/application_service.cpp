@@ -38,11 +38,21 @@ ApplicationService::ApplicationService(const std::string& name, ApplicationReque
   if (!bus.isConnected()) return;
   // In this order, so that the object exists once the name has an owner.
   bus.registerVirtualObject(QString::fromStdString(objectPath(name)), this);
-  bus.interface()->registerService(name_, QDBusConnectionInterface::QueueService);
+  const auto answer = bus.interface()->registerService(name_, QDBusConnectionInterface::DontQueueService);
+  instance_ = answer.isValid() && answer.value() == QDBusConnectionInterface::ServiceNotRegistered ? Instance::second
+                                                                                                   : Instance::first;
 }
 
 ApplicationService::~ApplicationService() {
   if (session_.bus().isConnected()) session_.bus().unregisterService(name_);
+}
+
+bool ApplicationService::openFirst() {
+  constexpr int mostMilliseconds = 2000;
+  QDBusMessage call = QDBusMessage::createMethodCall(name_, QString::fromStdString(objectPath(name_.toStdString())),
+                                                     applicationInterface, "Activate");
+  call.setArguments({QVariantMap()});
+  return session_.bus().call(call, QDBus::Block, mostMilliseconds).type() == QDBusMessage::ReplyMessage;
 }
 
 QString ApplicationService::introspect(const QString&) const { return description; }

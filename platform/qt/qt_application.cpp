@@ -2,15 +2,20 @@
 
 #include <QEvent>
 #include <QWidget>
+#include <iostream>
+#include <optional>
 #include <string>
 #include <utility>
 
+#include "platform/linux/property_list_defaults.h"
+#include "platform/linux/session/instance_lock.h"
 #include "platform/linux/session/termination_signals.h"
 #include "platform/product.h"
 #include "platform/qt/application_service.h"
 #include "platform/qt/icon_files.h"
 #include "platform/qt/posted_work.h"
 #include "platform/qt/svg_icon.h"
+#include "values/log_line.h"
 
 namespace {
 
@@ -40,8 +45,17 @@ void QtApplication::run() {
   if (isTerminating_) return;
   QObject receiver;  // owns the posted work, so that it does not run after the loop
   const TerminationSignals termination(loop_, [this] { terminate(); });
-  const ApplicationService service(std::string(product::bundleIdentifier),
-                                   {.reopen = [this] { reopen(); }, .quit = [this] { terminate(); }});
+  ApplicationService service(std::string(product::bundleIdentifier),
+                             {.reopen = [this] { reopen(); }, .quit = [this] { terminate(); }});
+  if (service.instance() == Instance::second) {
+    if (!service.openFirst()) logLine(std::cerr, "quillery: it is running already, and does not reply");
+    return;
+  }
+  std::optional<InstanceLock> lock;
+  if (service.instance() == Instance::unknown && !lock.emplace(configurationFolder()).isOurs()) {
+    logLine(std::cerr, "quillery: it is running already");
+    return;
+  }
   post(receiver, [this] {
     if (const auto delegate = delegate_.lock()) delegate->applicationDidFinishLaunching();
   });

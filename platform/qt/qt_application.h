@@ -23,7 +23,8 @@ class QtApplication : public Application {
 
   // While it runs, the application owns its identifier as a name on the session bus, where it can be opened again and
   // asked to quit (ApplicationService), and SIGTERM and SIGINT terminate it. Opening it again raises its windows if the
-  // delegate allows that. Returns at once if the application was terminated before.
+  // delegate allows that. Returns at once if the application was terminated before. If another process has the name, or
+  // without a bus the InstanceLock, opens that instance instead, as far as it can be reached, and returns.
   void run() override;
 
   // Also ends nested loops: dialogs and menus return as if nothing had been chosen. A call while the delegate decides

@@ -576,6 +576,16 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(quillery.errors.read_text(encoding="utf-8"),
                          "quillery: no system tray; opening the program again shows its menu\n")
 
+    def test_a_second_start_opens_the_first(self):
+        self.arrange(panel=None)
+        quillery = Quillery(self.desktop)
+        wait_for(self.agent_log.exists, "the login agent to start")
+        wait_for(lambda: self.desktop.processes() == [quillery.process.pid], "one instance")
+        second = Quillery(self.desktop)
+        self.assertEqual(second.wait(), 0)
+        quillery.wait_for_menu()
+        self.assertEqual(self.desktop.processes(), [quillery.process.pid])
+
     def test_wakes_the_processor_at_most_once_an_idle_minute(self):
         self.arrange(has_accessibility=False)
         quillery = self.launch_with_agent()

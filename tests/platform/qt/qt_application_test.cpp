@@ -8,8 +8,11 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
+#include <QSemaphore>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
+#include <atomic>
 #include <csignal>
 #include <functional>
 #include <memory>
@@ -17,6 +20,7 @@
 #include <vector>
 
 #include "platform/linux/object_path.h"
+#include "platform/linux/session/instance_lock.h"
 #include "platform/product.h"
 #include "platform/qt/application_service.h"
 #include "platform/qt/qt_event_loop.h"
@@ -75,6 +79,8 @@ class QtApplicationTest : public testing::Test {
     application.run();
   }
 
+  ScratchFolder scratch_;
+  EnvironmentScope configuration_{"XDG_CONFIG_HOME", scratch_.path("config")};
   std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
   QtEventLoop loop_;
   QtApplication application_{*qApp, loop_};
@@ -229,7 +235,6 @@ class QtApplicationOnABusTest : public QtApplicationTest {
     return pending.reply().type() == QDBusMessage::ReplyMessage;
   }
 
-  ScratchFolder scratch_;
   SessionBus bus_{scratch_};
   EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
   QDBusConnection client_;
@@ -247,16 +252,50 @@ TEST_F(QtApplicationOnABusTest, ownsItsNameWhileItRuns) {
   EXPECT_FALSE(client_.interface()->isServiceRegistered(identifier));
 }
 
-TEST_F(QtApplicationOnABusTest, aSecondInstanceQueuesForTheName) {
-  const std::string name = identifier.toStdString();
-  auto first = std::make_unique<ApplicationService>(name, ApplicationRequests{});
-  const QString owner = client_.interface()->serviceOwner(identifier);
-  const ApplicationService second(name, ApplicationRequests{});
-  EXPECT_EQ(client_.interface()->serviceOwner(identifier).value(), owner);
-  first.reset();
-  const QString successor = client_.interface()->serviceOwner(identifier);
-  EXPECT_NE(successor, owner);
-  EXPECT_FALSE(successor.isEmpty());
+// Another instance on the same bus, with a loop of its own.
+class FirstInstance : public QThread {
+ public:
+  FirstInstance() {
+    start();
+    ready_.acquire();
+  }
+  ~FirstInstance() override { end(); }
+  void end() {
+    quit();
+    wait();
+  }
+  int timesOpened() const { return timesOpened_; }
+
+ private:
+  void run() override {
+    const ApplicationService service(identifier.toStdString(), {.reopen = [this] { ++timesOpened_; }, .quit = [] {}});
+    ready_.release();
+    exec();
+  }
+
+  QSemaphore ready_;
+  std::atomic<int> timesOpened_ = 0;
+};
+
+TEST_F(QtApplicationOnABusTest, aSecondInstanceOpensTheFirst) {
+  FirstInstance first;
+  testing::internal::CaptureStderr();
+  run();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  first.end();
+  EXPECT_EQ(first.timesOpened(), 1);
+  EXPECT_THAT(delegate_->calls, IsEmpty());
+  delegate_->launched = [&] { application_.terminate(); };
+  run();
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?")) << "the first has ended";
+}
+
+TEST_F(QtApplicationOnABusTest, aSecondInstanceReportsAFirstThatDoesNotReply) {
+  const NameOwner first(identifier.toUtf8().constData());
+  testing::internal::CaptureStderr();
+  run();
+  EXPECT_THAT(delegate_->calls, IsEmpty());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "quillery: it is running already, and does not reply\n");
 }
 
 TEST_F(QtApplicationOnABusTest, reopeningCallsTheDelegateThenThePlatform) {
@@ -311,6 +350,20 @@ TEST_F(QtApplicationOnABusTest, runsWithoutABus) {
   run();
   EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?"));
   EXPECT_THAT(testing::internal::GetCapturedStderr(), IsEmpty());
+}
+
+TEST_F(QtApplicationOnABusTest, runsOnlyOnceForAUserWithoutABus) {
+  address_.set("unix:path=" + scratch_.path("no-bus"));
+  {
+    const InstanceLock first(scratch_.path("config"));
+    testing::internal::CaptureStderr();
+    run();
+    EXPECT_THAT(delegate_->calls, IsEmpty());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "quillery: it is running already\n");
+  }
+  delegate_->launched = [&] { application_.terminate(); };
+  run();
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?")) << "the first has ended";
 }
 
 TEST_F(QtApplicationOnABusTest, describesItsInterface) {
