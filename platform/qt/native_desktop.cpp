@@ -1,7 +1,14 @@
 // The platform of a Linux desktop, on Qt.
+#include <unistd.h>
+
 #include <QApplication>
 #include <array>
 #include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/linux/session/package_updater.h"
 #include "platform/linux/session/session_main_loop.h"
@@ -11,14 +18,46 @@
 #include "platform/qt/qt_event_loop.h"
 #include "platform/qt/qt_screen.h"
 #include "platform/qt/qt_user_interface.h"
+#include "values/harmless_text.h"
+#include "values/log_line.h"
 
 namespace {
 
-// Without a screen, Qt would abort the process.
+constexpr std::array displayVariables = {"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"};
+
 void requireScreen() {
-  for (const char* variable : {"WAYLAND_DISPLAY", "DISPLAY", "QT_QPA_PLATFORM"})
+  for (const char* variable : displayVariables)
     if (std::getenv(variable) != nullptr) return;
   throw Error("Desktop", 1, "There is no desktop to run on: neither DISPLAY nor WAYLAND_DISPLAY is set.");
+}
+
+// If Qt cannot reach the display, it aborts the process with a page of text. This ends it with one line instead.
+[[noreturn]] void endWithoutDisplay() {
+  std::string known;
+  for (const char* variable : displayVariables)
+    if (const char* value = std::getenv(variable); value != nullptr)
+      known += std::string(known.empty() ? "" : ", ") + variable + " is “" + harmlessLine(value) + "”";
+  logLine(std::cerr, "quillery: The display couldn’t be reached (" + known + ").");
+  _exit(EXIT_FAILURE);
+}
+
+// Messages while Qt connects to the display. If it fails, the last one is fatal, and the others say the same.
+std::vector<std::pair<QtMsgType, QString>>& messagesOfQt() {
+  static std::vector<std::pair<QtMsgType, QString>> messages;
+  return messages;
+}
+
+void keepMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
+  if (type == QtFatalMsg) endWithoutDisplay();
+  messagesOfQt().emplace_back(type, text);
+}
+
+std::unique_ptr<QApplication> connectedApplication(int& argumentCount, char** arguments) {
+  const QtMessageHandler usual = qInstallMessageHandler(keepMessage);
+  auto application = std::make_unique<QApplication>(argumentCount, arguments);
+  qInstallMessageHandler(usual);
+  for (const auto& [type, text] : std::exchange(messagesOfQt(), {})) qt_message_output(type, {}, text);
+  return application;
 }
 
 class NativeDesktop {
@@ -47,9 +86,9 @@ class NativeDesktop {
   int argumentCount_ = 1;
   std::array<char, 9> name_{"quillery"};
   std::array<char*, 2> arguments_{name_.data(), nullptr};
-  QApplication qt_{argumentCount_, arguments_.data()};
+  std::unique_ptr<QApplication> qt_ = connectedApplication(argumentCount_, arguments_.data());
   QtEventLoop eventLoop_;
-  QtApplication application_{qt_, eventLoop_};
+  QtApplication application_{*qt_, eventLoop_};
   SessionMainLoop mainLoop_{eventLoop_};
   SessionWorkspace workspace_{eventLoop_};
   QtScreen screen_{eventLoop_};

@@ -10,12 +10,15 @@
 #include <string>
 
 #include "app/alert.h"
+#include "platform/product.h"
 #include "tests/support/controller_test.h"
+#include "values/harmless_text.h"
 
 namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -129,7 +132,30 @@ TEST_F(Entry, manualStartDoesNotLookForOtherInstances) {
 
 TEST_F(Entry, matchesWholeArgumentsOnly) {
   machine_.applications.start(ownIdentifier);
-  expectStarted({"--login2", "--self-tests", "login"});
+  expectStarted({"login", "self-test", "-psn_0_1", "-NSQuitAlwaysKeepsWindows", "NO", "-"});
+}
+
+TEST_F(Entry, printsItsHelpAndVersionWithoutADesktop) {
+  for (const Arguments& arguments : {Arguments{"--help"}, {"-h"}, {"--login", "--help", "--nonsense"}}) {
+    EXPECT_EQ(run(arguments), 0);
+    EXPECT_THAT(machine_.output.text(), StartsWith("usage: quillery "));
+  }
+  for (const char* option : {"--login", "--self-test", "--help", "-h", "--version"})
+    EXPECT_THAT(machine_.output.text(), HasSubstr(option));
+  EXPECT_EQ(run({"--version"}), 0);
+  EXPECT_THAT(machine_.output.text(), EndsWith("quillery " + std::string(product::version) + "\n"));
+  expectNotStarted();
+}
+
+TEST_F(Entry, namesAWrongOption) {
+  for (const char* option : {"--nonsense", "--login2", "--self-tests", "-x", "--", "--\x1b"}) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(run({"--login", option}), 2);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "quillery: there is no option “" + harmlessLine(option) + "”; see quillery --help\n");
+  }
+  EXPECT_EQ(machine_.output.text(), "");
+  expectNotStarted();
 }
 
 }  // namespace
