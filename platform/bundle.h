@@ -15,6 +15,9 @@ class Bundle {
   // Returns the path of the running executable.
   virtual std::string executablePath() = 0;
 
+  // Returns true if the application is installed, not run from the folder in which it was built, which may disappear.
+  virtual bool isInstalled() = 0;
+
   // Returns the path of the application's icon, an image file. The file may not exist.
   virtual std::string iconPath() = 0;
 

@@ -43,6 +43,8 @@ std::string InstalledBundle::path() { return installationFolder(runningExecutabl
 
 std::string InstalledBundle::executablePath() { return runningExecutable(); }
 
+bool InstalledBundle::isInstalled() { return isInBinFolder(runningExecutable()); }
+
 std::string InstalledBundle::iconPath() {
   const std::filesystem::path icons = std::filesystem::path(path()) / "share/icons/hicolor/scalable/apps";
   return (icons / (std::string(product::bundleIdentifier) + ".svg")).string();

@@ -14,6 +14,9 @@ class InstalledBundle : public Bundle {
 
   std::string executablePath() override;
 
+  // Returns true for an executable in a folder named bin.
+  bool isInstalled() override;
+
   // Returns the path of the scalable icon in the icon theme under path().
   std::string iconPath() override;
 

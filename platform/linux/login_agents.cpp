@@ -19,6 +19,7 @@
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/linux/word_pointers.h"
+#include "platform/product.h"
 #include "values/harmless_text.h"
 #include "values/log_line.h"
 #include "values/plist_text.h"
@@ -116,9 +117,24 @@ std::string quoted(const std::string& argument) {
   return text + '"';
 }
 
-std::string autostartEntry(const std::string& label, const std::string& runner, const std::string& propertyList) {
-  return "[Desktop Entry]\nType=Application\nName=" + label + "\nExec=" + quoted(runner) + " run " +
-         quoted(propertyList) + "\nNoDisplay=true\nX-GNOME-Autostart-enabled=true\n";
+// Escapes a path as a value of a desktop entry.
+std::string entryValue(const std::string& path) {
+  std::string text;
+  for (const char character : path) {
+    if (character == '\n' || character == '\r' || character == '\t')
+      text += escaped(character);
+    else
+      text += character == '\\' ? R"(\\)" : std::string(1, character);
+  }
+  return text;
+}
+
+// The icon of an application is named after its identifier. Without the program, the entry has no effect.
+std::string autostartEntry(const Agent& agent, const std::string& runner, const std::string& propertyList) {
+  return "[Desktop Entry]\nType=Application\nName=" + std::string(product::name) +
+         "\nComment=Keeps Safari bookmarks in order, folders first\nIcon=" + agent.label + "\nExec=" + quoted(runner) +
+         " run " + quoted(propertyList) + "\nTryExec=" + entryValue(agent.arguments.front()) +
+         "\nX-GNOME-Autostart-enabled=true\n";
 }
 
 // Redirects a standard stream to the end of a file, or to /dev/null if there is no path or the file cannot be opened. A
@@ -156,11 +172,11 @@ void LoginAgents::load(const std::string& propertyList) const {
   const Agent agent = read(propertyList);
   const std::string entry = entryPath(agent.label);
   if (std::filesystem::exists(entry)) throw std::runtime_error("it is already loaded");
-  if (!canBeInAnEntry(runner_) || !canBeInAnEntry(propertyList))
+  if (!canBeInAnEntry(runner_) || !canBeInAnEntry(propertyList) || !canBeInAnEntry(agent.arguments.front()))
     throw std::runtime_error("a path with control characters can’t be loaded");
   PosixFileSystem files;
   files.createFolder(configurationFolder_ + "/autostart", defaultAttributes);
-  files.writeAtomically(entry, Bytes(autostartEntry(agent.label, runner_, propertyList)));
+  files.writeAtomically(entry, Bytes(autostartEntry(agent, runner_, propertyList)));
   if (agent.runsAtLoad) startDetached({runner_, "run", propertyList}, "");
 }
 

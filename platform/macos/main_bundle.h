@@ -9,6 +9,8 @@ class MainBundle : public Bundle {
   std::string path() override;
   // Throws Error if the bundle has no executable.
   std::string executablePath() override;
+  // Returns true for an executable in an application bundle.
+  bool isInstalled() override;
   // Returns the path of AppIcon.icns in the bundle's resources.
   std::string iconPath() override;
   std::optional<std::string> information(const std::string& key) override;

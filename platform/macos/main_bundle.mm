@@ -10,6 +10,8 @@ std::string MainBundle::executablePath() {
   return textOf(path);
 }
 
+bool MainBundle::isInstalled() { return path().ends_with(".app"); }
+
 std::string MainBundle::iconPath() { return path() + "/Contents/Resources/AppIcon.icns"; }
 
 std::optional<std::string> MainBundle::information(const std::string& key) {

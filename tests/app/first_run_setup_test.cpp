@@ -41,6 +41,16 @@ TEST_F(FirstRunSetup, checksLocationAndAccessThenRegistersThenArms) {
   EXPECT_TRUE(isRegistered());
 }
 
+TEST_F(FirstRunSetup, registersNoLoginAgentIfItIsNotInstalled) {
+  machine_.bundle.runWhereItWasBuilt();
+  testing::internal::CaptureStderr();
+  controller_->setUp();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "quillery: it is not installed, so it will not start at login\n");
+  EXPECT_FALSE(isRegistered());
+  EXPECT_EQ(machine_.journal.count("run"), 0);
+  EXPECT_EQ(noted().back(), "timer at 2026-09-21 09:30:00") << "it sorts nevertheless";
+}
+
 TEST_F(FirstRunSetup, registersBeforeWorkPostedAfterLaunch) {
   controller_ = std::make_shared<SorterDelegate>();
   controller_->applicationDidFinishLaunching();

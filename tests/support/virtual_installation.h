@@ -22,15 +22,18 @@ class VirtualBundle : public Bundle {
 
   std::string path() override;
   std::string executablePath() override { return path_ + "/Contents/MacOS/quillery"; }
+  bool isInstalled() override { return isInstalled_; }
   std::string iconPath() override { return path_ + "/Contents/Resources/AppIcon.icns"; }
   std::optional<std::string> information(const std::string& key) override;
 
   void moveTo(const std::string& path) { path_ = path; }
+  void runWhereItWasBuilt() { isInstalled_ = false; }
   void forgetInformation() { information_.clear(); }
 
  private:
   Journal& journal_;
   std::string path_ = "/Applications/Quillery.app";
+  bool isInstalled_ = true;
   std::map<std::string, std::string> information_ = {{"CFBundleShortVersionString", "1.2.3"},
                                                      {"CFBundleVersion", "45"}};
 };

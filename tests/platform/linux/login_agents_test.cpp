@@ -98,6 +98,15 @@ TEST_F(LoginAgentsTest, areAutostartEntriesThatRunTheirPropertyLists) {
                     HasSubstr("an agent's \\\\$file \\\\\"%%f\\\\\\\\.plist\"\n")));
 }
 
+TEST_F(LoginAgentsTest, areListedWithNameIconAndComment) {
+  put(PlistValue::dictionary(
+      {{u"Label", u"com.example.agent"}, {u"ProgramArguments", PlistValue::array({u"/usr/bin/a\\\tb", u"--login"})}}));
+  EXPECT_EQ(launchctl({"bootstrap", domain_, file_}), done);
+  EXPECT_THAT(contentOf(entry_), AllOf(HasSubstr("\nName=Quillery\n"), HasSubstr("\nIcon=com.example.agent\n"),
+                                       HasSubstr("\nComment=Keeps Safari bookmarks in order, folders first\n"),
+                                       HasSubstr("\nTryExec=/usr/bin/a\\\\\\tb\n"), Not(HasSubstr("NoDisplay"))));
+}
+
 TEST_F(LoginAgentsTest, haveOneCommandWhateverTheirFileIsCalled) {
   putAgent("exit 0");
   const std::string file = scratch_.path("an agent\nExec=false\r.plist");
