@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 #include "companion/instant_text.h"
 #include "values/harmless_text.h"
@@ -26,6 +27,13 @@ Row rowOf(const Backup& backup) {
           backup.bookmarks ? std::to_string(*backup.bookmarks) : "damaged"};
 }
 
+std::string total(const std::vector<Backup>& backups) {
+  std::uint64_t bytes = 0;
+  for (const Backup& backup : backups) bytes += backup.file.size;
+  return std::to_string(backups.size()) + (backups.size() == 1 ? " backup, " : " backups, ") + std::to_string(bytes) +
+         " bytes in total\n";
+}
+
 }  // namespace
 
 std::string backupTable(const std::vector<Backup>& backups, const Styles& styles) {
@@ -42,5 +50,5 @@ std::string backupTable(const std::vector<Backup>& backups, const Styles& styles
     if (backups[index].isCurrent) text += "  " + styles.green("current");
     text += "\n";
   }
-  return text;
+  return text + total(backups);
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "companion/nearest_word.h"
 #include "values/harmless_text.h"
 
 const char* const usageText =
@@ -13,6 +14,7 @@ const char* const usageText =
     "       quilleryctl check [--quiet] [FILE]\n"
     "       quilleryctl backups [--quiet] [FILE]\n"
     "       quilleryctl restore [--quiet] [--foreign] BACKUP [FILE]\n"
+    "       quilleryctl undo [--quiet] [FILE]\n"
     "       quilleryctl next [--quiet]\n"
     "       quilleryctl --help | --version\n";
 
@@ -24,19 +26,20 @@ const char* const helpText =
     "backups  lists the backups, newest first: name, time, size in bytes, number of\n"
     "         bookmarks, and which of them equal the bookmark file\n"
     "restore  gives the bookmark file the exact bytes of a backup\n"
+    "undo     restores the last backup that differs from the bookmark file\n"
     "next     prints when the next scheduled sort is due\n"
     "\n"
     "FILE is a bookmark file to use instead of your own, with backups of its own.\n"
-    "BACKUP is a name from the list of backups of that file, or a path with a slash\n"
-    "in it. sort and restore back up a file before they replace it, and read nothing\n"
-    "while Safari is running.\n"
+    "BACKUP is a name from the list of backups of that file, or the beginning of one,\n"
+    "or a path with a slash in it. sort, restore and undo back up a file before they\n"
+    "replace it, and read nothing while Safari is running.\n"
     "\n"
     "-a, --all    shows the whole tree, not only the moved entries and the folders\n"
     "             around them\n"
     "-j, --json   prints JSON: every entry of each folder that changes, in its new\n"
     "             order, with its present position (\"from\", counted from 0)\n"
-    "-q, --quiet  sort, restore and check print only errors; preview omits its last\n"
-    "             line; backups prints only names; next prints only a time\n"
+    "-q, --quiet  sort, restore, undo and check print only errors; preview omits its\n"
+    "             last line; backups prints only names; next prints only a time\n"
     "--foreign    lets restore give FILE the content of any other bookmark file\n"
     "-h, --help   prints this help\n"
     "--version    prints the version\n"
@@ -70,14 +73,23 @@ struct Form {
   std::size_t operandsAtMost;
 };
 
-constexpr std::array<Form, 6> forms = {{{"preview", Command::preview, 0, 1},
+constexpr std::array<Form, 8> forms = {{{"preview", Command::preview, 0, 1},
                                         {"sort", Command::sort, 0, 1},
                                         {"check", Command::check, 0, 1},
                                         {"backups", Command::backups, 0, 1},
                                         {"restore", Command::restore, 1, 2},
-                                        {"next", Command::next, 0, 0}}};
+                                        {"undo", Command::undo, 0, 1},
+                                        {"next", Command::next, 0, 0},
+                                        {"help", Command::help, 0, 1}}};
 
 std::string quoted(std::string_view text) { return "“" + harmlessLine(text) + "”"; }
+
+Complaint unknownCommand(std::string_view typed) {
+  std::array<std::string_view, forms.size()> names;
+  std::ranges::transform(forms, names.begin(), &Form::name);
+  const auto nearest = nearestWord(typed, names);
+  return {"there is no command " + quoted(typed) + (nearest ? " (did you mean " + quoted(*nearest) + "?)" : "")};
+}
 
 // The arguments, split into options and operands.
 struct Words {
@@ -128,7 +140,7 @@ std::variant<Request, Complaint> requestOf(const Arguments& arguments) {
     return Complaint{words.options.empty() ? "there is no command"
                                            : "there is no command with " + quoted(words.options.front())};
   const auto form = std::ranges::find(forms, words.operands.front(), &Form::name);
-  if (form == forms.end()) return Complaint{"there is no command " + quoted(words.operands.front())};
+  if (form == forms.end()) return unknownCommand(words.operands.front());
   words.operands.erase(words.operands.begin());
   Request request{form->command};
   if (auto complaint = readOptions(words.options, *form, request)) return *complaint;

@@ -7,7 +7,7 @@
 
 #include "platform/arguments.h"
 
-enum class Command { preview, sort, check, backups, restore, next, help, version };
+enum class Command { preview, sort, check, backups, restore, undo, next, help, version };
 
 struct Request {
   Command command;

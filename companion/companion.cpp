@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "companion/backup_table.h"
 #include "companion/command_line.h"
@@ -22,6 +23,7 @@
 #include "engine/safari.h"
 #include "engine/sort_job.h"
 #include "engine/sort_order.h"
+#include "engine/sorter_error.h"
 #include "platform/platform.h"
 #include "platform/product.h"
 #include "schedule/schedule_settings.h"
@@ -59,9 +61,37 @@ std::string absolute(const std::string& path) {
   return path.starts_with('/') ? path : platform().processes.workingFolder() + "/" + path;
 }
 
+// The file that a command works on.
+struct Subject {
+  std::string path;
+  std::string name;  // as the user named it, escaped; empty for the user's own bookmark file
+
+  // The beginning of a sentence about its order.
+  std::string is() const { return name.empty() ? "Your Safari bookmarks are" : name + " is"; }
+};
+
 // The file that an operand names, or the user's bookmark file if there is no such operand.
-std::string chosenFile(const Request& request, std::size_t operand) {
-  return operand < request.operands.size() ? absolute(request.operands[operand]) : bookmarkFile();
+Subject chosenFile(const Request& request, std::size_t operand) {
+  if (operand >= request.operands.size()) return {bookmarkFile(), ""};
+  return {absolute(request.operands[operand]), harmlessLine(request.operands[operand])};
+}
+
+// Returns true if a file is what browsers export their bookmarks to.
+bool isBrowserExport(const std::string& path) {
+  constexpr std::string_view start = "<!DOCTYPE NETSCAPE-Bookmark-file";
+  try {
+    return platform().fileSystem.read(path).text().substr(0, 100).find(start) != std::string_view::npos;
+  } catch (const Error&) {
+    return false;
+  }
+}
+
+// What failed with a file, in one line that names the file.
+void complainAbout(const std::string& path, const Error& error) {
+  std::string text = error.description();
+  if (text.find(path) == std::string::npos) text = harmlessLine(path) + ": " + text;
+  if (isBrowserExport(path)) text += " It is a browser’s HTML export, and no property list as Safari’s own file is.";
+  complain(text);
 }
 
 // Prints a report as one line, as soon as it is known.
@@ -81,19 +111,27 @@ int runWithoutSafari(const Request& request, const std::function<void()>& job) {
   return success;
 }
 
-// Runs a job and returns the exit status. A failure is printed on both streams: the log and the terminal.
-int runJob(const Request& request, const char* failureTitle, const std::function<void()>& job) {
+// The file that a job writes, and the one that it parses.
+struct JobFiles {
+  std::string written;
+  std::string parsed;
+};
+
+// Runs a job and returns the exit status.
+int runJob(const Request& request, const JobFiles& files, const std::function<void()>& job) {
   try {
     return runWithoutSafari(request, job);
   } catch (const SafariUnknown& error) {
     complain(error.description());
     return tryLater;
-  } catch (const std::exception& error) {
-    const Report report = failureReport(failureTitle, error);
-    print(report, request);
-    complain(report.message);
-    return failure;
+  } catch (const Error& error) {
+    if (isSorterError(error, SorterError::safariIsOpen)) {
+      complain("Safari was started; nothing was changed");
+      return tryLater;
+    }
+    complainAbout(isSorterError(error, SorterError::changedMeanwhile) ? files.written : files.parsed, error);
   }
+  return failure;
 }
 
 // Prints the report of a job that has succeeded. It stays a success if there is no memory for the report.
@@ -107,64 +145,113 @@ int printed(const std::function<Report()>& makeReport, const Request& request) n
   }
 }
 
-int sort(const Request& request) {
-  std::optional<Rewrite> rewrite;
-  const int status = runJob(request, sortFailed, [&] { rewrite = sortBookmarkFile(chosenFile(request, 0)); });
-  if (!rewrite) return status;
-  return printed([&] { return sortReport(rewrite); }, request);
+// The report of a sorted file.
+Report reportOf(const Subject& file, const Rewrite& rewrite) {
+  if (file.name.empty()) return sortReport(rewrite);
+  return {"Bookmarks sorted",
+          "In " + file.name + " folders come first, followed by bookmarks in alphabetical order." + backupsOf(rewrite)};
 }
 
-Report restoreReport(const RestoreResult& result) {
+int sort(const Request& request) {
+  const Subject file = chosenFile(request, 0);
+  std::optional<Rewrite> rewrite;
+  const int status = runJob(request, {file.path, file.path}, [&] { rewrite = sortBookmarkFile(file.path); });
+  if (!rewrite) return status;
+  return printed([&] { return reportOf(file, *rewrite); }, request);
+}
+
+// The end of the report of a restored file.
+std::string endOf(const Subject& file, const RestoreResult& result) {
+  return (file.name.empty() ? " You can reopen Safari." : "") +
+         (result.rewrite ? backupsOf(*result.rewrite) : std::string());
+}
+
+Report restoreReport(const Subject& file, const RestoreResult& result) {
   if (result.outcome == RestoreOutcome::alreadyThere)
-    return {"Already restored", "Your Safari bookmarks are already the same as this backup."};
-  return {"Bookmarks restored", "Your bookmarks are as they were when the backup was made. You can reopen Safari." +
-                                    (result.rewrite ? backupsOf(*result.rewrite) : std::string())};
+    return {"Already restored", file.is() + " already the same as this backup."};
+  return {"Bookmarks restored", (file.name.empty() ? "Your bookmarks are as they were" : file.name + " is as it was") +
+                                    " when the backup was made." + endOf(file, result)};
 }
 
 // The report of a file that got the content of a bookmark file that is no backup of it.
-Report foreignReport(const std::string& backup, const std::string& file, const RestoreResult& result) {
+Report foreignReport(const std::string& backup, const Subject& file, const RestoreResult& result) {
   return {result.outcome == RestoreOutcome::restored ? "Bookmarks replaced" : "Already restored",
-          harmlessLine(file) + " has the content of " + harmlessLine(backup) + " now. You can reopen Safari." +
-              (result.rewrite ? backupsOf(*result.rewrite) : std::string())};
+          file.name + " has the content of " + harmlessLine(backup) + " now." + endOf(file, result)};
+}
+
+// The path of the backup that an operand names: a path, or the name of one of the file's backups or its beginning.
+// Absent if there is not exactly one; that is reported.
+std::optional<std::string> chosenBackup(const std::string& operand, const std::string& file) {
+  if (operand.find('/') != operand.npos) return absolute(operand);
+  std::vector<std::string> found = backupsNamed(operand, file);
+  if (found.size() == 1) return found.front();
+  complain(found.empty() ? "there is no backup “" + harmlessLine(operand) + "” of " + harmlessLine(file)
+                         : "“" + harmlessLine(operand) + "” is the beginning of " + std::to_string(found.size()) +
+                               " backups of " + harmlessLine(file));
+  return std::nullopt;
 }
 
 int restore(const Request& request) {
-  const std::string& name = request.operands[0];
-  const std::string file = chosenFile(request, 1);
-  const std::string backup = name.find('/') == name.npos ? backupsFolderOf(file) + "/" + name : absolute(name);
-  const bool isForeign = !isBackupOf(backup, file);
+  const Subject file = chosenFile(request, 1);
+  const std::optional<std::string> backup = chosenBackup(request.operands[0], file.path);
+  if (!backup) return failure;
+  const bool isForeign = !isBackupOf(*backup, file.path);
   if (isForeign && !(request.foreign && request.operands.size() == 2)) {
-    complain(harmlessLine(backup) + " is no backup of " + harmlessLine(file) +
+    complain(harmlessLine(*backup) + " is no backup of " + harmlessLine(file.path) +
              "; to replace that file with it all the same, add the file and --foreign");
     return failure;
   }
   std::optional<RestoreResult> result;
-  const int status =
-      runJob(request, "Bookmarks could not be restored", [&] { result = restoreBookmarkFile(backup, file); });
+  const int status = runJob(request, {file.path, *backup}, [&] { result = restoreBookmarkFile(*backup, file.path); });
   if (!result) return status;
-  return printed([&] { return isForeign ? foreignReport(backup, file, *result) : restoreReport(*result); }, request);
+  return printed([&] { return isForeign ? foreignReport(*backup, file, *result) : restoreReport(file, *result); },
+                 request);
 }
 
-int preview(const Request& request) {
-  const std::string file = chosenFile(request, 0);
-  const Bytes bytes = platform().fileSystem.read(file);
+int undo(const Request& request) {
+  const Subject file = chosenFile(request, 0);
+  std::optional<RestoreResult> result;
+  const int status = runJob(request, {file.path, file.path}, [&] {
+    if (const auto backup = lastDifferentBackup(file.path)) result = restoreBookmarkFile(*backup, file.path);
+  });
+  if (result) return printed([&] { return restoreReport(file, *result); }, request);
+  if (status != success) return status;
+  complain("there is no backup of " + harmlessLine(file.path) + " that differs from it");
+  return failure;
+}
+
+int preview(const Request& request, const Subject& file) {
+  const Bytes bytes = platform().fileSystem.read(file.path);
   const PlistValue root = parseBookmarks(bytes).value;
   SortPreview preview(root, mostEntriesOfPreview(bytes.size()));
   BoundedOutput output(std::cout, mostBytesOfPreview(bytes.size()));
   if (request.json) {
-    printPreviewJson(preview, root, request.all, file, output);
+    printPreviewJson(preview, root, request.all, file.path, output);
     return success;
   }
   printPreviewText(preview, root, request.all, outputStyles(), output);
-  if (!request.quiet) std::cout << previewSummary(preview);
+  if (!request.quiet) std::cout << previewSummary(preview, file.is());
   return success;
 }
 
-int check(const Request& request) {
-  const PlistValue root = parseBookmarks(platform().fileSystem.read(chosenFile(request, 0))).value;
+int check(const Request& request, const Subject& file) {
+  const PlistValue root = parseBookmarks(platform().fileSystem.read(file.path)).value;
   const bool isInOrder = sorted(root, true) == root;
-  if (!request.quiet) std::cout << "Your Safari bookmarks are " << (isInOrder ? "already" : "not") << " in order.\n";
+  if (!request.quiet) std::cout << file.is() << (isInOrder ? " already" : " not") << " in order.\n";
   return isInOrder ? success : notInOrder;
+}
+
+int failureOf(Command command) { return command == Command::check ? checkFailed : failure; }
+
+// Runs a command that only reads a file, and returns the exit status.
+int readOnly(const Request& request, int (*command)(const Request&, const Subject&)) {
+  const Subject file = chosenFile(request, 0);
+  try {
+    return command(request, file);
+  } catch (const Error& error) {
+    complainAbout(file.path, error);
+    return failureOf(request.command);
+  }
 }
 
 // The bytes of a bookmark file, to compare its backups with. None if it cannot be read; that is reported.
@@ -178,7 +265,7 @@ std::optional<Bytes> currentBytes(const std::string& file) {
 }
 
 int backups(const Request& request) {
-  const std::string file = chosenFile(request, 0);
+  const std::string file = chosenFile(request, 0).path;
   if (request.quiet) {
     for (const FileEntry& backup : backupFiles(file)) std::cout << harmlessLine(backup.name) << '\n';
   } else {
@@ -199,19 +286,18 @@ int next(const Request& request, Instant now) {
 
 int perform(const Request& request, Instant now) {
   switch (request.command) {
-    case Command::preview: return preview(request);
+    case Command::preview: return readOnly(request, preview);
     case Command::sort: return sort(request);
-    case Command::check: return check(request);
+    case Command::check: return readOnly(request, check);
     case Command::backups: return backups(request);
     case Command::restore: return restore(request);
+    case Command::undo: return undo(request);
     case Command::next: return next(request, now);
     case Command::help: std::cout << usageText << helpText; return success;
     case Command::version: std::cout << "quilleryctl " << product::version << '\n'; return success;
   }
   return failure;
 }
-
-int failureOf(Command command) { return command == Command::check ? checkFailed : failure; }
 
 // Returns the exit status after this one, once all output is written.
 int finished(int status) noexcept {
@@ -245,8 +331,7 @@ void complain(std::string_view text) noexcept {
 int runCompanion(const Arguments& arguments, Instant now) {
   const auto asked = requestOf(arguments);
   if (const auto* complaint = std::get_if<Complaint>(&asked)) {
-    complain(complaint->text);
-    std::cerr << usageText;
+    complain(complaint->text + "; see quilleryctl --help");
     return wrongUsage;
   }
   return performed(std::get<Request>(asked), now);

@@ -76,8 +76,8 @@ void printPreviewText(SortPreview& preview, const PlistValue& root, bool all, co
   output.finish();
 }
 
-std::string previewSummary(const SortPreview& preview) {
-  if (preview.isInOrder()) return "Your Safari bookmarks are already in order.\n";
+std::string previewSummary(const SortPreview& preview, const std::string& subject) {
+  if (preview.isInOrder()) return subject + " already in order.\n";
   return "A sort would move " + counted(preview.movedEntries(), "entry", "entries") + " in " +
          counted(preview.foldersWithMoves(), "folder", "folders") + ". Nothing was written.\n";
 }

@@ -14,5 +14,6 @@
 void printPreviewText(SortPreview& preview, const PlistValue& root, bool all, const Styles& styles,
                       BoundedOutput& output);
 
-// Returns the number of moved entries that printPreviewText() met, in one line.
-std::string previewSummary(const SortPreview& preview);
+// Returns the number of moved entries that printPreviewText() met, in one line. `subject` is the beginning of the
+// sentence that says that nothing moves: "Your Safari bookmarks are".
+std::string previewSummary(const SortPreview& preview, const std::string& subject);

@@ -52,6 +52,15 @@ class BookmarkCount {
   std::unordered_map<PlistValue::Identity, std::uint64_t> known_;
 };
 
+// The content of a file; absent if it cannot be read.
+std::optional<Bytes> bytesOf(const std::string& path) {
+  try {
+    return platform().fileSystem.read(path);
+  } catch (const Error&) {
+    return std::nullopt;
+  }
+}
+
 bool isBackupName(std::string_view name) { return name.starts_with(namePrefix) && name.ends_with(nameSuffix); }
 
 Backup examine(FileEntry file, const std::string& folder, const std::optional<Bytes>& current) {
@@ -105,6 +114,26 @@ std::vector<FileEntry> backupFiles(const std::string& path) {
     return a.modified != b.modified ? a.modified > b.modified : a.name < b.name;
   });
   return files;
+}
+
+std::optional<std::string> lastDifferentBackup(const std::string& path) {
+  const std::optional<Bytes> current = bytesOf(path);
+  for (const FileEntry& file : backupFiles(path)) {
+    std::string backup = backupsFolderOf(path) + "/" + file.name;
+    if (const std::optional<Bytes> bytes = bytesOf(backup); bytes && bytes != current) return backup;
+  }
+  return std::nullopt;
+}
+
+std::vector<std::string> backupsNamed(const std::string& beginning, const std::string& path) {
+  std::vector<std::string> found;
+  for (const FileEntry& file : backupFiles(path)) {
+    std::string backup = backupsFolderOf(path) + "/" + file.name;
+    if (file.name == beginning) return {std::move(backup)};
+    if (file.name.starts_with(beginning) || file.name.starts_with(std::string(namePrefix) + beginning))
+      found.push_back(std::move(backup));
+  }
+  return found;
 }
 
 std::vector<Backup> listBackups(const std::string& path, const std::optional<Bytes>& current) {

@@ -29,6 +29,15 @@ std::string backUp(const Bytes& bytes, const std::string& path);
 // Lists the backups of the file at `path`, newest first, without opening them.
 std::vector<FileEntry> backupFiles(const std::string& path);
 
+// Returns the path of the newest backup of the file at `path` that differs from the file; absent if there is none. A
+// backup that cannot be read counts as the same, a file that cannot be read as different. Throws the file system's
+// Error if the folder cannot be listed.
+std::optional<std::string> lastDifferentBackup(const std::string& path);
+
+// Returns the paths of the backups of the file at `path` whose names begin with `beginning`, with or without the start
+// that all names have. A backup of exactly that name is the only one. Throws as lastDifferentBackup does.
+std::vector<std::string> backupsNamed(const std::string& beginning, const std::string& path);
+
 struct Backup {
   FileEntry file;
   std::optional<std::uint64_t> bookmarks;  // their number; none if the backup is not a readable bookmark file

@@ -16,6 +16,11 @@ enum class SorterError {
   notVerified = 6              // the new content does not parse to the sorted tree
 };
 
+// True if an error is the one of this code.
+inline bool isSorterError(const Error& error, SorterError code) {
+  return error.domain() == "Sorter" && error.code() == static_cast<int>(code);
+}
+
 inline Error sorterError(SorterError code, std::string description) {
   return {"Sorter", static_cast<int>(code), std::move(description)};
 }

@@ -32,8 +32,8 @@ _quilleryctl() {
     -*:preview:*) _quilleryctl_names '--all --json --quiet --help' ;;
     -*:restore:*) _quilleryctl_names '--quiet --foreign --help' ;;
     -*) _quilleryctl_names '--quiet --help' ;;
-    *::*) _quilleryctl_names 'preview sort check backups restore next' ;;
-    *:preview:0 | *:sort:0 | *:check:0 | *:backups:0 | */*:restore:0 | *:restore:1) _quilleryctl_files ;;
+    *::*) _quilleryctl_names 'preview sort check backups restore undo next' ;;
+    *:preview:0 | *:sort:0 | *:check:0 | *:backups:0 | *:undo:0 | */*:restore:0 | *:restore:1) _quilleryctl_files ;;
     *:restore:0) _quilleryctl_backups ;;
   esac
 }

@@ -1,5 +1,5 @@
 # fish completion for quilleryctl.
-set -l commands preview sort check backups restore next
+set -l commands preview sort check backups restore undo next
 
 complete -c quilleryctl -f
 complete -c quilleryctl -s h -l help -d 'Print the help'
@@ -9,10 +9,11 @@ complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a sort -
 complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a check -d 'Print whether a sort is needed'
 complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a backups -d 'List the backups'
 complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a restore -d 'Restore a backup'
+complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a undo -d 'Restore the last backup'
 complete -c quilleryctl -n "not __fish_seen_subcommand_from $commands" -a next -d 'Print when the next sort is due'
 complete -c quilleryctl -n "__fish_seen_subcommand_from $commands" -s q -l quiet -d 'Print as little as possible'
 complete -c quilleryctl -n '__fish_seen_subcommand_from preview' -s a -l all -d 'Show the whole tree'
 complete -c quilleryctl -n '__fish_seen_subcommand_from preview' -s j -l json -d 'Print JSON for programs'
 complete -c quilleryctl -n '__fish_seen_subcommand_from restore' -l foreign -d 'Restore any bookmark file'
-complete -c quilleryctl -n '__fish_seen_subcommand_from preview sort check backups restore' -F
+complete -c quilleryctl -n '__fish_seen_subcommand_from preview sort check backups restore undo' -F
 complete -c quilleryctl -n '__fish_seen_subcommand_from restore' -a '(quilleryctl backups --quiet 2>/dev/null)'

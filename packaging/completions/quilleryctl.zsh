@@ -20,6 +20,7 @@ _quilleryctl() {
     'check:print whether a sort is needed'
     'backups:list the backups'
     'restore:restore a backup'
+    'undo:restore the last backup'
     'next:print when the next sort is due'
   )
   quiet=('(-q --quiet)'{-q,--quiet}'[print as little as possible]')
@@ -33,7 +34,7 @@ _quilleryctl() {
           _arguments $quiet '(-a --all)'{-a,--all}'[show the whole tree]' \
             '(-j --json)'{-j,--json}'[print JSON for programs]' '1:bookmark file:_files'
           ;;
-        sort | check | backups) _arguments $quiet '1:bookmark file:_files' ;;
+        sort | check | backups | undo) _arguments $quiet '1:bookmark file:_files' ;;
         restore) _arguments $quiet '--foreign[restore any bookmark file]' '1:backup:_quilleryctl_backups' '2:bookmark file:_files' ;;
         next) _arguments $quiet ;;
       esac

@@ -151,13 +151,9 @@ TEST_F(CompanionTest, createsPrivateFilesAndKeepsExistingModes) {
 TEST_F(CompanionTest, failsWithoutABookmarkFileAndCreatesNothing) {
   const Ending ending = companion({"sort"});
   EXPECT_EQ(ending.status, 1);
-  EXPECT_THAT(ending.output, AllOf(StartsWith("Bookmarks could not be sorted: The file “Bookmarks.plist” couldn’t be "
-                                              "opened: No such file or directory ("),
-                                   EndsWith(accessHint + "\n")));
-  const std::string title = "Bookmarks could not be sorted: ";
-  EXPECT_EQ(ending.error,
-            noSession + "quilleryctl: " + ending.output.substr(std::min(title.size(), ending.output.size())))
-      << "standard error gets the message too";
+  EXPECT_EQ(ending.output, "");
+  EXPECT_EQ(ending.error, noSession + "quilleryctl: The file “Bookmarks.plist” couldn’t be opened: No such file or " +
+                              "directory (" + bookmarks_ + ").\n");
   EXPECT_THAT(namesIn(scratch_.path("Library")), ElementsAre("Safari"));
 }
 
@@ -166,9 +162,9 @@ TEST_F(CompanionTest, leavesAFileThatIsNoBookmarkFile) {
   makeFile(bookmarks_, content);
   const Ending ending = companion({"sort"});
   EXPECT_EQ(ending.status, 1);
-  const std::string message = "Unrecognised Safari bookmark format. No changes made." + accessHint + "\n";
-  EXPECT_EQ(ending.output, "Bookmarks could not be sorted: " + message);
-  EXPECT_EQ(ending.error, noSession + "quilleryctl: " + message);
+  EXPECT_EQ(ending.output, "");
+  EXPECT_EQ(ending.error,
+            noSession + "quilleryctl: " + bookmarks_ + ": Unrecognised Safari bookmark format. No changes made.\n");
   EXPECT_EQ(contentOf(bookmarks_), content);
   EXPECT_FALSE(std::filesystem::exists(backups_));
 }
@@ -291,9 +287,9 @@ TEST_F(CompanionTest, printsPathsInOneLine) {
   EXPECT_THAT(sorted.output, AllOf(HasSubstr("/line\\u{0A}break\\u{200E}/"), Not(HasSubstr("line\n"))));
   std::filesystem::remove(home + "/Library/Safari/Bookmarks.plist");
   const Ending failed = run(QUILLERYCTL_EXECUTABLE, {"sort"}, there);
-  for (const std::string& text : {failed.output, failed.error})
-    EXPECT_THAT(text, AllOf(HasSubstr("/line\\u{0A}break\\u{200E}/"), Not(HasSubstr("line\n"))));
-  EXPECT_THAT(companion({"so\nrt"}).error, StartsWith("quilleryctl: there is no command “so\\u{0A}rt”\n"));
+  EXPECT_THAT(failed.error, AllOf(HasSubstr("/line\\u{0A}break\\u{200E}/"), Not(HasSubstr("line\n"))));
+  EXPECT_THAT(companion({"so\nrt"}).error,
+              StartsWith("quilleryctl: there is no command “so\\u{0A}rt” (did you mean “sort”?); see"));
 }
 
 // Previews, backups and restores
@@ -368,7 +364,8 @@ TEST_F(CompanionTest, listsTheNewestBackupFirst) {
   const std::string time = "  [-0-9]+ [:0-9]+  ";
   EXPECT_THAT(list.output, MatchesRegex("NAME +TIME +SIZE  BOOKMARKS\n"
                                         "Bookmarks-[-0-9A-F]+\\.plist" +
-                                        time + "13818 +22\n" + first + time + "13818 +22  current\n"));
+                                        time + "13818 +22\n" + first + time +
+                                        "13818 +22  current\n2 backups, 27636 bytes in total\n"));
   EXPECT_THAT(companion({"backups", "-q"}).output, EndsWith(".plist\n" + first + "\n"));
 }
 
@@ -420,7 +417,8 @@ TEST_F(CompanionTest, restoresNoFileThatIsNoBookmarkFile) {
                                   std::string("Bookmarks-A.plist"), std::string("..")}) {
     const Ending ending = companion({"restore", "--foreign", name, bookmarks_});
     EXPECT_EQ(ending.status, 1) << name;
-    EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be restored: "));
+    EXPECT_EQ(ending.output, "");
+    EXPECT_THAT(ending.error, HasSubstr("quilleryctl: "));
   }
   EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
   EXPECT_FALSE(std::filesystem::exists(backups_));
@@ -460,7 +458,7 @@ TEST_F(CompanionTest, printsTheNextSortByTheStoredSettings) {
   EXPECT_THAT(companion({"next"}).output, MatchesRegex("Wednesday [0-9]{4}-[0-9]{2}-[0-9]{2} 09:00\n"));
 }
 
-TEST_F(CompanionTest, printsItsUsageIfUsedWrongly) {
+TEST_F(CompanionTest, printsOneLineIfUsedWrongly) {
   makeFile(bookmarks_, demoFile("binary"));
   const std::vector<std::vector<std::string>> wrong = {
       {}, {"Sort"}, {"sorted"}, {"sort", "a", "b"}, {"sort", "--json"}, {"--sort"}, {""}, {"--versions"}, {"restore"}};
@@ -468,7 +466,7 @@ TEST_F(CompanionTest, printsItsUsageIfUsedWrongly) {
     const Ending ending = companion(arguments);
     EXPECT_EQ(ending.status, 2);
     EXPECT_EQ(ending.output, "");
-    EXPECT_THAT(ending.error, AllOf(StartsWith("quilleryctl: "), HasSubstr("\nusage: quilleryctl preview ")));
+    EXPECT_THAT(ending.error, MatchesRegex("quilleryctl: [^\n]*; see quilleryctl --help\n"));
   }
   EXPECT_EQ(contentOf(bookmarks_), demoFile("binary"));
 }

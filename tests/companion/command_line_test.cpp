@@ -26,7 +26,9 @@ TEST(CommandLine, recognisesEachCommand) {
   EXPECT_EQ(request({"check"}).command, Command::check);
   EXPECT_EQ(request({"backups"}).command, Command::backups);
   EXPECT_EQ(request({"restore", "x"}).command, Command::restore);
+  EXPECT_EQ(request({"undo"}).command, Command::undo);
   EXPECT_EQ(request({"next"}).command, Command::next);
+  EXPECT_EQ(request({"help"}).command, Command::help);
   EXPECT_EQ(request({"--help"}).command, Command::help);
   EXPECT_EQ(request({"-h"}).command, Command::help);
   EXPECT_EQ(request({"--version"}).command, Command::version);
@@ -48,7 +50,7 @@ TEST(CommandLine, acceptsOptionsAnywhere) {
   EXPECT_TRUE(shortForm.json);
   EXPECT_FALSE(shortForm.all || shortForm.quiet);
   EXPECT_TRUE(request({"preview", "-a"}).all);
-  for (const char* command : {"sort", "check", "backups", "next"}) EXPECT_TRUE(request({command, "-q"}).quiet);
+  for (const char* command : {"sort", "check", "backups", "undo", "next"}) EXPECT_TRUE(request({command, "-q"}).quiet);
 }
 
 TEST(CommandLine, takesArgumentsAfterTwoDashesAsOperands) {
@@ -71,13 +73,24 @@ TEST(CommandLine, needsACommand) {
 }
 
 TEST(CommandLine, namesTheFirstOperandAsTheUnknownCommand) {
-  EXPECT_EQ(complaint({"--quiet", "sorted", "sort", "--all"}), "there is no command “sorted”");
+  EXPECT_EQ(complaint({"--quiet", "ordered", "sort", "--all"}), "there is no command “ordered”");
   EXPECT_EQ(complaint({"--sorted", "--all"}), "there is no command with “--sorted”");
 }
 
 TEST(CommandLine, refusesUnknownCommands) {
-  for (const char* name : {"Sort", "sorted", "so", "", "help", "-"})
+  for (const char* name : {"", "-", "xyzzy", "sortsort", "prview-all"})
     EXPECT_EQ(complaint({name}), "there is no command “" + std::string(name) + "”");
+}
+
+TEST(CommandLine, namesTheCommandThatIsNearest) {
+  for (const auto& [typed, meant] : {std::pair("sotr", "sort"),
+                                     {"Sort", "sort"},
+                                     {"backup", "backups"},
+                                     {"reviews", "preview"},
+                                     {"undoo", "undo"},
+                                     {"so", "sort"},
+                                     {"restroe", "restore"}})
+    EXPECT_EQ(complaint({typed}), "there is no command “" + std::string(typed) + "” (did you mean “" + meant + "”?)");
 }
 
 TEST(CommandLine, refusesUnknownOptions) {

@@ -132,9 +132,9 @@ TEST_F(CompanionPreview, countsOneEntryInOneFolder) {
 }
 
 TEST_F(CompanionPreview, readsANamedFile) {
-  machine_.files.put("/home/user/folder/Other.plist", fileOf(sortedTree()));
-  expectEnding(run({"preview", "/home/user/folder/Other.plist"}), 0, "Your Safari bookmarks are already in order.\n");
-  expectEnding(run({"preview", "Other.plist"}), 0, "Your Safari bookmarks are already in order.\n");
+  machine_.files.put(otherFile, fileOf(sortedTree()));
+  expectEnding(run({"preview", otherFile}), 0, otherFile + " is already in order.\n");
+  expectEnding(run({"preview", "Other.plist"}), 0, "Other.plist is already in order.\n");
   EXPECT_THAT(machine_.journal.entries(), Not(Contains("read " + bookmarks)));
 }
 
@@ -366,6 +366,7 @@ TEST_F(CompanionSort, readsNothingWhileSafariRuns) {
 }
 
 TEST_F(CompanionSort, readsNothingIfSafariIsUnknown) {
+  putBackup("Bookmarks-A.plist", fileOf(sortedTree()), "2026-09-21 10:00:01");
   machine_.applications.setUnresponsive(true);
   for (const std::vector<std::string>& arguments :
        {std::vector<std::string>{"sort"}, {"sort", "-q"}, {"restore", "Bookmarks-A.plist"}}) {
@@ -400,22 +401,53 @@ TEST_F(CompanionSort, reportsThatSafariCouldNotBeLookedFor) {
   expectEnding(run({"sort", "--quiet"}), 0, "");
 }
 
-TEST_F(CompanionSort, reportsAFailureOnBothStreams) {
+TEST_F(CompanionSort, reportsAFailureOnceWithTheFilesName) {
   machine_.files.remove(bookmarks);
+  const std::string missing =
+      "quilleryctl: The file “Bookmarks.plist” couldn’t be opened: No such file or directory (" + bookmarks + ").\n";
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"sort"}, {"sort", "-q"}}) {
+    const Ending ending = run(arguments);
+    EXPECT_EQ(ending.status, 1);
+    EXPECT_EQ(ending.output, "");
+    EXPECT_EQ(ending.error, missing);
+  }
+  machine_.files.put(otherFile, fileOf(PlistValue(1)));
+  for (const char* command : {"sort", "preview", "check"}) {
+    const Ending ending = run({command, "Other.plist"});
+    EXPECT_EQ(ending.output, "");
+    EXPECT_EQ(ending.error, "quilleryctl: " + otherFile + ": Unrecognised Safari bookmark format. No changes made.\n");
+  }
+}
+
+TEST_F(CompanionSort, hintsAtTheExportOfABrowser) {
+  machine_.files.put(otherFile, "<!DOCTYPE NETSCAPE-Bookmark-file-1>\n<TITLE>Bookmarks</TITLE>");
+  for (const char* command : {"sort", "preview", "check"})
+    EXPECT_THAT(run({command, "Other.plist"}).error,
+                AllOf(StartsWith("quilleryctl: " + otherFile + ": "),
+                      EndsWith(" It is a browser’s HTML export, and no property list as Safari’s own file is.\n")));
+}
+
+TEST_F(CompanionSort, speaksOfANamedFile) {
+  machine_.files.put(otherFile, fileOf(unsortedTree()));
+  EXPECT_THAT(run({"sort", "Other.plist"}).output,
+              StartsWith("Bookmarks sorted: In Other.plist folders come first, followed by bookmarks in alphabetical "
+                         "order.\n\nBackup: "));
+}
+
+TEST_F(CompanionSort, changesNothingIfSafariStartsBeforeIt) {
+  machine_.journal.before(
+      "running?", [&](const auto&) { machine_.applications.start(safari); }, 2);
   const Ending ending = run({"sort"});
-  EXPECT_EQ(ending.status, 1);
-  EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be sorted: The file “Bookmarks.plist”"));
-  EXPECT_THAT(ending.error, StartsWith("quilleryctl: The file “Bookmarks.plist”"));
-  const Ending quiet = run({"sort", "-q"});
-  EXPECT_EQ(quiet.status, 1);
-  EXPECT_EQ(quiet.output, "");
-  EXPECT_EQ(quiet.error, ending.error);
+  EXPECT_EQ(ending.status, 75);
+  EXPECT_EQ(ending.output, "");
+  EXPECT_EQ(ending.error, "quilleryctl: Safari was started; nothing was changed\n");
 }
 
 TEST_F(CompanionSort, escapesControlCharactersInPaths) {
   const Ending ending = run({"sort", "/home/\x1b[2J"});
   EXPECT_THAT(ending.error, AllOf(HasSubstr("\\u{1B}[2J"), Not(HasSubstr("\x1b"))));
-  EXPECT_THAT(ending.output, AllOf(HasSubstr("\\u{1B}[2J"), Not(HasSubstr("\x1b"))));
+  machine_.files.put("/home/user/\x1b[2J", fileOf(unsortedTree()));
+  EXPECT_THAT(run({"sort", "/home/user/\x1b[2J"}).output, AllOf(HasSubstr("\\u{1B}[2J"), Not(HasSubstr("\x1b"))));
 }
 
 // Checks
@@ -438,7 +470,9 @@ TEST_F(CompanionCheck, onlyReadsTheFileEvenWhileSafariRuns) {
 
 TEST_F(CompanionCheck, readsANamedFile) {
   machine_.files.put("/home/user/folder/Other.plist", fileOf(sortedTree()));
-  EXPECT_EQ(run({"check", "Other.plist"}).status, 0);
+  expectEnding(run({"check", "Other.plist"}), 0, "Other.plist is already in order.\n");
+  machine_.files.put(otherFile, fileOf(unsortedTree()));
+  expectEnding(run({"check", "Other.plist"}), 1, "Other.plist is not in order.\n");
   EXPECT_EQ(run({"check", "../Library/Safari/Bookmarks.plist"}).status, 3) << "virtual files have no such path";
 }
 
@@ -463,7 +497,8 @@ TEST_F(CompanionBackups, areListedWithTimeSizeAndBookmarks) {
                "NAME                TIME                 SIZE  BOOKMARKS\n"
                "Bookmarks-BB.plist  2026-09-22 23:59:59     7    damaged\n"
                "Bookmarks-A.plist   2026-09-21 10:00:01   " +
-                   size + "         10  current\n");
+                   size + "         10  current\n2 backups, " + std::to_string(fileOf(unsortedTree()).size() + 7) +
+                   " bytes in total\n");
 }
 
 TEST_F(CompanionBackups, haveTheirTimesInTheUsersTimeZone) {
@@ -516,7 +551,8 @@ TEST_F(CompanionBackups, haveColorsOnATerminal) {
   putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
   machine_.processes.startInTerminal();
   machine_.processes.setVariable("TERM", "xterm");
-  EXPECT_THAT(run({"backups"}).output, AllOf(StartsWith("\x1b[1mNAME"), EndsWith("  10  \x1b[32mcurrent\x1b[0m\n")));
+  EXPECT_THAT(run({"backups"}).output,
+              AllOf(StartsWith("\x1b[1mNAME"), HasSubstr("  10  \x1b[32mcurrent\x1b[0m\n1 backup, ")));
 }
 
 // Restores
@@ -550,7 +586,7 @@ TEST_F(CompanionRestore, refusesTheBackupOfAnotherFile) {
   expectFailure({"restore", foreign}, hint);
   expectFailure({"restore", foreign, bookmarks}, hint);
   expectFailure({"restore", "--foreign", foreign}, hint);
-  EXPECT_EQ(run({"restore", "Bookmarks-O.plist"}).status, 1);
+  expectFailure({"restore", "Bookmarks-O.plist"}, "there is no backup “Bookmarks-O.plist” of " + bookmarks);
   machine_.files.put("/home/user/folder/./old.plist", fileOf(rootNode({})));
   expectFailure({"restore", "./old.plist"}, hint);
   EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
@@ -560,8 +596,8 @@ TEST_F(CompanionRestore, restoresTheBackupOfAnotherFileIfAsked) {
   const std::string foreign = otherBackups + "/Bookmarks-O.plist";
   machine_.files.put(foreign, fileOf(sortedTree()));
   expectEnding(run({"restore", "--foreign", foreign, bookmarks}), 0,
-               "Bookmarks replaced: " + bookmarks + " has the content of " + foreign +
-                   " now. You can reopen Safari.\n\nBackup: " + backups + "/" + newBackup + "\n");
+               "Bookmarks replaced: " + bookmarks + " has the content of " + foreign + " now.\n\nBackup: " + backups +
+                   "/" + newBackup + "\n");
   EXPECT_EQ(machine_.files.content(bookmarks), fileOf(sortedTree()));
 }
 
@@ -577,13 +613,82 @@ TEST_F(CompanionRestore, refusesAFileThatIsNoBackup) {
   putBackup("Bookmarks-A.plist", fileOf(PlistValue(1)), "2026-09-21 10:00:01");
   const Ending ending = run({"restore", "Bookmarks-A.plist"});
   EXPECT_EQ(ending.status, 1);
-  EXPECT_THAT(ending.output, StartsWith("Bookmarks could not be restored: Unrecognised Safari bookmark format."));
-  EXPECT_THAT(ending.error, StartsWith("quilleryctl: Unrecognised Safari bookmark format."));
-  EXPECT_THAT(run({"restore", "Bookmarks-B.plist"}).error, HasSubstr("“Bookmarks-B.plist” couldn’t be opened"));
+  EXPECT_EQ(ending.output, "");
+  EXPECT_EQ(ending.error,
+            "quilleryctl: " + backups + "/Bookmarks-A.plist: Unrecognised Safari bookmark format. No changes made.\n");
+  expectFailure({"restore", "Bookmarks-B.plist"}, "there is no backup “Bookmarks-B.plist” of " + bookmarks);
   EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
 }
 
+TEST_F(CompanionRestore, takesTheUniqueBeginningOfAName) {
+  putBackup("Bookmarks-A1.plist", fileOf(sortedTree()), "2026-09-21 10:00:01");
+  putBackup("Bookmarks-A12.plist", fileOf(rootNode({})), "2026-09-21 10:00:02");
+  putBackup("Bookmarks-B.plist", fileOf(rootNode({})), "2026-09-21 10:00:03");
+  expectFailure({"restore", "A"}, "“A” is the beginning of 2 backups of " + bookmarks);
+  expectFailure({"restore", "Bookmarks-"}, "“Bookmarks-” is the beginning of 3 backups of ");
+  expectFailure({"restore", ""}, "is the beginning of 3 backups of ");
+  expectFailure({"restore", "C"}, "there is no backup “C” of " + bookmarks);
+  EXPECT_EQ(run({"restore", "A1."}).status, 0);
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(sortedTree()));
+  EXPECT_EQ(run({"restore", "Bookmarks-B"}).status, 0);
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(rootNode({})));
+}
+
+TEST_F(CompanionRestore, speaksOfANamedFile) {
+  machine_.files.put(otherFile, fileOf(unsortedTree()));
+  machine_.files.put(otherBackups + "/Bookmarks-O.plist", fileOf(sortedTree()));
+  EXPECT_THAT(run({"restore", "O", "Other.plist"}).output,
+              StartsWith("Bookmarks restored: Other.plist is as it was when the backup was made.\n\nBackup: "));
+  EXPECT_EQ(run({"restore", "O", "Other.plist"}).output,
+            "Already restored: Other.plist is already the same as this backup.\n");
+}
+
+using CompanionUndo = CompanionCommandTest;
+
+TEST_F(CompanionUndo, restoresTheLastBackupAndUndoesThat) {
+  run({"sort"});
+  const std::string after = machine_.files.content(bookmarks);
+  EXPECT_THAT(run({"undo"}).output, StartsWith("Bookmarks restored: Your bookmarks are as they were when the backup"));
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
+  expectEnding(run({"undo", "--quiet"}), 0, "");
+  EXPECT_EQ(machine_.files.content(bookmarks), after);
+}
+
+TEST_F(CompanionUndo, passesOverABackupOfTheSameBytes) {
+  putBackup("Bookmarks-A.plist", fileOf(sortedTree()), "2026-09-21 10:00:01");
+  putBackup("Bookmarks-B.plist", fileOf(unsortedTree()), "2026-09-21 10:00:02");
+  EXPECT_EQ(run({"undo"}).status, 0);
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(sortedTree()));
+}
+
+TEST_F(CompanionUndo, worksOnANamedFile) {
+  machine_.files.put(otherFile, fileOf(unsortedTree()));
+  run({"sort", "Other.plist"});
+  EXPECT_EQ(run({"undo", "Other.plist"}).status, 0);
+  EXPECT_EQ(machine_.files.content(otherFile), fileOf(unsortedTree()));
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
+}
+
+TEST_F(CompanionUndo, bringsAMissingFileBack) {
+  putBackup("Bookmarks-A.plist", fileOf(sortedTree()), "2026-09-21 10:00:01");
+  machine_.files.remove(bookmarks);
+  EXPECT_EQ(run({"undo"}).status, 0);
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(sortedTree()));
+}
+
+TEST_F(CompanionUndo, failsWithoutABackup) {
+  expectFailure({"undo"}, "there is no backup of " + bookmarks + " that differs from it");
+}
+
+TEST_F(CompanionUndo, readsNothingWhileSafariRuns) {
+  putBackup("Bookmarks-A.plist", fileOf(sortedTree()), "2026-09-21 10:00:01");
+  machine_.applications.start(safari);
+  EXPECT_EQ(run({"undo"}).status, 75);
+  EXPECT_EQ(machine_.journal.count("read"), 0);
+}
+
 TEST_F(CompanionRestore, readsNothingWhileSafariRuns) {
+  putBackup("Bookmarks-A.plist", fileOf(sortedTree()), "2026-09-21 10:00:01");
   machine_.applications.start(safari);
   const Ending ending = run({"restore", "Bookmarks-A.plist"});
   EXPECT_EQ(ending.status, 75);
@@ -629,18 +734,19 @@ TEST_F(CompanionNext, readsNoFile) {
 
 // Usage, help and output
 
-TEST_F(CompanionCommandTest, printsItsUsageIfUsedWrongly) {
+TEST_F(CompanionCommandTest, printsOneLineIfUsedWrongly) {
   const Ending ending = run({"sort", "a", "\x1b[2J"});
   EXPECT_EQ(ending.status, 2);
   EXPECT_EQ(ending.output, "");
-  EXPECT_THAT(ending.error,
-              StartsWith("quilleryctl: “\\u{1B}[2J” is one argument too many for “sort”\nusage: quilleryctl "));
+  EXPECT_EQ(ending.error, "quilleryctl: “\\u{1B}[2J” is one argument too many for “sort”; see quilleryctl --help\n");
   EXPECT_THAT(machine_.journal.entries(), IsEmpty());
 }
 
 TEST_F(CompanionCommandTest, printsItsHelpAndVersion) {
   const Ending help = run({"--help"});
   EXPECT_EQ(help.status, 0);
+  EXPECT_EQ(run({"help"}).output, help.output);
+  EXPECT_EQ(run({"help", "sort"}).output, help.output);
   EXPECT_THAT(help.output, AllOf(StartsWith("usage: quilleryctl "), HasSubstr("Exit status:")));
   expectEnding(run({"--version"}), 0, "quilleryctl " + std::string(product::version) + "\n");
 }

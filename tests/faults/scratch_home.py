@@ -6,6 +6,7 @@ import subprocess
 
 BOOKMARK_MODE = 0o640  # differs from the mode of a new file, so that a lost mode is noticed
 FOLDER = "a folder"  # the result of `content` if a folder is in place of the bookmark file
+NO_SESSION = "quilleryctl: there is no login session, so Safari could not be looked for and counts as closed\n"
 BACKUP_NAME = re.compile(r"Bookmarks-[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\.plist")
 
 

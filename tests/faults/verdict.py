@@ -3,7 +3,7 @@ import os
 import re
 import stat
 
-from scratch_home import BOOKMARK_MODE, FOLDER
+from scratch_home import BOOKMARK_MODE, FOLDER, NO_SESSION
 
 TEMPORARY_NAME = re.compile(r"(.*/)?\.quillery-temporary-(\w{6}|[0-9a-f]{32}-[0-9a-f]+)")
 
@@ -50,7 +50,7 @@ def after_fault(home, sample, result, put=None, unseen=False, gone=False, late=N
     for name in home.leftovers():
         if result.status >= 0 or not TEMPORARY_NAME.fullmatch(name):
             verdict.flaws.append(f"{name} is left after {ending(result)}")
-    if result.status == 1 and "Bookmarks could not be sorted: " not in result.text:
+    if result.status == 1 and "quilleryctl: " not in result.text.replace(NO_SESSION, ""):
         verdict.flaws.append(f"it failed without a message: {result.text!r}")
     if result.status > 1:
         verdict.flaws.append(f"it ended with {ending(result)}: {result.text!r}")

@@ -15,13 +15,10 @@ import tempfile
 TESTS = pathlib.Path(__file__).resolve().parents[1]
 sys.path[:0] = [str(TESTS / "faults"), str(TESTS / "data/malformed")]
 import make_malformed  # noqa: E402
-from scratch_home import ScratchHome  # noqa: E402
+from scratch_home import NO_SESSION, ScratchHome  # noqa: E402
 
 DATA = TESTS / "data"
 TABLE = DATA / "malformed/messages.tsv"
-NO_SESSION = "quilleryctl: there is no login session, so Safari could not be looked for and counts as closed\n"
-TITLE = "Bookmarks could not be sorted: "
-HINT = "If access is denied, "
 LONGEST = 200  # characters of a message, whatever is in the file
 WHERE = re.compile(r"(at byte|on line) \d+\b|in the XML declaration")
 WITHOUT_A_PLACE = ["The data couldn’t be read because it isn’t a valid property list: it is empty.",
@@ -45,10 +42,10 @@ def refusal(program, path):
         content = path.read_bytes()
         home = ScratchHome(pathlib.Path(folder) / "home", content)
         result = home.run([program, "sort"])
-        text = result.text.removeprefix(NO_SESSION)
-        message, *rest = text.removeprefix(TITLE).split("\n")
+        text, start = result.text.removeprefix(NO_SESSION), f"quilleryctl: {home.bookmarks}: "
+        message, *rest = text.removeprefix(start).split("\n")
         problems = []
-        if result.status != 1 or not text.startswith(TITLE) or not any(line.startswith(HINT) for line in rest):
+        if result.status != 1 or not text.startswith(start) or rest != [""]:
             problems.append(f"exit status {result.status} and output {result.text!r}")
         if home.content() != content:
             problems.append("the file was changed")

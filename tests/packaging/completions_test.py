@@ -15,7 +15,7 @@ import unittest
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 COMPLETIONS = REPOSITORY / "packaging" / "completions"
-COMMANDS = ["backups", "check", "next", "preview", "restore", "sort"]
+COMMANDS = ["backups", "check", "next", "preview", "restore", "sort", "undo"]
 BACKUPS = ["Bookmarks-A.plist", "Bookmarks-B.plist"]
 
 
@@ -77,11 +77,11 @@ class Completions(unittest.TestCase):
         self.assertEqual(self.bash("-"), ["--help", "--version"])
         self.assertEqual(self.bash("preview", "-"), ["--all", "--help", "--json", "--quiet"])
         self.assertEqual(self.bash("restore", "--"), ["--foreign", "--help", "--quiet"])
-        for command in ("sort", "check", "backups", "next"):
+        for command in ("sort", "check", "backups", "undo", "next"):
             self.assertEqual(self.bash(command, "--"), ["--help", "--quiet"])
 
     def test_bash_offers_files_where_a_command_takes_one(self):
-        for words in (["preview"], ["sort"], ["check", "-q"], ["backups"], ["restore", "x"]):
+        for words in (["preview"], ["sort"], ["check", "-q"], ["backups"], ["undo"], ["restore", "x"]):
             self.assertEqual(self.bash(*words, "O"), ["Other.plist"])
         for words in (["next"], ["sort", "x"], ["restore", "x", "y"]):
             self.assertEqual(self.bash(*words, "O"), [])
@@ -108,11 +108,11 @@ class Completions(unittest.TestCase):
         self.assertEqual(self.fish("--"), ["--help", "--version"])
         self.assertEqual(self.fish("preview", "--"), ["--all", "--help", "--json", "--quiet"])
         self.assertEqual(self.fish("restore", "--"), ["--foreign", "--help", "--quiet"])
-        for command in ("sort", "check", "backups", "next"):
+        for command in ("sort", "check", "backups", "undo", "next"):
             self.assertEqual(self.fish(command, "--"), ["--help", "--quiet"])
 
     def test_fish_offers_files_and_backups(self):
-        for command in ("preview", "sort", "check", "backups"):
+        for command in ("preview", "sort", "check", "backups", "undo"):
             self.assertEqual(self.fish(command, "O"), ["Other.plist"])
         self.assertEqual(self.fish("next", "O"), [])
         self.assertEqual(self.fish("restore", "B"), BACKUPS)
@@ -129,11 +129,11 @@ class Completions(unittest.TestCase):
 
         self.assertEqual(options("preview"), ["--all", "--json", "--quiet"])
         self.assertEqual(options("restore"), ["--foreign", "--quiet"])
-        for command in ("sort", "check", "backups", "next"):
+        for command in ("sort", "check", "backups", "undo", "next"):
             self.assertEqual(options(command), ["--quiet"])
 
     def test_zsh_offers_files_and_backups(self):
-        for command in ("preview", "sort", "check", "backups"):
+        for command in ("preview", "sort", "check", "backups", "undo"):
             self.assertIn("1:bookmark file:_files", self.zsh("arguments", command))
         self.assertIn("1:backup:_quilleryctl_backups", self.zsh("arguments", "restore"))
         self.assertIn("2:bookmark file:_files", self.zsh("arguments", "restore"))
