@@ -1,6 +1,7 @@
 // The companion's command line.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -16,6 +17,9 @@ struct Request {
   bool json = false;
   bool quiet = false;
   bool foreign = false;
+  bool dryRun = false;                     // requestOf() has made the command a preview
+  std::optional<std::string> output = {};  // the file, or "-", to which a sort writes a copy
+  std::optional<std::string> color = {};   // "always", "never" or "auto"
 };
 
 // What is wrong with the arguments: a sentence without a full stop.

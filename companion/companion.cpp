@@ -1,8 +1,10 @@
 #include "companion/companion.h"
 
+#include <algorithm>
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
@@ -15,6 +17,9 @@
 #include "companion/instant_text.h"
 #include "companion/preview_json.h"
 #include "companion/preview_text.h"
+#include "companion/progress.h"
+#include "companion/report_json.h"
+#include "companion/standard_input.h"
 #include "companion/styles.h"
 #include "engine/backups.h"
 #include "engine/bookmark_file.h"
@@ -61,9 +66,11 @@ std::string absolute(const std::string& path) {
   return path.starts_with('/') ? path : platform().processes.workingFolder() + "/" + path;
 }
 
+constexpr const char* standardStream = "-";
+
 // The file that a command works on.
 struct Subject {
-  std::string path;
+  std::string path;  // "-" is standard input
   std::string name;  // as the user named it, escaped; empty for the user's own bookmark file
 
   // The beginning of a sentence about its order.
@@ -73,11 +80,17 @@ struct Subject {
 // The file that an operand names, or the user's bookmark file if there is no such operand.
 Subject chosenFile(const Request& request, std::size_t operand) {
   if (operand >= request.operands.size()) return {bookmarkFile(), ""};
+  if (request.operands[operand] == standardStream) return {standardStream, "standard input"};
   return {absolute(request.operands[operand]), harmlessLine(request.operands[operand])};
+}
+
+Bytes contentOf(const Subject& file) {
+  return file.path == standardStream ? standardInput() : platform().fileSystem.read(file.path);
 }
 
 // Returns true if a file is what browsers export their bookmarks to.
 bool isBrowserExport(const std::string& path) {
+  if (path == standardStream) return false;  // it cannot be read again
   constexpr std::string_view start = "<!DOCTYPE NETSCAPE-Bookmark-file";
   try {
     return platform().fileSystem.read(path).text().substr(0, 100).find(start) != std::string_view::npos;
@@ -89,7 +102,10 @@ bool isBrowserExport(const std::string& path) {
 // What failed with a file, in one line that names the file.
 void complainAbout(const std::string& path, const Error& error) {
   std::string text = error.description();
-  if (text.find(path) == std::string::npos) text = harmlessLine(path) + ": " + text;
+  if (path == standardStream)
+    text = "standard input: " + text;
+  else if (text.find(path) == std::string::npos)
+    text = harmlessLine(path) + ": " + text;
   if (isBrowserExport(path)) text += " It is a browser’s HTML export, and no property list as Safari’s own file is.";
   complain(text);
 }
@@ -99,16 +115,28 @@ void print(const Report& report, const Request& request) {
   if (!request.quiet) std::cout << harmlessText(report.title + ": " + report.message) << '\n' << std::flush;
 }
 
-// Runs a job while Safari is closed and returns the exit status.
-int runWithoutSafari(const Request& request, const std::function<void()>& job) {
-  if (safariRunning()) {
-    complain("Safari is running; nothing was read");
-    return tryLater;
+bool isSafariRunning(const Request& request) {
+  const Progress progress(!request.quiet);
+  return safariRunning();
+}
+
+// Runs a job while Safari is closed and returns its exit status.
+int runWithoutSafari(const Request& request, const std::function<int()>& job) {
+  try {
+    if (isSafariRunning(request)) {
+      complain("Safari is running; nothing was read");
+      return tryLater;
+    }
+    if (!request.quiet && !canLookForSafari())
+      complain("there is no login session, so Safari could not be looked for and counts as closed");
+    return job();
+  } catch (const SafariUnknown& error) {
+    complain(error.description());
+  } catch (const Error& error) {
+    if (!isSorterError(error, SorterError::safariIsOpen)) throw;
+    complain("Safari was started meanwhile; the file was left as it was");
   }
-  if (!request.quiet && !canLookForSafari())
-    complain("there is no login session, so Safari could not be looked for and counts as closed");
-  job();
-  return success;
+  return tryLater;
 }
 
 // The file that a job writes, and the one that it parses.
@@ -117,21 +145,27 @@ struct JobFiles {
   std::string parsed;
 };
 
-// Runs a job and returns the exit status.
+// Runs a job. Returns success, or the exit status of its failure, which is reported. Throws what concerns Safari.
 int runJob(const Request& request, const JobFiles& files, const std::function<void()>& job) {
   try {
-    return runWithoutSafari(request, job);
-  } catch (const SafariUnknown& error) {
-    complain(error.description());
-    return tryLater;
+    const Progress progress(!request.quiet);
+    job();
+    return success;
+  } catch (const SafariUnknown&) {
+    throw;
   } catch (const Error& error) {
-    if (isSorterError(error, SorterError::safariIsOpen)) {
-      complain("Safari was started; nothing was changed");
-      return tryLater;
-    }
+    if (isSorterError(error, SorterError::safariIsOpen)) throw;
     complainAbout(isSorterError(error, SorterError::changedMeanwhile) ? files.written : files.parsed, error);
+    return failure;
   }
-  return failure;
+}
+
+// Runs a command on each of its files, and returns the highest of the exit statuses.
+int forEachFile(const Request& request, int (*command)(const Request&, const Subject&)) {
+  int status = success;
+  for (std::size_t file = 0; file < std::max<std::size_t>(request.operands.size(), 1); ++file)
+    status = std::max(status, command(request, chosenFile(request, file)));
+  return status;
 }
 
 // Prints the report of a job that has succeeded. It stays a success if there is no memory for the report.
@@ -152,12 +186,30 @@ Report reportOf(const Subject& file, const Rewrite& rewrite) {
           "In " + file.name + " folders come first, followed by bookmarks in alphabetical order." + backupsOf(rewrite)};
 }
 
-int sort(const Request& request) {
-  const Subject file = chosenFile(request, 0);
+int sortFile(const Request& request, const Subject& file) {
   std::optional<Rewrite> rewrite;
   const int status = runJob(request, {file.path, file.path}, [&] { rewrite = sortBookmarkFile(file.path); });
   if (!rewrite) return status;
   return printed([&] { return reportOf(file, *rewrite); }, request);
+}
+
+// Writes a sorted copy. Never replaces a file, so it needs no backup.
+int copySorted(const Request& request, const Subject& file) {
+  const std::string output = request.output.value_or(standardStream);
+  Bytes content;
+  const int status = runJob(request, {file.path, file.path}, [&] { content = sortedContent(contentOf(file)); });
+  if (status != success) return status;
+  if (output == standardStream)
+    std::cout << content.text();
+  else
+    platform().fileSystem.writeNew(absolute(output), content);
+  return success;
+}
+
+int sort(const Request& request) {
+  const bool isCopy = request.output || chosenFile(request, 0).path == standardStream;
+  if (isCopy) return forEachFile(request, copySorted);
+  return runWithoutSafari(request, [&] { return forEachFile(request, sortFile); });
 }
 
 // The end of the report of a restored file.
@@ -202,7 +254,9 @@ int restore(const Request& request) {
     return failure;
   }
   std::optional<RestoreResult> result;
-  const int status = runJob(request, {file.path, *backup}, [&] { result = restoreBookmarkFile(*backup, file.path); });
+  const int status = runWithoutSafari(request, [&] {
+    return runJob(request, {file.path, *backup}, [&] { result = restoreBookmarkFile(*backup, file.path); });
+  });
   if (!result) return status;
   return printed([&] { return isForeign ? foreignReport(*backup, file, *result) : restoreReport(file, *result); },
                  request);
@@ -211,8 +265,10 @@ int restore(const Request& request) {
 int undo(const Request& request) {
   const Subject file = chosenFile(request, 0);
   std::optional<RestoreResult> result;
-  const int status = runJob(request, {file.path, file.path}, [&] {
-    if (const auto backup = lastDifferentBackup(file.path)) result = restoreBookmarkFile(*backup, file.path);
+  const int status = runWithoutSafari(request, [&] {
+    return runJob(request, {file.path, file.path}, [&] {
+      if (const auto backup = lastDifferentBackup(file.path)) result = restoreBookmarkFile(*backup, file.path);
+    });
   });
   if (result) return printed([&] { return restoreReport(file, *result); }, request);
   if (status != success) return status;
@@ -220,32 +276,54 @@ int undo(const Request& request) {
   return failure;
 }
 
-int preview(const Request& request, const Subject& file) {
-  const Bytes bytes = platform().fileSystem.read(file.path);
-  const PlistValue root = parseBookmarks(bytes).value;
-  SortPreview preview(root, mostEntriesOfPreview(bytes.size()));
-  BoundedOutput output(std::cout, mostBytesOfPreview(bytes.size()));
-  if (request.json) {
-    printPreviewJson(preview, root, request.all, file.path, output);
-    return success;
+// Prints a preview, with the name of the file if there are several.
+void printPreview(const Request& request, const Subject& file) {
+  std::unique_ptr<SortPreview> preview;
+  PlistValue root = false;
+  std::size_t size = 0;
+  {
+    const Progress progress(!request.quiet);
+    const Bytes bytes = contentOf(file);
+    size = bytes.size();
+    root = parseBookmarks(bytes).value;
+    preview = std::make_unique<SortPreview>(root, mostEntriesOfPreview(size));
   }
-  printPreviewText(preview, root, request.all, outputStyles(), output);
-  if (!request.quiet) std::cout << previewSummary(preview, file.is());
+  BoundedOutput output(std::cout, mostBytesOfPreview(size));
+  if (request.json) {
+    printPreviewJson(*preview, root, request.all, file.path, output);
+    return;
+  }
+  const Styles styles = outputStyles(request.color);
+  if (request.operands.size() > 1) std::cout << styles.bold(file.name) << ":\n";
+  printPreviewText(*preview, root, request.all, styles, output);
+  if (!request.quiet) std::cout << previewSummary(*preview, file.is());
+}
+
+int preview(const Request& request, const Subject& file) {
+  printPreview(request, file);
   return success;
 }
 
+bool isInOrder(const Request& request, const Subject& file) {
+  const Progress progress(!request.quiet);
+  const PlistValue root = parseBookmarks(contentOf(file)).value;
+  return sorted(root, true) == root;
+}
+
 int check(const Request& request, const Subject& file) {
-  const PlistValue root = parseBookmarks(platform().fileSystem.read(file.path)).value;
-  const bool isInOrder = sorted(root, true) == root;
-  if (!request.quiet) std::cout << file.is() << (isInOrder ? " already" : " not") << " in order.\n";
-  return isInOrder ? success : notInOrder;
+  const bool inOrder = isInOrder(request, file);
+  if (request.json)
+    std::cout << orderJson(file.path, inOrder);
+  else if (!request.quiet)
+    std::cout << file.is() << (inOrder ? " already" : " not") << " in order.\n";
+  return inOrder ? success : notInOrder;
 }
 
 int failureOf(Command command) { return command == Command::check ? checkFailed : failure; }
 
 // Runs a command that only reads a file, and returns the exit status.
-int readOnly(const Request& request, int (*command)(const Request&, const Subject&)) {
-  const Subject file = chosenFile(request, 0);
+template <int (*command)(const Request&, const Subject&)>
+int readOnly(const Request& request, const Subject& file) {
   try {
     return command(request, file);
   } catch (const Error& error) {
@@ -266,17 +344,25 @@ std::optional<Bytes> currentBytes(const std::string& file) {
 
 int backups(const Request& request) {
   const std::string file = chosenFile(request, 0).path;
-  if (request.quiet) {
+  if (request.quiet && !request.json) {
     for (const FileEntry& backup : backupFiles(file)) std::cout << harmlessLine(backup.name) << '\n';
-  } else {
-    std::cout << backupTable(listBackups(file, currentBytes(file)), outputStyles());
+    return success;
   }
+  const std::optional<Bytes> current = currentBytes(file);
+  std::vector<Backup> list;
+  {
+    const Progress progress(!request.quiet);
+    list = listBackups(file, current);
+  }
+  std::cout << (request.json ? backupsJson(file, list) : backupTable(list, outputStyles(request.color)));
   return success;
 }
 
 int next(const Request& request, Instant now) {
   const std::optional<Instant> date = sortingIsPaused() ? std::nullopt : nextScheduledSort(now);
-  if (date)
+  if (request.json)
+    std::cout << nextJson(date, sortingIsPaused());
+  else if (date)
     std::cout << instantText(*date) << '\n';
   else if (!request.quiet)
     std::cout << (sortingIsPaused() ? "No sort is scheduled: automatic sorting is stopped.\n"
@@ -286,9 +372,9 @@ int next(const Request& request, Instant now) {
 
 int perform(const Request& request, Instant now) {
   switch (request.command) {
-    case Command::preview: return readOnly(request, preview);
+    case Command::preview: return forEachFile(request, readOnly<preview>);
     case Command::sort: return sort(request);
-    case Command::check: return readOnly(request, check);
+    case Command::check: return forEachFile(request, readOnly<check>);
     case Command::backups: return backups(request);
     case Command::restore: return restore(request);
     case Command::undo: return undo(request);

@@ -3,26 +3,10 @@
 #include <string_view>
 #include <utility>
 
+#include "companion/json_text.h"
 #include "engine/bookmark_node.h"
 
 namespace {
-
-// The text as a JSON string, with everything but printable ASCII escaped. The detour through UTF-8 replaces unpaired
-// surrogates.
-std::string jsonString(std::u16string_view units) {
-  constexpr std::string_view digits = "0123456789abcdef";
-  std::string text = "\"";
-  for (const char16_t unit : utf16(utf8(units))) {
-    if (unit >= 0x20 && unit < 0x7F) {
-      if (unit == u'"' || unit == u'\\') text += '\\';
-      text += static_cast<char>(unit);
-      continue;
-    }
-    text += "\\u";
-    for (int shift = 12; shift >= 0; shift -= 4) text += digits[(unit >> shift) & 0xF];
-  }
-  return text + '"';
-}
 
 std::string_view kind(NodeType type) {
   switch (type) {
@@ -32,8 +16,6 @@ std::string_view kind(NodeType type) {
   }
   return "";
 }
-
-std::string_view truth(bool value) { return value ? "true" : "false"; }
 
 class JsonPreview {
  public:
@@ -63,10 +45,15 @@ class JsonPreview {
     add(jsonString(fields.title.utf16()));
     add(R"(, "kind": ")");
     add(kind(fields.type));
-    add(R"(", "from": )");
+    add("\"");
+    if (fields.title.empty() && fields.type == NodeType::leaf) {
+      add(R"(, "address": )");
+      add(jsonString(addressOf(entry.node).utf16()));
+    }
+    add(R"(, "from": )");
     add(std::to_string(entry.from));
     add(R"(, "moved": )");
-    add(truth(entry.isMoved));
+    add(jsonTruth(entry.isMoved));
     if (entry.changesInside || (all_ && preview_.hasEntries(entry.node))) {
       add(", ");
       addChildren(entry.node, level + 1);
@@ -87,7 +74,7 @@ void printPreviewJson(SortPreview& preview, const PlistValue& root, bool all, co
   json.add(R"({"file": )");
   json.add(jsonString(utf16(file)));
   json.add(R"(, "isInOrder": )");
-  json.add(truth(preview.isInOrder()));
+  json.add(jsonTruth(preview.isInOrder()));
   if (all || !preview.isInOrder()) {
     json.add(", ");
     json.addChildren(root, 1);

@@ -17,7 +17,7 @@ std::string_view sign(NodeType type) {
   return "";
 }
 
-// Returns a title, or the start of a long one.
+// Returns a text, or the start of a long one.
 std::u16string shortened(const PlistText& title) {
   constexpr std::size_t most = 300;
   std::u16string units = title.utf16(most + 1);
@@ -44,11 +44,16 @@ class TextPreview {
   void addLine(const PreviewEntry& entry, std::size_t level) {
     const NodeFields fields = fieldsOf(entry.node);
     std::string label = harmlessLine(shortened(fields.title));
-    if (label.empty()) label = "(no title)";
+    if (label.empty()) label = "(no title)" + address(entry.node, fields.type);
     if (fields.type == NodeType::list) label = styles_.bold(label);
     const std::string line = std::string(2 * level, ' ').append(sign(fields.type)) + label;
     output_.add(entry.isMoved ? moved(entry, line) : "  " + line);
     output_.add("\n");
+  }
+
+  static std::string address(const PlistValue& node, NodeType type) {
+    const std::string text = type == NodeType::leaf ? harmlessLine(shortened(addressOf(node))) : "";
+    return text.empty() ? "" : " " + text;
   }
 
   std::string moved(const PreviewEntry& entry, const std::string& line) const {

@@ -2,7 +2,8 @@
 
 #include "platform/platform.h"
 
-Styles outputStyles() {
+Styles outputStyles(const std::optional<std::string>& color) {
+  if (color && *color != "auto") return Styles(*color == "always");
   Processes& processes = platform().processes;
   if (!processes.writesToTerminal()) return Styles(false);
   const bool isForbidden = !processes.environmentVariable("NO_COLOR").value_or("").empty();

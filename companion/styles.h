@@ -1,6 +1,7 @@
 // Emphasis on a terminal.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,5 +23,6 @@ class Styles {
   bool hasColors_;
 };
 
-// The styles for standard output: with colours if it is a terminal that supports them and NO_COLOR is not set.
-Styles outputStyles();
+// The styles for standard output. `color` is "always", "never" or "auto"; "auto", or none, means colours if it is a
+// terminal that supports them and NO_COLOR is not set.
+Styles outputStyles(const std::optional<std::string>& color);

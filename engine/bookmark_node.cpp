@@ -36,6 +36,11 @@ bool folder(const PlistValue& node) { return fieldsOf(node).type == NodeType::li
 
 std::u16string title(const PlistValue& node) { return fieldsOf(node).title.utf16(); }
 
+PlistText addressOf(const PlistValue& node) {
+  const std::optional<PlistValue> address = node.value(bookmark::address);
+  return address ? address->string().value_or(PlistText(u"")) : PlistText(u"");
+}
+
 std::optional<PlistValue> childrenOf(const PlistValue& node) { return EntryLists().of(node); }
 
 std::optional<PlistValue> EntryLists::of(const PlistValue& node) {

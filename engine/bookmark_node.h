@@ -15,6 +15,7 @@ inline constexpr PlistKey title = u"Title";
 inline constexpr PlistKey children = u"Children";
 inline constexpr PlistKey uriDictionary = u"URIDictionary";
 inline constexpr PlistKey uriTitle = u"title";
+inline constexpr PlistKey address = u"URLString";
 
 inline constexpr PlistKey listType = u"WebBookmarkTypeList";
 inline constexpr PlistKey leafType = u"WebBookmarkTypeLeaf";
@@ -38,6 +39,9 @@ bool folder(const PlistValue& node);
 
 // Returns a node's title: `Title` if that is a string, else the `title` of `URIDictionary` if that is one, else "".
 std::u16string title(const PlistValue& node);
+
+// Returns the address of a bookmark, a view into the node: `URLString` if that is a string, else "".
+PlistText addressOf(const PlistValue& node);
 
 // Returns a node's entries: `Children` if that is an array of dictionaries only, else none. Takes time linear in the
 // length of the list.

@@ -34,6 +34,6 @@ std::optional<Rewrite> rewriteBookmarkFile(
 // Throws SorterError::safariIsOpen if Safari is running.
 void requireSafariClosed();
 
-// Removes the temporary files that killed processes have left beside `path` and in the folder with its backups, but no file of
-// `inUse`.
+// Removes the temporary files that killed processes have left beside `path` and in the folder with its backups, but no
+// file of `inUse`.
 void removeAbandonedFiles(const std::string& path, const std::vector<std::string>& inUse);

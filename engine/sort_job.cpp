@@ -17,13 +17,19 @@ Bytes verifiedBytes(const PlistValue& meant, PropertyListFormat format) {
   return bytes;
 }
 
+// Returns what makes the sorted content; none if the content is in order.
+std::optional<MakeContent> sortingOf(const Bytes& content) {
+  const PropertyLists::Parsed parsed = parseBookmarks(content);
+  const PlistValue inOrder = sorted(parsed.value, true);
+  if (inOrder == parsed.value) return std::nullopt;
+  return [inOrder, format = parsed.format] { return verifiedBytes(inOrder, format); };
+}
+
 }  // namespace
 
-std::optional<Rewrite> sortBookmarkFile(const std::string& path) {
-  return rewriteBookmarkFile(path, [](const Bytes& oldBytes) -> std::optional<MakeContent> {
-    const PropertyLists::Parsed parsed = parseBookmarks(oldBytes);
-    const PlistValue inOrder = sorted(parsed.value, true);
-    if (inOrder == parsed.value) return std::nullopt;
-    return [inOrder, format = parsed.format] { return verifiedBytes(inOrder, format); };
-  });
+std::optional<Rewrite> sortBookmarkFile(const std::string& path) { return rewriteBookmarkFile(path, sortingOf); }
+
+Bytes sortedContent(const Bytes& content) {
+  const std::optional<MakeContent> make = sortingOf(content);
+  return make ? (*make)() : content;
 }

@@ -11,3 +11,7 @@
 // SorterError::notVerified.
 // Returns none if the file was in order already; nothing was written then.
 std::optional<Rewrite> sortBookmarkFile(const std::string& path);
+
+// Returns what sortBookmarkFile would write for a file of this content; the same bytes if that is in order. Throws the
+// parser's Error, SorterError::notABookmarkTree and SorterError::notVerified.
+Bytes sortedContent(const Bytes& content);

@@ -27,13 +27,19 @@ _quilleryctl() {
     if [[ -z $command ]]; then command=${COMP_WORDS[index]}; else operands=$((operands + 1)); fi
   done
   COMPREPLY=()
+  case ${COMP_WORDS[COMP_CWORD - 1]} in
+    --color) _quilleryctl_names 'always never auto'; return ;;
+    -o | --output) _quilleryctl_files; return ;;
+  esac
   case $word:$command:$operands in
     -*::*) _quilleryctl_names '--help --version' ;;
-    -*:preview:*) _quilleryctl_names '--all --json --quiet --help' ;;
-    -*:restore:*) _quilleryctl_names '--quiet --foreign --help' ;;
-    -*) _quilleryctl_names '--quiet --help' ;;
+    -*:preview:*) _quilleryctl_names '--all --color --json --quiet --help' ;;
+    -*:sort:*) _quilleryctl_names '--color --dry-run --output --quiet --help' ;;
+    -*:check:* | -*:backups:* | -*:next:*) _quilleryctl_names '--color --json --quiet --help' ;;
+    -*:restore:*) _quilleryctl_names '--color --foreign --quiet --help' ;;
+    -*) _quilleryctl_names '--color --quiet --help' ;;
     *::*) _quilleryctl_names 'preview sort check backups restore undo next' ;;
-    *:preview:0 | *:sort:0 | *:check:0 | *:backups:0 | *:undo:0 | */*:restore:0 | *:restore:1) _quilleryctl_files ;;
+    *:preview:* | *:sort:* | *:check:* | *:backups:0 | *:undo:0 | */*:restore:0 | *:restore:1) _quilleryctl_files ;;
     *:restore:0) _quilleryctl_backups ;;
   esac
 }

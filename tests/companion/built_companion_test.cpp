@@ -2,9 +2,11 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pty.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <filesystem>
@@ -51,6 +53,34 @@ class OwnBus {
   ScratchFolder place_;
   SessionBus bus_{place_};
   EnvironmentScope address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
+};
+
+// A terminal for the output of a program.
+class PseudoTerminal {
+ public:
+  PseudoTerminal() {
+    EXPECT_EQ(openpty(&master_, &end_, nullptr, nullptr, nullptr), 0);
+    fcntl(master_, F_SETFD, FD_CLOEXEC);
+  }
+  ~PseudoTerminal() {
+    close(master_);
+    close(end_);
+  }
+  PseudoTerminal(const PseudoTerminal&) = delete;
+  PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+  int end() const { return end_; }
+  // What has been written to it so far.
+  std::string text() const {
+    std::array<char, 256> text{};
+    fcntl(master_, F_SETFL, O_NONBLOCK);
+    const ssize_t count = read(master_, text.data(), text.size());
+    return {text.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+  }
+
+ private:
+  int master_ = -1;
+  int end_ = -1;
 };
 
 class CompanionTest : public testing::Test {
@@ -201,6 +231,17 @@ TEST_F(CompanionTest, readsNothingWhileSafariRuns) {
   EXPECT_EQ(ending.output, "");
   EXPECT_EQ(ending.error, "quilleryctl: Safari is running; nothing was read\n");
   EXPECT_FALSE(std::filesystem::exists(backups_));
+}
+
+TEST_F(CompanionTest, showsOnATerminalThatItWorksAfterASecond) {
+  const ScratchFolder place;
+  const SessionBus bus(place);
+  kill(bus.process(), SIGSTOP);  // the companion waits two seconds for its reply
+  const PseudoTerminal terminal;
+  Environment there = environment(bus.address());
+  there["TERM"] = "xterm";
+  run(QUILLERYCTL_EXECUTABLE, {"sort"}, there, terminal.end());
+  EXPECT_EQ(terminal.text(), "Working…\r\x1b[K");
 }
 
 TEST_F(CompanionTest, changesNothingIfTheBusDoesNotReply) {
@@ -461,7 +502,7 @@ TEST_F(CompanionTest, printsTheNextSortByTheStoredSettings) {
 TEST_F(CompanionTest, printsOneLineIfUsedWrongly) {
   makeFile(bookmarks_, demoFile("binary"));
   const std::vector<std::vector<std::string>> wrong = {
-      {}, {"Sort"}, {"sorted"}, {"sort", "a", "b"}, {"sort", "--json"}, {"--sort"}, {""}, {"--versions"}, {"restore"}};
+      {}, {"Sort"}, {"sorted"}, {"undo", "a", "b"}, {"sort", "--json"}, {"--sort"}, {""}, {"--versions"}, {"restore"}};
   for (const auto& arguments : wrong) {
     const Ending ending = companion(arguments);
     EXPECT_EQ(ending.status, 2);

@@ -14,3 +14,12 @@ Ending CompanionMachine::run(const std::vector<std::string>& arguments) {
   EXPECT_TRUE(std::cout.good());
   return {status, machine_.output.text().substr(printedBefore), errors.str()};
 }
+
+Ending CompanionMachine::runWithInput(const std::string& input, const std::vector<std::string>& arguments) {
+  std::istringstream text(input);
+  std::streambuf* const previous = std::cin.rdbuf(text.rdbuf());
+  std::cin.clear();
+  Ending ending = run(arguments);
+  std::cin.rdbuf(previous);
+  return ending;
+}

@@ -22,5 +22,8 @@ class CompanionMachine {
   // Runs the companion once at the machine's time. Returns the output of this run only.
   Ending run(const std::vector<std::string>& arguments);
 
+  // Does the same with this text as standard input.
+  Ending runWithInput(const std::string& input, const std::vector<std::string>& arguments);
+
   VirtualMachine machine_;
 };

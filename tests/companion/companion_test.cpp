@@ -144,9 +144,39 @@ TEST_F(CompanionPreview, runsWhileSafariRuns) {
   EXPECT_EQ(machine_.journal.count("running?"), 0);
 }
 
-TEST_F(CompanionPreview, labelsAnEntryWithoutATitle) {
-  machine_.files.put(bookmarks, fileOf(rootNode({folderNode(u"Bar", {leafNode(u"a"), leafNode(u"")})})));
-  EXPECT_THAT(run({"preview"}).output, HasSubstr("(no title)"));
+TEST_F(CompanionPreview, labelsAnEntryWithoutATitleByItsAddress) {
+  machine_.files.put(bookmarks,
+                     fileOf(rootNode({folderNode(u"Bar", {leafNode(u"a"), leafNode(u""), folderNode(u"", {})})})));
+  expectEnding(run({"preview", "-q"}), 0,
+               "  ▸ Bar\n"
+               "↑   ▸ (no title)  (3 → 1)\n"
+               "↓     a  (1 → 3)\n");
+  EXPECT_THAT(run({"preview", "--all"}).output, HasSubstr("      (no title) https://bookmark.example.org/\n"));
+  const auto json = nlohmann::json::parse(run({"preview", "--json"}).output);
+  EXPECT_EQ(json["children"][0]["children"][1]["address"], "https://bookmark.example.org/");
+  EXPECT_FALSE(json["children"][0]["children"][2].contains("address"));
+}
+
+TEST_F(CompanionPreview, showsSeveralFilesByTheirNames) {
+  machine_.files.put(otherFile, fileOf(sortedTree()));
+  EXPECT_THAT(
+      run({"preview", bookmarks, "Other.plist"}).output,
+      AllOf(StartsWith(bookmarks + ":\n  ▸ Bar\n"), EndsWith("Other.plist:\nOther.plist is already in order.\n")));
+  EXPECT_EQ(run({"preview", "Other.plist", "None.plist"}).status, 1);
+}
+
+TEST_F(CompanionPreview, isADryRunOfASort) {
+  EXPECT_EQ(run({"sort", "--dry-run"}).output, run({"preview"}).output);
+  EXPECT_EQ(run({"sort", "-n", "-q"}).output, run({"preview", "-q"}).output);
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
+}
+
+TEST_F(CompanionPreview, readsStandardInput) {
+  expectEnding(runWithInput(fileOf(sortedTree()), {"preview", "-"}), 0, "standard input is already in order.\n");
+  const Ending damaged = runWithInput("bplist00", {"preview", "-"});
+  EXPECT_EQ(damaged.status, 1);
+  EXPECT_THAT(damaged.error, StartsWith("quilleryctl: standard input: "));
+  EXPECT_EQ(machine_.journal.count("read"), 0);
 }
 
 TEST_F(CompanionPreview, escapesControlCharactersInTitles) {
@@ -190,6 +220,16 @@ TEST_F(CompanionPreview, hasNoColorsIfTheyAreNotWanted) {
   machine_.processes.setVariable("NO_COLOR", "");
   machine_.processes.setVariable("TERM", "dumb");
   EXPECT_EQ(run({"preview"}).output, plain);
+}
+
+TEST_F(CompanionPreview, hasColorsAsAsked) {
+  const std::string plain = run({"preview"}).output;
+  EXPECT_THAT(run({"preview", "--color=always"}).output, HasSubstr("\x1b[1mBar"));
+  EXPECT_EQ(run({"preview", "--color", "auto"}).output, plain);
+  machine_.processes.startInTerminal();
+  machine_.processes.setVariable("TERM", "xterm");
+  EXPECT_EQ(run({"preview", "--color=never"}).output, plain);
+  EXPECT_NE(run({"preview", "--color=auto"}).output, plain);
 }
 
 TEST_F(CompanionPreview, jsonListsEveryFolderThatChanges) {
@@ -427,6 +467,46 @@ TEST_F(CompanionSort, hintsAtTheExportOfABrowser) {
                       EndsWith(" It is a browser’s HTML export, and no property list as Safari’s own file is.\n")));
 }
 
+TEST_F(CompanionSort, sortsSeveralFiles) {
+  machine_.files.put(otherFile, fileOf(unsortedTree()));
+  machine_.applications.leaveSession();
+  const Ending ending = run({"sort", bookmarks, "None.plist", "Other.plist"});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_THAT(ending.output, AllOf(HasSubstr("In " + bookmarks + " folders"), HasSubstr("In Other.plist folders")));
+  EXPECT_THAT(ending.error, MatchesRegex("quilleryctl: there is no login session[^\n]*\n[^\n]*None.plist[^\n]*\n"));
+  for (const std::string& file : {bookmarks, otherFile})
+    EXPECT_NE(machine_.files.content(file), fileOf(unsortedTree()));
+}
+
+TEST_F(CompanionSort, writesACopyToANewFile) {
+  const std::string sortedContent = [&] {
+    machine_.files.put(otherFile, fileOf(unsortedTree()));
+    run({"sort", "-q", "Other.plist"});
+    return machine_.files.content(otherFile);
+  }();
+  machine_.applications.start(safari);
+  expectEnding(run({"sort", "-o", "Copy.plist"}), 0, "");
+  EXPECT_EQ(machine_.files.content("/home/user/folder/Copy.plist"), sortedContent);
+  EXPECT_EQ(machine_.files.content(bookmarks), fileOf(unsortedTree()));
+  expectFailure({"sort", "--output=Copy.plist"}, "File exists");
+  expectFailure({"sort", "-o", bookmarks, bookmarks}, "File exists");
+  expectEnding(run({"sort", "-o", "-"}), 0, sortedContent);
+  expectEnding(run({"sort", "-o", "-", "Copy.plist"}), 0, sortedContent);
+  EXPECT_FALSE(machine_.files.files().contains(backups + "/" + newBackup)) << "nothing is replaced";
+}
+
+TEST_F(CompanionSort, sortsStandardInputToStandardOutput) {
+  machine_.files.put(otherFile, "");
+  const Ending ending = runWithInput(fileOf(unsortedTree()), {"sort", "-"});
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_EQ(ending.error, "");
+  EXPECT_EQ(outlineOf(ending.output),
+            "<History> Bar[Z[a b] apple Item 2 Item 10] Menu[F[1 2] a] com.apple.ReadingList[z a]");
+  EXPECT_EQ(runWithInput("damaged", {"sort", "-"}).output, "");
+  EXPECT_EQ(runWithInput(fileOf(unsortedTree()), {"sort", "-o", "Out.plist", "-"}).output, "");
+  EXPECT_EQ(machine_.files.content("/home/user/folder/Out.plist"), ending.output);
+}
+
 TEST_F(CompanionSort, speaksOfANamedFile) {
   machine_.files.put(otherFile, fileOf(unsortedTree()));
   EXPECT_THAT(run({"sort", "Other.plist"}).output,
@@ -440,7 +520,7 @@ TEST_F(CompanionSort, changesNothingIfSafariStartsBeforeIt) {
   const Ending ending = run({"sort"});
   EXPECT_EQ(ending.status, 75);
   EXPECT_EQ(ending.output, "");
-  EXPECT_EQ(ending.error, "quilleryctl: Safari was started; nothing was changed\n");
+  EXPECT_EQ(ending.error, "quilleryctl: Safari was started meanwhile; the file was left as it was\n");
 }
 
 TEST_F(CompanionSort, escapesControlCharactersInPaths) {
@@ -474,6 +554,20 @@ TEST_F(CompanionCheck, readsANamedFile) {
   machine_.files.put(otherFile, fileOf(unsortedTree()));
   expectEnding(run({"check", "Other.plist"}), 1, "Other.plist is not in order.\n");
   EXPECT_EQ(run({"check", "../Library/Safari/Bookmarks.plist"}).status, 3) << "virtual files have no such path";
+}
+
+TEST_F(CompanionCheck, readsSeveralFiles) {
+  machine_.files.put(otherFile, fileOf(sortedTree()));
+  expectEnding(run({"check", "Other.plist", bookmarks}), 1,
+               "Other.plist is already in order.\n" + bookmarks + " is not in order.\n");
+  EXPECT_EQ(run({"check", "None.plist", bookmarks}).status, 3);
+}
+
+TEST_F(CompanionCheck, printsJson) {
+  machine_.files.put(otherFile, fileOf(sortedTree()));
+  expectEnding(run({"check", "--json", bookmarks, "Other.plist"}), 1,
+               "{\"file\": \"" + bookmarks + "\", \"isInOrder\": false}\n{\"file\": \"" + otherFile +
+                   "\", \"isInOrder\": true}\n");
 }
 
 TEST_F(CompanionCheck, failsWithStatus3) {
@@ -526,6 +620,30 @@ TEST_F(CompanionBackups, areNamesAloneIfQuiet) {
   putBackup("Bookmarks-B\x1b.plist", "", "2026-09-21 10:00:02");
   expectEnding(run({"backups", "-q"}), 0, "Bookmarks-B\\u{1B}.plist\nBookmarks-A.plist\n");
   EXPECT_EQ(machine_.journal.count("read"), 0);
+}
+
+TEST_F(CompanionBackups, areListedAsJson) {
+  putBackup("Bookmarks-A.plist", fileOf(unsortedTree()), "2026-09-21 10:00:01");
+  putBackup("Bookmarks-B.plist", "damaged", "2026-09-22 23:59:59");
+  machine_.calendars.moveTo("Europe/Berlin");
+  const std::size_t size = fileOf(unsortedTree()).size();
+  const auto json = nlohmann::json::parse(run({"backups", "--json"}).output);
+  EXPECT_EQ(json, (nlohmann::json{{"file", bookmarks},
+                                  {"size", size + 7},
+                                  {"backups",
+                                   {{{"name", "Bookmarks-B.plist"},
+                                     {"path", backups + "/Bookmarks-B.plist"},
+                                     {"time", "2026-09-22T23:59:59Z"},
+                                     {"size", 7},
+                                     {"bookmarks", nullptr},
+                                     {"isCurrent", false}},
+                                    {{"name", "Bookmarks-A.plist"},
+                                     {"path", backups + "/Bookmarks-A.plist"},
+                                     {"time", "2026-09-21T10:00:01Z"},
+                                     {"size", size},
+                                     {"bookmarks", 10},
+                                     {"isCurrent", true}}}}}));
+  EXPECT_EQ(nlohmann::json::parse(run({"backups", "--json", "None.plist"}).output)["backups"].size(), 0U);
 }
 
 TEST_F(CompanionBackups, reportThatThereAreNone) {
@@ -727,6 +845,16 @@ TEST_F(CompanionNext, reportsThatSortingIsStopped) {
   expectEnding(run({"next"}), 0, "No sort is scheduled: automatic sorting is stopped.\n");
 }
 
+TEST_F(CompanionNext, printsJson) {
+  expectEnding(run({"next", "--json"}), 0, "{\"next\": null, \"isStopped\": false}\n");
+  machine_.defaults.put("dailyEnabled", true);
+  machine_.defaults.put("dailyHour", 9);
+  machine_.calendars.moveTo("Pacific/Auckland");
+  expectEnding(run({"next", "--json"}), 0, "{\"next\": \"2026-09-21T21:00:00Z\", \"isStopped\": false}\n");
+  machine_.defaults.put("sortingPaused", true);
+  expectEnding(run({"next", "--json"}), 0, "{\"next\": null, \"isStopped\": true}\n");
+}
+
 TEST_F(CompanionNext, readsNoFile) {
   run({"next"});
   EXPECT_EQ(machine_.journal.count("read"), 0);
@@ -735,10 +863,10 @@ TEST_F(CompanionNext, readsNoFile) {
 // Usage, help and output
 
 TEST_F(CompanionCommandTest, printsOneLineIfUsedWrongly) {
-  const Ending ending = run({"sort", "a", "\x1b[2J"});
+  const Ending ending = run({"undo", "a", "\x1b[2J"});
   EXPECT_EQ(ending.status, 2);
   EXPECT_EQ(ending.output, "");
-  EXPECT_EQ(ending.error, "quilleryctl: “\\u{1B}[2J” is one argument too many for “sort”; see quilleryctl --help\n");
+  EXPECT_EQ(ending.error, "quilleryctl: “\\u{1B}[2J” is one argument too many for “undo”; see quilleryctl --help\n");
   EXPECT_THAT(machine_.journal.entries(), IsEmpty());
 }
 

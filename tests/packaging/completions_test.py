@@ -16,6 +16,15 @@ import unittest
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 COMPLETIONS = REPOSITORY / "packaging" / "completions"
 COMMANDS = ["backups", "check", "next", "preview", "restore", "sort", "undo"]
+OPTIONS = {
+    "preview": ["--all", "--color", "--json", "--quiet"],
+    "sort": ["--color", "--dry-run", "--output", "--quiet"],
+    "check": ["--color", "--json", "--quiet"],
+    "backups": ["--color", "--json", "--quiet"],
+    "restore": ["--color", "--foreign", "--quiet"],
+    "undo": ["--color", "--quiet"],
+    "next": ["--color", "--json", "--quiet"],
+}
 BACKUPS = ["Bookmarks-A.plist", "Bookmarks-B.plist"]
 
 
@@ -75,15 +84,15 @@ class Completions(unittest.TestCase):
 
     def test_bash_offers_the_options_of_each_command(self):
         self.assertEqual(self.bash("-"), ["--help", "--version"])
-        self.assertEqual(self.bash("preview", "-"), ["--all", "--help", "--json", "--quiet"])
-        self.assertEqual(self.bash("restore", "--"), ["--foreign", "--help", "--quiet"])
-        for command in ("sort", "check", "backups", "undo", "next"):
-            self.assertEqual(self.bash(command, "--"), ["--help", "--quiet"])
+        for command, options in OPTIONS.items():
+            self.assertEqual(self.bash(command, "--"), sorted([*options, "--help"]))
+        self.assertEqual(self.bash("sort", "--color", ""), ["always", "auto", "never"])
+        self.assertEqual(self.bash("sort", "-o", "O"), ["Other.plist"])
 
     def test_bash_offers_files_where_a_command_takes_one(self):
-        for words in (["preview"], ["sort"], ["check", "-q"], ["backups"], ["undo"], ["restore", "x"]):
+        for words in (["preview"], ["sort"], ["sort", "x"], ["check", "-q"], ["backups"], ["undo"], ["restore", "x"]):
             self.assertEqual(self.bash(*words, "O"), ["Other.plist"])
-        for words in (["next"], ["sort", "x"], ["restore", "x", "y"]):
+        for words in (["next"], ["undo", "x"], ["restore", "x", "y"]):
             self.assertEqual(self.bash(*words, "O"), [])
 
     def test_bash_offers_backups_or_paths_for_restore(self):
@@ -106,10 +115,10 @@ class Completions(unittest.TestCase):
 
     def test_fish_offers_the_options_of_each_command(self):
         self.assertEqual(self.fish("--"), ["--help", "--version"])
-        self.assertEqual(self.fish("preview", "--"), ["--all", "--help", "--json", "--quiet"])
-        self.assertEqual(self.fish("restore", "--"), ["--foreign", "--help", "--quiet"])
-        for command in ("sort", "check", "backups", "undo", "next"):
-            self.assertEqual(self.fish(command, "--"), ["--help", "--quiet"])
+        for command, options in OPTIONS.items():
+            self.assertEqual(self.fish(command, "--"), sorted([*options, "--help"]))
+        self.assertEqual(self.fish("sort", "--color", "a"), ["always", "auto"])
+        self.assertEqual(self.fish("sort", "-o", "O"), ["Other.plist"])
 
     def test_fish_offers_files_and_backups(self):
         for command in ("preview", "sort", "check", "backups", "undo"):
@@ -125,16 +134,16 @@ class Completions(unittest.TestCase):
         def options(command):
             offered = self.zsh("arguments", command)
             last = len(offered) - offered[::-1].index("_arguments")
-            return sorted(set(re.findall(r"(?m)(?:^|\))(--\w+)\[", "\n".join(offered[last:]))))
+            return sorted(set(re.findall(r"(?m)(?:^|\))(--[a-z-]+)\[", "\n".join(offered[last:]))))
 
-        self.assertEqual(options("preview"), ["--all", "--json", "--quiet"])
-        self.assertEqual(options("restore"), ["--foreign", "--quiet"])
-        for command in ("sort", "check", "backups", "undo", "next"):
-            self.assertEqual(options(command), ["--quiet"])
+        for command, expected in OPTIONS.items():
+            self.assertEqual(options(command), sorted(expected))
 
     def test_zsh_offers_files_and_backups(self):
-        for command in ("preview", "sort", "check", "backups", "undo"):
+        for command in ("backups", "undo"):
             self.assertIn("1:bookmark file:_files", self.zsh("arguments", command))
+        for command in ("preview", "sort", "check"):
+            self.assertIn("*:bookmark file:_files", self.zsh("arguments", command))
         self.assertIn("1:backup:_quilleryctl_backups", self.zsh("arguments", "restore"))
         self.assertIn("2:bookmark file:_files", self.zsh("arguments", "restore"))
 
@@ -145,11 +154,12 @@ class Descriptions(unittest.TestCase):
     def setUp(self):
         self.help = run([COMPANION, "--help"])
         self.commands = sorted(set(re.findall(r"quilleryctl (\w+)", self.help)))
-        self.options = sorted(set(re.findall(r"--\w+", self.help)))
+        self.options = sorted(set(re.findall(r"--[a-z-]+", self.help)))
 
     def test_the_help_has_all_commands_and_options(self):
         self.assertEqual(self.commands, COMMANDS)
-        self.assertEqual(self.options, ["--all", "--foreign", "--help", "--json", "--quiet", "--version"])
+        self.assertEqual(self.options, ["--all", "--color", "--dry-run", "--foreign", "--help", "--json", "--output", "--quiet",
+                                        "--version"])
 
     def test_the_completions_have_all_commands_and_options(self):
         for shell in ("bash", "zsh", "fish"):
