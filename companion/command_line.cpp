@@ -178,9 +178,7 @@ std::optional<Complaint> readOperands(const std::vector<std::string_view>& words
   return std::nullopt;
 }
 
-bool hasStream(const Request& request) {
-  return std::ranges::find(request.operands, "-") != request.operands.end();
-}
+bool hasStream(const Request& request) { return std::ranges::find(request.operands, "-") != request.operands.end(); }
 
 // What options and operands exclude each other.
 std::optional<Complaint> contradictionIn(const Request& request) {

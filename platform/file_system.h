@@ -34,8 +34,8 @@ class FileSystem {
   // Returns the current user's home folder without a slash at the end; the empty string if that is the root folder.
   virtual std::string homeFolder() = 0;
 
-  // Returns the path without symbolic links, "." and "..", as far as it exists; the rest of it stays. Equal results mean
-  // the same file. Throws nothing.
+  // Returns the path without symbolic links, "." and "..", as far as it exists; the rest of it stays. Equal results
+  // mean the same file. Throws nothing.
   virtual std::string resolved(const std::string& path) = 0;
 
   // Returns the whole content of a file. Follows symbolic links.

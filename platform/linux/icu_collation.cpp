@@ -6,10 +6,8 @@
 #include <unicode/utf16.h>
 
 #include <algorithm>
-#include <cctype>
 #include <compare>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
 #include <string_view>
 #include <vector>
@@ -181,13 +179,6 @@ std::strong_ordering compareEquivalent(std::u16string_view a, std::u16string_vie
   return std::is_neq(byZeros) ? byZeros : compareCodePoints(a, b);
 }
 
-// Returns the value of the first variable that selects a locale for collation; empty if none does.
-std::string_view namedLocale() {
-  for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"})
-    if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') return value;
-  return {};
-}
-
 // POSIX locales order by bytes, with capitals first, which no user expects of titles.
 bool isPosix(const char* locale) { return std::string_view(locale).find("POSIX") != std::string_view::npos; }
 
@@ -220,16 +211,6 @@ UCollator* openLettersOnly(const UCollator* rules, UErrorCode& status) {
 }
 
 }  // namespace
-
-std::string collationLocale() {
-  const std::string_view named = namedLocale();
-  const std::string name(named.substr(0, named.find_first_of(".@")));
-  const bool isLanguage = !name.empty() && name != "C" && name != "POSIX" &&
-                          std::all_of(name.begin(), name.end(), [](unsigned char character) {
-                            return std::isalnum(character) != 0 || character == '_' || character == '-';
-                          });
-  return isLanguage ? name : rootLocale;
-}
 
 void IcuCollation::Closer::operator()(UCollator* collator) const { ucol_close(collator); }
 

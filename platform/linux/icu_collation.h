@@ -6,13 +6,10 @@
 #include <string>
 
 #include "platform/collation.h"
+#include "platform/linux/collation_locale.h"
 #include "platform/linux/primary_ranks.h"
 
 struct UCollator;
-
-// Returns the locale from LC_ALL, LC_COLLATE or LANG, the first of them that is not empty, without encoding and
-// modifier: "sv_SE". Returns "root" if none is set or the value names no language, as "C" and "POSIX" do.
-std::string collationLocale();
 
 // Letters count before accents and accents before case; numbers compare by their value. Of two texts that are equal by
 // these rules, the one with fewer leading zeros in the first number that differs comes first; otherwise code points

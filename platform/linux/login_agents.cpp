@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -16,6 +17,7 @@
 
 #include "platform/error.h"
 #include "platform/linux/detached_process.h"
+#include "platform/linux/event_log.h"
 #include "platform/linux/plist/property_list_codec.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/linux/word_pointers.h"
@@ -199,6 +201,7 @@ AgentStatus LoginAgents::run(const std::string& propertyList) {
     const std::vector<char*> arguments = pointersTo(agent.arguments);
     redirect(STDOUT_FILENO, agent.output);
     redirect(STDERR_FILENO, agent.errors);
+    setenv(logVariable, "1", 1);
     execv(arguments.front(), arguments.data());
     return complain(propertyList, "its program couldn’t be run: " + std::generic_category().message(errno));
   } catch (const Error& error) {

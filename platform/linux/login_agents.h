@@ -31,8 +31,9 @@ class LoginAgents {
   AgentStatus bootout(const std::string& serviceTarget);
 
   // Replaces this process by the program of a property list, with its output appended to StandardOutPath and
-  // StandardErrorPath. Returns only on failure, and then prints one line on standard error: on this process's before
-  // the property list is read, on the agent's afterwards.
+  // StandardErrorPath, in lines with times if the program is one of ours (see event_log.h). Returns only on failure,
+  // and then prints one line on standard error: on this process's before the property list is read, on the agent's
+  // afterwards.
   static AgentStatus run(const std::string& propertyList);
 
  private:

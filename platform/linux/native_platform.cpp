@@ -1,5 +1,7 @@
 // The platform of Linux without a desktop.
 #include "platform/linux/civil_calendar.h"
+#include "platform/linux/collation_locale.h"
+#include "platform/linux/event_log.h"
 #include "platform/linux/icu_collation.h"
 #include "platform/linux/installed_bundle.h"
 #include "platform/linux/linux_processes.h"
@@ -13,15 +15,16 @@
 
 const Platform& nativePlatform() {
   prepareStandardStreams();
+  logEventsIfAsked();
   static PropertyListCodec propertyLists;
   static PosixFileSystem fileSystem;
   static SessionBusApplications runningApplications;
   static CivilCalendars calendars;
-  static IcuCollation collation;
+  static PropertyListDefaults userDefaults;
+  static IcuCollation collation(collationLocale(userDefaults));
   static ConsoleUserInterface userInterface;
   static InstalledBundle bundle;
   static LinuxProcesses processes;
-  static PropertyListDefaults userDefaults;
   static const Platform platform{propertyLists, fileSystem, runningApplications, calendars,   collation,
                                  userInterface, bundle,     processes,           userDefaults};
   return platform;

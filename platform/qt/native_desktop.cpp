@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/collation_locale.h"
 #include "platform/linux/session/package_updater.h"
 #include "platform/linux/session/session_main_loop.h"
 #include "platform/linux/session/session_workspace.h"
@@ -102,6 +103,7 @@ class NativeDesktop {
 
 const Platform& nativeDesktopPlatform() {
   requireScreen();
+  rememberCollationLocale(nativePlatform().userDefaults);
   // Never destroyed, because Qt's own statics would be destroyed before it.
   static const auto* const desktop = new NativeDesktop(nativePlatform());
   return desktop->platform();

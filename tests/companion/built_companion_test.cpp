@@ -499,6 +499,23 @@ TEST_F(CompanionTest, printsTheNextSortByTheStoredSettings) {
   EXPECT_THAT(companion({"next"}).output, MatchesRegex("Wednesday [0-9]{4}-[0-9]{2}-[0-9]{2} 09:00\n"));
 }
 
+TEST_F(CompanionTest, ordersByTheRememberedLocaleIfNoneIsSet) {
+  const auto file = [](const std::u16string& first, const std::u16string& second) {
+    return fileOf(rootNode({folderNode(u"Bar", {leafNode(first), leafNode(second)})}));
+  };
+  makeFile(bookmarks_, file(u"z", u"å"));
+  Environment cron = environment();
+  cron["LANG"] = std::nullopt;
+  cron["XDG_CONFIG_HOME"] = scratch_.path("config");
+  EXPECT_EQ(run(QUILLERYCTL_EXECUTABLE, {"check"}, cron).status, 1) << "å is before z in most languages";
+  std::filesystem::create_directory(scratch_.path("config"));
+  makeFile(scratch_.path("config/" + std::string(product::bundleIdentifier) + ".plist"),
+           "<plist><dict><key>sessionLocale</key><string>sv_SE</string></dict></plist>");
+  EXPECT_EQ(run(QUILLERYCTL_EXECUTABLE, {"check"}, cron).status, 0) << "å is after z in Swedish";
+  cron["LANG"] = "de_DE.UTF-8";
+  EXPECT_EQ(run(QUILLERYCTL_EXECUTABLE, {"check"}, cron).status, 1);
+}
+
 TEST_F(CompanionTest, printsOneLineIfUsedWrongly) {
   makeFile(bookmarks_, demoFile("binary"));
   const std::vector<std::vector<std::string>> wrong = {

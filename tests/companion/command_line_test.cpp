@@ -91,7 +91,8 @@ TEST(CommandLine, namesTheCommandThatIsNearest) {
                                      {"Sort", "sort"},
                                      {"backup", "backups"},
                                      {"reviews", "preview"},
-                                     {"undoo", "undo"}, {"so", "sort"},
+                                     {"undoo", "undo"},
+                                     {"so", "sort"},
                                      {"restroe", "restore"}})
     EXPECT_EQ(complaint({typed}), "there is no command “" + std::string(typed) + "” (did you mean “" + meant + "”?)");
 }

@@ -9,6 +9,7 @@ import configparser
 import os
 import pathlib
 import plistlib
+import re
 import signal
 import stat
 import subprocess
@@ -481,6 +482,23 @@ class EndToEndTest(unittest.TestCase):
         self.arrange()
         quillery = self.launch_with_agent("--login")
         self.assertEqual(quillery.status(), "Running — Stop")
+
+    def test_a_program_started_at_login_logs_each_event_in_a_line_with_its_time(self):
+        self.arrange()
+        self.assertEqual(self.launch_with_agent().quit(), 0)
+        program = self.desktop.start(str(INSTALLATION / "libexec/quillery/quillery-launchctl"), "run",
+                                     str(self.agent_file))
+        StatusItem.of(self.desktop.bus, program.pid)
+        self.desktop.start_safari().terminate()
+        self.wait_for_sorted()
+        event = SORTED.format(self.expect_one_backup()).replace("\n\n", " ")
+        wait_for(lambda: self.agent_log.read_text(encoding="utf-8"), "a line in the log")
+        self.assertRegex(self.agent_log.read_text(encoding="utf-8"),
+                         rf"\A\d{{4}}-\d\d-\d\d \d\d:\d\d:\d\d {re.escape(event)}\Z")
+
+    def test_the_locale_of_the_session_is_remembered(self):
+        self.arrange(environment={"LANG": "sv_SE.UTF-8"})
+        self.assertEqual(self.launch().defaults()["sessionLocale"], "sv_SE")
 
     def test_reports_once_that_the_login_agent_cannot_be_loaded(self):
         self.arrange()

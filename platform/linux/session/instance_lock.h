@@ -12,8 +12,8 @@ class InstanceLock {
   // Tries to take the lock of this user's program in `folder`, which is created if missing.
   explicit InstanceLock(const std::string& folder);
 
-  // Returns false if another instance has the lock. Returns true if the lock cannot be used: a second instance does less
-  // harm than none.
+  // Returns false if another instance has the lock. Returns true if the lock cannot be used: a second instance does
+  // less harm than none.
   bool isOurs() const { return isOurs_; }
 
  private:
