@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr const char* rootLocale = "root";
 constexpr const char* settingsKey = "sessionLocale";
 
 // Returns the value of the first variable that selects a locale for collation; empty if none does.

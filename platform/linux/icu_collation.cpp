@@ -17,8 +17,6 @@
 
 namespace {
 
-constexpr const char* rootLocale = "root";
-
 // ICU's lengths have 32 bits, so only the first 2^31 - 1 units of a text count.
 std::int32_t length(std::u16string_view text) {
   return static_cast<std::int32_t>(std::min<std::size_t>(text.size(), std::numeric_limits<std::int32_t>::max()));

@@ -19,6 +19,10 @@ Request request(const Arguments& arguments) {
   return std::holds_alternative<Request>(asked) ? std::get<Request>(asked) : Request{Command::help};
 }
 
+std::string noOption(const std::string& command, const std::string& option) {
+  return "“" + command + "” has no option “" + option + "”";
+}
+
 std::string complaint(const Arguments& arguments) {
   const auto asked = requestOf(arguments);
   return std::holds_alternative<Complaint>(asked) ? std::get<Complaint>(asked).text : "no complaint";
@@ -110,8 +114,7 @@ TEST(CommandLine, acceptsEachOptionForItsCommandsOnly) {
       {"--dry-run", {"preview", "check", "backups", "restore", "undo", "next"}},
       {"--output=x", {"preview", "check", "backups", "restore", "undo", "next"}}};
   for (const auto& [option, commands] : others)
-    for (const std::string& command : commands)
-      EXPECT_EQ(complaint({command, option}), "“" + command + "” has no option “" + option + "”");
+    for (const std::string& command : commands) EXPECT_EQ(complaint({command, option}), noOption(command, option));
   for (const char* command : {"preview", "check", "backups", "next"}) EXPECT_TRUE(request({command, "-j"}).json);
 }
 
@@ -147,7 +150,7 @@ TEST(CommandLine, takesSeveralFilesWhereThatIsPossible) {
 TEST(CommandLine, acceptsForeignForRestoreOnly) {
   EXPECT_TRUE(request({"restore", "--foreign", "a", "b"}).foreign);
   for (const char* command : {"preview", "sort", "check", "backups", "next"})
-    EXPECT_EQ(complaint({command, "--foreign"}), "“" + std::string(command) + "” has no option “--foreign”");
+    EXPECT_EQ(complaint({command, "--foreign"}), noOption(command, "--foreign"));
 }
 
 TEST(CommandLine, refusesTooManyOperands) {
