@@ -1,9 +1,5 @@
 #include "tests/interfaces/implementations.h"
 
-#include <sys/stat.h>
-
-#include <stdexcept>
-
 #include "tests/support/foundation_like_property_lists.h"
 #include "tests/support/virtual_machine.h"
 
@@ -90,11 +86,6 @@ class VirtualTime : public MainLoopSubject {
 };
 
 }  // namespace
-
-void RealFiles::put(const std::string& path, const std::string& content, unsigned mode) {
-  makeFile(path, content);
-  if (chmod(path.c_str(), static_cast<mode_t>(mode)) != 0) throw std::runtime_error("no mode for " + path);
-}
 
 std::vector<Implementation<FileSystemSubject>> fileSystems() {
   return {nativeFileSystem(), {"Virtual", [] { return std::make_unique<VirtualFiles>(); }}};

@@ -1,0 +1,325 @@
+"""A private desktop for the macOS layer: a display, a home folder and the rig's stand-ins for a session. It has the
+methods of tests/end_to_end/desktop.py and quillery.py, so that the same scenarios run on it."""
+import contextlib
+import json
+import os
+import pathlib
+import plistlib
+import shutil
+import socket
+import subprocess
+import sys
+import tempfile
+import urllib.parse
+
+from Xlib import X, XK, display
+from Xlib.ext import xtest
+
+HERE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parent / "end_to_end"))
+from bookmarks import serialized, titles, unsorted_tree  # noqa: E402
+from waiting import wait_for  # noqa: E402
+
+SAFARI = "com.apple.Safari"
+
+# Knows jobs by name only and starts none.
+LAUNCHCTL = """#!/bin/sh
+printf '%s\\n' "$*" >> "$QUILLERY_RIG/launchctl.log"
+case $1 in
+  bootstrap) test ! -e "$QUILLERY_RIG/refuses" && touch "$QUILLERY_RIG/loaded" ;;
+  bootout) rm "$QUILLERY_RIG/loaded" ;;
+  print) test -e "$QUILLERY_RIG/loaded" ;;
+esac
+"""
+
+
+class Desktop(contextlib.ExitStack):
+    def __init__(self, installation, environment=()):
+        super().__init__()
+        self.installation = pathlib.Path(installation).resolve()
+        self.scratch = pathlib.Path(tempfile.mkdtemp(prefix="quillery-"))
+        self.callback(shutil.rmtree, self.scratch, ignore_errors=True)
+        self.home = self.scratch / "home"
+        self.rig = self.scratch / "rig"
+        self.bookmarks = self.home / "Library/Safari/Bookmarks.plist"
+        self.backups = self.home / "Library/Application Support/Quillery/Backups"
+        self.journal = self.scratch / "safari"
+        for folder in (self.bookmarks.parent, self.rig / "installed"):
+            folder.mkdir(parents=True)
+        self.journal.touch()
+        self._write_program(self.rig / "launchctl", LAUNCHCTL)
+        self.write_bookmarks(unsorted_tree())
+        self.environment = {
+            "PATH": "/usr/bin:/bin",
+            "HOME": str(self.home),
+            "LANG": "C.UTF-8",
+            "QUILLERY_RIG": str(self.rig),
+            **{name: value for name, value in os.environ.items() if name.startswith(("ASAN_", "UBSAN_", "GCOV_"))},
+            **dict(environment),
+        }
+        try:
+            self._start_display()
+        except BaseException:
+            self.close()
+            raise
+
+    @staticmethod
+    def _write_program(path, text):
+        path.write_text(text, encoding="utf-8")
+        path.chmod(0o755)
+
+    def _start_display(self):
+        reader, writer = os.pipe()
+        self.start("Xvfb", "-displayfd", str(writer), "-screen", "0", "1024x768x24", "-nolisten", "tcp",
+                   pass_fds=[writer])
+        os.close(writer)
+        with os.fdopen(reader) as output:
+            self.environment["DISPLAY"] = f":{output.readline().strip()}"
+        self.screen = Screen(self.environment["DISPLAY"])
+        self.callback(self.screen.display.close)
+
+    def start(self, *command, **more):
+        """Starts a program, which is stopped with the desktop if it still runs."""
+        with open(self.scratch / f"{pathlib.Path(command[0]).name}.log", "ab") as log:
+            process = subprocess.Popen(command, env=getattr(self, "environment", None), stdin=subprocess.DEVNULL,
+                                       **{"stdout": log, "stderr": log, **more})
+        self.callback(self._stop, process)
+        return process
+
+    @staticmethod
+    def _stop(process):
+        process.terminate()
+        try:
+            process.wait(5)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
+
+    def ask(self, command):
+        """Sends a line to the program's remote control. Returns the reply."""
+        with socket.socket(socket.AF_UNIX) as control:
+            control.settimeout(20)
+            control.connect(str(self.rig / "control"))
+            control.send(command.encode())
+            return json.loads(b"".join(iter(lambda: control.recv(65536), b"")))
+
+    # --- Bookmarks ---
+
+    def write_bookmarks(self, tree, is_binary=True):
+        self.bookmarks.write_bytes(serialized(tree, is_binary))
+
+    def titles(self):
+        return titles(plistlib.loads(self.bookmarks.read_bytes()))
+
+    def backup_files(self):
+        return sorted(self.backups.glob("*")) if self.backups.is_dir() else []
+
+    # --- Safari ---
+
+    def install_safari(self, *options):
+        words = [sys.executable, HERE / "stand_in_safari.py", self.rig, self.journal, self.bookmarks, *options]
+        program = self.rig / "Safari.app"
+        self._write_program(program, "#!/bin/sh\nexec " + " ".join(f'"{word}"' for word in words) + "\n")
+        (self.rig / "installed" / SAFARI).write_text(str(program), encoding="utf-8")
+        return program
+
+    def start_safari(self, *options):
+        process = self.start(str(self.install_safari(*options)))
+        wait_for(lambda: self.safari_events()[-1:] == ["started"], "a running Safari")
+        return process
+
+    def is_safari_running(self):
+        return (self.rig / "running" / SAFARI).exists()
+
+    def safari_events(self):
+        return self.journal.read_text(encoding="utf-8").splitlines()
+
+    # --- Traces of the program ---
+
+    def events(self):
+        """What the program has asked the session for."""
+        record = self.rig / "events"
+        return record.read_text(encoding="utf-8").splitlines() if record.exists() else []
+
+    def opened(self):
+        addresses = [event.removeprefix("open ") for event in self.events() if event.startswith("open ")]
+        return [urllib.parse.unquote(address.removeprefix("file://")).rstrip("/") if address.startswith("file://")
+                else address for address in addresses]
+
+    def screenshot(self, path, frame=None):
+        """No-op: pixels prove nothing here."""
+
+
+class Element:
+    """A control in a window."""
+
+    def __init__(self, window, index):
+        self.window, self.index = window, index
+
+    @property
+    def now(self):
+        controls = self.window.now["controls"]
+        return controls[self.index]
+
+    def is_checked(self):
+        return self.now["on"]
+
+    def is_enabled(self):
+        return self.now["enabled"]
+
+    def has_focus(self):
+        return self.now["hasFocus"]
+
+    def is_expanded(self):
+        """True: a click opens the list."""
+        return True
+
+    def frame(self):
+        return [int(number) for number in self.now["frame"]]
+
+
+class Window:
+    def __init__(self, quillery, description):
+        self.quillery, self.path, self.title = quillery, description["identity"], description["title"]
+
+    @property
+    def now(self):
+        return next(each for each in self.quillery.described() if each["identity"].split()[0] == self.path.split()[0])
+
+    def texts(self):
+        """The texts of the labels from the top of the window to its bottom."""
+        labels = [control for control in self.now["controls"] if control["role"] == "label" and control["title"]]
+        return [label["title"] for label in sorted(labels, key=lambda label: label["frame"][1])]
+
+    def buttons(self):
+        return [control["title"] for control in self.now["controls"] if control["role"] == "push button"]
+
+    def find(self, role, title=None):
+        def look():
+            for index, control in enumerate(self.now["controls"]):
+                if control["role"] == role and title in (None, control["title"], control["label"]):
+                    return Element(self, index)
+            return None
+        return wait_for(look, f"a {role} {title or ''}")
+
+
+class Screen:
+    """The pointer and the keys of the display."""
+
+    def __init__(self, name):
+        self.display = display.Display(name)
+
+    def has_focus(self, frame):
+        """Returns true if the display sends keys to the window with this frame."""
+        focus = self.display.get_input_focus().focus
+        if isinstance(focus, int):
+            return False
+        size, corner = focus.get_geometry(), self.display.screen().root.translate_coords(focus, 0, 0)
+        return [corner.x, corner.y, size.width, size.height] == [round(number) for number in frame]
+
+    @staticmethod
+    def press(element):
+        """Clicks a control, by the program's queue of events: without a window manager, the display's first click in a
+        window only activates the program."""
+        desktop = element.window.quillery.desktop
+        desktop.ask(f"press {element.window.path.split()[0]} {element.index}")
+        for _ in range(5):  # such events do not wake GNUstep's loop
+            desktop.ask("menu")
+
+    def type(self, *keys):
+        for key in keys:
+            code = self.display.keysym_to_keycode(XK.string_to_keysym(key))
+            xtest.fake_input(self.display, X.KeyPress, code)
+            xtest.fake_input(self.display, X.KeyRelease, code)
+        self.display.sync()
+
+
+class StatusItem:
+    def __init__(self, desktop):
+        self.desktop = desktop
+
+    def titles(self):
+        return [item and item["title"] for item in self.desktop.ask("menu")]
+
+    def properties(self, title):
+        return next(item for item in self.desktop.ask("menu") if item and item["title"] == title)
+
+
+class Quillery:
+    def __init__(self, desktop, *arguments):
+        self.desktop = desktop
+        self.output = desktop.scratch / "quillery.out"
+        self.errors = desktop.scratch / "quillery.err"
+        (desktop.rig / "control").unlink(missing_ok=True)
+        with open(self.output, "ab") as output, open(self.errors, "ab") as errors:
+            self.process = desktop.start(str(desktop.installation / "quillery"), *arguments, stdout=output,
+                                         stderr=errors)
+
+    # --- The menu ---
+
+    @property
+    def item(self):
+        wait_for(lambda: self._has_ended() or self._is_listening(), "the program to listen", patience=30)
+        return StatusItem(self.desktop)
+
+    def _has_ended(self):
+        if self.process.poll() is not None:
+            raise AssertionError(f"the program has ended: {self.errors.read_text(errors='replace')}")
+        return False
+
+    def _is_listening(self):
+        try:
+            return len(self.desktop.ask("menu")) > 0
+        except OSError:
+            return False
+
+    def choose(self, title):
+        wait_for(lambda: title in self.item.titles(), f"the menu item “{title}”")
+        self.desktop.ask(f"choose {title}")
+
+    def status(self):
+        return self.item.titles()[2]
+
+    # --- Windows and alerts ---
+
+    def described(self):
+        return self.desktop.ask("windows")
+
+    def windows(self):
+        return [Window(self, each) for each in self.described()]
+
+    def _key_window(self, matches, what):
+        def look():
+            for each in self.described():
+                if each["isKey"] and matches(Window(self, each)):
+                    return Window(self, each)
+            return None
+        window = wait_for(look, what)
+        with contextlib.suppress(AssertionError):  # GNUstep does not ask for the focus of the display each time
+            wait_for(lambda: self.desktop.screen.has_focus(window.now["frame"]), "the display's focus", patience=1)
+        return window
+
+    def window(self, title):
+        return self._key_window(lambda window: window.title == title, f"a key window “{title}”")
+
+    def alert(self, text):
+        return self._key_window(lambda window: text in window.texts(), f"an alert “{text}”")
+
+    def press(self, window, title):
+        self.desktop.screen.press(window.find("push button", title))
+
+    def has_no_windows(self):
+        return not self.described()
+
+    # --- Traces ---
+
+    def lines(self):
+        return self.output.read_text(encoding="utf-8")
+
+    def wait(self):
+        wait_for(lambda: self.process.poll() is not None, "the program to exit")
+        return self.process.returncode
+
+    def quit(self):
+        self.choose("Quit")
+        return self.wait()
