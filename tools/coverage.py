@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Reports how much of the core the tests ran, and why the rest did not run.
 
-usage: coverage.py REPORT [FOLDER]
+usage: coverage.py [--gnustep] REPORT [FOLDER]
 
 REPORT is gcovr's JSON, with names relative to the root of the tree. FOLDER is that root; the default is the tree of this
-script. Prints a table of the covered lines of each file, then each uncovered line with its reason. The exit status is 1 if
+script. With --gnustep, the report is about the macOS layer, of which 85 % must be covered; its reasons are in
+tools/gnustep/uncovered.txt. Prints a table of the covered lines of each file, then each uncovered line with its reason. The exit status is 1 if
 
 - a folder of the core has less than 95 % of its lines covered,
 - an uncovered line has no reason in tools/uncovered.txt, or
@@ -24,9 +25,10 @@ import pathlib
 import re
 import sys
 
-FOLDERS = ["values", "engine", "schedule", "app", "companion"]
-ENOUGH = 95  # percent
-REASONS = "tools/uncovered.txt"
+# What a report is about: its folders, how many percent of each must be covered, and the file of reasons.
+Area = collections.namedtuple("Area", "name folders suffixes enough reasons")
+CORE = Area("core", ["values", "engine", "schedule", "app", "companion"], {".h", ".cpp"}, 95, "tools/uncovered.txt")
+MACOS = Area("macOS layer", ["platform/macos"], {".h", ".mm"}, 85, "tools/gnustep/uncovered.txt")
 
 COMMENT = re.compile(r"//.*|/\*.*?\*/")
 BARE = re.compile(r"[\s{}()\[\];,]*|else")
@@ -39,14 +41,14 @@ class Mistake(Exception):
     """What keeps the report from being read, as a sentence."""
 
 
-def files_of(root):
-    return sorted(path.relative_to(root).as_posix() for folder in FOLDERS for path in (root / folder).rglob("*")
-                  if path.suffix in {".h", ".cpp"})
+def files_of(area, root):
+    return sorted(path.relative_to(root).as_posix() for folder in area.folders for path in (root / folder).rglob("*")
+                  if path.suffix in area.suffixes)
 
 
-def counted_lines(root, report):
-    """The lines that count of every file of the core."""
-    counted = {name: [] for name in files_of(root)}
+def counted_lines(area, root, report):
+    """The lines that count of every file of the area."""
+    counted = {name: [] for name in files_of(area, root)}
     for file in report["files"]:
         name = file["file"]
         if name not in counted:
@@ -62,7 +64,7 @@ def counted_lines(root, report):
     return counted
 
 
-def read_reasons(text):
+def read_reasons(area, text):
     """The reasons of each (path, source text), one for each time that it stands there."""
     reasons = collections.defaultdict(list)
     for paragraph in re.split(r"\n\s*\n", text.strip("\n")):
@@ -72,11 +74,11 @@ def read_reasons(text):
         places = [line for line in lines if not line[0].isspace()]
         reason = " ".join(line.strip() for line in lines[len(places):])
         if lines[:len(places)] != places or not places or not reason:
-            raise Mistake(f"{REASONS}: expected lines of source and then their reason, indented:\n{paragraph}")
+            raise Mistake(f"{area.reasons}: expected lines of source and then their reason, indented:\n{paragraph}")
         for place in places:
             path, separator, source = place.partition(": ")
             if not separator:
-                raise Mistake(f"{REASONS}: this is not PATH: SOURCE TEXT: {place}")
+                raise Mistake(f"{area.reasons}: this is not PATH: SOURCE TEXT: {place}")
             reasons[path, source.strip()].append(reason)
     return reasons
 
@@ -84,12 +86,12 @@ def read_reasons(text):
 def row(name, lines):
     covered = sum(line.count > 0 for line in lines)
     share = f"{100 * covered / len(lines):.1f} %" if lines else "-"
-    return f"{name:<36}{covered:>8}{len(lines):>8}{share:>10}"
+    return f"{name:<48}{covered:>8}{len(lines):>8}{share:>10}"
 
 
-def print_table(counted):
-    print(f"{'file':<36}{'run':>8}{'lines':>8}{'share':>10}")
-    for folder in FOLDERS:
+def print_table(area, counted):
+    print(f"{'file':<48}{'run':>8}{'lines':>8}{'share':>10}")
+    for folder in area.folders:
         names = [name for name in counted if name.startswith(folder + "/")]
         if not names:
             continue
@@ -98,13 +100,13 @@ def print_table(counted):
         print(row(f"{folder}/", [line for name in names for line in counted[name]]) + "\n")
 
 
-def complaints(counted, reasons):
+def complaints(area, counted, reasons):
     """Prints each uncovered line and yields the problems."""
-    for folder in FOLDERS:
+    for folder in area.folders:
         lines = [line for name in counted if name.startswith(folder + "/") for line in counted[name]]
         covered = sum(line.count > 0 for line in lines)
-        if not lines or 100 * covered < ENOUGH * len(lines):
-            yield f"{folder}/: {covered} of {len(lines)} lines were run; {ENOUGH} % of them should be"
+        if not lines or 100 * covered < area.enough * len(lines):
+            yield f"{folder}/: {covered} of {len(lines)} lines were run; {area.enough} % of them should be"
     unused = {place: list(known) for place, known in reasons.items()}
     print("Not run:")
     for name, lines in counted.items():
@@ -113,24 +115,26 @@ def complaints(counted, reasons):
             reason = known.pop(0) if known else "NO REASON"
             print(f"{name}:{line.number}: {line.text}\n    {reason}")
             if reason == "NO REASON":
-                yield f"{name}:{line.number}: is uncovered, and {REASONS} has no reason for it"
+                yield f"{name}:{line.number}: is uncovered, and {area.reasons} has no reason for it"
     for (name, text), left in unused.items():
         for _ in left:
-            yield f"{REASONS}: stale, because no such line is uncovered: {name}: {text}"
+            yield f"{area.reasons}: stale, because no such line is uncovered: {name}: {text}"
 
 
 def main():
-    if len(sys.argv) not in {2, 3}:
-        sys.exit("usage: coverage.py REPORT [FOLDER]")
-    root = pathlib.Path(sys.argv[2]) if len(sys.argv) == 3 else pathlib.Path(__file__).resolve().parent.parent
+    arguments = [argument for argument in sys.argv[1:] if argument != "--gnustep"]
+    area = CORE if arguments == sys.argv[1:] else MACOS
+    if len(arguments) not in {1, 2}:
+        sys.exit("usage: coverage.py [--gnustep] REPORT [FOLDER]")
+    root = pathlib.Path(arguments[1]) if len(arguments) == 2 else pathlib.Path(__file__).resolve().parent.parent
     try:
-        counted = counted_lines(root, json.loads(pathlib.Path(sys.argv[1]).read_text(encoding="utf-8")))
-        reasons = read_reasons((root / REASONS).read_text(encoding="utf-8"))
-        print_table(counted)
-        found = list(complaints(counted, reasons))
+        counted = counted_lines(area, root, json.loads(pathlib.Path(arguments[0]).read_text(encoding="utf-8")))
+        reasons = read_reasons(area, (root / area.reasons).read_text(encoding="utf-8"))
+        print_table(area, counted)
+        found = list(complaints(area, counted, reasons))
     except Mistake as mistake:
         sys.exit(f"coverage.py: {mistake}")
-    print("\n" + "\n".join(found) if found else "\nThe core is covered, and every line that is not has its reason.")
+    print("\n" + "\n".join(found) if found else f"\nThe {area.name} is covered, and every line that is not has its reason.")
     sys.exit(1 if found else 0)
 
 
