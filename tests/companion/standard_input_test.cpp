@@ -27,7 +27,7 @@ std::string read(std::streambuf* input, std::size_t most = 1'000'000) {
 }
 
 TEST(StandardInput, isReadToItsEnd) {
-  for (const std::size_t size : {0, 1, 65535, 65536, 65537, 200'000}) {
+  for (const std::size_t size : {0U, 1U, 65'535U, 65'536U, 65'537U, 200'000U}) {
     std::stringbuf input(std::string(size, 'x'));
     EXPECT_EQ(read(&input), std::string(size, 'x'));
   }
