@@ -1,16 +1,11 @@
-"""A private desktop for one run of the program: a display, a session bus, a panel and a home folder in a scratch
-folder. All of it is removed at the end."""
-import contextlib
+"""A private desktop for one run of the program, with a session bus and a panel."""
 import os
 import pathlib
-import plistlib
-import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 
-from bookmarks import serialized, titles, unsorted_tree
+from scratch_desktop import SAFARI, ScratchDesktop
 from screen import Screen
 from session_bus import Bus
 from status_notifier_host import NAME as WATCHER
@@ -18,7 +13,6 @@ from waiting import wait_for
 
 HERE = pathlib.Path(__file__).resolve().parent
 PYTHON = sys.executable
-SAFARI = "com.apple.Safari"
 
 # Replaces the program that opens addresses and folders, and records its argument.
 OPENER = """#!/bin/sh
@@ -32,20 +26,13 @@ Exec={command}
 """
 
 
-class Desktop(contextlib.ExitStack):
+class Desktop(ScratchDesktop):
     """`installation` is the folder in which the program is installed. `panel` is "notifiers" for a panel with status
     notifiers, "older tray" for one with X's older system tray only, or None. With `has_accessibility`, programs expose
     their windows and controls as they do to a screen reader."""
 
     def __init__(self, installation, panel="notifiers", has_accessibility=True, environment=()):
-        super().__init__()
-        self.installation = pathlib.Path(installation).resolve()
-        self.scratch = pathlib.Path(tempfile.mkdtemp(prefix="quillery-"))
-        self.callback(shutil.rmtree, self.scratch, ignore_errors=True)
-        self.home = self.scratch / "home"
-        self.bookmarks = self.home / "Library/Safari/Bookmarks.plist"
-        self.backups = self.home / "Library/Application Support/Quillery/Backups"
-        self.journal = self.scratch / "safari"
+        super().__init__(installation)
         self.safari_options = []
         self._furnish()
         self.environment = {
@@ -60,7 +47,7 @@ class Desktop(contextlib.ExitStack):
             **dict(environment),
         }
         try:
-            self._start_display()
+            self.start_display()
             self._start_bus()
             self._start_panel(panel)
         except BaseException:
@@ -68,31 +55,14 @@ class Desktop(contextlib.ExitStack):
             raise
 
     def _furnish(self):
-        for folder in (self.bookmarks.parent, self.scratch / "bin", self.home / ".local/share/applications"):
+        for folder in (self.scratch / "bin", self.home / ".local/share/applications"):
             folder.mkdir(parents=True)
         (self.scratch / "run").mkdir(mode=0o700)
-        opener = self.scratch / "bin/xdg-open"
-        opener.write_text(OPENER, encoding="utf-8")
-        opener.chmod(0o755)
-        self.journal.touch()
-        self.write_bookmarks(unsorted_tree())
-
-    def _start_display(self):
-        number = self._start_server("-displayfd {}", "Xvfb", "-screen", "0", "1024x768x24", "-nolisten", "tcp")
-        self.environment["DISPLAY"] = f":{number}"
-
-    def _start_server(self, option, *command):
-        """Starts a program with an option that makes it write its address to a descriptor once it is ready. Returns
-        that address."""
-        reader, writer = os.pipe()
-        self.start(*command, *option.format(writer).split(), pass_fds=[writer])
-        os.close(writer)
-        with os.fdopen(reader) as output:
-            return output.readline().strip()
+        self.write_program(self.scratch / "bin/xdg-open", OPENER)
 
     def _start_bus(self):
-        address = self._start_server("--print-address={}", "dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                     f"--address=unix:path={self.scratch}/run/bus")
+        address = self.start_server("--print-address={}", "dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                    f"--address=unix:path={self.scratch}/run/bus")
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
         self.bus = Bus(address)
         self.screen = Screen(self.environment["DISPLAY"], self.bus)
@@ -107,35 +77,6 @@ class Desktop(contextlib.ExitStack):
         elif panel == "notifiers":
             self.start(PYTHON, str(HERE / "status_notifier_host.py"))
             wait_for(lambda: self.bus.has_owner(WATCHER), "a host for status notifiers")
-
-    def start(self, *command, **more):
-        """Starts a program, which is stopped with the desktop if it still runs. Its output goes to a file in the
-        scratch folder."""
-        with open(self.scratch / f"{pathlib.Path(command[0]).name}.log", "ab") as log:
-            process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL,
-                                       **{"stdout": log, "stderr": log, **more})
-        self.callback(self._stop, process)
-        return process
-
-    @staticmethod
-    def _stop(process):
-        process.terminate()
-        try:
-            process.wait(5)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            process.wait()
-
-    # --- Bookmarks ---
-
-    def write_bookmarks(self, tree, is_binary=True):
-        self.bookmarks.write_bytes(serialized(tree, is_binary))
-
-    def titles(self):
-        return titles(plistlib.loads(self.bookmarks.read_bytes()))
-
-    def backup_files(self):
-        return sorted(self.backups.glob("*")) if self.backups.is_dir() else []
 
     # --- Safari ---
 
@@ -154,15 +95,11 @@ class Desktop(contextlib.ExitStack):
         """Starts Safari as its user does, and waits until it runs."""
         self.install_safari(*options)
         process = self.start(*self.safari_command())
-        wait_for(lambda: self.safari_events()[-1:] == ["started"], "a running Safari")
+        self.wait_for_safari()
         return process
 
     def is_safari_running(self):
         return self.bus.has_owner(SAFARI)
-
-    def safari_events(self):
-        """What has happened to Safari so far, in order."""
-        return self.journal.read_text(encoding="utf-8").splitlines()
 
     # --- Traces of the program ---
 

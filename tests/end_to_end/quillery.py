@@ -5,6 +5,7 @@ import signal
 
 from gi.repository import GLib
 
+from scratch_desktop import Program
 from status_item import StatusItem
 from waiting import least_increase_in, wait_for
 
@@ -13,16 +14,10 @@ OBJECT = "/com/fenwarde/quillery"
 APPLICATION = "org.freedesktop.Application"
 
 
-class Quillery:
+class Quillery(Program):
     def __init__(self, desktop, *arguments, program=None):
         """`program` is a command that runs the program as its child, instead of the installed program."""
-        self.desktop = desktop
-        self.output = desktop.scratch / "quillery.out"
-        self.errors = desktop.scratch / "quillery.err"
-        with open(self.output, "ab") as output, open(self.errors, "ab") as errors:
-            self.process = desktop.start(*(program or [str(desktop.installation / "bin/quillery")]), *arguments,
-                                         stdout=output, stderr=errors)
-
+        super().__init__(desktop, *(program or [str(desktop.installation / "bin/quillery")]), *arguments)
         self.identifier = wait_for(self._child, "the program itself") if program else self.process.pid
 
     def _child(self):
@@ -52,10 +47,6 @@ class Quillery:
         before."""
         return wait_for(lambda: [frame for frame in self._own_windows() if frame not in besides], "an open menu")[0]
 
-    def status(self):
-        """The title of the menu's status line, the third item."""
-        return self.item.titles()[2]
-
     # --- Windows and alerts ---
 
     def windows(self):
@@ -70,17 +61,7 @@ class Quillery:
         return self.desktop.screen.window(self.identifier, lambda window: text in window.texts(),
                                           f"an alert “{text}”")
 
-    def press(self, window, title):
-        self.desktop.screen.press(window.find("push button", title))
-
-    def has_no_windows(self):
-        return not self.windows()
-
     # --- Traces ---
-
-    def lines(self):
-        """Everything that the program has printed."""
-        return self.output.read_text(encoding="utf-8")
 
     def defaults(self):
         """The stored settings."""
@@ -112,15 +93,6 @@ class Quillery:
 
     def send(self, method, signature, *arguments):
         self.desktop.bus.send(IDENTIFIER, OBJECT, APPLICATION, method, GLib.Variant(signature, arguments))
-
-    def wait(self):
-        """Waits until the program exits. Returns its exit status."""
-        wait_for(lambda: self.process.poll() is not None, "the program to exit")
-        return self.process.returncode
-
-    def quit(self):
-        self.choose("Quit")
-        return self.wait()
 
     def send_signal(self, number=signal.SIGTERM):
         self.process.send_signal(number)

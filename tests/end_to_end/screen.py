@@ -1,9 +1,10 @@
 """The contents of the screen, read over the interface for assistive technologies (AT-SPI 2), and operated with pointer
 and keys."""
 from gi.repository import GLib
-from Xlib import X, XK, display
+from Xlib import X, display
 from Xlib.ext import xtest
 
+from scratch_desktop import Keyboard
 from session_bus import Bus
 from waiting import wait_for
 
@@ -86,7 +87,7 @@ class Element:
         return wait_for(look, f"a {role} {title or ''}")
 
 
-class Screen:
+class Screen(Keyboard):
     """The screen of a desktop whose applications support accessibility."""
 
     def __init__(self, display_name, session_bus):
@@ -124,14 +125,6 @@ class Screen:
         first, so keys typed at once may arrive before it: wait for the effect of the click before typing."""
         x, y, width, height = element.frame()
         self.click(x + min(width // 2, 10), y + height // 2)
-
-    def type(self, *keys):
-        """Presses and releases keys in turn, by their X names: "Return", "Escape", "Down", "a"."""
-        for key in keys:
-            code = self.display.keysym_to_keycode(XK.string_to_keysym(key))
-            xtest.fake_input(self.display, X.KeyPress, code)
-            xtest.fake_input(self.display, X.KeyRelease, code)
-        self.display.sync()
 
     def has_older_tray(self):
         return self.display.get_selection_owner(self.display.intern_atom("_NET_SYSTEM_TRAY_S0")) != X.NONE

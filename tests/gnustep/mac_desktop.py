@@ -4,23 +4,16 @@ import contextlib
 import json
 import os
 import pathlib
-import plistlib
-import shutil
 import socket
-import subprocess
 import sys
-import tempfile
 import urllib.parse
 
-from Xlib import X, XK, display
-from Xlib.ext import xtest
+from Xlib import display
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent / "end_to_end"))
-from bookmarks import serialized, titles, unsorted_tree  # noqa: E402
+from scratch_desktop import SAFARI, Keyboard, Program, ScratchDesktop  # noqa: E402
 from waiting import wait_for  # noqa: E402
-
-SAFARI = "com.apple.Safari"
 
 # Knows jobs by name only and starts none.
 LAUNCHCTL = """#!/bin/sh
@@ -33,22 +26,12 @@ esac
 """
 
 
-class Desktop(contextlib.ExitStack):
+class Desktop(ScratchDesktop):
     def __init__(self, installation, environment=()):
-        super().__init__()
-        self.installation = pathlib.Path(installation).resolve()
-        self.scratch = pathlib.Path(tempfile.mkdtemp(prefix="quillery-"))
-        self.callback(shutil.rmtree, self.scratch, ignore_errors=True)
-        self.home = self.scratch / "home"
+        super().__init__(installation)
         self.rig = self.scratch / "rig"
-        self.bookmarks = self.home / "Library/Safari/Bookmarks.plist"
-        self.backups = self.home / "Library/Application Support/Quillery/Backups"
-        self.journal = self.scratch / "safari"
-        for folder in (self.bookmarks.parent, self.rig / "installed"):
-            folder.mkdir(parents=True)
-        self.journal.touch()
-        self._write_program(self.rig / "launchctl", LAUNCHCTL)
-        self.write_bookmarks(unsorted_tree())
+        (self.rig / "installed").mkdir(parents=True)
+        self.write_program(self.rig / "launchctl", LAUNCHCTL)
         self.environment = {
             "PATH": "/usr/bin:/bin",
             "HOME": str(self.home),
@@ -58,42 +41,12 @@ class Desktop(contextlib.ExitStack):
             **dict(environment),
         }
         try:
-            self._start_display()
+            self.start_display()
+            self.screen = Screen(self.environment["DISPLAY"])
+            self.callback(self.screen.display.close)
         except BaseException:
             self.close()
             raise
-
-    @staticmethod
-    def _write_program(path, text):
-        path.write_text(text, encoding="utf-8")
-        path.chmod(0o755)
-
-    def _start_display(self):
-        reader, writer = os.pipe()
-        self.start("Xvfb", "-displayfd", str(writer), "-screen", "0", "1024x768x24", "-nolisten", "tcp",
-                   pass_fds=[writer])
-        os.close(writer)
-        with os.fdopen(reader) as output:
-            self.environment["DISPLAY"] = f":{output.readline().strip()}"
-        self.screen = Screen(self.environment["DISPLAY"])
-        self.callback(self.screen.display.close)
-
-    def start(self, *command, **more):
-        """Starts a program, which is stopped with the desktop if it still runs."""
-        with open(self.scratch / f"{pathlib.Path(command[0]).name}.log", "ab") as log:
-            process = subprocess.Popen(command, env=getattr(self, "environment", None), stdin=subprocess.DEVNULL,
-                                       **{"stdout": log, "stderr": log, **more})
-        self.callback(self._stop, process)
-        return process
-
-    @staticmethod
-    def _stop(process):
-        process.terminate()
-        try:
-            process.wait(5)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            process.wait()
 
     def ask(self, command):
         """Sends a line to the program's remote control. Returns the reply."""
@@ -103,36 +56,22 @@ class Desktop(contextlib.ExitStack):
             control.send(command.encode())
             return json.loads(b"".join(iter(lambda: control.recv(65536), b"")))
 
-    # --- Bookmarks ---
-
-    def write_bookmarks(self, tree, is_binary=True):
-        self.bookmarks.write_bytes(serialized(tree, is_binary))
-
-    def titles(self):
-        return titles(plistlib.loads(self.bookmarks.read_bytes()))
-
-    def backup_files(self):
-        return sorted(self.backups.glob("*")) if self.backups.is_dir() else []
-
     # --- Safari ---
 
     def install_safari(self, *options):
         words = [sys.executable, HERE / "stand_in_safari.py", self.rig, self.journal, self.bookmarks, *options]
         program = self.rig / "Safari.app"
-        self._write_program(program, "#!/bin/sh\nexec " + " ".join(f'"{word}"' for word in words) + "\n")
+        self.write_program(program, "#!/bin/sh\nexec " + " ".join(f'"{word}"' for word in words) + "\n")
         (self.rig / "installed" / SAFARI).write_text(str(program), encoding="utf-8")
         return program
 
     def start_safari(self, *options):
         process = self.start(str(self.install_safari(*options)))
-        wait_for(lambda: self.safari_events()[-1:] == ["started"], "a running Safari")
+        self.wait_for_safari()
         return process
 
     def is_safari_running(self):
         return (self.rig / "running" / SAFARI).exists()
-
-    def safari_events(self):
-        return self.journal.read_text(encoding="utf-8").splitlines()
 
     # --- Traces of the program ---
 
@@ -203,7 +142,7 @@ class Window:
         return wait_for(look, f"a {role} {title or ''}")
 
 
-class Screen:
+class Screen(Keyboard):
     """The pointer and the keys of the display."""
 
     def __init__(self, name):
@@ -226,13 +165,6 @@ class Screen:
         for _ in range(5):  # such events do not wake GNUstep's loop
             desktop.ask("menu")
 
-    def type(self, *keys):
-        for key in keys:
-            code = self.display.keysym_to_keycode(XK.string_to_keysym(key))
-            xtest.fake_input(self.display, X.KeyPress, code)
-            xtest.fake_input(self.display, X.KeyRelease, code)
-        self.display.sync()
-
 
 class StatusItem:
     def __init__(self, desktop):
@@ -245,15 +177,10 @@ class StatusItem:
         return next(item for item in self.desktop.ask("menu") if item and item["title"] == title)
 
 
-class Quillery:
+class Quillery(Program):
     def __init__(self, desktop, *arguments):
-        self.desktop = desktop
-        self.output = desktop.scratch / "quillery.out"
-        self.errors = desktop.scratch / "quillery.err"
         (desktop.rig / "control").unlink(missing_ok=True)
-        with open(self.output, "ab") as output, open(self.errors, "ab") as errors:
-            self.process = desktop.start(str(desktop.installation / "quillery"), *arguments, stdout=output,
-                                         stderr=errors)
+        super().__init__(desktop, str(desktop.installation / "quillery"), *arguments)
 
     # --- The menu ---
 
@@ -276,9 +203,6 @@ class Quillery:
     def choose(self, title):
         wait_for(lambda: title in self.item.titles(), f"the menu item “{title}”")
         self.desktop.ask(f"choose {title}")
-
-    def status(self):
-        return self.item.titles()[2]
 
     # --- Windows and alerts ---
 
@@ -304,22 +228,3 @@ class Quillery:
 
     def alert(self, text):
         return self._key_window(lambda window: text in window.texts(), f"an alert “{text}”")
-
-    def press(self, window, title):
-        self.desktop.screen.press(window.find("push button", title))
-
-    def has_no_windows(self):
-        return not self.described()
-
-    # --- Traces ---
-
-    def lines(self):
-        return self.output.read_text(encoding="utf-8")
-
-    def wait(self):
-        wait_for(lambda: self.process.poll() is not None, "the program to exit")
-        return self.process.returncode
-
-    def quit(self):
-        self.choose("Quit")
-        return self.wait()
