@@ -90,7 +90,8 @@ class CompanionTest(unittest.TestCase):
         self.assertIn(str(self.file), self.run_companion("sort", status=1).stderr)
         for malformed in (b"", b"bplist00", b"<?xml version='1.0'?><plist><dict>", plistlib.dumps({"Title": "x"})):
             self.file.write_bytes(malformed)
-            self.assertEqual(len(self.run_companion("sort", status=1).stderr.split("\n\n")), 2)
+            (line,) = self.run_companion("sort", status=1).stderr.splitlines()
+            self.assertTrue(line.startswith(f"quilleryctl: {self.file}: "), line)
             self.assertEqual(self.file.read_bytes(), malformed)
 
     def test_prints_the_next_sort_of_its_settings(self):

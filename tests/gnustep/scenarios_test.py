@@ -10,8 +10,8 @@ import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE), str(HERE.parent / "end_to_end")]
-BUILD = pathlib.Path(sys.argv[1]).resolve()
-sys.argv[1:2] = [str(BUILD), "/nonexistent"]
+INSTALLATION = pathlib.Path(sys.argv[1]).resolve() / "Quillery.app"
+sys.argv[1:2] = [str(INSTALLATION), "/nonexistent"]
 
 import end_to_end_test as shared  # noqa: E402
 import mac_desktop  # noqa: E402
@@ -92,7 +92,7 @@ class MacEndToEndTest(shared.EndToEndTest):
         self.assertEqual(quillery.quit(), 0)
 
     def agent(self):
-        return {**super().agent(), "ProgramArguments": [str(BUILD / "quillery"), "--login"]}
+        return {**super().agent(), "ProgramArguments": [str(INSTALLATION / "quillery"), "--login"]}
 
 
 for name in [name for name in dir(shared.EndToEndTest) if name.startswith("test_") and name not in SHARED]:
