@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 
 #include "companion/instant_text.h"
 #include "values/harmless_text.h"
@@ -28,10 +27,8 @@ Row rowOf(const Backup& backup) {
 }
 
 std::string total(const std::vector<Backup>& backups) {
-  std::uint64_t bytes = 0;
-  for (const Backup& backup : backups) bytes += backup.file.size;
-  return std::to_string(backups.size()) + (backups.size() == 1 ? " backup, " : " backups, ") + std::to_string(bytes) +
-         " bytes in total\n";
+  return std::to_string(backups.size()) + (backups.size() == 1 ? " backup, " : " backups, ") +
+         std::to_string(totalSize(backups)) + " bytes in total\n";
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "companion/report_json.h"
 
-#include <cstdint>
-
 #include "companion/instant_text.h"
 #include "companion/json_text.h"
 #include "values/plist_text.h"
@@ -27,12 +25,9 @@ std::string orderJson(const std::string& file, bool isInOrder) {
 std::string backupsJson(const std::string& file, const std::vector<Backup>& backups) {
   const std::string folder = backupsFolderOf(file);
   std::string list;
-  std::uint64_t size = 0;
-  for (const Backup& backup : backups) {
-    list += (list.empty() ? "" : ", ") + json(backup, folder);
-    size += backup.file.size;
-  }
-  return R"({"file": )" + json(file) + R"(, "backups": [)" + list + R"(], "size": )" + std::to_string(size) + "}\n";
+  for (const Backup& backup : backups) list += (list.empty() ? "" : ", ") + json(backup, folder);
+  return R"({"file": )" + json(file) + R"(, "backups": [)" + list + R"(], "size": )" +
+         std::to_string(totalSize(backups)) + "}\n";
 }
 
 std::string nextJson(const std::optional<Instant>& next, bool isStopped) {

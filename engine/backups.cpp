@@ -118,17 +118,19 @@ std::vector<FileEntry> backupFiles(const std::string& path) {
 
 std::optional<std::string> lastDifferentBackup(const std::string& path) {
   const std::optional<Bytes> current = bytesOf(path);
+  const std::string folder = backupsFolderOf(path);
   for (const FileEntry& file : backupFiles(path)) {
-    std::string backup = backupsFolderOf(path) + "/" + file.name;
+    std::string backup = folder + "/" + file.name;
     if (const std::optional<Bytes> bytes = bytesOf(backup); bytes && bytes != current) return backup;
   }
   return std::nullopt;
 }
 
 std::vector<std::string> backupsNamed(const std::string& beginning, const std::string& path) {
+  const std::string folder = backupsFolderOf(path);
   std::vector<std::string> found;
   for (const FileEntry& file : backupFiles(path)) {
-    std::string backup = backupsFolderOf(path) + "/" + file.name;
+    std::string backup = folder + "/" + file.name;
     if (file.name == beginning) return {std::move(backup)};
     if (file.name.starts_with(beginning) || file.name.starts_with(std::string(namePrefix) + beginning))
       found.push_back(std::move(backup));
@@ -141,4 +143,10 @@ std::vector<Backup> listBackups(const std::string& path, const std::optional<Byt
   std::vector<Backup> backups;
   for (FileEntry& file : backupFiles(path)) backups.push_back(examine(std::move(file), folder, current));
   return backups;
+}
+
+std::uint64_t totalSize(const std::vector<Backup>& backups) {
+  std::uint64_t size = 0;
+  for (const Backup& backup : backups) size += backup.file.size;
+  return size;
 }

@@ -47,3 +47,6 @@ struct Backup {
 // Lists and reads the backups of the file at `path`, newest first. `current` are the bytes of that file, none if it
 // cannot be read.
 std::vector<Backup> listBackups(const std::string& path, const std::optional<Bytes>& current);
+
+// Returns the sum of the sizes of backups, in bytes.
+std::uint64_t totalSize(const std::vector<Backup>& backups);
