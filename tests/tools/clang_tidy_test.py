@@ -4,28 +4,13 @@
 usage: clang_tidy_test.py
 """
 import pathlib
-import sys
-import tempfile
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
+from scratch_sources import HEAD, ScratchSources  # first, because it sets the path of the tools
 import clang_tidy
 
-HEAD = '// A comment.\n#include <string>\n#include "a.h"\n\n'
 
-
-class ClangTidyTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-
-    def file(self, name, text):
-        path = self.folder / name
-        path.parent.mkdir(exist_ok=True)
-        path.write_text(text, encoding="utf-8")
-        return path
-
+class ClangTidyTest(ScratchSources):
     def command(self, name, text, options="-O1"):
         path = self.file(name, text)
         return {"file": str(path), "command": f"clang++ {options} -o {path.name}.o -c {path}"}

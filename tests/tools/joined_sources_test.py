@@ -3,28 +3,13 @@
 
 usage: joined_sources_test.py
 """
-import pathlib
-import sys
-import tempfile
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
+from scratch_sources import HEAD, ScratchSources  # first, because it sets the path of the tools
 from joined_sources import joined
 
-HEAD = '// A comment.\n#include <string>\n#include "a.h"\n\n'
 
-
-class JoinedSourcesTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-
-    def file(self, name, text):
-        path = self.folder / name
-        path.write_text(text, encoding="utf-8")
-        return path
-
+class JoinedSourcesTest(ScratchSources):
     def test_each_header_comes_once_before_all_sources(self):
         text = joined([self.file("a.cpp", HEAD + "int a;\n"), self.file("b.cpp", HEAD + "int b;\n")])
         self.assertEqual(text, '#include <string>\n#include "a.h"\nint a;\nint b;\n')
