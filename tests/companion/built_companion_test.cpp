@@ -6,12 +6,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <csignal>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/product.h"
@@ -64,18 +64,20 @@ class PseudoTerminal {
   }
   ~PseudoTerminal() {
     close(master_);
-    close(end_);
+    if (end_ != -1) close(end_);
   }
   PseudoTerminal(const PseudoTerminal&) = delete;
   PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
   int end() const { return end_; }
-  // What has been written to it so far.
-  std::string text() const {
-    std::array<char, 256> text{};
-    fcntl(master_, F_SETFL, O_NONBLOCK);
-    const ssize_t count = read(master_, text.data(), text.size());
-    return {text.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+  // What has been written to it, once its programs have ended. Closes the end: only then is nothing still on its way.
+  std::string text() {
+    close(std::exchange(end_, -1));
+    std::string all;
+    std::array<char, 256> part{};
+    for (ssize_t count = 0; (count = read(master_, part.data(), part.size())) > 0;)
+      all.append(part.data(), static_cast<std::size_t>(count));
+    return all;
   }
 
  private:
@@ -237,7 +239,7 @@ TEST_F(CompanionTest, showsOnATerminalThatItWorksAfterASecond) {
   const ScratchFolder place;
   const SessionBus bus(place);
   kill(bus.process(), SIGSTOP);  // the companion waits two seconds for its reply
-  const PseudoTerminal terminal;
+  PseudoTerminal terminal;
   Environment there = environment(bus.address());
   there["TERM"] = "xterm";
   run(QUILLERYCTL_EXECUTABLE, {"sort"}, there, terminal.end());
