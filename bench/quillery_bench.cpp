@@ -159,11 +159,13 @@ void steps(Figures& figures, FileSystem& files, const std::filesystem::path& scr
   const PlistValue inOrder = figures.measure("step: sort", [&] { return sorted(parsed.value, true); });
   const bool same = figures.measure("step: compare trees", [&] { return inOrder == parsed.value; });
   figures.measure("step: back up", [&] { files.writeNew(backup, bytes); });
-  const Bytes out = figures.measure("step: serialize", [&] { return propertyLists.serialize(inOrder, parsed.format); });
+  const BytePieces out =
+      figures.measure("step: serialize", [&] { return propertyLists.serializeInPieces(inOrder, parsed.format); });
+  const bool verified = figures.measure("step: verify", [&] { return propertyLists.parsesTo(inOrder, out); });
   const bool replaced = figures.measure(
       "step: compare and write", [&] { return files.replaceIfHolds(path, bytes, out, [] { return true; }).done; });
   std::filesystem::remove(backup);
-  if (same || !replaced) throw std::runtime_error("the file was in order already, or changed");
+  if (same || !verified || !replaced) throw std::runtime_error("the file was in order already, or changed");
 }
 
 // Measures how long the memory takes to copy, compare and search as many bytes as the file has.

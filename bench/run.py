@@ -28,8 +28,8 @@ COUNTS = [500, 10_000, 100_000]
 LARGE = 1_000_000
 CURVES = [500, 2_000, 10_000, 30_000, 100_000, 300_000, LARGE]
 FLOORS = {  # of each step: how often the memory does what with the bytes of the file
-    "read": {"copy": 1}, "parse": {"scan": 1}, "back up": {"copy": 1}, "serialize": {"copy": 1},
-    "compare and write": {"copy": 2, "compare": 1},
+    "read": {"copy": 1}, "parse": {"scan": 1}, "back up": {"copy": 1},
+    "compare and write": {"copy": 4, "compare": 2},
 }
 
 

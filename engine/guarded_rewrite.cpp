@@ -47,7 +47,7 @@ std::optional<Rewrite> rewriteBookmarkFile(
   if (!makeContent) return std::nullopt;
 
   Rewrite rewrite{backUp(oldBytes, path), false, std::nullopt};
-  const Bytes newBytes = (*makeContent)();
+  const BytePieces newBytes = (*makeContent)();
   const Replacement replacement = files.replaceIfHolds(path, oldBytes, newBytes, [] { return !safariRunning(); });
   if (!replacement.done)
     throw sorterError(

@@ -6,10 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "values/byte_pieces.h"
 #include "values/bytes.h"
 
 // Makes the new content of a file. Called once the old content is backed up.
-using MakeContent = std::function<Bytes()>;
+using MakeContent = std::function<BytePieces()>;
 
 // A file that was replaced.
 struct Rewrite {

@@ -8,9 +8,9 @@
 namespace {
 
 // Serializes a tree, and makes sure that the result parses to the same tree.
-Bytes verifiedBytes(const PlistValue& meant, PropertyListFormat format) {
+BytePieces verifiedBytes(const PlistValue& meant, PropertyListFormat format) {
   PropertyLists& propertyLists = platform().propertyLists;
-  Bytes bytes = propertyLists.serialize(meant, format);
+  BytePieces bytes = propertyLists.serializeInPieces(meant, format);
   if (!propertyLists.parsesTo(meant, bytes))
     throw sorterError(SorterError::notVerified,
                       "The new bookmark file would not be the sorted old one. Nothing was overwritten.");
@@ -31,5 +31,5 @@ std::optional<Rewrite> sortBookmarkFile(const std::string& path) { return rewrit
 
 Bytes sortedContent(const Bytes& content) {
   const std::optional<MakeContent> make = sortingOf(content);
-  return make ? (*make)() : content;
+  return make ? (*make)().joined() : content;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/calendar.h"
+#include "values/byte_pieces.h"
 #include "values/bytes.h"
 
 // For a folder that needs no other permission bits than those that the system gives it.
@@ -66,7 +67,7 @@ class FileSystem {
   // has almost no time to change it unnoticed. Looks at the old file again after the rename, because a process that had
   // it open may have written to it. Throws Error if the file does not exist, and whatever `mayReplace` throws, but
   // nothing once the file is replaced.
-  virtual Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+  virtual Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const BytePieces& bytes,
                                      const std::function<bool()>& mayReplace) = 0;
 
   // Removes the temporary files that killed processes have left beside the file at `path`, which may not exist, or

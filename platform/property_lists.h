@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "values/byte_pieces.h"
 #include "values/bytes.h"
 #include "values/plist_value.h"
 
@@ -24,6 +25,13 @@ class PropertyLists {
   // Returns `value` in `format`. Throws Error if the format can only be read (old-style) or cannot represent the value.
   virtual Bytes serialize(const PlistValue& value, PropertyListFormat format) = 0;
 
+  // Returns the same bytes as serialize(). What stays as it was in the file of the value may be pieces of that file.
+  virtual BytePieces serializeInPieces(const PlistValue& value, PropertyListFormat format) {
+    return serialize(value, format);
+  }
+
   // Returns true if parsing `bytes` gives `value`. Throws Error if they are malformed.
-  virtual bool parsesTo(const PlistValue& value, const Bytes& bytes) { return parse(bytes).value == value; }
+  virtual bool parsesTo(const PlistValue& value, const BytePieces& bytes) {
+    return parse(bytes.joined()).value == value;
+  }
 };

@@ -125,7 +125,7 @@ void PosixFileSystem::writeAtomically(const std::string& path, const Bytes& byte
   replaceFile(path, bytes, static_cast<mode_t>(modeIfNew), flush_);
 }
 
-Replacement PosixFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+Replacement PosixFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const BytePieces& bytes,
                                             const std::function<bool()>& mayReplace) {
   return replaceFileIf(path, expected, bytes, mayReplace, flush_);
 }

@@ -38,7 +38,7 @@ class PosixFileSystem : public FileSystem {
   void writeAtomically(const std::string& path, const Bytes& bytes, unsigned modeIfNew);
 
   // See replaceFileIf. Reads the file in small blocks, and no further than the first difference.
-  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const BytePieces& bytes,
                              const std::function<bool()>& mayReplace) override;
 
   void removeAbandonedFiles(const std::string& path, const std::vector<std::string>& inUse) override;

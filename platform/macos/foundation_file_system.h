@@ -17,7 +17,7 @@ class FoundationFileSystem : public FileSystem {
   void writeNew(const std::string& path, const Bytes& bytes) override;
   void setMode(const std::string& path, unsigned mode) override;
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
-  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const BytePieces& bytes,
                              const std::function<bool()>& mayReplace) override;
   void removeAbandonedFiles(const std::string& path, const std::vector<std::string>& inUse) override;
 };

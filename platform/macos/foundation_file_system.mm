@@ -55,8 +55,8 @@ void FoundationFileSystem::writeAtomically(const std::string& path, const Bytes&
   replaceFile(path, bytes, modeOfNewFiles());
 }
 
-Replacement FoundationFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
-                                                 const std::function<bool()>& mayReplace) {
+Replacement FoundationFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected,
+                                                 const BytePieces& bytes, const std::function<bool()>& mayReplace) {
   return replaceFileIf(path, expected, bytes, mayReplace);
 }
 

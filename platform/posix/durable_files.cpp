@@ -19,6 +19,7 @@
 #include "platform/posix/file_mode.h"
 #include "platform/posix/open_file.h"
 #include "platform/posix/temporary_file.h"
+#include "platform/posix/write_all.h"
 
 namespace {
 
@@ -35,17 +36,6 @@ int flushDescriptor(const FileDescriptor& descriptor) {
   if (uninterrupted([&] { return fcntl(descriptor.get(), F_FULLFSYNC); }) == 0) return 0;
 #endif
   return uninterrupted([&] { return fsync(descriptor.get()); });
-}
-
-void writeAll(const FileDescriptor& file, const Bytes& bytes, const FileAttempt& attempt) {
-  std::size_t written = 0;
-  while (written < bytes.size()) {
-    const ssize_t count =
-        uninterrupted([&] { return ::write(file.get(), bytes.data() + written, bytes.size() - written); });
-    if (count < 0) throw attempt.failure(errno);
-    if (count == 0) throw attempt.failure(EIO);
-    written += static_cast<std::size_t>(count);
-  }
 }
 
 void flush(const FileDescriptor& file, Flush flush, const FileAttempt& attempt) {
@@ -118,7 +108,7 @@ bool isUnchanged(const OpenFile& file, const std::string& path) {
 
 // Writes the content of a file that replaces `replaced`, if there is one. Its attributes come last, because they may
 // make it accessible to others and because a write removes some.
-void fill(const TemporaryFile& file, const Bytes& bytes, const std::optional<OpenFile>& replaced, mode_t modeIfNew,
+void fill(const TemporaryFile& file, const BytePieces& bytes, const std::optional<OpenFile>& replaced, mode_t modeIfNew,
           const FileAttempt& attempt) {
   writeAll(file.descriptor(), bytes, attempt);
   if (replaced)
@@ -177,7 +167,7 @@ void replaceFile(const std::string& path, const Bytes& bytes, mode_t modeIfNew, 
   rename(file, target, flush, attempt);
 }
 
-Replacement replaceFileIf(const std::string& path, const Bytes& expected, const Bytes& bytes,
+Replacement replaceFileIf(const std::string& path, const Bytes& expected, const BytePieces& bytes,
                           const std::function<bool()>& mayReplace, Flush flush) {
   const FileAttempt attempt = saving(path);
   const FileAttempt opening{"file", path, "opened"};

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/file_system.h"
+#include "values/byte_pieces.h"
 #include "values/bytes.h"
 
 // Whether a write waits until the data is on disk. `never` is for measurements only.
@@ -34,7 +35,7 @@ void replaceFile(const std::string& path, const Bytes& bytes, mode_t modeIfNew, 
 // also replaces nothing if another process changes or replaces the file during the comparison. Only the rename follows;
 // no system offers to compare and rename in one step. So it looks at the replaced file once more after the rename.
 // Throws nothing once the rename has succeeded. Does not remove abandoned files.
-Replacement replaceFileIf(const std::string& path, const Bytes& expected, const Bytes& bytes,
+Replacement replaceFileIf(const std::string& path, const Bytes& expected, const BytePieces& bytes,
                           const std::function<bool()>& mayReplace, Flush flush = Flush::toDisk);
 
 // See FileSystem::removeAbandonedFiles. Throws nothing.

@@ -456,6 +456,7 @@ TEST_F(RandomTrees, areSortedAlikeFromMemoryAndFromAFile) {
       const PlistValue result = sorted(stored, true);
       const Bytes written = codec_.serialize(result, format);
       EXPECT_EQ(codec_.serialize(codec_.parse(written).value, PropertyListFormat::xml), wanted);
+      EXPECT_TRUE(codec_.parsesTo(result, codec_.serializeInPieces(result, format)));
       EXPECT_EQ(result == stored, sortedByRule(tree, true) == tree);
     }
   });

@@ -14,10 +14,10 @@ namespace {
 class CarelessFileSystem : public PosixFileSystem {
  public:
   void writeNew(const std::string& path, const Bytes& bytes) override { write(path, bytes); }
-  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const BytePieces& bytes,
                              const std::function<bool()>& mayReplace) override {
     if (!mayReplace() || read(path) != expected) return {};
-    write(path, bytes);
+    write(path, bytes.joined());
     return {true, false, std::nullopt};
   }
 

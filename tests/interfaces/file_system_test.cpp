@@ -212,6 +212,17 @@ TEST_P(FileSystemTest, refusesToReplaceAFolder) {
 
 // Replacing an unchanged file
 
+TEST_P(FileSystemTest, replacesAFileByPiecesOfAnySize) {
+  put("old");
+  BytePieces pieces;
+  for (const std::size_t size : {1U, 1U << 20, 3U, (3U << 20) - 7, 500'000U, (1U << 20) - 1})
+    pieces.append(bytes(patterned(size)));
+  EXPECT_TRUE(files_.replaceIfHolds(file_, bytes("old"), pieces, [] { return true; }).done);
+  EXPECT_TRUE(content() == pieces.joined().text());
+  EXPECT_TRUE(files_.replaceIfHolds(file_, pieces.joined(), {}, [] { return true; }).done);
+  EXPECT_EQ(content(), "");
+}
+
 TEST_P(FileSystemTest, replacesTheExpectedContentOfEverySize) {
   for (const std::size_t size :
        {std::size_t{0}, std::size_t{1}, fileBlock - 1, fileBlock, fileBlock + 1, 3 * fileBlock}) {

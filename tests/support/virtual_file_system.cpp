@@ -111,11 +111,11 @@ void VirtualFileSystem::writeAtomically(const std::string& path, const Bytes& by
   });
 }
 
-Replacement VirtualFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+Replacement VirtualFileSystem::replaceIfHolds(const std::string& path, const Bytes& expected, const BytePieces& bytes,
                                               const std::function<bool()>& mayReplace) {
   journal_.perform("write beside", path, [&] { requireParent("write beside", path); });
   if (!mayReplace() || !holds(path, expected)) return {};
-  writeAtomically(path, bytes);
+  writeAtomically(path, bytes.joined());
   Replacement result{true, std::exchange(changesLate_, false), std::nullopt};
   if (result.changedLate && lateContent_) result.lateBytes = Bytes(std::string(*lateContent_));
   return result;

@@ -28,7 +28,7 @@ class VirtualFileSystem : public FileSystem {
   void writeAtomically(const std::string& path, const Bytes& bytes) override;
   // Recorded as "write beside"; if the file may be replaced, "holds"; and if it has the expected bytes, "write
   // atomically".
-  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const Bytes& bytes,
+  Replacement replaceIfHolds(const std::string& path, const Bytes& expected, const BytePieces& bytes,
                              const std::function<bool()>& mayReplace) override;
   void removeAbandonedFiles(const std::string& path, const std::vector<std::string>& inUse) override;
 

@@ -25,6 +25,6 @@ Bytes VirtualPropertyLists::serialize(const PlistValue& value, PropertyListForma
   });
 }
 
-bool VirtualPropertyLists::parsesTo(const PlistValue& value, const Bytes& bytes) {
+bool VirtualPropertyLists::parsesTo(const PlistValue& value, const BytePieces& bytes) {
   return journal_.perform("verify", {}, [&] { return codec_.parsesTo(value, bytes); });
 }

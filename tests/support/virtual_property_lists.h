@@ -15,7 +15,7 @@ class VirtualPropertyLists : public PropertyLists {
 
   Parsed parse(const Bytes& bytes) override;
   Bytes serialize(const PlistValue& value, PropertyListFormat format) override;
-  bool parsesTo(const PlistValue& value, const Bytes& bytes) override;
+  bool parsesTo(const PlistValue& value, const BytePieces& bytes) override;
 
   // Makes the next `serialize` return the bytes of another value.
   void willSerialize(PlistValue value) { serialized_ = std::move(value); }

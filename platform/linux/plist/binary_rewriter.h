@@ -1,12 +1,12 @@
-// Rewrites a binary property list: copies the file and changes the order of arrays.
+// Rewrites a binary property list: changes the order of arrays.
 #pragma once
 
 #include <optional>
 
-#include "values/bytes.h"
+#include "values/byte_pieces.h"
 #include "values/plist_value.h"
 
-// Returns the file that `value` was parsed from, with changed references in the rearranged arrays and every other byte
-// as it was. Absent if `value` is not the top object of a binary file, if it differs from that in more than the order
-// of arrays, if the file refers to a changed object from several places, or if objects overlap.
-std::optional<Bytes> rewriteBinary(const PlistValue& value);
+// Returns the file that `value` was parsed from, with changed references in the rearranged arrays. The rest is pieces
+// of that file. Absent if `value` is not the top object of a binary file, if it differs from that in more than the
+// order of arrays, if the file refers to a changed object from several places, or if objects overlap.
+std::optional<BytePieces> rewriteBinary(const PlistValue& value);

@@ -208,7 +208,7 @@ class BinaryWriter {
 
 }  // namespace
 
-Bytes writeBinary(const PlistValue& value) {
-  if (std::optional<Bytes> rewritten = rewriteBinary(value)) return *std::move(rewritten);
+BytePieces writeBinary(const PlistValue& value) {
+  if (std::optional<BytePieces> rewritten = rewriteBinary(value)) return *std::move(rewritten);
   return BinaryWriter().write(value);
 }

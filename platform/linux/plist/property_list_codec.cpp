@@ -35,6 +35,10 @@ PropertyLists::Parsed PropertyListCodec::parse(const Bytes& bytes) {
 }
 
 Bytes PropertyListCodec::serialize(const PlistValue& value, PropertyListFormat format) {
+  return serializeInPieces(value, format).joined();
+}
+
+BytePieces PropertyListCodec::serializeInPieces(const PlistValue& value, PropertyListFormat format) {
   switch (format) {
     case PropertyListFormat::binary: return writeBinary(value);
     case PropertyListFormat::xml: return writeXml(value);
@@ -43,6 +47,6 @@ Bytes PropertyListCodec::serialize(const PlistValue& value, PropertyListFormat f
   throw unwritable("the old-style format can be read but not written");
 }
 
-bool PropertyListCodec::parsesTo(const PlistValue& value, const Bytes& bytes) {
+bool PropertyListCodec::parsesTo(const PlistValue& value, const BytePieces& bytes) {
   return isRearrangedSource(bytes, value) || PropertyLists::parsesTo(value, bytes);
 }

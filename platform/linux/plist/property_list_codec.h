@@ -9,6 +9,7 @@ class PropertyListCodec : public PropertyLists {
  public:
   Parsed parse(const Bytes& bytes) override;
   Bytes serialize(const PlistValue& value, PropertyListFormat format) override;
+  BytePieces serializeInPieces(const PlistValue& value, PropertyListFormat format) override;
   // Does not parse the file that `value` is from, with its arrays in another order.
-  bool parsesTo(const PlistValue& value, const Bytes& bytes) override;
+  bool parsesTo(const PlistValue& value, const BytePieces& bytes) override;
 };

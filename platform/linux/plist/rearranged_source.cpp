@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -13,14 +13,12 @@ namespace {
 // What both formats compare: bytes, and a container that was made from one of the document.
 class SourceComparison {
  public:
-  SourceComparison(const PlistDocument& document, const Bytes& bytes) : document_(document), bytes_(bytes) {}
+  SourceComparison(const PlistDocument& document, const BytePieces& bytes) : document_(document), bytes_(bytes) {}
 
  protected:
-  // Returns true if the element, read from the file, has the same content as the source from `from` to `to`.
-  bool sameBytes(std::size_t from, std::size_t to, std::size_t place) const {
-    return from <= to && to <= document_.source.size() && place <= bytes_.size() &&
-           to - from <= bytes_.size() - place &&
-           std::memcmp(document_.source.data() + from, bytes_.data() + place, to - from) == 0;
+  // Returns true if the file goes on with the source from `from` to `to`, and continues after it.
+  bool hasSource(BytePieces::Reader& file, std::size_t from, std::size_t to) const {
+    return from <= to && to <= document_.source.size() && file.skip(document_.source.text().substr(from, to - from));
   }
 
   // Returns true if a container that is not of the document has the kind and size of the one that it was made from.
@@ -33,7 +31,7 @@ class SourceComparison {
   }
 
   const PlistDocument& document_;
-  const Bytes& bytes_;
+  const BytePieces& bytes_;
 };
 
 // Every object stays in its place; only the references of arrays differ.
@@ -46,10 +44,10 @@ class BinaryComparison : SourceComparison {
     std::sort(references_.begin(), references_.end());
     std::size_t from = 0;
     for (const auto& [start, end] : references_) {
-      if (!sameBytes(from, start, from)) return false;
+      if (!hasSource(from, start)) return false;
       from = end;
     }
-    return sameBytes(from, bytes_.size(), from);
+    return hasSource(from, bytes_.size());
   }
 
  private:
@@ -63,11 +61,11 @@ class BinaryComparison : SourceComparison {
   }
 
   bool holdsArray(const PlistValue& array, const PlistRecord& record) {
-    const std::size_t size = document_.layout.referenceSize;
     const std::size_t start = record.high();
+    BytePieces::Reader references(bytes_, start);
     for (std::size_t element = 0; element < record.count; ++element)
-      if (!holds(array.at(element), reference(start + element * size))) return false;
-    references_.emplace_back(start, start + record.count * size);
+      if (!holds(array.at(element), reference(references))) return false;
+    references_.emplace_back(start, start + record.count * std::size_t{document_.layout.referenceSize});
     return true;
   }
 
@@ -78,11 +76,20 @@ class BinaryComparison : SourceComparison {
     return true;
   }
 
-  std::size_t reference(std::size_t place) const {
+  std::size_t reference(BytePieces::Reader& file) const {
     std::size_t object = 0;
-    for (unsigned byte = 0; byte < document_.layout.referenceSize; ++byte)
-      object = object << 8 | std::to_integer<std::size_t>(bytes_.data()[place + byte]);
+    for (std::size_t left = document_.layout.referenceSize; left != 0;) {
+      const std::string_view bytes = file.take(left);
+      for (const char byte : bytes) object = object << 8 | static_cast<unsigned char>(byte);
+      left -= bytes.size();
+    }
     return object;
+  }
+
+  // Returns true if the bytes from `from` to `to` are the same in the file and the source.
+  bool hasSource(std::size_t from, std::size_t to) const {
+    BytePieces::Reader file(bytes_, from);
+    return SourceComparison::hasSource(file, from, to);
   }
 
   std::vector<std::pair<std::size_t, std::size_t>> references_;  // of the arrays: start and end
@@ -91,22 +98,18 @@ class BinaryComparison : SourceComparison {
 // The text of each element stays; only the place of dictionaries inside arrays differs.
 class XmlComparison : SourceComparison {
  public:
-  using SourceComparison::SourceComparison;
+  XmlComparison(const PlistDocument& document, const BytePieces& bytes)
+      : SourceComparison(document, bytes), file_(bytes_) {}
 
   bool holds(const PlistValue& root) {
     const PlistRecord& record = document_.records[document_.layout.root];
     return recordIn(document_, root) == document_.layout.root && record.kind == PlistKind::dictionary &&
            hasText(0, record.high()) && hasElement(root) &&
-           hasText(document_.elementEnd(record), document_.source.size()) && next_ == bytes_.size();
+           hasText(document_.elementEnd(record), document_.source.size()) && file_.isAtEnd();
   }
 
  private:
-  // Returns true if the file goes on with the source from `from` to `to`, and continues after it.
-  bool hasText(std::size_t from, std::size_t to) {
-    if (!sameBytes(from, to, next_)) return false;
-    next_ += to - from;
-    return true;
-  }
+  bool hasText(std::size_t from, std::size_t to) { return hasSource(file_, from, to); }
 
   // Returns true if the file goes on with the element of a dictionary.
   bool hasElement(const PlistValue& dictionary) {
@@ -144,12 +147,12 @@ class XmlComparison : SourceComparison {
     return true;
   }
 
-  std::size_t next_ = 0;  // in the file: the first byte that was not compared
+  BytePieces::Reader file_;
 };
 
 }  // namespace
 
-bool isRearrangedSource(const Bytes& bytes, const PlistValue& value) {
+bool isRearrangedSource(const BytePieces& bytes, const PlistValue& value) {
   const PlistValue::Place* place = value.placeOrOrigin();
   if (place == nullptr) return false;
   const PlistDocument& document = *place->document;

@@ -2,80 +2,84 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "platform/linux/plist/rearrangement.h"
-#include "platform/posix/large_memory.h"
 
 namespace {
 
 class XmlRewriter {
  public:
-  explicit XmlRewriter(const PlistDocument& document) : document_(document), buffer_(document.source.size()) {}
+  explicit XmlRewriter(const PlistDocument& document) : document_(document) {}
 
-  // Returns false if an element of these arrays is not a dictionary.
+  // Adds arrays, which exist as long as this object. Returns false if an element of one is not a dictionary.
   bool add(const std::vector<RearrangedArray>& arrays) {
     for (const RearrangedArray& rearranged : arrays) {
       const PlistRecord& array = document_.records[rearranged.array];
       if (array.count == 0) continue;
       for (const std::uint32_t element : rearranged.elements)
         if (document_.records[element].kind != PlistKind::dictionary) return false;
-      moves_.push_back({rearranged.array, rearranged.elements});
+      moves_.push_back({startOf(document_.element(array, 0)), &rearranged});
     }
     // In the order of the text: an array comes before the arrays inside it.
-    std::sort(moves_.begin(), moves_.end(),
-              [&](const RearrangedArray& a, const RearrangedArray& b) { return firstStart(a) < firstStart(b); });
+    std::sort(moves_.begin(), moves_.end(), [](const Move& a, const Move& b) { return a.start < b.start; });
     return true;
   }
 
-  Bytes write() && {
+  BytePieces write() && {
     append(0, document_.source.size());
-    buffer_.resize(size_);
-    return std::move(buffer_).take();
+    pieces_.append(document_.source.slice(start_, end_ - start_));
+    return std::move(pieces_);
   }
 
  private:
-  std::size_t start(std::uint32_t dictionary) const { return document_.records[dictionary].high(); }
-  std::size_t end(std::uint32_t dictionary) const { return document_.elementEnd(document_.records[dictionary]); }
-  std::size_t firstStart(const RearrangedArray& array) const {
-    return start(document_.element(document_.records[array.array], 0));
-  }
+  struct Move {
+    std::size_t start;  // of the first element
+    const RearrangedArray* array;
+  };
+
+  std::size_t startOf(std::uint32_t dictionary) const { return document_.records[dictionary].high(); }
+  std::size_t endOf(std::uint32_t dictionary) const { return document_.elementEnd(document_.records[dictionary]); }
 
   // Appends the text from `from` to `to` with rearranged arrays in their new order.
   void append(std::size_t from, std::size_t to) {
     // Arrays inside an element start after `from`. An array that starts at `from` is the one around the element.
-    auto next =
-        std::upper_bound(moves_.begin(), moves_.end(), from,
-                         [&](std::size_t place, const RearrangedArray& array) { return place < firstStart(array); });
-    while (next != moves_.end() && firstStart(*next) < to) {
-      const PlistRecord& array = document_.records[next->array];
+    auto next = std::upper_bound(moves_.begin(), moves_.end(), from,
+                                 [](std::size_t place, const Move& move) { return place < move.start; });
+    while (next != moves_.end() && next->start < to) {
+      const std::vector<std::uint32_t>& elements = next->array->elements;
+      const PlistRecord& array = document_.records[next->array->array];
       for (std::size_t index = 0; index < array.count; ++index) {
         const std::uint32_t before = document_.element(array, index);
-        copy(from, start(before));
-        append(start(next->elements[index]), end(next->elements[index]));
-        from = end(before);
+        copy(from, startOf(before));
+        append(startOf(elements[index]), endOf(elements[index]));
+        from = endOf(before);
       }
       // The calls above have appended the arrays inside these elements.
-      while (next != moves_.end() && firstStart(*next) < from) ++next;
+      while (next != moves_.end() && next->start < from) ++next;
     }
     copy(from, to);
   }
 
+  // Appends the source from `from` to `to`, which is one piece with what was appended last if it follows on that.
   void copy(std::size_t from, std::size_t to) {
-    std::memcpy(buffer_.data() + size_, document_.source.data() + from, to - from);
-    size_ += to - from;
+    if (from != end_) {
+      pieces_.append(document_.source.slice(start_, end_ - start_));
+      start_ = from;
+    }
+    end_ = to;
   }
 
   const PlistDocument& document_;
-  std::vector<RearrangedArray> moves_;
-  LargeBuffer buffer_;
-  std::size_t size_ = 0;
+  std::vector<Move> moves_;
+  BytePieces pieces_;
+  std::size_t start_ = 0;  // of the piece that is not appended yet, in the source
+  std::size_t end_ = 0;
 };
 
 }  // namespace
 
-std::optional<Bytes> rewriteXml(const PlistValue& value) {
+std::optional<BytePieces> rewriteXml(const PlistValue& value) {
   const PlistValue::Place* place = value.placeOrOrigin();
   if (place == nullptr || place->document->layout.xml != PlistDocument::Xml::original) return std::nullopt;
   const auto arrays = rearrangedArrays(value, place->document->layout.root);

@@ -246,10 +246,10 @@ std::size_t expectedSize(const PlistValue& value) {
 
 }  // namespace
 
-Bytes writeXml(const PlistValue& value) {
+BytePieces writeXml(const PlistValue& value) {
   const PlistValue::Place* place = value.placeOrOrigin();
   if (place != nullptr && place->document->layout.xml == PlistDocument::Xml::converted)
     throw unwritable("it is XML in another encoding than UTF-8, which can be read but not written");
-  if (std::optional<Bytes> rewritten = rewriteXml(value)) return *std::move(rewritten);
+  if (std::optional<BytePieces> rewritten = rewriteXml(value)) return *std::move(rewritten);
   return XmlWriter(expectedSize(value)).write(value);
 }

@@ -1,7 +1,7 @@
 // Writes the XML format of property lists, byte for byte as the platform does.
 #pragma once
 
-#include "values/bytes.h"
+#include "values/byte_pieces.h"
 #include "values/plist_value.h"
 
 // Returns `value` as XML text. If `value` is a parsed XML file in which only arrays changed their order, the result is
@@ -10,4 +10,4 @@
 // of range, or a tree with so many shared parts that the text would be 4 GiB or larger. Also throws for a parsed XML
 // file in another encoding than UTF-8, because a new text would lose its comments and change how its values are
 // written.
-Bytes writeXml(const PlistValue& value);
+BytePieces writeXml(const PlistValue& value);

@@ -50,7 +50,7 @@ Bytes small() {
   return file.bytes();
 }
 
-PlistValue anew(const PlistValue& value) { return readBinary(writeBinary(deepCopy(value))); }
+PlistValue anew(const PlistValue& value) { return readBinary(writeBinary(deepCopy(value)).joined()); }
 
 TEST(BinaryReader, namesTheByteOfATruncatedFile) {
   for (std::size_t size = 8; size < small().size(); ++size)
@@ -329,7 +329,7 @@ TEST(BinaryFormat, handlesATreeOf2ToThe250ValuesInLinearTime) {
   const PlistValue inOrder = sorted(value, true);
   EXPECT_FALSE(inOrder == value);
   EXPECT_EQ(sorted(inOrder, true), inOrder);
-  const Bytes written = writeBinary(inOrder);
+  const Bytes written = writeBinary(inOrder).joined();
   EXPECT_LE(written.size(), 2 * bytes.size());
   EXPECT_EQ(readBinary(written), inOrder);
   EXPECT_EQ(readBinary(bytes), value);
@@ -343,14 +343,15 @@ TEST(BinaryRewriter, changesOnlyTheReferencesOfRearrangedArrays) {
   const Bytes before = file.bytes(top);
   const PlistValue value = readBinary(before);
   const PlistValue inOrder = sorted(value, true);
-  const std::optional<Bytes> after = rewriteBinary(inOrder);
-  ASSERT_TRUE(after);
-  ASSERT_EQ(after->size(), before.size());
+  const std::optional<BytePieces> rewritten = rewriteBinary(inOrder);
+  ASSERT_TRUE(rewritten);
+  const Bytes after = rewritten->joined();
+  ASSERT_EQ(after.size(), before.size());
   std::size_t changed = 0;
   for (std::size_t place = 0; place < before.size(); ++place)
-    changed += before.text()[place] != after->text()[place] ? 1 : 0;
+    changed += before.text()[place] != after.text()[place] ? 1 : 0;
   EXPECT_EQ(changed, 2U);
-  EXPECT_EQ(readBinary(*after), inOrder);
+  EXPECT_EQ(readBinary(after), inOrder);
 }
 
 TEST(BinaryRewriter, keepsUnusedObjectsAndGaps) {
@@ -363,10 +364,11 @@ TEST(BinaryRewriter, keepsUnusedObjectsAndGaps) {
       "x"
       "and these bytes are in no object");
   const Bytes before = file.bytes(file.folder("root", {inner}));
-  const std::optional<Bytes> after = rewriteBinary(sorted(readBinary(before), true));
-  ASSERT_TRUE(after);
-  EXPECT_THAT(std::string(after->text()), HasSubstr("no reference leads here"));
-  EXPECT_THAT(std::string(after->text()), HasSubstr("and these bytes are in no object"));
+  const std::optional<BytePieces> rewritten = rewriteBinary(sorted(readBinary(before), true));
+  ASSERT_TRUE(rewritten);
+  const Bytes after = rewritten->joined();
+  EXPECT_THAT(std::string(after.text()), HasSubstr("no reference leads here"));
+  EXPECT_THAT(std::string(after.text()), HasSubstr("and these bytes are in no object"));
 }
 
 TEST(BinaryRewriter, declinesAChangeOfASharedArray) {
@@ -384,7 +386,7 @@ TEST(BinaryRewriter, declinesAChangeOfASharedArray) {
   const PlistValue value = readBinary(file.bytes(file.folder("root", {readingList, folder})));
   const PlistValue inOrder = sorted(value, true);
   EXPECT_FALSE(rewriteBinary(inOrder));
-  const PlistValue back = readBinary(writeBinary(inOrder));
+  const PlistValue back = readBinary(writeBinary(inOrder).joined());
   EXPECT_EQ(back, inOrder);
   const PlistValue folders = *back.value(u"Children");
   EXPECT_EQ(folders.at(0), value.value(u"Children")->at(0));
@@ -418,7 +420,7 @@ TEST(BinaryRewriter, declinesOverlappingObjects) {
   const PlistValue inOrder = sorted(value, true);
   ASSERT_FALSE(inOrder == value);
   EXPECT_FALSE(rewriteBinary(inOrder));
-  const PlistValue back = readBinary(writeBinary(inOrder));
+  const PlistValue back = readBinary(writeBinary(inOrder).joined());
   EXPECT_EQ(back, inOrder);
   EXPECT_EQ(back.value(u"Children")->at(0).value(u"Extra")->data()->text(), "\xA2\7\x8");
 }
@@ -434,7 +436,8 @@ TEST(BinaryRewriter, declinesOtherChangesThanRearrangements) {
   EXPECT_FALSE(rewriteBinary(value.rearranged({value.at(1), u"new"})));
   EXPECT_FALSE(rewriteBinary(value.at(0)));
   EXPECT_FALSE(rewriteBinary(PlistValue::array({u"a"})));
-  EXPECT_EQ(readBinary(writeBinary(value.rearranged({value.at(1), value.at(1)}))), PlistValue::array({u"b", u"b"}));
+  EXPECT_EQ(readBinary(writeBinary(value.rearranged({value.at(1), value.at(1)})).joined()),
+            PlistValue::array({u"b", u"b"}));
 }
 
 TEST(BinaryReader, readsTwoLargeDictionariesWithEqualKeys) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,29 @@ TEST_P(RearrangedSource, holdsForNoFileWithAnotherByte) {
     changed[place] = static_cast<char>(changed[place] ^ 1);
     EXPECT_FALSE(isRearrangedSource(Bytes(changed), inOrder_)) << "byte " << place;
   }
+}
+
+TEST_P(RearrangedSource, holdsHoweverTheFileIsCutIntoPieces) {
+  for (std::size_t size = 1; size < rewritten_.size(); size += 1 + size / 2) {
+    BytePieces pieces;
+    for (std::size_t start = 0; start < rewritten_.size(); start += size)
+      pieces.append(Bytes(std::string(rewritten_.text().substr(start, size))));
+    EXPECT_TRUE(isRearrangedSource(pieces, inOrder_)) << size;
+  }
+}
+
+TEST_P(RearrangedSource, consistsOfPiecesOfTheFile) {
+  const BytePieces pieces = codec_.serializeInPieces(inOrder_, GetParam());
+  const Bytes& file = source_.place()->document->source;
+  std::size_t copied = 0;
+  for (const Bytes& piece : pieces.pieces())
+    copied += std::less_equal<>()(file.data(), piece.data()) && std::less<>()(piece.data(), file.data() + file.size())
+                  ? 0
+                  : piece.size();
+  const std::size_t references = GetParam() == PropertyListFormat::binary ? 3 + 4 : 0;  // of the two sorted lists
+  EXPECT_EQ(copied, references);
+  EXPECT_EQ(pieces.joined(), rewritten_);
+  EXPECT_TRUE(isRearrangedSource(pieces, inOrder_));
 }
 
 TEST_P(RearrangedSource, holdsForNoFileOfAnotherSize) {
