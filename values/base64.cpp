@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
 
 #include "values/byte_block.h"
@@ -43,7 +42,8 @@ std::size_t countDigits(std::string_view text, std::size_t& length) {
     } else {
       const ByteSet spaces = block.equal('\n') | block.equal('\t') | block.equal(' ') | block.equal('\r');
       if ((found | spaces) != ByteBlock::all) break;
-      count += static_cast<std::size_t>(std::popcount(found));
+      count += ByteBlock::size;
+      for (ByteSet rest = spaces; rest != 0; rest &= rest - 1) --count;
     }
   }
   return count;

@@ -138,6 +138,13 @@ void PlistText::appendTo(std::u16string& units) const {
     std::copy_n(bytes, count_, units.begin() + static_cast<std::ptrdiff_t>(size));
     return;
   }
+  if (encoding_ == PlistEncoding::utf16BigEndian) {
+    const std::size_t size = units.size();
+    units.resize(size + count_);
+    for (std::size_t index = 0; index < count_; ++index)
+      units[size + index] = static_cast<char16_t>(bytes[2 * index] << 8 | bytes[2 * index + 1]);
+    return;
+  }
   for (UnitReader reader(*this); !reader.atEnd();) units.push_back(reader.next());
 }
 

@@ -309,7 +309,7 @@ class BinaryReader {
       count = bigEndian(start_ + first + 1 + excess, width - excess);
       first += 1 + width;
     }
-    if (count > (table_ - first) / size) throw beyondObjects(offset);
+    if (count > table_ - first || count * size > table_ - first) throw beyondObjects(offset);
     // In a hostile file objects overlap, and each may extend over nearly the whole file. Without this limit time and
     // memory would be quadratic in the size of the file.
     claimed_ += count * size;
