@@ -8,5 +8,11 @@ set(QUILLERY_COPYRIGHT "Copyright © 2026 Fenwarde")
 set(QUILLERY_FEED_ADDRESS "https://quillery.example.com/appcast.xml")
 # The public half of the key that signs updates (EdDSA, base64). The maker's releases replace this placeholder.
 set(QUILLERY_FEED_PUBLIC_KEY "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=")
+# When this version was released, in seconds since 1970. Packages have this time, whenever and wherever they are built.
+set(QUILLERY_RELEASE_TIME "1795219200")
+# Where the packages of releases are, with a slash at the end.
+set(QUILLERY_DOWNLOADS "https://quillery.example.com/downloads/")
 # The oldest macOS that the program runs on.
 set(QUILLERY_MINIMUM_MACOS "12.0")
+# The oldest Debian that the package can be installed on.
+set(QUILLERY_MINIMUM_DEBIAN "12")
