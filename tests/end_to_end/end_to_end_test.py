@@ -320,9 +320,7 @@ class EndToEndTest(unittest.TestCase):
         self.desktop.screen.press(window.find("check box", "Enable scheduled sorting"))
         presets = window.find("combo box")
         wait_for(presets.is_enabled, "enabled presets")
-        self.desktop.screen.press(presets)
-        wait_for(presets.is_expanded, "an open list")
-        self.desktop.screen.type("End", "Return")
+        self.desktop.screen.choose_last(presets)
         days = [window.find("check box", f"{day}day")
                 for day in ("Sun", "Mon", "Tues", "Wednes", "Thurs", "Fri", "Satur")]
         wait_for(days[0].is_enabled, "enabled check boxes of days")

@@ -126,6 +126,12 @@ class Screen(Keyboard):
         x, y, width, height = element.frame()
         self.click(x + min(width // 2, 10), y + height // 2)
 
+    def choose_last(self, element):
+        """Chooses the last item of a combo box."""
+        self.press(element)
+        wait_for(element.is_expanded, "an open list")
+        self.type("End", "Return")
+
     def has_older_tray(self):
         return self.display.get_selection_owner(self.display.intern_atom("_NET_SYSTEM_TRAY_S0")) != X.NONE
 

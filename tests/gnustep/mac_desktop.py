@@ -4,6 +4,7 @@ import contextlib
 import json
 import os
 import pathlib
+import signal
 import socket
 import sys
 import urllib.parse
@@ -41,8 +42,9 @@ class Desktop(ScratchDesktop):
             **dict(environment),
         }
         try:
+            self.callback(self.stop_safari)
             self.start_display()
-            self.screen = Screen(self.environment["DISPLAY"])
+            self.screen = Screen(self)
             self.callback(self.screen.display.close)
         except BaseException:
             self.close()
@@ -55,6 +57,11 @@ class Desktop(ScratchDesktop):
             control.connect(str(self.rig / "control"))
             control.send(command.encode())
             return json.loads(b"".join(iter(lambda: control.recv(65536), b"")))
+
+    def wake(self):
+        """Makes the program handle its events: an event in the queue does not always wake GNUstep's loop."""
+        for _ in range(5):
+            self.ask("menu")
 
     # --- Safari ---
 
@@ -73,6 +80,13 @@ class Desktop(ScratchDesktop):
     def is_safari_running(self):
         return (self.rig / "running" / SAFARI).exists()
 
+    def stop_safari(self):
+        """Stops the Safari that the program has started."""
+        process = self.rig / "running" / SAFARI
+        if process.exists():
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(int(process.read_text(encoding="utf-8")), signal.SIGKILL)
+
     # --- Traces of the program ---
 
     def events(self):
@@ -81,9 +95,16 @@ class Desktop(ScratchDesktop):
         return record.read_text(encoding="utf-8").splitlines() if record.exists() else []
 
     def opened(self):
-        addresses = [event.removeprefix("open ") for event in self.events() if event.startswith("open ")]
-        return [urllib.parse.unquote(address.removeprefix("file://")).rstrip("/") if address.startswith("file://")
-                else address for address in addresses]
+        """The addresses and folders that the program has opened; it opens the folder of a file that it reveals."""
+        return [self._opened_by(*event.split(" ", 1)) for event in self.events()
+                if event.startswith(("open ", "reveal "))]
+
+    @staticmethod
+    def _opened_by(verb, address):
+        if verb == "reveal":
+            return str(pathlib.Path(address).parent)
+        is_file = address.startswith("file://")
+        return urllib.parse.unquote(address.removeprefix("file://")).rstrip("/") if is_file else address
 
     def screenshot(self, path, frame=None):
         """No-op: pixels prove nothing here."""
@@ -108,10 +129,6 @@ class Element:
 
     def has_focus(self):
         return self.now["hasFocus"]
-
-    def is_expanded(self):
-        """True: a click opens the list."""
-        return True
 
     def frame(self):
         return [int(number) for number in self.now["frame"]]
@@ -145,8 +162,13 @@ class Window:
 class Screen(Keyboard):
     """The pointer and the keys of the display."""
 
-    def __init__(self, name):
-        self.display = display.Display(name)
+    def __init__(self, desktop):
+        self.desktop = desktop
+        self.display = display.Display(desktop.environment["DISPLAY"])
+
+    def type(self, *keys):
+        super().type(*keys)
+        self.desktop.wake()
 
     def has_focus(self, frame):
         """Returns true if the display sends keys to the window with this frame."""
@@ -154,16 +176,28 @@ class Screen(Keyboard):
         if isinstance(focus, int):
             return False
         size, corner = focus.get_geometry(), self.display.screen().root.translate_coords(focus, 0, 0)
-        return [corner.x, corner.y, size.width, size.height] == [round(number) for number in frame]
+        shown = corner.x, corner.y, size.width, size.height
+        return all(abs(one - other) < 1 for one, other in zip(shown, frame))  # alerts are not at whole pixels
 
-    @staticmethod
-    def press(element):
+    def press(self, element):
         """Clicks a control, by the program's queue of events: without a window manager, the display's first click in a
         window only activates the program."""
-        desktop = element.window.quillery.desktop
-        desktop.ask(f"press {element.window.path.split()[0]} {element.index}")
-        for _ in range(5):  # such events do not wake GNUstep's loop
-            desktop.ask("menu")
+        self.desktop.ask(f"press {element.window.path.split()[0]} {element.index}")
+        self.desktop.wake()
+
+    def reach(self, element):
+        """Moves the focus to a control by the Tab key."""
+        def focus():
+            return [control["hasFocus"] for control in element.window.now["controls"]]
+        while not element.has_focus():
+            before = focus()
+            self.type("Tab")
+            wait_for(lambda: focus() != before, "another control with the focus")
+
+    def choose_last(self, element):
+        """Chooses the last item of a combo box."""
+        self.reach(element)
+        self.type("space", *["Down"] * 10, "space")
 
 
 class StatusItem:
@@ -219,8 +253,7 @@ class Quillery(Program):
                     return Window(self, each)
             return None
         window = wait_for(look, what)
-        with contextlib.suppress(AssertionError):  # GNUstep does not ask for the focus of the display each time
-            wait_for(lambda: self.desktop.screen.has_focus(window.now["frame"]), "the display's focus", patience=1)
+        wait_for(lambda: self.desktop.screen.has_focus(window.now["frame"]), "the display's focus")
         return window
 
     def window(self, title):

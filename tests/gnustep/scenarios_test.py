@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """The scenarios of tests/end_to_end that the macOS layer can run over GNUstep, and those of its own.
 
-usage: scenarios_test.py BUILD [MacEndToEndTest.NAME ...]
+usage: scenarios_test.py BUILD [--failfast] [MacEndToEndTest.NAME ...]
 """
 import pathlib
 import plistlib
@@ -29,7 +29,9 @@ SHARED = """
     test_leaves_a_file_that_is_not_a_bookmark_tree_alone
     test_sorts_one_second_after_the_user_quits_safari
     test_stop_lasts_over_a_restart_and_a_quit_of_safari
+    test_the_access_window_closes_once_access_is_granted
     test_cancel_without_access_registers_no_agent
+    test_the_schedule_needs_a_day_and_escape_discards_edits
     test_the_about_window_opens_addresses_and_the_backups
     test_reports_that_backups_cannot_be_opened
 """.split()
@@ -84,6 +86,28 @@ class MacEndToEndTest(shared.EndToEndTest):
         self.assertEqual(settings["scheduleDays"], [1, 2, 3, 4, 5, 6, 7])
         self.assertTrue(settings["dailyEnabled"])
 
+    def test_days_chosen_by_keys_are_stored(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
+        quillery.choose("Schedule…")
+        window = quillery.window("Schedule")
+        box = window.find("check box", "Enable scheduled sorting")
+        self.desktop.screen.reach(box)
+        self.desktop.screen.type("space")
+        wait_for(box.is_checked, "a checked box")
+        presets = window.find("combo box")
+        wait_for(presets.is_enabled, "enabled presets")
+        self.desktop.screen.choose_last(presets)
+        tuesday = window.find("check box", "Tuesday")
+        wait_for(tuesday.is_enabled, "enabled check boxes of days")
+        self.desktop.screen.reach(tuesday)
+        self.desktop.screen.type("space")
+        wait_for(lambda: not tuesday.is_checked(), "an unchecked Tuesday")
+        self.desktop.screen.type("Return")
+        wait_for(quillery.has_no_windows, "Return to close the window")
+        self.assertEqual(quillery.quit(), 0)
+        self.assertEqual(self.settings()["scheduleDays"], [1, 2, 4, 5, 6, 7])
+
     def test_quits_while_an_alert_is_shown(self):
         self.arrange()
         quillery = self.launch_with_agent()
@@ -100,4 +124,4 @@ for name in [name for name in dir(shared.EndToEndTest) if name.startswith("test_
 
 
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], *(sys.argv[3:] or ["MacEndToEndTest"])], verbosity=2)
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], defaultTest="MacEndToEndTest", verbosity=2)
