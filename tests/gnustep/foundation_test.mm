@@ -5,6 +5,7 @@
 #include <spawn.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -47,8 +48,14 @@ TEST(PropertyLists, areReadAsTheyWereWritten) {
 
 TEST(PropertyLists, reportWhatCannotBeRead) {
   FoundationPropertyLists lists;
-  for (const char* malformed : {"", "bplist00", "<?xml version=\"1.0\"?><plist><dict><key>a</key></plist>"})
-    EXPECT_THROW(lists.parse(Bytes(std::string(malformed))), Error) << malformed;
+  for (const char* malformed : {"", "bplist00", "<?xml version=\"1.0\"?><plist><dict><key>a</key></plist>"}) {
+    try {
+      lists.parse(Bytes(std::string(malformed)));
+      ADD_FAILURE() << malformed;
+    } catch (const Error& error) {
+      EXPECT_EQ(error.description().find("an object of the class"), std::string::npos) << "the parser's own error";
+    }
+  }
 }
 
 TEST(PropertyLists, keepNoMemory) {
@@ -112,7 +119,9 @@ TEST(Calendars, searchForTheNextMatchOnly) {
     const Instant start{std::chrono::seconds(1'782'936'000)};
     EXPECT_EQ(utc->nextDate(start, {.weekday = std::nullopt, .hour = 20, .minute = 5}),
               start + std::chrono::minutes(5));
-    EXPECT_EQ(utc->nextDate(start, {.weekday = 5, .hour = 20, .minute = 0}), start + std::chrono::hours(24));
+    for (const int days : {1, 2, 3})
+      EXPECT_EQ(utc->nextDate(start, {.weekday = 4 + days, .hour = 20, .minute = 0}),
+                start + days * std::chrono::hours(24));
     for (const auto& [hour, minute] : {std::pair(-1, 0), std::pair(24, 0), std::pair(0, -1), std::pair(0, 60)})
       EXPECT_EQ(utc->nextDate(start, {.weekday = std::nullopt, .hour = hour, .minute = minute}), std::nullopt);
   }
@@ -155,6 +164,15 @@ TEST(Files, homeFolderIsEmptyForTheRoot) {
 }
 
 // --- Programs and the session ---
+
+TEST(Programs, reportWhyTheyWereNotLaunched) {
+  try {
+    FoundationProcesses().run("/nonexistent", {});
+    ADD_FAILURE() << "launched";
+  } catch (const Error& error) {
+    EXPECT_EQ(error.code(), ENOENT);
+  }
+}
 
 // Starts a copy of sleep.
 pid_t start(std::string path) {

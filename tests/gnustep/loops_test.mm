@@ -253,7 +253,112 @@ TEST_F(ObserverTest, isCalledInANestedLoopOfAHandler) {
   }
 }
 
-// Alerts are answered by tests/gnustep/scenarios_test.py, with keys of the display.
+// --- Alerts ---
+
+// tests/gnustep/scenarios_test.py answers alerts with keys of the display.
+class AlertTest : public testing::Test {
+ protected:
+  // Shows an alert, and answers it when it is shown, or ends it after a few seconds. GNUstep looks for posted events
+  // only after a timer has fired.
+  static std::size_t run(const std::vector<std::string>& buttons, const std::function<void(NSWindow*)>& answer) {
+    NSDate* const end = [NSDate dateWithTimeIntervalSinceNow:5];
+    NSTimer* const timer = [NSTimer timerWithTimeInterval:0.01
+                                                  repeats:YES
+                                                    block:^(NSTimer*) {
+                                                      if (end.timeIntervalSinceNow > 0) return;
+                                                      ADD_FAILURE() << "not answered";
+                                                      [NSApp stopModal];
+                                                      wake();
+                                                    }];
+    [NSRunLoop.mainRunLoop addTimer:timer forMode:NSModalPanelRunLoopMode];
+    [NSRunLoop.mainRunLoop performInModes:@[ NSModalPanelRunLoopMode ]
+                                    block:^{
+                                      answer(NSApp.modalWindow);
+                                      wake();
+                                    }];
+    const std::size_t result = AppKitUserInterface().runModal({"Mëssage", "Informätion", buttons});
+    [timer invalidate];
+    return result;
+  }
+
+  static void press(NSWindow* window, const std::string& title) {
+    for (NSView* view in [window.contentView subviews])
+      if ([view isKindOfClass:[NSButton class]] && textOf([static_cast<NSButton*>(view) title]) == title)
+        return [static_cast<NSButton*>(view) performClick:nil];
+    ADD_FAILURE() << "no button " << title;
+  }
+
+  // The modal loop ends after an event.
+  static void wake() {
+    [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
+                                        location:NSZeroPoint
+                                   modifierFlags:0
+                                       timestamp:0
+                                    windowNumber:0
+                                         context:nil
+                                         subtype:0
+                                           data1:0
+                                           data2:0]
+             atStart:NO];
+  }
+};
+
+TEST_F(AlertTest, returnsTheIndexOfThePressedButton) {
+  @autoreleasepool {
+    const std::vector<std::string> buttons = {"First", "Second", "Third"};
+    for (std::size_t index = 0; index < buttons.size(); ++index)
+      EXPECT_EQ(run(buttons, [&](NSWindow* window) { press(window, buttons[index]); }), index);
+    EXPECT_EQ(run({"Only"}, [](NSWindow* window) { press(window, "Only"); }), 0U);
+  }
+}
+
+TEST_F(AlertTest, returnsItsLastButtonIfItIsEnded) {
+  @autoreleasepool {
+    const auto end = [](NSWindow*) { [NSApp stopModalWithCode:NSModalResponseAbort]; };
+    EXPECT_EQ(run({"First", "Second", "Third"}, end), 2U);
+    EXPECT_EQ(run({"Only"}, end), 0U);
+  }
+}
+
+TEST_F(AlertTest, showsItsTexts) {
+  @autoreleasepool {
+    run({"OK"}, [](NSWindow* window) {
+      std::string texts;
+      for (NSView* view in [window.contentView subviews])
+        if ([view isKindOfClass:[NSTextField class]])
+          texts += textOf([static_cast<NSTextField*>(view) stringValue]) + "\n";
+      EXPECT_NE(texts.find("Mëssage"), texts.npos) << texts;
+      EXPECT_NE(texts.find("Informätion"), texts.npos) << texts;
+      press(window, "OK");
+    });
+  }
+}
+
+TEST_F(AlertTest, letsTimersPostedWorkAndObserversRun) {
+  @autoreleasepool {
+    MainRunLoop loop;
+    std::vector<std::string> ran;
+    NSWindow* __unsafe_unretained shown = nil;
+    const Observation observation =
+        observeNotifications(NSNotificationCenter.defaultCenter, @"Some", [&](NSNotification*) {
+          ran.emplace_back("observer");
+          loop.after(1ms, [&] {
+            ran.emplace_back("timer");
+            press(shown, "OK");
+            wake();
+          });
+        });
+    run({"OK"}, [&](NSWindow* window) {
+      shown = window;
+      loop.post([&] {
+        ran.emplace_back("work");
+        [NSNotificationCenter.defaultCenter postNotificationName:@"Some" object:nil];
+      });
+    });
+    EXPECT_EQ(ran, (std::vector<std::string>{"work", "observer", "timer"}));
+  }
+}
+
 TEST(UserInterfaceTest, activatesTheProgram) {
   AppKitUserInterface interface;
   interface.becomeAccessory();
