@@ -28,11 +28,16 @@ target_link_libraries(gnustep INTERFACE gnustep_rig $<TARGET_OBJECTS:gnustep_rig
                                         ${GNUSTEP_GUI} ${GNUSTEP_BASE} ${LIBOBJC})
 target_link_options(gnustep INTERFACE -rdynamic LINKER:--wrap=__objc_exec_class)
 
+# CMake joins sources as C++, which Objective-C++ is not.
+set_target_properties(gnustep_rig gnustep_stand_ins PROPERTIES UNITY_BUILD OFF)
+
 # The layer itself, as it is.
 function(add_layer name)
   file(GLOB sources CONFIGURE_DEPENDS ${ARGN})
   list(FILTER sources EXCLUDE REGEX "/large_memory\\.cpp$")
   add_library(${name} STATIC ${sources})
+  list(FILTER sources INCLUDE REGEX "\\.mm$")
+  set_source_files_properties(${sources} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   target_compile_options(${name} PRIVATE -fobjc-arc --coverage)
   target_link_libraries(${name} PUBLIC quillery_values PRIVATE gnustep_options INTERFACE gnustep)
   target_link_options(${name} INTERFACE --coverage)
