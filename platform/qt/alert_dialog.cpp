@@ -1,6 +1,7 @@
 #include "platform/qt/alert_dialog.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -13,6 +14,7 @@
 #include <algorithm>
 
 #include "platform/qt/interface_text.h"
+#include "platform/qt/key_equivalents.h"
 
 namespace {
 
@@ -27,6 +29,7 @@ QLabel* makeText(const std::string& text, bool isBold, int width) {
   label->setTextFormat(Qt::PlainText);
   label->setWordWrap(true);
   label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+  label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   label->setText(breakable(QString::fromStdString(text), QFontMetrics(font), width));
   label->setFixedWidth(width);
   label->setFixedHeight(label->heightForWidth(width));
@@ -45,6 +48,7 @@ AlertDialog::AlertDialog(const Alert& alert) {
   auto* const all = new QVBoxLayout(this);
   all->addLayout(top);
   all->setSizeConstraint(QLayout::SetFixedSize);
+  connect(QGuiApplication::clipboard(), &QClipboard::changed, this, &AlertDialog::cleanCopy);
   makeButtons(alert.buttons.empty() ? std::vector<std::string>{"OK"} : alert.buttons);
 }
 
@@ -78,8 +82,10 @@ QWidget* AlertDialog::makeTexts(const Alert& alert) {
 void AlertDialog::makeButtons(const std::vector<std::string>& titles) {
   auto* const row = new QHBoxLayout;
   row->addStretch(1);
+  Mnemonics mnemonics;
   for (std::size_t index = 0; index < titles.size(); ++index) {
-    auto* const button = new QPushButton(controlTitle(titles[index]));
+    auto* const button = new QPushButton(mnemonics.mark(titles[index]), this);
+    button->setAutoDefault(false);  // otherwise the focused button would become the default
     connect(button, &QPushButton::clicked, this, [this, index] {
       pressed_ = index;
       accept();
@@ -92,7 +98,19 @@ void AlertDialog::makeButtons(const std::vector<std::string>& titles) {
   if (titles.size() == 1) cancel_ = 0;
   buttons_.front()->setDefault(true);
   buttons_.front()->setFocus();
+  pressWithKey(*buttons_.front(), KeyEquivalent::returnKey);
   static_cast<QVBoxLayout*>(layout())->addLayout(row);
+}
+
+// Removes what lets a long path break into lines from a copy of a text.
+void AlertDialog::cleanCopy(QClipboard::Mode mode) {
+  QClipboard& clipboard = *QGuiApplication::clipboard();
+  for (const QLabel* const label : findChildren<QLabel*>()) {
+    if (!label->hasSelectedText()) continue;
+    const QString copy = clipboard.text(mode);
+    const bool isOurs = QString(copy).replace('\n', QChar::ParagraphSeparator) == label->selectedText();
+    if (isOurs && unbroken(copy) != copy) return clipboard.setText(unbroken(copy), mode);
+  }
 }
 
 std::size_t AlertDialog::answer() const { return pressed_.value_or(cancel_.value_or(buttons_.size() - 1)); }

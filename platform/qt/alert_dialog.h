@@ -1,6 +1,7 @@
 // The window of an alert.
 #pragma once
 
+#include <QClipboard>
 #include <QDialog>
 #include <QPushButton>
 #include <QString>
@@ -11,9 +12,9 @@
 
 #include "platform/user_interface.h"
 
-// Shows all of its texts: long lines wrap, and texts taller than the screen scroll. The buttons are in order from the
-// left, and the first is the default. Escape and closing the window press the button "Cancel" or the only button, and
-// are no-ops if there is neither.
+// Shows all of its texts, which can be selected: long lines wrap, and texts taller than the screen scroll. The buttons
+// are in order from the left, and the first is the default: Return presses it whichever button has the focus. Escape
+// and closing the window press the button "Cancel" or the only button, and are no-ops if there is neither.
 class AlertDialog : public QDialog {
  public:
   explicit AlertDialog(const Alert& alert);
@@ -29,6 +30,7 @@ class AlertDialog : public QDialog {
   QWidget* makeTexts(const Alert& alert);
   QWidget* makeIcon();
   void makeButtons(const std::vector<std::string>& titles);
+  void cleanCopy(QClipboard::Mode mode);
 
   std::vector<QPushButton*> buttons_;
   std::optional<std::size_t> cancel_;

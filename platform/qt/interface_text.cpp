@@ -29,3 +29,5 @@ QString breakable(const QString& text, const QFontMetrics& metrics, int width) {
   }
   return result;
 }
+
+QString unbroken(QString text) { return text.remove(zeroWidthSpace); }

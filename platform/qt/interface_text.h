@@ -10,3 +10,6 @@ QString controlTitle(const std::string& title);
 
 // Returns the text with zero-width spaces in words wider than `width`, so that lines can break there.
 QString breakable(const QString& text, const QFontMetrics& metrics, int width);
+
+// Returns the text without the zero-width spaces that breakable() has added, or any others.
+QString unbroken(QString text);

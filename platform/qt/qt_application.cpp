@@ -15,19 +15,18 @@
 #include "platform/qt/icon_files.h"
 #include "platform/qt/posted_work.h"
 #include "platform/qt/svg_icon.h"
+#include "platform/qt/window_order.h"
 #include "values/log_line.h"
 
 namespace {
 
 QString text(std::string_view value) { return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size())); }
 
-QWidgetList visibleWindows() {
-  QWidgetList windows;
-  for (QWidget* const widget : QApplication::topLevelWidgets()) {
-    const bool isWindow = widget->windowType() == Qt::Window || widget->windowType() == Qt::Dialog;
-    if (isWindow && widget->isVisible()) windows.append(widget);
-  }
-  return windows;
+// The front window stays in front; it comes last, because a minimised one counts as well.
+void raiseWindows() {
+  QWidgetList windows = visibleWindows();
+  if (QWidget* const front = frontWindow()) windows.append(front);
+  for (QWidget* const window : windows) orderFront(*window);
 }
 
 }  // namespace
@@ -76,12 +75,7 @@ void QtApplication::terminate() {
 void QtApplication::reopen() {
   const auto delegate = delegate_.lock();
   const bool mayRaise = !delegate || delegate->applicationShouldHandleReopen(!visibleWindows().isEmpty());
-  if (mayRaise) {
-    for (QWidget* const window : visibleWindows()) {
-      window->raise();
-      window->activateWindow();
-    }
-  }
+  if (mayRaise) raiseWindows();
   if (reopened_) reopened_();
 }
 

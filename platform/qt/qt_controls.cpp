@@ -1,6 +1,7 @@
 #include "platform/qt/qt_controls.h"
 
 #include <QDateTime>
+#include <QLabel>
 #include <algorithm>
 #include <chrono>
 
@@ -29,7 +30,13 @@ void QtButton::setEnabled(bool enabled) {
   if (button_) button_->setEnabled(enabled);
 }
 
-void QtPopUpButton::setAccessibilityLabel(const std::string& label) { name(comboBox_, label); }
+// On Linux, Qt gives screen readers the selected item as the name, and the name as that of a label beside it.
+void QtPopUpButton::setAccessibilityLabel(const std::string& label) {
+  if (!comboBox_) return;
+  auto* const beside = new QLabel(QString::fromStdString(label), comboBox_->parentWidget());
+  beside->setBuddy(comboBox_);
+  beside->hide();
+}
 
 std::size_t QtPopUpButton::selectedIndex() const {
   return comboBox_ ? static_cast<std::size_t>(std::max(comboBox_->currentIndex(), 0)) : 0;
@@ -47,6 +54,7 @@ void QtPopUpButton::setEnabled(bool enabled) {
 void QtDatePicker::setAccessibilityLabel(const std::string& label) { name(timeEdit_, label); }
 
 Instant QtDatePicker::dateValue() const {
+  if (timeEdit_) timeEdit_->interpretText();  // which may have been typed, but not left
   QDateTime dateTime = localDateTime(date_);
   if (!timeEdit_ || minuteOf(timeEdit_->time()) == minuteOf(dateTime.time())) return date_;
   dateTime.setTime(minuteOf(timeEdit_->time()));

@@ -1,14 +1,14 @@
 #include "platform/qt/qt_window.h"
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QCursor>
+#include <QDialog>
 #include <QFontInfo>
 #include <QFontMetrics>
 #include <QGuiApplication>
-#include <QHash>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -19,11 +19,14 @@
 #include <QTimeEdit>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/qt/fitted_font.h"
 #include "platform/qt/image_widget.h"
 #include "platform/qt/interface_text.h"
+#include "platform/qt/key_equivalents.h"
 #include "platform/qt/qt_controls.h"
+#include "platform/qt/window_order.h"
 
 namespace {
 
@@ -84,11 +87,28 @@ void showText(QLabel& label, const QString& text, const QFont& wanted) {
   label.setText(content);
 }
 
+QRect screenOfPointer() {
+  const QScreen* const screen = QGuiApplication::screenAt(QCursor::pos());
+  return (screen != nullptr ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+}
+
 // Returns the time format of the user's locale, without seconds.
 QString timeFormat() {
   const QString format = QLocale().timeFormat(QLocale::ShortFormat);
   return format.contains('s') ? "HH:mm" : format;
 }
+
+// Keeps the keys of its open list from the window's buttons.
+class PopUpField : public QComboBox {
+ public:
+  explicit PopUpField(QWidget* parent) : QComboBox(parent) { view()->installEventFilter(this); }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() == QEvent::ShortcutOverride) event->accept();  // which Qt forgets when it has handled the key
+    return QComboBox::eventFilter(object, event);
+  }
+};
 
 // Selects the hour or minute on a click, as Qt does for the keyboard only. Without a selection, Qt ignores digits typed
 // after two others.
@@ -105,31 +125,30 @@ class TimeField : public QTimeEdit {
 
 }  // namespace
 
-// Receives keys that the focused control ignores. An open list receives its own keys.
-class QtWindow::Widget : public QWidget {
+// A dialog to screen readers, without what a dialog of Qt does with Return.
+class QtWindow::Widget : public QDialog {
  public:
-  Widget(Qt::WindowFlags flags, bool isClosable) : QWidget(nullptr, flags), isClosable_(isClosable) {}
-  void setButton(Qt::Key key, QAbstractButton* button) { buttons_.insert(key, button); }
+  Widget(Qt::WindowFlags flags, bool isClosable) : QDialog(nullptr, flags), isClosable_(isClosable) {}
+  void setEscapeButton(QAbstractButton* button) { escapeButton_ = button; }
+  void reject() override { close(); }
 
  protected:
-  void closeEvent(QCloseEvent* event) override { event->setAccepted(isClosable_); }
-
-  void keyPressEvent(QKeyEvent* event) override {
-    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
-    const QPointer<QAbstractButton> button = isPlain ? buttons_.value(event->key()) : nullptr;
-    if (!button) return QWidget::keyPressEvent(event);
-    if (!event->isAutoRepeat()) button->click();
+  // Some window managers have a close button on every window. It does what Escape does.
+  void closeEvent(QCloseEvent* event) override {
+    event->setAccepted(isClosable_);
+    if (!isClosable_ && escapeButton_) escapeButton_->click();
   }
 
  private:
   bool isClosable_;
-  QHash<int, QPointer<QAbstractButton>> buttons_;
+  QPointer<QAbstractButton> escapeButton_;
 };
 
 QtWindow::QtWindow(const WindowDescription& description)
-    : widget_(new Widget(flagsFor(description), description.isClosable)) {
+    : widget_(new Widget(flagsFor(description), description.isClosable)), height_(description.height) {
   widget_->setWindowTitle(QString::fromStdString(description.title));
-  widget_->setFixedSize(description.width, description.height);
+  chooseScale(QSize(description.width, description.height));
+  widget_->setFixedSize(scaled(QRect(0, 0, description.width, description.height)).size());
 }
 
 QtWindow::~QtWindow() {
@@ -138,17 +157,19 @@ QtWindow::~QtWindow() {
 }
 
 std::shared_ptr<Button> QtWindow::add(const PushButton& button) {
-  auto* const pushButton = new QPushButton(controlTitle(button.title), widget_);
+  auto* const pushButton = new QPushButton(mnemonics_.mark(button.title), widget_);
+  pushButton->setAutoDefault(false);  // otherwise the focused button would become the default
   placeControl(pushButton, button.frame);
   fitTitle(*pushButton, QStyle::SE_PushButtonContents, 8);
   if (button.action) QObject::connect(pushButton, &QPushButton::clicked, pushButton, button.action);
-  press(pushButton, button.key);
-  if (button.key == KeyEquivalent::returnKey) pushButton->setDefault(true);
+  pressWithKey(*pushButton, button.key);
+  pushButton->setDefault(button.key == KeyEquivalent::returnKey);
+  if (button.key == KeyEquivalent::escape) widget_->setEscapeButton(pushButton);
   return std::make_shared<QtButton>(pushButton, 0);
 }
 
 std::shared_ptr<Button> QtWindow::add(const CheckBox& checkBox) {
-  auto* const box = new QCheckBox(controlTitle(checkBox.title), widget_);
+  auto* const box = new QCheckBox(mnemonics_.mark(checkBox.title), widget_);
   placeControl(box, checkBox.frame);
   fitTitle(*box, QStyle::SE_CheckBoxContents, 0);
   if (checkBox.action) QObject::connect(box, &QCheckBox::clicked, box, checkBox.action);
@@ -156,7 +177,7 @@ std::shared_ptr<Button> QtWindow::add(const CheckBox& checkBox) {
 }
 
 std::shared_ptr<PopUpButton> QtWindow::add(const PopUp& popUp) {
-  auto* const comboBox = new QComboBox(widget_);
+  auto* const comboBox = new PopUpField(widget_);
   for (const std::string& item : popUp.items) comboBox->addItem(QString::fromStdString(item));
   placeControl(comboBox, popUp.frame);
   fitContent(*comboBox);
@@ -187,18 +208,14 @@ void QtWindow::add(const Image& image) {
 }
 
 void QtWindow::center() {
-  const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
-  if (screen == nullptr) screen = QGuiApplication::primaryScreen();
   QRect frame = widget_->frameGeometry();
-  frame.moveCenter(screen->availableGeometry().center());
+  frame.moveCenter(screenOfPointer().center());
   widget_->move(frame.topLeft());
 }
 
 void QtWindow::makeKeyAndOrderFront() {
-  widget_->setWindowState(widget_->windowState() & ~Qt::WindowMinimized);
-  widget_->show();
-  widget_->raise();
-  widget_->activateWindow();
+  orderFront(*widget_);
+  if (!std::exchange(hasFocus_, true)) startFocus();
 }
 
 QWidget& QtWindow::widget() { return *widget_; }
@@ -207,7 +224,7 @@ void QtWindow::orderOut() { widget_->hide(); }
 
 // The origin of a frame is at the bottom, and that of a Qt widget at the top.
 void QtWindow::place(QWidget* control, const Frame& frame) {
-  control->setGeometry(frame.x, widget_->height() - frame.y - frame.height, frame.width, frame.height);
+  control->setGeometry(scaled(QRect(frame.x, height_ - frame.y - frame.height, frame.width, frame.height)));
   control->show();
 }
 
@@ -217,8 +234,32 @@ void QtWindow::placeControl(QWidget* control, const Frame& frame) {
   lastControl_ = control;
 }
 
-void QtWindow::press(QAbstractButton* button, KeyEquivalent key) {
-  if (key == KeyEquivalent::escape) widget_->setButton(Qt::Key_Escape, button);
-  if (key != KeyEquivalent::returnKey) return;
-  for (const Qt::Key code : {Qt::Key_Return, Qt::Key_Enter}) widget_->setButton(code, button);
+// If the screen is too small for windows of this font, all texts get the same smaller one.
+void QtWindow::chooseScale(QSize size) {
+  constexpr double usualPixelSize = 13;
+  constexpr double greatestPart = 0.9;  // leaves room for the title bar
+  const QSizeF room = QSizeF(screenOfPointer().size()) * greatestPart;
+  const double most = std::min(room.width() / size.width(), room.height() / size.height());
+  const double wanted = QFontInfo(widget_->font()).pixelSize() / usualPixelSize;
+  scale_ = std::max(std::min(wanted, most), 1.0);
+  if (wanted <= scale_) return;
+  QFont font = widget_->font();
+  font.setPixelSize(static_cast<int>(scale_ * usualPixelSize));
+  widget_->setFont(font);
+}
+
+// Rounds edges, not lengths, so that frames that touch still do.
+QRect QtWindow::scaled(const QRect& frame) const {
+  const auto edge = [this](int place) { return static_cast<int>(std::lround(place * scale_)); };
+  return {QPoint(edge(frame.x()), edge(frame.y())),
+          QPoint(edge(frame.x() + frame.width()) - 1, edge(frame.y() + frame.height()) - 1)};
+}
+
+// As on a Mac, keys go to a field at first, or else to the window itself, and to no button or check box.
+void QtWindow::startFocus() {
+  const QList<QTimeEdit*> fields = widget_->findChildren<QTimeEdit*>();
+  const auto field = std::find_if(fields.begin(), fields.end(), [](const QTimeEdit* one) { return one->isEnabled(); });
+  if (field == fields.end()) return widget_->setFocus();
+  (*field)->setFocus();
+  (*field)->setSelectedSection(QDateTimeEdit::HourSection);
 }

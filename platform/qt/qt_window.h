@@ -1,15 +1,18 @@
 // Windows on Qt's widgets.
 #pragma once
 
-#include <QAbstractButton>
 #include <QPointer>
+#include <QRect>
+#include <QSize>
 #include <QWidget>
 #include <memory>
 
+#include "platform/qt/key_equivalents.h"
 #include "platform/window.h"
 
-// A point is a device-independent pixel. Text has the desktop's size, or a smaller one if its frame is too small. A
-// label of size 13 has the desktop's size, and other sizes are in proportion.
+// A point is a device-independent pixel. If the desktop's text is larger than usual, the window and all frames are
+// larger in proportion, as far as the screen allows. Text has the desktop's size, or a smaller one if its frame is too
+// small. A label of size 13 has the desktop's size, and other sizes are in proportion. Titles of buttons get mnemonics.
 class QtWindow : public Window {
  public:
   explicit QtWindow(const WindowDescription& description);
@@ -37,8 +40,14 @@ class QtWindow : public Window {
 
   void place(QWidget* control, const Frame& frame);
   void placeControl(QWidget* control, const Frame& frame);
-  void press(QAbstractButton* button, KeyEquivalent key);
+  void chooseScale(QSize size);
+  QRect scaled(const QRect& frame) const;
+  void startFocus();
 
   Widget* widget_;
+  int height_;
+  double scale_ = 1;
+  bool hasFocus_ = false;  // it has been shown, so the user may have moved the focus
+  Mnemonics mnemonics_;
   QPointer<QWidget> lastControl_;  // in Tab order
 };

@@ -49,6 +49,13 @@ class EndToEndTest(unittest.TestCase):
         self.desktop = self.enterContext(Desktop(INSTALLATION, **options))
         self.before = self.desktop.bookmarks.read_bytes()
 
+    def arrange_with_large_text(self):
+        """Arranges a desktop whose user has chosen text of 20 points in the settings of Plasma."""
+        self.arrange(environment={"XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5"})
+        settings = self.desktop.home / ".config/kdeglobals"
+        settings.parent.mkdir()
+        settings.write_text("[General]\nfont=DejaVu Sans,20,-1,5,50,0,0,0,0,0\n", encoding="utf-8")
+
     def launch(self, *arguments):
         """Starts the program and waits for its item in the panel."""
         quillery = Quillery(self.desktop, *arguments)
@@ -279,7 +286,7 @@ class EndToEndTest(unittest.TestCase):
         rules.flush()
         zones = self.enterContext(tempfile.TemporaryDirectory())
         subprocess.run(["/usr/sbin/zic", "-d", zones, rules.name], check=True)
-        self.arrange(environment={"TZ": f":{zones}/Shifted"})
+        self.arrange(environment={"TZ": f":{zones}/Shifted", "XDG_CURRENT_DESKTOP": "GNOME"})
         local = time.gmtime(now + offset + seconds)
         return local.tm_hour, local.tm_min
 
@@ -291,7 +298,7 @@ class EndToEndTest(unittest.TestCase):
         window = quillery.window("Schedule")
         self.picture("schedule-off", window)
         self.desktop.screen.press(window.find("check box", "Enable scheduled sorting"))
-        picker = window.find("spin box")
+        picker = window.find("spin box", "Time of the scheduled sort")
         wait_for(picker.is_enabled, "an enabled time picker")
         self.desktop.screen.press(picker)
         wait_for(picker.has_selected_text, "a selected hour")
@@ -313,10 +320,11 @@ class EndToEndTest(unittest.TestCase):
         self.expect_traces(quillery, lines=lines, **settings)
 
     def test_the_schedule_needs_a_day_and_escape_discards_edits(self):
-        self.arrange()
+        self.arrange_with_large_text()
         quillery = self.launch_with_agent()
         quillery.choose("Schedule…")
         window = quillery.window("Schedule")
+        self.picture("schedule-large-text", window)
         self.desktop.screen.press(window.find("check box", "Enable scheduled sorting"))
         presets = window.find("combo box")
         wait_for(presets.is_enabled, "enabled presets")
@@ -390,7 +398,7 @@ class EndToEndTest(unittest.TestCase):
         (self.desktop.scratch / "elsewhere").rename(self.desktop.bookmarks)
 
     def test_the_access_window_closes_once_access_is_granted(self):
-        self.arrange()
+        self.arrange(environment={"XDG_CURRENT_DESKTOP": "XFCE"})
         self.take_access()
         quillery = self.launch()
         window = quillery.window("Quillery")
@@ -557,7 +565,12 @@ class EndToEndTest(unittest.TestCase):
             "https://quillery.example.com/", "mailto:support@quillery.example.com?subject=Quillery",
             str(self.desktop.backups)])
         self.assertTrue(self.desktop.backups.is_dir())
-        quillery.choose("About Quillery…")
+        for title in ("Schedule", "About Quillery", "Schedule"):
+            quillery.choose(f"{title}…")
+            self.assertEqual(quillery.window(title).role, "dialog")
+        self.assertEqual(len(quillery.windows()), 2)
+        self.desktop.screen.close_active_window()
+        quillery.window("About Quillery")
         self.assertEqual(len(quillery.windows()), 1)
 
     def test_reports_that_backups_cannot_be_opened(self):

@@ -3,6 +3,7 @@ and keys."""
 from gi.repository import GLib
 from Xlib import X, display
 from Xlib.ext import xtest
+from Xlib.protocol import event
 
 from scratch_desktop import Keyboard
 from session_bus import Bus
@@ -131,6 +132,15 @@ class Screen(Keyboard):
         self.press(element)
         wait_for(element.is_expanded, "an open list")
         self.type("End", "Return")
+
+    def close_active_window(self):
+        """Asks the window manager to close the active window, as its close button and Alt+F4 do."""
+        active = self.display.intern_atom("_NET_ACTIVE_WINDOW")
+        number = self.root.get_full_property(active, X.AnyPropertyType).value[0]
+        request = event.ClientMessage(window=number, client_type=self.display.intern_atom("_NET_CLOSE_WINDOW"),
+                                      data=(32, [X.CurrentTime, 2, 0, 0, 0]))
+        self.root.send_event(request, X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        self.display.sync()
 
     def has_older_tray(self):
         return self.display.get_selection_owner(self.display.intern_atom("_NET_SYSTEM_TRAY_S0")) != X.NONE

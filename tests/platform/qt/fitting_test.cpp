@@ -105,6 +105,26 @@ TEST(Fitting, everythingInAWindowIsVisibleInAnyFontSize) {
   QApplication::setFont(usual);
 }
 
+TEST(Fitting, aWindowGrowsWithTheDesktopsText) {
+  const QFont usual = QApplication::font();
+  QFont large = usual;
+  large.setPixelSize(26);  // twice the usual size
+  QApplication::setFont(large);
+  QtWindow window({300, 200, "Title"});
+  window.add(Label{.frame = {20, 150, 200, 17}, .text = "Label", .wraps = false});
+  window.add(PushButton{{10, 20, 91, 32}, "Push", nullptr});
+  QtWindow wide({600, 200, "Title"});
+  wide.add(Label{.frame = {20, 150, 200, 17}, .text = "Label", .wraps = false});
+  QApplication::setFont(usual);
+  EXPECT_EQ(window.widget().size(), QSize(600, 400));
+  EXPECT_EQ(controls<QLabel>(window).front()->geometry(), QRect(40, 66, 400, 34));
+  EXPECT_EQ(controls<QPushButton>(window).front()->geometry(), QRect(20, 296, 182, 64));
+  EXPECT_EQ(QFontInfo(controls<QLabel>(window).front()->font()).pixelSize(), 26);
+  EXPECT_EQ(QFontInfo(controls<QPushButton>(window).front()->font()).pixelSize(), 26);
+  EXPECT_EQ(wide.widget().size(), QSize(720, 240)) << "within a screen of 800 pixels";
+  EXPECT_EQ(QFontInfo(controls<QLabel>(wide).front()->font()).pixelSize(), 15) << "the same for all of its texts";
+}
+
 TEST(Fitting, anAlertFitsItsTexts) {
   QtEventLoop loop;
   const QtApplication application(*qApp, loop);  // sets the alert's icon

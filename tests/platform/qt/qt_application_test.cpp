@@ -314,6 +314,21 @@ TEST_F(QtApplicationOnABusTest, reopeningCallsTheDelegateThenThePlatform) {
               ElementsAre("launched", "reopened", "platform", "reopened with windows", "platform", "terminate?"));
 }
 
+TEST_F(QtApplicationOnABusTest, reopeningRestoresAMinimisedAlert) {
+  QtWindow window({100, 100, "Title"});
+  delegate_->launched = [&] {
+    window.makeKeyAndOrderFront();
+    withNextDialog([&](QDialog& dialog) {
+      dialog.showMinimized();
+      call("Activate", {platformData});
+      EXPECT_TRUE(runUntil([&] { return !dialog.isMinimized() && QApplication::activeWindow() == &dialog; }));
+      application_.terminate();
+    });
+    userInterface_.runModal({"Text", "", {"One", "Two"}});
+  };
+  run();
+}
+
 TEST_F(QtApplicationOnABusTest, repliesBeforeTheDelegateShowsADialog) {
   delegate_->reopened = [&] { userInterface_.runModal({"Text", "", {"One", "Two"}}); };
   delegate_->launched = [&] {

@@ -4,7 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
@@ -29,9 +31,14 @@ std::vector<QPushButton*> buttonsFromTheLeft(const QDialog& dialog) {
   return buttons;
 }
 
+// Returns the title as a user reads it, with or without a line under its mnemonic.
+std::string titleOf(QPushButton& button) {
+  return QAccessible::queryAccessibleInterface(&button)->text(QAccessible::Name).toStdString();
+}
+
 std::vector<std::string> titlesFromTheLeft(const QDialog& dialog) {
   std::vector<std::string> titles;
-  for (const QPushButton* button : buttonsFromTheLeft(dialog)) titles.push_back(button->text().toStdString());
+  for (QPushButton* button : buttonsFromTheLeft(dialog)) titles.push_back(titleOf(*button));
   return titles;
 }
 
@@ -48,7 +55,7 @@ TEST_F(QtUserInterfaceTest, buttonsAreInOrderAndTheFirstIsTheDefault) {
     withNextDialog([&](QDialog& dialog) {
       EXPECT_EQ(titlesFromTheLeft(dialog), titles);
       for (QPushButton* button : buttonsFromTheLeft(dialog))
-        EXPECT_EQ(button->isDefault(), button->text().toStdString() == titles.front());
+        EXPECT_EQ(button->isDefault(), (titleOf(*button) == titles.front()));
       QTest::keyClick(&dialog, Qt::Key_Return);
     });
     EXPECT_EQ(userInterface_.runModal({"Text", "More", titles}), 0U);
@@ -91,6 +98,33 @@ TEST_F(QtUserInterfaceTest, escapeDoesNothingWithoutACancelButton) {
     QTest::mouseClick(buttonsFromTheLeft(dialog).at(1), Qt::LeftButton);
   });
   EXPECT_EQ(userInterface_.runModal({"Text", "", {"Yes", "No"}}), 1U);
+}
+
+TEST_F(QtUserInterfaceTest, aPathInAnAlertCanBeSelectedAndCopied) {
+  const QString path =
+      "/home/ann/Library/Application Support/Quillery/Backups/Bookmarks-" + QString(80, 'x') + ".plist";
+  withNextDialog([&](QDialog& dialog) {
+    auto* const label = dialog.findChildren<QLabel*>().last();
+    EXPECT_TRUE(runUntil([&] { return dialog.isActiveWindow(); }));
+    QTest::keyClick(label, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(label, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text(), path) << "without what lets it break into lines";
+    EXPECT_TRUE(label->textInteractionFlags() & Qt::TextSelectableByMouse);
+    QTest::keyClick(label, Qt::Key_Return);
+  });
+  EXPECT_EQ(userInterface_.runModal({"Text", path.toStdString(), {"Yes", "No"}}), 0U);
+}
+
+TEST_F(QtUserInterfaceTest, activatingRestoresAMinimisedAlert) {
+  withNextDialog([&](QDialog& dialog) {
+    dialog.showMinimized();
+    EXPECT_TRUE(dialog.isMinimized());
+    userInterface_.activateIgnoringOthers();
+    EXPECT_FALSE(dialog.isMinimized());
+    EXPECT_TRUE(runUntil([&] { return QApplication::activeWindow() == &dialog; }));
+    QTest::keyClick(&dialog, Qt::Key_Return);
+  });
+  userInterface_.runModal({"Text", "", {}});
 }
 
 TEST_F(QtUserInterfaceTest, theMainTextIsBoldAndOnTop) {
