@@ -6,6 +6,7 @@
 #include <QPalette>
 #include <QPixmap>
 #include <QSvgRenderer>
+#include <algorithm>
 
 namespace {
 
@@ -16,11 +17,16 @@ class SvgIconEngine : public QIconEngine {
   SvgIconEngine(QByteArray file, QString name) : file_(std::move(file)), name_(std::move(name)) {}
 
   void paint(QPainter* painter, const QRect& frame, QIcon::Mode, QIcon::State) override {
-    QSvgRenderer renderer(file());
-    renderer.setAspectRatioMode(Qt::KeepAspectRatio);
+    const double scale = painter->device()->devicePixelRatioF();
+    QPixmap picture((QSizeF(frame.size()) * scale).toSize());
+    picture.setDevicePixelRatio(scale);
+    picture.fill(Qt::transparent);
+    QPainter inPicture(&picture);
+    draw(inPicture, QRect(QPoint(), frame.size()));
+    inPicture.end();
     painter->save();
     painter->setOpacity(painter->opacity() * opacity());
-    renderer.render(painter, frame);
+    painter->drawPixmap(frame.topLeft(), picture);
     painter->restore();
   }
   QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
@@ -42,8 +48,15 @@ class SvgIconEngine : public QIconEngine {
   QIconEngine* clone() const override { return new SvgIconEngine(*this); }
 
  protected:
-  virtual QByteArray file() const { return file_; }
+  virtual void draw(QPainter& painter, const QRect& frame) const { drawFile(painter, frame, file_); }
   virtual double opacity() const { return 1; }
+
+  const QByteArray& file() const { return file_; }
+  static void drawFile(QPainter& painter, const QRectF& frame, const QByteArray& file) {
+    QSvgRenderer renderer(file);
+    renderer.setAspectRatioMode(Qt::KeepAspectRatio);
+    renderer.render(&painter, frame);
+  }
 
  private:
   QByteArray file_;
@@ -57,13 +70,26 @@ class SymbolicIconEngine : public SvgIconEngine {
   QIconEngine* clone() const override { return new SymbolicIconEngine(*this); }
 
  protected:
-  QByteArray file() const override {
+  void draw(QPainter& painter, const QRect& frame) const override {
     const QColor colour = QGuiApplication::palette().color(QPalette::WindowText);
-    return SvgIconEngine::file().replace(symbolColour, colour.name().toUtf8());
+    drawOutline(painter, frame, colour.lightness() < middleLightness ? Qt::white : Qt::black);
+    drawFile(painter, frame, inColour(colour));
   }
   double opacity() const override { return mode_ == QIcon::Disabled ? 0.45 : 1; }
 
  private:
+  static constexpr int middleLightness = 128;
+
+  QByteArray inColour(const QColor& colour) const {
+    return QByteArray(file()).replace(symbolColour, colour.name().toUtf8());
+  }
+  // The symbol, shifted in all directions.
+  void drawOutline(QPainter& painter, const QRectF& frame, const QColor& colour) const {
+    const double width = std::max(frame.width() / 20, 1.0);
+    for (const int x : {-1, 0, 1})
+      for (const int y : {-1, 0, 1}) drawFile(painter, frame.translated(x * width, y * width), inColour(colour));
+  }
+
   QIcon::Mode mode_;
 };
 

@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QPainter>
 #include <QPalette>
 #include <QPixmap>
 #include <QTest>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -90,6 +92,33 @@ TEST(SvgIcon, aSymbolHasTheDesktopsTextColour) {
     palette.setColor(QPalette::WindowText, QColor(name));
     QApplication::setPalette(palette);
     EXPECT_EQ(colourOf(icon), QColor(name));
+  }
+  QApplication::setPalette(usual);
+}
+
+// Returns the number of the icon's pixels that stand out from a panel of this colour, of 22 by 22.
+int visiblePixels(const QIcon& icon, const QColor& panel) {
+  QImage image(22, 22, QImage::Format_RGB32);
+  image.fill(panel);
+  QPainter painter(&image);
+  icon.paint(&painter, image.rect());
+  painter.end();
+  int visible = 0;
+  for (int y = 0; y < image.height(); ++y)
+    for (int x = 0; x < image.width(); ++x)
+      visible += std::abs(image.pixelColor(x, y).lightness() - panel.lightness()) > 80 ? 1 : 0;
+  return visible;
+}
+
+TEST(SvgIcon, aSymbolStandsOutFromAPanelOfAnyColour) {
+  const QPalette usual = QApplication::palette();
+  for (const char* const text : {"#000000", "#2e3436", "#eeeeee", "#ffffff"}) {
+    QPalette palette = usual;
+    palette.setColor(QPalette::WindowText, QColor(text));
+    QApplication::setPalette(palette);
+    const QIcon icon = symbolicIcon(bookmarkSymbolFile, "no-such-icon", QIcon::Normal);
+    for (const char* const panel : {"#000000", "#2e3436", "#808080", "#dedede", "#ffffff"})
+      EXPECT_GE(visiblePixels(icon, QColor(panel)), 60) << text << " on " << panel;
   }
   QApplication::setPalette(usual);
 }
