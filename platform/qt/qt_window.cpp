@@ -10,8 +10,6 @@
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QLabel>
-#include <QLineEdit>
-#include <QLocale>
 #include <QPushButton>
 #include <QScreen>
 #include <QStyle>
@@ -26,6 +24,7 @@
 #include "platform/qt/interface_text.h"
 #include "platform/qt/key_equivalents.h"
 #include "platform/qt/qt_controls.h"
+#include "platform/qt/time_field.h"
 #include "platform/qt/window_order.h"
 
 namespace {
@@ -92,12 +91,6 @@ QRect screenOfPointer() {
   return (screen != nullptr ? screen : QGuiApplication::primaryScreen())->availableGeometry();
 }
 
-// Returns the time format of the user's locale, without seconds.
-QString timeFormat() {
-  const QString format = QLocale().timeFormat(QLocale::ShortFormat);
-  return format.contains('s') ? "HH:mm" : format;
-}
-
 // Keeps the keys of its open list from the window's buttons.
 class PopUpField : public QComboBox {
  public:
@@ -107,19 +100,6 @@ class PopUpField : public QComboBox {
   bool eventFilter(QObject* object, QEvent* event) override {
     if (event->type() == QEvent::ShortcutOverride) event->accept();  // which Qt forgets when it has handled the key
     return QComboBox::eventFilter(object, event);
-  }
-};
-
-// Selects the hour or minute on a click, as Qt does for the keyboard only. Without a selection, Qt ignores digits typed
-// after two others.
-class TimeField : public QTimeEdit {
- public:
-  explicit TimeField(QWidget* parent) : QTimeEdit(parent) { lineEdit()->installEventFilter(this); }
-
- protected:
-  bool eventFilter(QObject* object, QEvent* event) override {
-    if (object == lineEdit() && event->type() == QEvent::MouseButtonRelease) setSelectedSection(currentSection());
-    return QTimeEdit::eventFilter(object, event);
   }
 };
 
@@ -187,8 +167,6 @@ std::shared_ptr<PopUpButton> QtWindow::add(const PopUp& popUp) {
 
 std::shared_ptr<DatePicker> QtWindow::addTimePicker(const Frame& frame) {
   auto* const timeEdit = new TimeField(widget_);
-  timeEdit->setDisplayFormat(timeFormat());
-  timeEdit->setWrapping(true);
   placeControl(timeEdit, frame);
   fitContent(*timeEdit);
   return std::make_shared<QtDatePicker>(timeEdit);
@@ -215,7 +193,7 @@ void QtWindow::center() {
 
 void QtWindow::makeKeyAndOrderFront() {
   orderFront(*widget_);
-  if (!std::exchange(hasFocus_, true)) startFocus();
+  if (!std::exchange(wasShown_, true)) startFocus();
 }
 
 QWidget& QtWindow::widget() { return *widget_; }

@@ -47,7 +47,7 @@ class QtWindow : public Window {
   Widget* widget_;
   int height_;
   double scale_ = 1;
-  bool hasFocus_ = false;  // it has been shown, so the user may have moved the focus
+  bool wasShown_ = false;  // and the user may have moved the focus since
   Mnemonics mnemonics_;
   QPointer<QWidget> lastControl_;  // in Tab order
 };

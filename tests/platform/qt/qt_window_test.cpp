@@ -11,6 +11,7 @@
 #include <QDateTime>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScreen>
@@ -224,6 +225,38 @@ TEST_F(QtWindowTest, aClickInATimeSelectsTheHourOrMinute) {
   QTest::mouseClick(&text, Qt::LeftButton, Qt::NoModifier, {2, 13});
   QTest::keyClicks(&field, "1745");
   EXPECT_EQ(field.time(), QTime(17, 45));
+}
+
+// The time that is stored after these keys in a field that showed a quarter past three in the morning.
+std::string typed(const QString& keys) {
+  QtWindow window({300, 200, "Title"});
+  const auto picker = window.addTimePicker({0, 150, 100, 26});
+  auto& field = *window.widget().findChild<QTimeEdit*>();
+  field.setTime({3, 15});
+  field.setSelectedSection(QDateTimeEdit::HourSection);
+  QTest::keyClicks(&field, keys);
+  const QString shown = field.text();
+  static_cast<void>(picker->dateValue());
+  EXPECT_EQ(QLocale().toTime(shown, field.displayFormat()), field.time()) << keys.toStdString();
+  return field.time().toString("HH:mm").toStdString();
+}
+
+TEST_F(QtWindowTest, aTimeTypedOnATwelveHourClockIsWhatIsShown) {
+  QLocale::setDefault(QLocale("en_US"));
+  for (const auto& [keys, stored] : {std::pair("0930p", "21:30"),
+                                     {"930pm", "21:30"},
+                                     {"9:30 PM", "21:30"},
+                                     {"0930a", "09:30"},
+                                     {"12:05am", "00:05"},
+                                     {"1205p", "12:05"},
+                                     {"p", "15:15"},
+                                     {"pa", "03:15"},
+                                     {"0930", "09:30"}})
+    EXPECT_EQ(typed(keys), stored) << keys;
+  QLocale::setDefault(QLocale("ko_KR"));  // both halves begin with the same letter
+  EXPECT_EQ(typed("0930"), "09:30");
+  QLocale::setDefault(QLocale::c());
+  EXPECT_EQ(typed("1745p"), "17:45") << "a clock of 24 hours ignores letters";
 }
 
 TEST_F(QtWindowTest, tabFollowsTheOrderOfAddition) {
