@@ -34,7 +34,7 @@ const std::shared_ptr<BookmarkPermissionController>& BookmarkPermissionControlle
   return *controller;
 }
 
-bool BookmarkPermissionController::canRead() const { return canReadBookmarks(); }
+bool BookmarkPermissionController::canRead() const { return readableBookmarks().has_value(); }
 
 void BookmarkPermissionController::check(Completion told) {
   if (canRead()) {

@@ -28,8 +28,25 @@ bool isSafariClosed() {
   return true;
 }
 
+using ShowSorting = std::function<void(bool isSorting)>;
+
+class SortingScope {
+ public:
+  explicit SortingScope(const ShowSorting& show) : show_(show) {
+    if (show_) show_(true);
+  }
+  ~SortingScope() {
+    if (show_) show_(false);
+  }
+  SortingScope(const SortingScope&) = delete;
+  SortingScope& operator=(const SortingScope&) = delete;
+
+ private:
+  const ShowSorting& show_;
+};
+
 // Sorts, and returns what to report; none if there is nothing to report.
-std::optional<Report> sortUnlessImpossible() {
+std::optional<Report> sortUnlessImpossible(const ShowSorting& showSorting) {
   if (!automatic && runsFromDiskImage())
     return Report{"Install the app first",
                   "Drag Quillery into Applications, then open the installed copy. Automatic sorting cannot run from a "
@@ -37,6 +54,7 @@ std::optional<Report> sortUnlessImpossible() {
   std::optional<Rewrite> rewrite;
   try {
     if (!isSafariClosed()) return std::nullopt;
+    const SortingScope shown(showSorting);
     rewrite = sortBookmarkFile(bookmarkFile());
   } catch (const std::exception& error) {
     return failureReport(sortFailed, error);
@@ -47,9 +65,9 @@ std::optional<Report> sortUnlessImpossible() {
 
 }  // namespace
 
-void performSort() noexcept {
+void performSort(const ShowSorting& showSorting) noexcept {
   try {
-    if (const std::optional<Report> report = sortUnlessImpossible()) alert(report->title, report->message);
+    if (const std::optional<Report> report = sortUnlessImpossible(showSorting)) alert(report->title, report->message);
   } catch (...) {
     // No dialog could be shown, or memory has run out: this text needs neither.
     static_cast<void>(std::fputs("quillery: the outcome of a sort could not be reported\n", stderr));

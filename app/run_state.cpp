@@ -57,5 +57,25 @@ void SorterDelegate::tick() {
   }
   const FlagScope sorting(busy);
   const FlagScope unattended(automatic);
-  performSort();
+  sort();
+}
+
+bool SorterDelegate::canReadBookmarks() {
+  const std::optional<std::size_t> size = readableBookmarks();
+  takesLong_ = size && *size >= largeFile;
+  return size.has_value();
+}
+
+void SorterDelegate::sort() {
+  if (!takesLong_ || !item) return performSort();
+  performSort([this](bool isSorting) { showSorting(isSorting); });
+}
+
+void SorterDelegate::showSorting(bool isSorting) noexcept {
+  try {
+    item->setAppearsDisabled(isSorting);
+    item->setToolTip(isSorting ? "Quillery — sorting…" : toolTip_);
+    if (isSorting) item->display();
+  } catch (const std::exception&) {  // without memory for the picture; the sort is more important
+  }
 }

@@ -52,7 +52,7 @@ void SorterDelegate::sortNow() {
     }
     if (safariState() != SafariState::running) {
       const FlagScope sorting(busy);
-      performSort();  // asks again, and reports if it is unknown
+      sort();  // asks again, and reports if it is unknown
       return;
     }
     choice = askAboutOpenSafari();
@@ -112,7 +112,7 @@ void SorterDelegate::giveUpQuitting(bool quiet) {
 void SorterDelegate::finish(bool safariWasRunning) {
   {
     const FlagScope unattended(automatic);
-    performSort();
+    sort();
   }
   if (safariWasRunning) openSafari();
 }

@@ -1,6 +1,7 @@
 // The controller: owns all run-time state of the menu-bar program and decides when to sort.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <set>
 #include <vector>
@@ -14,6 +15,9 @@
 #include "platform/workspace.h"
 #include "schedule/schedule_settings.h"
 
+// A bookmark file of this size takes long enough to sort, some tenths of a second, that the program shows that it
+// sorts.
+inline constexpr std::size_t largeFile = 16'000'000;
 // How long Safari may take to quit, counted from the request.
 inline constexpr std::chrono::seconds quitDeadline{45};
 // How often the program checks whether Safari has quit.
@@ -157,8 +161,15 @@ class SorterDelegate : public ApplicationDelegate,
 
   // Shown while there is no reminder of an update.
   static constexpr const char* normalToolTip = "Quillery";
+  const char* toolTip_ = normalToolTip;  // shown while no sort takes long
+  bool takesLong_ = false;               // the bookmark file was large when it was read last
   static constexpr const char* normalUpdateTitle = "Check for Updates…";
 
+  // Tests whether the bookmark file can be read, and notes whether its sort will take long.
+  bool canReadBookmarks();
+  // Sorts, and meanwhile shows that in the menu bar if it takes long.
+  void sort();
+  void showSorting(bool isSorting) noexcept;
   void pollForQuit(Timer& timer, Instant deadline, const Applications& asked, bool quiet);
   void giveUpQuitting(bool quiet);
   void finish(bool safariWasRunning);

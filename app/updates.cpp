@@ -33,14 +33,14 @@ bool SorterDelegate::standardUserDriverShouldHandleShowingScheduledUpdate(bool /
 void SorterDelegate::standardUserDriverWillHandleShowingUpdate(bool isUserInitiated) {
   if (isUserInitiated) return;
   item->setAppearsDisabled(false);
-  item->setToolTip(reminderToolTip);
+  item->setToolTip(toolTip_ = reminderToolTip);
   updateMenuItem->setTitle(reminderTitle);
 }
 
 void SorterDelegate::standardUserDriverDidReceiveUserAttention() { clearUpdateReminder(); }
 
 void SorterDelegate::clearUpdateReminder() {
-  item->setToolTip(normalToolTip);
+  item->setToolTip(toolTip_ = normalToolTip);
   updateMenuItem->setTitle(normalUpdateTitle);
 }
 

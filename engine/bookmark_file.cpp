@@ -6,12 +6,11 @@
 
 std::string bookmarkFile() { return platform().fileSystem.homeFolder() + "/Library/Safari/Bookmarks.plist"; }
 
-bool canReadBookmarks() {
+std::optional<std::size_t> readableBookmarks() {
   try {
-    platform().fileSystem.read(bookmarkFile());
-    return true;
+    return platform().fileSystem.read(bookmarkFile()).size();
   } catch (const Error&) {
-    return false;
+    return std::nullopt;
   }
 }
 

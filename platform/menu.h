@@ -43,6 +43,9 @@ class StatusItem {
   virtual void setToolTip(const std::string& text) = 0;
   // Draws the item as if it were disabled. It keeps working.
   virtual void setAppearsDisabled(bool appearsDisabled) = 0;
+  // Shows the changes above now instead of when the main loop runs again, because the main thread is about to be busy
+  // for a while. May run posted work.
+  virtual void display() = 0;
   virtual void setMenu(std::shared_ptr<Menu> menu) = 0;
   virtual std::shared_ptr<Menu> menu() const = 0;
 };

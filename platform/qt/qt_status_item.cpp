@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 #include <QCursor>
 #include <QEvent>
+#include <QTimer>
+#include <chrono>
 #include <iostream>
 #include <utility>
 
@@ -59,6 +61,18 @@ void QtStatusItem::setToolTip(const std::string& text) {
 void QtStatusItem::setAppearsDisabled(bool appearsDisabled) {
   appearsDisabled_ = appearsDisabled;
   updateIcon();
+}
+
+// A panel is only told that the icon has changed, and asks this thread for the new one.
+void QtStatusItem::display() {
+  if (!trayIcon_) return;
+  constexpr std::chrono::milliseconds enough(100);
+  const auto end = std::chrono::steady_clock::now() + enough;
+  QTimer turn;  // ends the wait for the next event
+  turn.start(std::chrono::milliseconds(5));
+  while (std::chrono::steady_clock::now() < end)
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers |
+                                    QEventLoop::WaitForMoreEvents);
 }
 
 void QtStatusItem::setMenu(std::shared_ptr<Menu> menu) {

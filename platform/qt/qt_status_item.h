@@ -24,6 +24,8 @@ class QtStatusItem : public StatusItem {
   // An empty text shows the image's description.
   void setToolTip(const std::string& text) override;
   void setAppearsDisabled(bool appearsDisabled) override;
+  // Runs posted work for a tenth of a second, in which the panel fetches the icon.
+  void display() override;
   // The menu must be one of QtScreen. Either mouse button opens it.
   void setMenu(std::shared_ptr<Menu> menu) override;
   std::shared_ptr<Menu> menu() const override { return menu_; }

@@ -4,9 +4,11 @@
 
 #include <chrono>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "app/alert.h"
+#include "tests/support/bookmark_trees.h"
 #include "tests/support/controller_test.h"
 
 namespace {
@@ -296,6 +298,53 @@ TEST_F(RunState, tickIsNotBusyAfterAFailedSort) {
   expectRunning();
   EXPECT_FALSE(automatic);
   EXPECT_THAT(machine_.output.text(), testing::StartsWith("Bookmarks could not be sorted: "));
+}
+
+// A bookmark file whose sort takes long, because most of it is white space.
+std::string largeBookmarks() {
+  const PlistValue tree = rootNode({folderNode(u"BookmarksBar", {leafNode(u"b"), leafNode(u"a")})});
+  return fileOf(tree, PropertyListFormat::xml) + std::string(largeFile, ' ');
+}
+
+// The names of those entries that show a sort, in order, with the tool tips.
+Entries shown(const Entries& entries) {
+  Entries shown;
+  for (const std::string& entry : entries)
+    for (const std::string name : {"tool tip", "display", "write atomically", "printed", "alert"})
+      if (entry.starts_with(name)) shown.push_back(name == "tool tip" || name == "display" ? entry : name);
+  return shown;
+}
+
+TEST_F(RunState, aLongSortIsShownInTheMenuBar) {
+  launch();
+  machine_.files.put(bookmarks, largeBookmarks());
+  machine_.journal.before("write atomically", [&](const std::string&) {
+    EXPECT_EQ(machine_.screen.statusItem()->appearsDisabled(), true);
+  });
+  controller_->tick();
+  EXPECT_THAT(shown(noted()), ElementsAre("tool tip Quillery — sorting…", "display Quillery — sorting…",
+                                          "write atomically", "tool tip Quillery", "printed"));
+  EXPECT_EQ(machine_.screen.statusItem()->appearsDisabled(), false);
+  EXPECT_TRUE(isSorted());
+}
+
+TEST_F(RunState, aLongSortIsOverBeforeItsAlert) {
+  launch();
+  machine_.files.put(bookmarks, std::string(largeFile, ' '));  // cannot be parsed
+  controller_->standardUserDriverWillHandleShowingUpdate(false);
+  machine_.userInterface.willAnswer(0);
+  noted();
+  controller_->sortNow();
+  EXPECT_THAT(shown(noted()), ElementsAre("tool tip Quillery — sorting…", "display Quillery — sorting…",
+                                          "tool tip Quillery — update available", "alert"));
+}
+
+TEST_F(RunState, aSortIsNotStoppedByWhatShowsIt) {
+  launch();
+  machine_.files.put(bookmarks, largeBookmarks());
+  machine_.journal.before("display", [](const std::string&) { throw std::bad_alloc(); });
+  controller_->tick();
+  EXPECT_TRUE(isSorted());
 }
 
 TEST_F(RunState, tickDoesNothingWhileStopped) {

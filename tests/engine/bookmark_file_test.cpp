@@ -27,17 +27,17 @@ TEST_F(BookmarkFileTest, isInTheUsersLibrary) {
 
 TEST_F(BookmarkFileTest, isReadableIfReadingItSucceeds) {
   machine_.files.put(bookmarks, "anything at all");
-  EXPECT_TRUE(canReadBookmarks());
+  EXPECT_EQ(readableBookmarks(), 15U);
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks)) << "an actual read and nothing else";
 }
 
 TEST_F(BookmarkFileTest, isReadableIfEmpty) {
   machine_.files.put(bookmarks, "");
-  EXPECT_TRUE(canReadBookmarks());
+  EXPECT_EQ(readableBookmarks(), 0U);
 }
 
 TEST_F(BookmarkFileTest, isNotReadableIfMissing) {
-  EXPECT_FALSE(canReadBookmarks());
+  EXPECT_EQ(readableBookmarks(), std::nullopt);
   EXPECT_THAT(machine_.journal.entries(), ElementsAre("read " + bookmarks)) << "nothing is reported";
 }
 
@@ -46,9 +46,9 @@ TEST_F(BookmarkFileTest, isNotReadableIfReadingFails) {
   int time = 0;
   for (const int problem : {EACCES, EPERM, EIO, ENOMEM}) {
     machine_.files.failOn("read", problem, ++time);
-    EXPECT_FALSE(canReadBookmarks()) << problem;
+    EXPECT_EQ(readableBookmarks(), std::nullopt) << problem;
   }
-  EXPECT_TRUE(canReadBookmarks()) << "every call reads again";
+  EXPECT_EQ(readableBookmarks(), 0U) << "every call reads again";
 }
 
 }  // namespace

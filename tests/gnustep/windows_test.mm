@@ -385,6 +385,7 @@ TEST_F(MenuTest, statusItemShowsWhatItIsGiven) {
       bar->setToolTip("Tïp");
       EXPECT_EQ(textOf(itemOfTheBar().button.toolTip), "Tïp");
       bar->setAppearsDisabled(true);
+      bar->display();
       EXPECT_TRUE(itemOfTheBar().button.appearsDisabled);
       bar->setMenu(screen_.makeMenu());
       EXPECT_NE(itemOfTheBar().menu, nil);

@@ -166,6 +166,10 @@ void VirtualStatusItem::setToolTip(const std::string& text) {
   journal_.perform("tool tip", text, [&] { toolTip_ = text; });
 }
 
+void VirtualStatusItem::display() {
+  journal_.perform("display", toolTip_, [] {});
+}
+
 void VirtualStatusItem::setMenu(std::shared_ptr<Menu> menu) {
   journal_.perform("menu", {}, [&] { menu_ = std::move(menu); });
 }

@@ -139,7 +139,7 @@ class VirtualMenu : public Menu {
   bool autoenablesItems_ = true;
 };
 
-// Records "image", "tool tip" and "menu".
+// Records "image", "tool tip", "display" and "menu".
 class VirtualStatusItem : public StatusItem {
  public:
   explicit VirtualStatusItem(Journal& journal) : journal_(journal) {}
@@ -147,6 +147,7 @@ class VirtualStatusItem : public StatusItem {
   void setImage(const SymbolImage& image) override;
   void setToolTip(const std::string& text) override;
   void setAppearsDisabled(bool appearsDisabled) override { appearsDisabled_ = appearsDisabled; }
+  void display() override;
   void setMenu(std::shared_ptr<Menu> menu) override;
   std::shared_ptr<Menu> menu() const override { return menu_; }
 

@@ -18,6 +18,7 @@ class AppKitStatusItem : public StatusItem {
   void setImage(const SymbolImage& image) override;
   void setToolTip(const std::string& text) override;
   void setAppearsDisabled(bool appearsDisabled) override { item_.button.appearsDisabled = appearsDisabled; }
+  void display() override { [item_.button display]; }
   // Shows no menu unless AppKitScreen created it.
   void setMenu(std::shared_ptr<Menu> menu) override;
   std::shared_ptr<Menu> menu() const override { return menu_; }

@@ -124,6 +124,7 @@ API_AVAILABLE(macos(10.10))
 @property(nullable, readonly, assign) NSWindow* window;
 - (instancetype)initWithFrame:(NSRect)frameRect;
 - (void)addSubview:(NSView*)view;
+- (void)display;
 @end
 
 @interface NSControl : NSView
