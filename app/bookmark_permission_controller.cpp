@@ -1,6 +1,8 @@
 #include "app/bookmark_permission_controller.h"
 
 #include <array>
+#include <iostream>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -9,10 +11,9 @@
 #include "engine/bookmark_file.h"
 #include "platform/platform.h"
 #include "schedule/schedule_settings.h"
+#include "values/log_line.h"
 
 namespace {
-
-constexpr const char* accessSettings = "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles";
 
 struct DialogButton {
   const char* title;
@@ -25,6 +26,8 @@ constexpr std::array<DialogButton, 3> dialogButtons = {{
     {"Retry", &BookmarkPermissionController::retry, KeyEquivalent::none},
     {"Open Settings", &BookmarkPermissionController::settings, KeyEquivalent::returnKey},
 }};
+
+std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
 
 }  // namespace
 
@@ -59,8 +62,13 @@ void BookmarkPermissionController::finish(bool isGranted) {
 }
 
 void BookmarkPermissionController::settings() {
-  desktop().workspace.revealFile(platform().bundle.path());
-  desktop().workspace.openAddress(accessSettings);
+  Workspace& workspace = desktop().workspace;
+  if (const std::optional<std::string> settings = workspace.fileAccessSettings()) {
+    workspace.revealFile(platform().bundle.path());
+    workspace.openAddress(*settings);
+  } else {
+    workspace.openFolder(folderOf(bookmarkFile()));
+  }
 }
 
 void BookmarkPermissionController::retry() {
@@ -69,7 +77,10 @@ void BookmarkPermissionController::retry() {
 
 void BookmarkPermissionController::cancel() { finish(false); }
 
+// Where no system settings help, the path does, for which the window's text has no place.
 void BookmarkPermissionController::showDialog() {
+  if (!desktop().workspace.fileAccessSettings())
+    logLine(std::cerr, "quillery: the bookmark file couldn’t be read: " + bookmarkFile());
   dialog = desktop().screen.makeWindow({.width = 480, .height = 330, .title = "Quillery"});
   dialog->add(Image{{208, 238, 64, 64}, platform().bundle.iconPath()});
   dialog->add(Label{.frame = {24, 197, 432, 29},

@@ -33,7 +33,8 @@ class BookmarkPermissionController : public std::enable_shared_from_this<Bookmar
   void finish(bool isGranted);
 
   // The buttons. `settings` reveals the program in the file manager, so that the user can drag it into the list, and
-  // opens the list in System Settings; `retry` reads the file again; `cancel` finishes without access.
+  // opens the list in System Settings; where there is no such list, it opens the folder of the bookmark file. `retry`
+  // reads the file again; `cancel` finishes without access.
   void settings();
   void retry();
   void cancel();

@@ -30,11 +30,15 @@ class Workspace {
   // Opens an address (a URL) in the user's program for it.
   virtual void openAddress(const std::string& address) = 0;
 
-  // Opens a folder in the file manager.
+  // Opens a folder in the file manager or, if it does not exist, the nearest folder above it that does.
   virtual void openFolder(const std::string& path) = 0;
 
   // Shows the folder that contains a file or folder in the file manager, and selects the file or folder there.
   virtual void revealFile(const std::string& path) = 0;
+
+  // Returns the address of the system's settings for the programs that may read the data of others; absent if the
+  // system has none.
+  virtual std::optional<std::string> fileAccessSettings() = 0;
 
   // Returns true if the user has switched off the login agent of this property list in the system's settings.
   virtual bool hasSwitchedOff(const std::string& agentFile) = 0;

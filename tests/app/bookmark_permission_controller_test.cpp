@@ -198,6 +198,29 @@ TEST_F(BookmarkPermission, settingsRevealsTheProgramAndKeepsWaiting) {
   EXPECT_EQ(machine_.journal.count("reveal"), 2) << "Return presses the same button";
 }
 
+TEST_F(BookmarkPermission, settingsOpenTheFilesFolderOnOtherSystems) {
+  machine_.workspace.removeFileAccessSettings();
+  wait();
+  window().press("Open Settings");
+  EXPECT_EQ(noted(), Entries{"folder " + bookmarks.substr(0, bookmarks.rfind('/'))});
+  expectWaiting();
+}
+
+TEST_F(BookmarkPermission, theWindowNamesTheFileOnceOnStandardError) {
+  machine_.workspace.removeFileAccessSettings();
+  testing::internal::CaptureStderr();
+  wait();
+  check("again");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "quillery: the bookmark file couldn’t be read: " + bookmarks + "\n");
+}
+
+TEST_F(BookmarkPermission, nothingIsReportedIfThereAreSettings) {
+  testing::internal::CaptureStderr();
+  wait();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST_F(BookmarkPermission, secondCheckWithoutAccessDropsItsCompletion) {
   wait();
   check("again");

@@ -397,6 +397,13 @@ class EndToEndTest(unittest.TestCase):
     def grant_access(self):
         (self.desktop.scratch / "elsewhere").rename(self.desktop.bookmarks)
 
+    def expect_help_with_access(self, quillery):
+        """Expects that the program has opened the folder of the bookmark file, and has named the file."""
+        wait_for(self.desktop.opened, "the opened folder of the bookmark file")
+        self.assertEqual(self.desktop.opened(), [str(self.desktop.bookmarks.parent)])
+        self.assertEqual(quillery.errors.read_text(encoding="utf-8"),
+                         f"quillery: the bookmark file couldn’t be read: {self.desktop.bookmarks}\n")
+
     def test_the_access_window_closes_once_access_is_granted(self):
         self.arrange(environment={"XDG_CURRENT_DESKTOP": "XFCE"})
         self.take_access()
@@ -409,9 +416,7 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(window.buttons(), ["Cancel", "Retry", "Open Settings"])
         self.picture("access", window)
         self.desktop.screen.type("Return")
-        wait_for(lambda: len(self.desktop.opened()) == 2, "the opened settings and the folder of the program")
-        self.assertCountEqual(self.desktop.opened(), [
-            "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles", str(INSTALLATION.parent)])
+        self.expect_help_with_access(quillery)
         quillery.press(window, "Retry")
         stays(quillery.windows, "a window that waits for access", seconds=1.5)
         self.expect_traces(quillery, has_agent=False)
@@ -565,6 +570,10 @@ class EndToEndTest(unittest.TestCase):
             "https://quillery.example.com/", "mailto:support@quillery.example.com?subject=Quillery",
             str(self.desktop.backups)])
         self.assertTrue(self.desktop.backups.is_dir())
+
+    def test_the_window_that_is_asked_for_comes_to_the_front(self):
+        self.arrange()
+        quillery = self.launch_with_agent()
         for title in ("Schedule", "About Quillery", "Schedule"):
             quillery.choose(f"{title}…")
             self.assertEqual(quillery.window(title).role, "dialog")

@@ -253,9 +253,11 @@ TEST_F(SessionTest, locatesAndOpensThings) {
     workspace_.openApplication("/bin/true");
     workspace_.openAddress("https://example.com/");
     workspace_.openAddress("not an address \xFF");
-    workspace_.openFolder("/tmp/a b");
+    std::filesystem::create_directory(rig_.path("a b"));
+    workspace_.openFolder(rig_.path("a b/missing"));
     workspace_.revealFile("/tmp/c d");
-    EXPECT_EQ(events(), "launch /bin/true\nopen https://example.com/\nopen file:///tmp/a%20b/\nreveal /tmp/c d\n");
+    EXPECT_EQ(events(), "launch /bin/true\nopen https://example.com/\nopen file://" + rig_.path("a%20b") +
+                            "/\nreveal /tmp/c d\n");
   }
 }
 

@@ -61,6 +61,12 @@ class MacEndToEndTest(shared.EndToEndTest):
         if has_agent:
             self.assertEqual(plistlib.loads(self.agent_file.read_bytes()), self.agent())
 
+    def expect_help_with_access(self, quillery):
+        wait_for(lambda: len(self.desktop.opened()) == 2, "the program and the settings to be opened")
+        self.assertEqual(self.desktop.opened(), [
+            str(self.desktop.installation.parent),
+            "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles"])
+
     def settings(self):
         return plistlib.loads((self.desktop.home / "GNUstep/Defaults/quillery.plist").read_bytes())
 

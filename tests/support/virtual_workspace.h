@@ -25,10 +25,13 @@ class VirtualWorkspace : public Workspace {
   void openAddress(const std::string& address) override;
   void openFolder(const std::string& path) override;
   void revealFile(const std::string& path) override;
+  std::optional<std::string> fileAccessSettings() override { return fileAccessSettings_; }
   bool hasSwitchedOff(const std::string& agentFile) override;
   Observation observeTerminations(TerminationHandler handler) override;
   Observation observeWake(std::function<void()> handler) override;
 
+  // From now on, the system has no settings for the access to files.
+  void removeFileAccessSettings() { fileAccessSettings_ = std::nullopt; }
   void uninstall(const std::string& identifier) { installed_.erase(identifier); }
   // Switches the login agent of this property list off, as its user may in the system's settings.
   void switchOff(const std::string& agentFile) { switchedOff_ = agentFile; }
@@ -53,6 +56,8 @@ class VirtualWorkspace : public Workspace {
   VirtualMainLoop& loop_;
   VirtualRunningApplications& applications_;
   std::map<std::string, std::string> installed_ = {{"com.apple.Safari", "/Applications/Safari.app"}};
+  std::optional<std::string> fileAccessSettings_ =
+      "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles";
   std::optional<std::string> switchedOff_;
   bool opens_ = true;
   QuitBehavior behavior_;

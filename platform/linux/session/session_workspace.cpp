@@ -11,6 +11,7 @@
 #include "platform/linux/session/desktop_entry.h"
 #include "platform/linux/session/exec_line.h"
 #include "platform/linux/session/termination_watch.h"
+#include "platform/posix/existing_folder.h"
 
 namespace {
 
@@ -71,9 +72,11 @@ void SessionWorkspace::openApplication(const std::string& location) {
 
 void SessionWorkspace::openAddress(const std::string& address) { openWithDesktop(address); }
 
-void SessionWorkspace::openFolder(const std::string& path) { openWithDesktop(path); }
+void SessionWorkspace::openFolder(const std::string& path) { openWithDesktop(existingFolder(path)); }
 
 void SessionWorkspace::revealFile(const std::string& path) { fileManager_.reveal(path); }
+
+std::optional<std::string> SessionWorkspace::fileAccessSettings() { return std::nullopt; }
 
 bool SessionWorkspace::hasSwitchedOff(const std::string& /*agentFile*/) { return false; }
 

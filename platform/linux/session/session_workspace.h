@@ -37,6 +37,9 @@ class SessionWorkspace : public Workspace {
   // Uses the file manager on the session bus, or opens the file's folder if there is none.
   void revealFile(const std::string& path) override;
 
+  // Returns none: on Linux, permissions of files decide.
+  std::optional<std::string> fileAccessSettings() override;
+
   // Returns false: an autostart entry that the user has switched off can still be loaded.
   bool hasSwitchedOff(const std::string& agentFile) override;
 

@@ -11,6 +11,8 @@ class AppKitWorkspace : public Workspace {
   void openAddress(const std::string& address) override;
   void openFolder(const std::string& path) override;
   void revealFile(const std::string& path) override;
+  // The pane of System Settings for Full Disk Access.
+  std::optional<std::string> fileAccessSettings() override;
   // Uses SMAppService, which macOS 12 does not have, nor its setting; returns false there.
   bool hasSwitchedOff(const std::string& agentFile) override;
   Observation observeTerminations(TerminationHandler handler) override;

@@ -8,6 +8,7 @@
 #include "platform/macos/appkit_applications.h"
 #include "platform/macos/conversions.h"
 #include "platform/macos/desktop/notification_observer.h"
+#include "platform/posix/existing_folder.h"
 
 namespace {
 
@@ -37,11 +38,15 @@ void AppKitWorkspace::openAddress(const std::string& address) {
 }
 
 void AppKitWorkspace::openFolder(const std::string& path) {
-  [workspace() openURL:[NSURL fileURLWithPath:stringOf(path) isDirectory:YES]];
+  [workspace() openURL:[NSURL fileURLWithPath:stringOf(existingFolder(path)) isDirectory:YES]];
 }
 
 void AppKitWorkspace::revealFile(const std::string& path) {
   [workspace() activateFileViewerSelectingURLs:@[ fileAddress(path) ]];
+}
+
+std::optional<std::string> AppKitWorkspace::fileAccessSettings() {
+  return "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles";
 }
 
 // The status of an agent whose permission to run the user has revoked is "requires approval". The class is looked up by

@@ -104,8 +104,15 @@ TEST_F(FileManagerTest, opensAddressesWithTheDesktop) {
 }
 
 TEST_F(FileManagerTest, opensFoldersWithTheDesktop) {
-  workspace_.openFolder("/home/ann/Library/Quillery & more");
-  EXPECT_EQ(opened(1), "/home/ann/Library/Quillery & more|");
+  const std::string folder = scratch_.path("Quillery & more");
+  std::filesystem::create_directory(folder);
+  workspace_.openFolder(folder);
+  EXPECT_EQ(opened(1), folder + "|");
+}
+
+TEST_F(FileManagerTest, opensTheFolderAboveAMissingOne) {
+  workspace_.openFolder(scratch_.path("Library/Safari"));
+  EXPECT_EQ(opened(1), scratch_.path() + "|");
 }
 
 TEST_F(FileManagerTest, ignoresWhatLooksLikeAnOption) {
