@@ -15,6 +15,7 @@ import hashlib
 import json
 import pathlib
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -56,9 +57,9 @@ class Sources:
 
 def plain_command(command):
     """A compile command without the names of the source and of the object, and without optimisation."""
-    words = command["command"].split()
-    return " ".join(word for word in words if word not in ("-o", "-c", command["file"])
-                    and not word.endswith(".o") and not OPTIMISATION.fullmatch(word))
+    words = shlex.split(command["command"])
+    return shlex.join(word for word in words if word not in ("-o", "-c", command["file"])
+                      and not word.endswith(".o") and not OPTIMISATION.fullmatch(word))
 
 
 def batches_of(commands):
@@ -106,8 +107,8 @@ def is_clean_if_joined(build, batch, name):
     source = folder / "joined.cpp"
     source.write_text(joined(files), encoding="utf-8")
     # One source sees the names of the others; g++ looks for shadowed ones, source by source.
-    command = batch[0]["command"].replace(batch[0]["file"], f"-Wno-shadow {source}")
-    command = {**batch[0], "file": str(source), "command": command}
+    words = [str(source) if word == batch[0]["file"] else word for word in shlex.split(batch[0]["command"])]
+    command = {**batch[0], "file": str(source), "command": shlex.join([*words, "-Wno-shadow"])}
     (folder / "compile_commands.json").write_text(json.dumps([command]), encoding="utf-8")
     output = run(folder, source)
     if output:

@@ -13,7 +13,7 @@ import clang_tidy
 class ClangTidyTest(ScratchSources):
     def command(self, name, text, options="-O1"):
         path = self.file(name, text)
-        return {"file": str(path), "command": f"clang++ {options} -o {path.name}.o -c {path}"}
+        return {"file": str(path), "command": f"clang++ {options} -o {path.name}.o -c '{path}'"}
 
     def names(self, commands):
         batches = clang_tidy.batches_of(commands)
@@ -23,6 +23,10 @@ class ClangTidyTest(ScratchSources):
         commands = [self.command(name, "int a;\n") for name in ("x/b.cpp", "x/a.cpp", "y/c.cpp")]
         commands.append(self.command("x/d.cpp", "int a;\n", "-DX"))
         self.assertCountEqual(self.names(commands), [["a.cpp", "b.cpp"], ["c.cpp"], ["d.cpp"]])
+
+    def test_a_space_in_a_path_makes_no_difference(self):
+        commands = [self.command(f"a folder/{name}", "int a;\n") for name in ("a.cpp", "b.cpp")]
+        self.assertEqual(self.names(commands), [["a.cpp", "b.cpp"]])
 
     def test_tests_of_all_folders_are_joined(self):
         commands = [self.command(name, "TEST(A, b) {\n}\n") for name in ("x/a.cpp", "y/b.cpp")]
