@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QIconEngine>
+#include <QList>
 #include <QPainter>
 #include <QPalette>
 #include <QPixmap>
@@ -48,14 +49,14 @@ class SvgIconEngine : public QIconEngine {
   QIconEngine* clone() const override { return new SvgIconEngine(*this); }
 
  protected:
-  virtual void draw(QPainter& painter, const QRect& frame) const { drawFile(painter, frame, file_); }
+  virtual void draw(QPainter& painter, const QRect& frame) const { drawFile(painter, file_, {frame}); }
   virtual double opacity() const { return 1; }
 
   const QByteArray& file() const { return file_; }
-  static void drawFile(QPainter& painter, const QRectF& frame, const QByteArray& file) {
+  static void drawFile(QPainter& painter, const QByteArray& file, const QList<QRectF>& frames) {
     QSvgRenderer renderer(file);
     renderer.setAspectRatioMode(Qt::KeepAspectRatio);
-    renderer.render(&painter, frame);
+    for (const QRectF& frame : frames) renderer.render(&painter, frame);
   }
 
  private:
@@ -73,7 +74,7 @@ class SymbolicIconEngine : public SvgIconEngine {
   void draw(QPainter& painter, const QRect& frame) const override {
     const QColor colour = QGuiApplication::palette().color(QPalette::WindowText);
     drawOutline(painter, frame, colour.lightness() < middleLightness ? Qt::white : Qt::black);
-    drawFile(painter, frame, inColour(colour));
+    drawFile(painter, inColour(colour), {frame});
   }
   double opacity() const override { return mode_ == QIcon::Disabled ? 0.45 : 1; }
 
@@ -86,8 +87,10 @@ class SymbolicIconEngine : public SvgIconEngine {
   // The symbol, shifted in all directions.
   void drawOutline(QPainter& painter, const QRectF& frame, const QColor& colour) const {
     const double width = std::max(frame.width() / 20, 1.0);
+    QList<QRectF> shifted;
     for (const int x : {-1, 0, 1})
-      for (const int y : {-1, 0, 1}) drawFile(painter, frame.translated(x * width, y * width), inColour(colour));
+      for (const int y : {-1, 0, 1}) shifted.append(frame.translated(x * width, y * width));
+    drawFile(painter, inColour(colour), shifted);
   }
 
   QIcon::Mode mode_;
