@@ -42,11 +42,6 @@ class Item:
     notes: str
     date: datetime.datetime
 
-    @property
-    def target(self):
-        """What the item is for."""
-        return self.system, self.processor
-
     def problems(self):
         """What is wrong with the item, as sentences."""
         if not VERSION.fullmatch(self.version):
@@ -103,11 +98,9 @@ def item_of(element):
 
 
 def read(path):
-    """The items of an appcast, none if there is no file."""
+    """The items of an appcast."""
     try:
         root = ElementTree.parse(path).getroot()
-    except FileNotFoundError:
-        return []
     except (OSError, ElementTree.ParseError) as error:
         raise Refusal(f"the appcast {path} cannot be read: {error}") from error
     items = [item_of(element) for element in root.findall("channel/item")]
@@ -122,14 +115,21 @@ def require_sound(items):
             raise Refusal(f"version {item.version} for {item.system}: {problem}")
 
 
-def extended(items, new):
-    """The items with a new one, which is newer than all others for the same target."""
+def require_newer(items, system, version, date):
+    """Refuses a version for a system that is not newer than its items, by its number and by its date."""
     for item in items:
-        if item.target == new.target and order_of(item.version) >= order_of(new.version):
-            raise Refusal(f"the appcast has version {item.version} for {new.system} already, "
-                          f"and {new.version} is not newer")
+        if item.system != system:
+            continue
+        if order_of(item.version) >= order_of(version):
+            raise Refusal(f"version {version} is not newer than {item.version}, which the appcast has")
+        if item.date >= date:
+            raise Refusal(f"the time of the release in product.cmake is not later than that of version {item.version}")
+
+
+def extended(items, new):
+    """The items with a new one, the newest first."""
     require_sound([new])
-    return sorted([new, *items], key=lambda item: (order_of(item.version), item.target), reverse=True)
+    return sorted([new, *items], key=lambda item: (order_of(item.version), item.system, item.processor), reverse=True)
 
 
 def write(path, items, name, page):

@@ -101,12 +101,11 @@ class Tree:
         if SYSTEM == "macos":
             self.run("dmg")
             return self.one_file("build/dmg/*.dmg"), {
-                "system": "macos", "processor": "", "minimum_system": self.product["MINIMUM_MACOS"],
+                "processor": "", "minimum_system": self.product["MINIMUM_MACOS"],
                 "media_type": "application/x-apple-diskimage"}
         self.run("package")
         path = self.one_file("build/release/*.deb")
-        return path, {"system": "linux", "processor": path.stem.rsplit("_", 1)[1],
-                      "minimum_system": self.product["MINIMUM_DEBIAN"],
+        return path, {"processor": path.stem.rsplit("_", 1)[1], "minimum_system": self.product["MINIMUM_DEBIAN"],
                       "media_type": "application/vnd.debian.binary-package"}
 
     def cask(self, package):
@@ -134,22 +133,13 @@ def require_own(key, tree):
     return public
 
 
-def require_newer(tree, items):
-    """Refuses a version that is not newer than the items, by its number and by its time."""
-    for item in items:
-        if appcast.order_of(item.version) >= appcast.order_of(tree.version):
-            raise Refusal(f"version {tree.version} is not newer than {item.version}, which the appcast has")
-        if item.date >= tree.time:
-            raise Refusal(f"the time of the release in product.cmake is not later than that of version {item.version}")
-
-
 def release(tree, key, published):
-    """Makes a release into build/publish. Returns that folder and the names of the files in it."""
+    """Makes a release into build/publish. Returns that folder and the new item of the feed."""
     tree.require_clean()
     notes = tree.notes()
     public = require_own(key, tree)
     items = appcast.read(published) if published else []
-    require_newer(tree, [item for item in items if item.system == SYSTEM])
+    appcast.require_newer(items, SYSTEM, tree.version, tree.time)
     tree.run("test")
     package, about = tree.package()
 
@@ -162,10 +152,10 @@ def release(tree, key, published):
     with tempfile.TemporaryDirectory() as scratch:
         if not signing.verifies(copy, signature, public, pathlib.Path(scratch)):
             raise Refusal("the signature does not hold")
-    item = appcast.Item(version=tree.version, address=tree.product["DOWNLOADS"] + copy.name, length=copy.stat().st_size,
+    item = appcast.Item(version=tree.version, system=SYSTEM, address=tree.product["DOWNLOADS"] + copy.name, length=copy.stat().st_size,
                         signature=signature, notes=notes, date=tree.time, **about)
     appcast.write(folder / "appcast.xml", appcast.extended(items, item), tree.product["NAME"], tree.product["WEB_PAGE"])
-    if about["system"] == "macos":
+    if SYSTEM == "macos":
         (folder / f"{tree.product['NAME'].lower()}.rb").write_text(tree.cask(copy), encoding="utf-8")
     return folder, item
 
@@ -188,15 +178,16 @@ def main():
         if not options.first and (not options.appcast or not options.appcast.exists()):
             raise Refusal("name the published appcast with --appcast FILE, or start one with --first")
         private = signing.key_of_file(options.key) if options.key else signing.key_of_keychain(options.keychain)
-        folder, item = release(Tree(options.tree.resolve()), private, options.appcast)
+        tree = Tree(options.tree.resolve())
+        folder, item = release(tree, private, options.appcast)
     except Refusal as refusal:
         print(f"release: {refusal}", file=sys.stderr)
         return 1
     print(f"\nVersion {item.version} is in {folder}. Left to do, in this order:\n"
           f"1. Upload {pathlib.Path(item.address).name} to {item.address}\n"
-          f"2. Upload appcast.xml to the address of the feed, {Tree(options.tree).product['FEED_ADDRESS']}\n"
+          f"2. Upload appcast.xml to the address of the feed, {tree.product['FEED_ADDRESS']}\n"
           f"3. git tag v{item.version}, and push the tag")
-    if item.system == "macos":
+    if SYSTEM == "macos":
         print("4. Send the file for Homebrew (.rb) to the repository of its casks")
     return 0
 
