@@ -5,7 +5,8 @@ usage: clang_tidy.py BUILD JOBS
 
 BUILD is a build folder with compile_commands.json. Nearly all of clang-tidy's time goes into the standard library's
 headers, so sources are joined into a few that include each header once. If there are complaints about joined sources,
-each is checked by itself, and only those complaints count.
+each is checked by itself, and only those complaints count. Clang compiles every source of the programs by itself, too,
+because a source that lacks an include may find it in another one that it is joined with.
 
 Joined sources are checked again only if one of them, a header of ours that it includes, its compile command,
 .clang-tidy or clang-tidy itself has changed since they were clean. The exit status is 1 if there are warnings.
@@ -106,7 +107,7 @@ def is_clean_if_joined(build, batch, name):
         shutil.copy(configuration, folder)
     source = folder / "joined.cpp"
     source.write_text(joined(files), encoding="utf-8")
-    # One source sees the names of the others; g++ looks for shadowed ones, source by source.
+    # One source sees the names of the others; compiled_alone() looks for shadowed ones.
     words = [str(source) if word == batch[0]["file"] else word for word in shlex.split(batch[0]["command"])]
     command = {**batch[0], "file": str(source), "command": shlex.join([*words, "-Wno-shadow"])}
     (folder / "compile_commands.json").write_text(json.dumps([command]), encoding="utf-8")
@@ -116,11 +117,24 @@ def is_clean_if_joined(build, batch, name):
     return not output
 
 
+def is_of_the_programs(command):
+    return pathlib.Path(command["file"]).relative_to(ROOT).parts[0] not in ("bench", "fuzz", "tests", "tools")
+
+
+def compiled_alone(command):
+    """Compiles a source without writing an object. Returns the compiler's complaints."""
+    words = shlex.split(command["command"])
+    output = words.index("-o")
+    words[output:output + 2] = ["-fsyntax-only"]
+    result = subprocess.run(words, cwd=command["directory"], capture_output=True, text=True, check=False)
+    return result.stderr if result.returncode != 0 else ""
+
+
 def check(build, batch, name):
     """Returns the complaints about a batch, or "" if it is clean."""
-    if len(batch) > 1 and is_clean_if_joined(build, batch, name):
-        return ""
-    return "".join(run(build, command["file"]) for command in batch)
+    if len(batch) == 1 or not is_clean_if_joined(build, batch, name):
+        return "".join(run(build, command["file"]) for command in batch)
+    return "".join(compiled_alone(command) for command in batch if is_of_the_programs(command))
 
 
 def main():

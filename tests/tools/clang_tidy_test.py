@@ -46,6 +46,15 @@ class ClangTidyTest(ScratchSources):
         commands = [self.command(f"{number:02}.cpp", "int a;\n") for number in range(26)]
         self.assertEqual(list(map(len, self.names(commands))), [9, 9, 8])
 
+    def test_a_source_that_lacks_an_include_does_not_compile_alone(self):
+        self.file("a.h", "struct A {};\n")
+        commands = {name: self.command(name, text) for name, text in (("good.cpp", HEAD + "A a;\n"), ("bad.cpp", "A a;\n"))}
+        for command in commands.values():
+            command.update(directory=str(self.folder), command=command["command"].replace("clang++", "c++ -I."))
+        self.assertEqual(clang_tidy.compiled_alone(commands["good.cpp"]), "")
+        self.assertIn("bad.cpp:1", clang_tidy.compiled_alone(commands["bad.cpp"]))
+        self.assertFalse((self.folder / "good.cpp.o").exists())
+
     def test_a_change_of_any_source_or_header_changes_the_key(self):
         batch = [self.command("a.cpp", HEAD), self.command("b.cpp", "")]
         keys = set()
