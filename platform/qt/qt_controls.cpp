@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QLabel>
+#include <QSignalBlocker>
 #include <algorithm>
 #include <chrono>
 
@@ -23,7 +24,9 @@ void name(QWidget* widget, const std::string& label) {
 void QtButton::setAccessibilityLabel(const std::string& label) { name(button_, label); }
 
 void QtButton::setOn(bool on) {
-  if (button_) button_->setChecked(on);
+  if (!button_) return;
+  const QSignalBlocker isNotTheUsersChange(button_);
+  button_->setChecked(on);
 }
 
 void QtButton::setEnabled(bool enabled) {

@@ -152,7 +152,8 @@ std::shared_ptr<Button> QtWindow::add(const CheckBox& checkBox) {
   auto* const box = new QCheckBox(mnemonics_.mark(checkBox.title), widget_);
   placeControl(box, checkBox.frame);
   fitTitle(*box, QStyle::SE_CheckBoxContents, 0);
-  if (checkBox.action) QObject::connect(box, &QCheckBox::clicked, box, checkBox.action);
+  // Not `clicked`, which is missing if a screen reader toggles the box.
+  if (checkBox.action) QObject::connect(box, &QCheckBox::toggled, box, checkBox.action);
   return std::make_shared<QtButton>(box, checkBox.tag);
 }
 

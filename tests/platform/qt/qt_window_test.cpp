@@ -160,6 +160,16 @@ TEST_F(QtWindowTest, aCheckBoxChangesBeforeItsAction) {
   EXPECT_THAT(done_, ElementsAre("on", "off")) << "the program's own change is not reported";
 }
 
+TEST_F(QtWindowTest, aCheckBoxThatAScreenReaderTogglesRunsItsAction) {
+  const auto box = window_->add(CheckBox{{0, 50, 90, 18}, "Check", note("toggled")});
+  show();
+  QAccessible::queryAccessibleInterface(&only<QCheckBox>())
+      ->actionInterface()
+      ->doAction(QAccessibleActionInterface::toggleAction());
+  EXPECT_TRUE(box->isOn());
+  EXPECT_THAT(done_, ElementsAre("toggled"));
+}
+
 TEST_F(QtWindowTest, aPopUpButtonReportsOnlyTheUsersChoice) {
   const auto popUp = window_->add(PopUp{{0, 0, 100, 26}, {"One", "Two", "Three"}, note("chosen")});
   EXPECT_EQ(popUp->selectedIndex(), 0U);
