@@ -13,6 +13,9 @@ namespace {
 
 constexpr const char* symbolColour = "#2e3436";
 
+// Returns true if panels draw a symbol that they know by its name in their own colour. LXQt's draws its file unchanged.
+bool panelsColourSymbols() { return !qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(':').contains("LXQt"); }
+
 class SvgIconEngine : public QIconEngine {
  public:
   SvgIconEngine(QByteArray file, QString name) : file_(std::move(file)), name_(std::move(name)) {}
@@ -67,7 +70,8 @@ class SvgIconEngine : public QIconEngine {
 class SymbolicIconEngine : public SvgIconEngine {
  public:
   SymbolicIconEngine(QByteArray file, QString name, QIcon::Mode mode)
-      : SvgIconEngine(std::move(file), mode == QIcon::Disabled ? QString() : std::move(name)), mode_(mode) {}
+      : SvgIconEngine(std::move(file), mode != QIcon::Disabled && panelsColourSymbols() ? std::move(name) : QString()),
+        mode_(mode) {}
   QIconEngine* clone() const override { return new SymbolicIconEngine(*this); }
 
  protected:

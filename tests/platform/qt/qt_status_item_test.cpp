@@ -10,6 +10,7 @@
 #include <QPixmap>
 #include <QTest>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -18,6 +19,8 @@
 #include "platform/qt/qt_screen.h"
 #include "platform/qt/svg_icon.h"
 #include "tests/platform/qt/run_until.h"
+#include "tests/support/environment_scope.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -143,6 +146,42 @@ TEST(SvgIcon, isDrawnInEverySizeOnTransparency) {
 TEST(SvgIcon, hasANameOnlyIfTheIconThemeHasIt) {
   EXPECT_EQ(svgIcon(applicationIconFile, "no-such-icon").name(), QString());
   EXPECT_EQ(symbolicIcon(bookmarkSymbolFile, "no-such-icon", QIcon::Normal).name(), QString());
+}
+
+// A theme of icons with one symbol.
+class IconTheme {
+ public:
+  IconTheme() {
+    std::filesystem::create_directories(folder_.path("tests/symbols"));
+    makeFile(folder_.path("tests/index.theme"),
+             "[Icon Theme]\nName=Tests\nDirectories=symbols\n[symbols]\nSize=16\nType=Scalable\n");
+    makeFile(folder_.path("tests/symbols/a-symbol.svg"), bookmarkSymbolFile);
+    QIcon::setThemeSearchPaths({QString::fromStdString(folder_.path())});
+    QIcon::setThemeName("tests");
+  }
+  ~IconTheme() {
+    QIcon::setThemeSearchPaths(usualPaths_);
+    QIcon::setThemeName(usualName_);
+  }
+  IconTheme(const IconTheme&) = delete;
+  IconTheme& operator=(const IconTheme&) = delete;
+
+ private:
+  ScratchFolder folder_;
+  QStringList usualPaths_ = QIcon::themeSearchPaths();
+  QString usualName_ = QIcon::themeName();
+};
+
+// The panel of LXQt draws a named symbol as its file is: dark on a dark panel.
+TEST(SvgIcon, aSymbolHasNoNameWherePanelsDoNotColourIt) {
+  const IconTheme theme;
+  const auto nameOn = [](const std::string& desktop) {
+    const EnvironmentScope scope("XDG_CURRENT_DESKTOP", desktop);
+    return symbolicIcon(bookmarkSymbolFile, "a-symbol", QIcon::Normal).name();
+  };
+  EXPECT_EQ(nameOn("XFCE"), "a-symbol");
+  EXPECT_EQ(nameOn("LXQt"), QString());
+  EXPECT_EQ(nameOn("Debian:LXQt"), QString());
 }
 
 }  // namespace
