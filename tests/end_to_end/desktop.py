@@ -4,11 +4,13 @@ import pathlib
 import signal
 import subprocess
 import sys
+import unittest
 
+import shells
 from scratch_desktop import SAFARI, ScratchDesktop
-from screen import Screen
+from screen import Screen, WaylandScreen
 from session_bus import Bus
-from status_notifier_host import NAME as WATCHER
+from status_item import has_host
 from waiting import wait_for
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -33,6 +35,7 @@ class Desktop(ScratchDesktop):
 
     def __init__(self, installation, panel="notifiers", has_accessibility=True, environment=()):
         super().__init__(installation)
+        self.shell = shells.chosen()
         self.safari_options = []
         self._furnish()
         self.environment = {
@@ -45,6 +48,7 @@ class Desktop(ScratchDesktop):
             **({"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"} if has_accessibility else {}),
             "LSAN_OPTIONS": f"suppressions='{HERE}/known_leaks.txt':print_suppressions=0",
             **dict(environment),
+            **self.shell.environment,
         }
         try:
             self.start_display()
@@ -59,24 +63,36 @@ class Desktop(ScratchDesktop):
             folder.mkdir(parents=True)
         (self.scratch / "run").mkdir(mode=0o700)
         self.write_program(self.scratch / "bin/xdg-open", OPENER)
+        for name, text in self.shell.settings.items():
+            path = self.home / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(text, encoding="utf-8")
 
     def _start_bus(self):
         address = self.start_server("--print-address={}", "dbus-daemon", "--session", "--nofork", "--nopidfile",
                                     f"--address=unix:path={self.scratch}/run/bus")
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
         self.bus = Bus(address)
-        self.screen = Screen(self.environment["DISPLAY"], self.bus)
+        self.screen = (WaylandScreen if self.shell.socket else Screen)(self.environment["DISPLAY"], self.bus)
         self.callback(self.screen.display.close)
         self.screen.paint(0x4F, 0x6D, 0x8A)
 
     def _start_panel(self, panel):
-        self.start("openbox")
-        if panel == "older tray":
+        self.start(*self.shell.window_manager)
+        if panel == "notifiers":
+            self.start(*(self.shell.panel or (PYTHON, str(HERE / "status_notifier_host.py"))))
+        elif panel == "older tray":
+            if self.shell.panel or self.shell.socket:
+                raise unittest.SkipTest(f"{self.shell.title} has no tray of the older kind only")
             self.start("trayer", "--edge", "top", "--align", "right", "--width", "20", "--height", "24")
+        if self.shell.socket:
+            wait_for((self.scratch / "run" / self.shell.socket).exists, "a compositor")
+        else:
+            wait_for(self.screen.has_window_manager, "a window manager")
+        if panel == "notifiers":
+            wait_for(lambda: has_host(self.bus), "a host for status notifiers", patience=60)  # panels load much
+        elif panel == "older tray":
             wait_for(self.screen.has_older_tray, "an older system tray")
-        elif panel == "notifiers":
-            self.start(PYTHON, str(HERE / "status_notifier_host.py"))
-            wait_for(lambda: self.bus.has_owner(WATCHER), "a host for status notifiers")
 
     # --- Safari ---
 

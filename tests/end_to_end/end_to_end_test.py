@@ -18,6 +18,7 @@ import tempfile
 import time
 import unittest
 
+import shells
 from bookmarks import SORTED_TITLES, bookmarks_bar, leaf, serialized, titles, unsorted_tree
 from desktop import Desktop
 from gi.repository import GLib
@@ -53,7 +54,7 @@ class EndToEndTest(unittest.TestCase):
         """Arranges a desktop whose user has chosen text of 20 points in the settings of Plasma."""
         self.arrange(environment={"XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5"})
         settings = self.desktop.home / ".config/kdeglobals"
-        settings.parent.mkdir()
+        settings.parent.mkdir(exist_ok=True)
         settings.write_text("[General]\nfont=DejaVu Sans,20,-1,5,50,0,0,0,0,0\n", encoding="utf-8")
 
     def launch(self, *arguments):
@@ -123,7 +124,10 @@ class EndToEndTest(unittest.TestCase):
         wait_for(lambda: quillery.lines() == lines, f"the printed lines {lines!r}")
 
     def picture(self, name, window):
-        """Takes a screenshot of a window with a margin."""
+        """Takes a screenshot of a window with a margin, or of the whole screen with a real panel or on Wayland."""
+        if self.desktop.shell.panel or self.desktop.shell.socket:
+            self.desktop.screenshot(SCREENSHOTS / f"{name}.png")
+            return
         x, y, width, height = window.frame()
         left, top = max(x - 24, 0), max(y - 44, 0)
         self.desktop.screenshot(SCREENSHOTS / f"{name}.png", (left, top, x + width + 24 - left, y + height + 24 - top))
@@ -291,7 +295,8 @@ class EndToEndTest(unittest.TestCase):
         return local.tm_hour, local.tm_min
 
     def test_a_schedule_set_in_its_window_sorts_on_time(self):
-        hour, minute = self.arrange_before_the_minute(seconds=8)
+        seconds = 8 if shells.chosen() is shells.SHELLS[shells.PLAIN] else 40  # real panels take long to start
+        hour, minute = self.arrange_before_the_minute(seconds)
         self.desktop.start_safari()
         quillery = self.launch_with_agent()
         quillery.choose("Schedule…")
@@ -312,7 +317,7 @@ class EndToEndTest(unittest.TestCase):
         self.expect_untouched()
 
         wait_for(lambda: self.desktop.safari_events() == ["started", "asked to quit", "quit", "started"],
-                 "Safari to quit and reopen", patience=40)
+                 "Safari to quit and reopen", patience=seconds + 32)
         self.assertEqual(self.desktop.titles(), SORTED_TITLES)
         lines = SORTED.format(self.expect_one_backup())
         self.wait_for_lines(quillery, lines)
@@ -573,11 +578,15 @@ class EndToEndTest(unittest.TestCase):
 
     def test_the_window_that_is_asked_for_comes_to_the_front(self):
         self.arrange()
+        if not self.desktop.shell.raises:
+            self.skipTest(f"{self.desktop.shell.title} lets no program raise its window")
         quillery = self.launch_with_agent()
         for title in ("Schedule", "About Quillery", "Schedule"):
             quillery.choose(f"{title}…")
             self.assertEqual(quillery.window(title).role, "dialog")
         self.assertEqual(len(quillery.windows()), 2)
+        if not self.desktop.shell.closes:
+            self.skipTest(f"until here it passed; {self.desktop.shell.title} closes only windows with a close button")
         self.desktop.screen.close_active_window()
         quillery.window("About Quillery")
         self.assertEqual(len(quillery.windows()), 1)

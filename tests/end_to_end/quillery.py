@@ -52,14 +52,17 @@ class Quillery(Program):
     def windows(self):
         return self.desktop.screen.windows(self.identifier)
 
+    def _placed_window(self, matches, what):
+        window = self.desktop.screen.window(self.identifier, matches, what)
+        wait_for(lambda: self.desktop.screen.is_placed(window), f"the place of {what}")
+        return window
+
     def window(self, title):
-        return self.desktop.screen.window(self.identifier, lambda window: window.title == title,
-                                          f"an active window “{title}”")
+        return self._placed_window(lambda window: window.title == title, f"an active window “{title}”")
 
     def alert(self, text):
         """Waits for the alert, or any other window, with this text."""
-        return self.desktop.screen.window(self.identifier, lambda window: text in window.texts(),
-                                          f"an alert “{text}”")
+        return self._placed_window(lambda window: text in window.texts(), f"an alert “{text}”")
 
     # --- Traces ---
 

@@ -1,5 +1,7 @@
 """The contents of the screen, read over the interface for assistive technologies (AT-SPI 2), and operated with pointer
 and keys."""
+import unittest
+
 from gi.repository import GLib
 from Xlib import X, display
 from Xlib.ext import xtest
@@ -142,6 +144,9 @@ class Screen(Keyboard):
         self.root.send_event(request, X.SubstructureRedirectMask | X.SubstructureNotifyMask)
         self.display.sync()
 
+    def has_window_manager(self):
+        return self.root.get_full_property(self.display.intern_atom("_NET_SUPPORTING_WM_CHECK"), X.AnyPropertyType)
+
     def has_older_tray(self):
         return self.display.get_selection_owner(self.display.intern_atom("_NET_SYSTEM_TRAY_S0")) != X.NONE
 
@@ -164,8 +169,27 @@ class Screen(Keyboard):
                 if type(problem).__name__ not in {"BadWindow", "BadDrawable"}:
                     raise
 
+    def is_placed(self, window):
+        """Returns true if a program knows where the window manager has put its window."""
+        return tuple(window.frame()) in self._viewable(self.root, lambda name: True)
+
     def paint(self, red, green, blue):
         """Sets the background colour of the screen."""
         self.root.change_attributes(background_pixel=red << 16 | green << 8 | blue)
         self.root.clear_area()
         self.display.sync()
+
+
+class WaylandScreen(Screen):
+    """The screen of a Wayland compositor that shows its desktop in a window of the X display. Keys work as on X, but no
+    program learns where windows are, so controls are pressed as a screen reader presses them."""
+
+    def press(self, element):
+        self.accessibility.call(element.name, element.path, "org.a11y.atspi.Action", "DoAction",
+                                GLib.Variant("(i)", (0,)))
+
+    def is_placed(self, window):
+        return True
+
+    def viewable(self, matches):
+        raise unittest.SkipTest("Wayland lets no program find the menu of another one")

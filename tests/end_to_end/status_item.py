@@ -9,9 +9,18 @@ ITEM = "org.kde.StatusNotifierItem"
 MENU = "com.canonical.dbusmenu"
 
 
+def has_host(bus):
+    """Returns true if a panel shows status notifiers."""
+    try:
+        return bus.property(WATCHER, "/StatusNotifierWatcher", WATCHER, "IsStatusNotifierHostRegistered")
+    except GLib.Error:  # nobody owns the name yet
+        return False
+
+
 def item_names(bus):
-    """The bus names of all items in the panel."""
-    return bus.property(WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems")
+    """The bus names of all items in the panel. Some panels add the path of the item's object."""
+    items = bus.property(WATCHER, "/StatusNotifierWatcher", WATCHER, "RegisteredStatusNotifierItems")
+    return [item.partition("/")[0] for item in items]
 
 
 class StatusItem:
