@@ -43,9 +43,11 @@ class Quillery(Program):
         return self.wait_for_menu(besides=[(x, y, width, height)])
 
     def wait_for_menu(self, besides=()):
-        """Waits until the menu is open. Returns its frame; `besides` are the frames of windows that were open
-        before."""
-        return wait_for(lambda: [frame for frame in self._own_windows() if frame not in besides], "an open menu")[0]
+        """Waits until the menu is open and gets the keys. Returns its frame; `besides` are the frames of windows that
+        were open before."""
+        frame = wait_for(lambda: [frame for frame in self._own_windows() if frame not in besides], "an open menu")[0]
+        wait_for(self.desktop.screen.is_keyboard_grabbed, "a menu that gets the keys")
+        return frame
 
     # --- Windows and alerts ---
 

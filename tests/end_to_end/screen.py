@@ -14,7 +14,7 @@ from waiting import wait_for
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 ROOT = "/org/a11y/atspi/accessible/root"
 # Values of AtspiStateType.
-ACTIVE, CHECKED, ENABLED, EXPANDED, SHOWING = 1, 4, 8, 10, 25
+ACTIVE, CHECKED, ENABLED, EXPANDED, SELECTED, SHOWING = 1, 4, 8, 10, 23, 25
 
 
 class Element:
@@ -133,7 +133,13 @@ class Screen(Keyboard):
         """Chooses the last item of a combo box."""
         self.press(element)
         wait_for(element.is_expanded, "an open list")
-        self.type("End", "Return")
+        last = [item for item in element.below() if item.is_a("list item")][-1]
+
+        def select():  # again and again, because an open list may not get the keys yet
+            self.type("End")
+            return last.has_state(SELECTED)
+        wait_for(select, "the last item to be selected")
+        self.type("Return")
 
     def close_active_window(self):
         """Asks the window manager to close the active window, as its close button and Alt+F4 do."""
@@ -146,6 +152,17 @@ class Screen(Keyboard):
 
     def has_window_manager(self):
         return self.root.get_full_property(self.display.intern_atom("_NET_SUPPORTING_WM_CHECK"), X.AnyPropertyType)
+
+    def is_keyboard_grabbed(self):
+        """Returns true if all keys go to one program, as while its menu is open. No other program can grab the keyboard
+        while this looks."""
+        self.display.grab_server()
+        status = self.root.grab_keyboard(False, X.GrabModeAsync, X.GrabModeAsync, X.CurrentTime)
+        if status == X.GrabSuccess:
+            self.display.ungrab_keyboard(X.CurrentTime)
+        self.display.ungrab_server()
+        self.display.sync()
+        return status == X.AlreadyGrabbed
 
     def has_older_tray(self):
         return self.display.get_selection_owner(self.display.intern_atom("_NET_SYSTEM_TRAY_S0")) != X.NONE
