@@ -90,6 +90,7 @@ start_by_others() {
   inside DEBIAN_FRONTEND=noninteractive "apt-get install --yes --quiet=2 --no-install-recommends dbus-daemon \
     libglib2.0-bin" >"$scratch/apt.log" 2>&1 || { tail -n 20 "$scratch/apt.log" >&2; return 1; }
   install_package
+  inside "useradd --uid=1000 --home-dir=/tmp/home person"  # a bus serves no user without a name
   install -d --owner=1000 --group=1000 --mode=700 "$root/tmp/home" "$root/tmp/home/run"
   identifier=$(basename "$root"/usr/share/dbus-1/services/*quillery.service .service)
   object=/${identifier//.//}
