@@ -31,6 +31,7 @@ QLabel* makeText(const std::string& text, bool isBold, int width) {
   label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
   label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   label->setText(breakable(QString::fromStdString(text), QFontMetrics(font), width));
+  label->setAccessibleName(QString::fromStdString(text));  // a screen reader would spell the broken words
   label->setFixedWidth(width);
   label->setFixedHeight(label->heightForWidth(width));
   return label;

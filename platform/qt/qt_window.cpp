@@ -84,6 +84,7 @@ void showText(QLabel& label, const QString& text, const QFont& wanted) {
   }
   label.setFont(font);
   label.setText(content);
+  label.setAccessibleName(text);
 }
 
 QRect screenOfPointer() {

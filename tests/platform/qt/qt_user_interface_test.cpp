@@ -115,6 +115,17 @@ TEST_F(QtUserInterfaceTest, aPathInAnAlertCanBeSelectedAndCopied) {
   EXPECT_EQ(userInterface_.runModal({"Text", path.toStdString(), {"Yes", "No"}}), 0U);
 }
 
+TEST_F(QtUserInterfaceTest, aScreenReaderReadsALongPathUnbroken) {
+  const QString path = "/home/ann/" + QString(200, 'x');
+  withNextDialog([&](QDialog& dialog) {
+    auto* const label = dialog.findChildren<QLabel*>().last();
+    EXPECT_NE(label->text(), path);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name), path);
+    dialog.close();
+  });
+  userInterface_.runModal({"Text", path.toStdString(), {}});
+}
+
 TEST_F(QtUserInterfaceTest, activatingRestoresAMinimisedAlert) {
   withNextDialog([&](QDialog& dialog) {
     dialog.showMinimized();
