@@ -1,5 +1,6 @@
 """What the private desktops of all platforms share: a home folder with bookmarks in a scratch folder, a headless display,
 and the programs that run there. All of it is removed at the end."""
+import atexit
 import contextlib
 import os
 import pathlib
@@ -22,6 +23,8 @@ class ScratchDesktop(contextlib.ExitStack):
 
     def __init__(self, installation):
         super().__init__()
+        atexit.register(self.close)  # an interrupted test does not
+        self.callback(atexit.unregister, self.close)
         self.installation = pathlib.Path(installation).resolve()
         self.scratch = pathlib.Path(tempfile.mkdtemp(prefix="quillery-"))
         self.callback(shutil.rmtree, self.scratch, ignore_errors=True)
