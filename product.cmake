@@ -6,6 +6,8 @@ set(QUILLERY_WEB_PAGE "https://quillery.example.com/")
 set(QUILLERY_SUPPORT_ADDRESS "support@quillery.example.com")
 set(QUILLERY_COPYRIGHT "Copyright © 2026 Fenwarde")
 set(QUILLERY_FEED_ADDRESS "https://quillery.example.com/appcast.xml")
+# The namespace of our own attributes in the feed. It names them, and nothing is read from there.
+set(QUILLERY_FEED_NAMESPACE "https://quillery.example.com/appcast")
 # The public half of the key that signs updates (EdDSA, base64). The maker's releases replace this placeholder.
 set(QUILLERY_FEED_PUBLIC_KEY "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=")
 # When this version was released, in seconds since 1970. Packages have this time, whenever and wherever they are built.

@@ -114,6 +114,16 @@ class ReleaseTest(unittest.TestCase):
         self.commit("0.2.0", time=self.time)
         self.assertIn("is not later", self.refused("--key", self.key, "--appcast", published))
 
+    def test_another_processor_takes_the_same_version(self):
+        published = self.published()
+        published.write_text(published.read_text().replace('processor="amd64"', 'processor="arm64"'))
+        items = appcast.read(self.released("--appcast", published))
+        self.assertEqual([(item.version, item.processor) for item in items], [("0.1.0", "arm64"), ("0.1.0", "amd64")])
+
+    def test_the_namespace_of_the_feed_is_that_of_the_product(self):
+        namespace = re.search(r'FEED_NAMESPACE "(.*)"', (ROOT / "product.cmake").read_text(encoding="utf-8")).group(1)
+        self.assertIn(f'xmlns:quillery="{namespace}"', self.released("--first").read_text())
+
     def test_the_placeholder_for_the_key_is_refused(self):
         self.commit("0.1.0", public=signing.PLACEHOLDER)
         self.assertIn("placeholder", self.refused("--key", self.key, "--first"))

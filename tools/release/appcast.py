@@ -10,10 +10,11 @@ import re
 import urllib.parse
 import xml.etree.ElementTree as ElementTree
 
+import product
 from signing import SIGNATURE_SIZE, Refusal, decoded
 
 SPARKLE = "http://www.andymatuschak.org/xml-namespaces/sparkle"
-QUILLERY = "https://quillery.example.com/appcast"
+QUILLERY = product.values()["FEED_NAMESPACE"]
 VERSION = re.compile(r"\d+(\.\d+){1,2}")
 ElementTree.register_namespace("sparkle", SPARKLE)
 ElementTree.register_namespace("quillery", QUILLERY)
@@ -115,10 +116,10 @@ def require_sound(items):
             raise Refusal(f"version {item.version} for {item.system}: {problem}")
 
 
-def require_newer(items, system, version, date):
-    """Refuses a version for a system that is not newer than its items, by its number and by its date."""
+def require_newer(items, system, processor, version, date):
+    """Refuses a version for a system and processor unless it is newer than its items, by its number and by its date."""
     for item in items:
-        if item.system != system:
+        if (item.system, item.processor) != (system, processor):
             continue
         if order_of(item.version) >= order_of(version):
             raise Refusal(f"version {version} is not newer than {item.version}, which the appcast has")

@@ -20,6 +20,7 @@ import sys
 import tempfile
 
 import appcast
+import product
 import signing
 from signing import Refusal
 
@@ -62,8 +63,7 @@ class Tree:
 
     def __init__(self, folder):
         self.folder = folder
-        text = (folder / "product.cmake").read_text(encoding="utf-8")
-        self.product = dict(re.findall(r'^set\(QUILLERY_(\w+) "(.*)"\)$', text, re.MULTILINE))
+        self.product = product.values(folder)
         project = re.search(r"^project\(\w+ VERSION (\S+)", (folder / "CMakeLists.txt").read_text(encoding="utf-8"),
                             re.MULTILINE)
         self.version = project.group(1) if project else ""
@@ -96,6 +96,15 @@ class Tree:
             raise Refusal(f"there are {len(found)} files {pattern}, not one")
         return found[0]
 
+    def processor(self):
+        """The kind of processor that the package is for, as the system calls it; empty if it is for every one."""
+        if SYSTEM == "macos":
+            return ""
+        try:
+            return subprocess.run(["dpkg", "--print-architecture"], capture_output=True, text=True, check=True).stdout.strip()
+        except (FileNotFoundError, subprocess.CalledProcessError) as error:
+            raise Refusal("dpkg does not say which processor this is") from error
+
     def package(self):
         """Builds the package of this system. Returns its path and what an item of the feed says of it."""
         if SYSTEM == "macos":
@@ -104,8 +113,8 @@ class Tree:
                 "processor": "", "minimum_system": self.product["MINIMUM_MACOS"],
                 "media_type": "application/x-apple-diskimage"}
         self.run("package")
-        path = self.one_file("build/release/*.deb")
-        return path, {"processor": path.stem.rsplit("_", 1)[1], "minimum_system": self.product["MINIMUM_DEBIAN"],
+        path = self.one_file(f"build/release/*_{self.processor()}.deb")
+        return path, {"processor": self.processor(), "minimum_system": self.product["MINIMUM_DEBIAN"],
                       "media_type": "application/vnd.debian.binary-package"}
 
     def cask(self, package):
@@ -139,7 +148,7 @@ def release(tree, key, published):
     notes = tree.notes()
     public = require_own(key, tree)
     items = appcast.read(published) if published else []
-    appcast.require_newer(items, SYSTEM, tree.version, tree.time)
+    appcast.require_newer(items, SYSTEM, tree.processor(), tree.version, tree.time)
     tree.run("test")
     package, about = tree.package()
 
