@@ -26,6 +26,14 @@ file(GLOB session_sources CONFIGURE_DEPENDS platform/linux/session/*.cpp)
 add_library(quillery_linux_session STATIC ${session_sources})
 target_link_libraries(quillery_linux_session PUBLIC quillery_linux PRIVATE PkgConfig::SYSTEMD)
 
+# The updater, for any toolkit with windows and a network.
+find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
+find_package(EXPAT REQUIRED)
+file(GLOB updates_sources CONFIGURE_DEPENDS platform/linux/updates/*.cpp)
+add_library(quillery_linux_updates STATIC ${updates_sources})
+target_link_libraries(quillery_linux_updates PUBLIC quillery_linux_session PRIVATE EXPAT::EXPAT OpenSSL::Crypto
+                                                                                   PkgConfig::SYSTEMD)
+
 # What answers for /bin/launchctl, a program of its own.
 add_executable(quillery-launchctl platform/linux/launchctl_main.cpp)
 target_link_libraries(quillery-launchctl PRIVATE quillery_linux)
