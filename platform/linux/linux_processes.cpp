@@ -1,6 +1,5 @@
 #include "platform/linux/linux_processes.h"
 
-#include <fcntl.h>
 #include <spawn.h>
 #include <sys/random.h>
 #include <sys/wait.h>
@@ -8,13 +7,13 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <system_error>
 
 #include "platform/error.h"
 #include "platform/linux/installed_bundle.h"
+#include "platform/linux/spawn_settings.h"
 #include "platform/linux/word_pointers.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/surroundings.h"
@@ -45,37 +44,6 @@ std::string canonicalText(const Uuid& uuid) {
   }
   return text;
 }
-
-// What a started program inherits: standard streams from and to /dev/null, and no blocked or ignored signals.
-class SpawnSettings {
- public:
-  SpawnSettings() {
-    posix_spawn_file_actions_init(&streams_);
-    posix_spawn_file_actions_addopen(&streams_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
-      posix_spawn_file_actions_addopen(&streams_, stream, "/dev/null", O_WRONLY, 0);
-    sigset_t signals;
-    posix_spawnattr_init(&signals_);
-    posix_spawnattr_setflags(&signals_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    sigemptyset(&signals);
-    posix_spawnattr_setsigmask(&signals_, &signals);
-    sigfillset(&signals);
-    posix_spawnattr_setsigdefault(&signals_, &signals);
-  }
-  ~SpawnSettings() {
-    posix_spawnattr_destroy(&signals_);
-    posix_spawn_file_actions_destroy(&streams_);
-  }
-  SpawnSettings(const SpawnSettings&) = delete;
-  SpawnSettings& operator=(const SpawnSettings&) = delete;
-
-  const posix_spawn_file_actions_t* streams() const { return &streams_; }
-  const posix_spawnattr_t* signals() const { return &signals_; }
-
- private:
-  posix_spawn_file_actions_t streams_{};
-  posix_spawnattr_t signals_{};
-};
 
 Error cannotRun(const std::string& path, int problem) {
   return {

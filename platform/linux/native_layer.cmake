@@ -30,6 +30,8 @@ target_link_libraries(quillery_linux_session PUBLIC quillery_linux PRIVATE PkgCo
 find_package(OpenSSL 3 REQUIRED COMPONENTS Crypto)
 find_package(EXPAT REQUIRED)
 file(GLOB updates_sources CONFIGURE_DEPENDS platform/linux/updates/*.cpp)
+set(product_update_source ${PROJECT_SOURCE_DIR}/platform/linux/updates/product_update_source.cpp)
+list(REMOVE_ITEM updates_sources ${product_update_source})  # only the shipped program has it
 add_library(quillery_linux_updates STATIC ${updates_sources})
 target_link_libraries(quillery_linux_updates PUBLIC quillery_linux_session PRIVATE EXPAT::EXPAT OpenSSL::Crypto
                                                                                    PkgConfig::SYSTEMD)

@@ -55,7 +55,7 @@ std::weak_ordering operator<=>(const Version& left, const Version& right) {
   const std::vector<Version::Part> rights = right.filledUpTo(left).parts_;
   const std::size_t both = std::min(lefts.size(), rights.size());
   for (std::size_t index = 0; index < both; ++index)
-    if (const auto order = Version::compare(lefts[index], rights[index]); order != 0) return order;
+    if (const auto order = Version::compare(lefts[index], rights[index]); std::is_neq(order)) return order;
   if (lefts.size() == rights.size()) return std::weak_ordering::equivalent;
   const bool isLeftLonger = lefts.size() > rights.size();
   const bool isWord = (isLeftLonger ? lefts : rights)[both].kind == Version::Kind::word;
