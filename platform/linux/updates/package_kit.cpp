@@ -66,7 +66,8 @@ void PackageKitInstallation::readEnd(sd_bus_message* signal) {
   std::uint32_t end = 0;
   if (sd_bus_message_read(signal, "uu", &end, nullptr) <= 0) return;
   if (end == exitSuccess) return finish(Installation::done, "");
-  finish(isRefused_ || end == exitCancelled ? Installation::cancelled : Installation::failed, reason_);
+  if (isRefused_ || end == exitCancelled) return finish(Installation::cancelled, "");
+  finish(Installation::failed, reason_.empty() ? "PackageKit gave no reason." : reason_);
 }
 
 void PackageKitInstallation::readOwner(sd_bus_message* signal) {

@@ -10,6 +10,7 @@
 #include "platform/error.h"
 #include "platform/linux/posix_file_system.h"
 #include "platform/posix/file_attempt.h"
+#include "platform/posix/new_folders.h"
 #include "platform/posix/write_all.h"
 #include "platform/product.h"
 #include "values/byte_pieces.h"
@@ -29,7 +30,7 @@ void removeEarlierIn(const std::string& parent) {
 
 std::string newFolderIn(const std::string& parent) {
   if (parent.empty()) throw Error("Updates", 2, "There is no home folder to download the update to.");
-  PosixFileSystem().createFolder(parent, ownerOnly);
+  createFolders(parent, ownerOnly, Flush::never);
   removeEarlierIn(parent);
   std::string path = parent + "/" + folderPrefix + "XXXXXX";
   if (mkdtemp(path.data()) == nullptr) throw FileAttempt{"folder", path, "created"}.failure(errno);

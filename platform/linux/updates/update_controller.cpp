@@ -194,6 +194,7 @@ void UpdateController::handleInstallation(Installation installation, const std::
 
 void UpdateController::prepareRelaunch() {
   setStage(Stage::relaunching);
+  download_ = nullptr;  // the relaunch destroys nothing
   const auto delegate = delegate_.lock();
   const bool isPostponed = delegate && delegate->shouldPostponeRelaunch([weak = weak_from_this()] {
     const auto self = weak.lock();

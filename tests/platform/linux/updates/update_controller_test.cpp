@@ -332,7 +332,6 @@ TEST_F(UpdateInstallationTest, downloadsVerifiesInstallsAndRelaunches) {
   EXPECT_THAT(calls(), ElementsAre("relaunch?"));
   EXPECT_EQ(relaunches_, 1);
   EXPECT_FALSE(controller_->canCheckForUpdates()) << "nothing starts before the program ends";
-  controller_ = nullptr;
   EXPECT_EQ(downloads(), 0);
 }
 
