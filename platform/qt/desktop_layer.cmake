@@ -1,5 +1,5 @@
 # The desktop layer of Linux on Qt: windows, menus, the tray and the event loop. The companion does not link it.
-find_package(Qt6 REQUIRED COMPONENTS Core DBus Svg Widgets)
+find_package(Qt6 REQUIRED COMPONENTS Core DBus Network Svg Widgets)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
 file(READ packaging/icons/quillery.svg QUILLERY_ICON)
 file(READ packaging/icons/quillery-symbolic.svg QUILLERY_SYMBOLIC_ICON)
@@ -8,8 +8,8 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS packaging/icons/q
 configure_file(platform/qt/icon_files.h.in platform/qt/icon_files.h @ONLY)
 file(GLOB qt_sources CONFIGURE_DEPENDS platform/qt/*.cpp)
 add_library(quillery_qt STATIC ${qt_sources})
-target_link_libraries(quillery_qt PUBLIC quillery_linux_session Qt6::Core Qt6::Widgets
-                                  PRIVATE PkgConfig::XCB Qt6::DBus Qt6::Svg)
+target_link_libraries(quillery_qt PUBLIC quillery_linux_updates Qt6::Core Qt6::Widgets
+                                  PRIVATE PkgConfig::XCB Qt6::DBus Qt6::Network Qt6::Svg)
 
 # The icons in their installed places, and in the same place in the build tree for programs that run there.
 set(icon_folder ${CMAKE_INSTALL_DATADIR}/icons/hicolor)
