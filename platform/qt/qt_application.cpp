@@ -7,7 +7,9 @@
 #include <string>
 #include <utility>
 
+#include "platform/linux/installed_bundle.h"
 #include "platform/linux/property_list_defaults.h"
+#include "platform/linux/replaced_process.h"
 #include "platform/linux/session/instance_lock.h"
 #include "platform/linux/session/termination_signals.h"
 #include "platform/product.h"
@@ -40,8 +42,14 @@ QtApplication::QtApplication(QApplication& application, EventLoop& loop) : loop_
   application.installEventFilter(&quitFilter_);
 }
 
+// The next program finds the name and the lock free.
 void QtApplication::run() {
   if (isTerminating_) return;
+  runOnce();
+  if (isRelaunching_) replaceProcess(runningExecutable());
+}
+
+void QtApplication::runOnce() {
   QObject receiver;  // owns the posted work, so that it does not run after the loop
   const TerminationSignals termination(loop_, [this] { terminate(); });
   ApplicationService service(std::string(product::bundleIdentifier),
@@ -70,6 +78,12 @@ void QtApplication::terminate() {
   if (!isAllowed) return;
   isTerminating_ = true;
   QApplication::exit();  // not quit, which a window that cannot be closed refuses
+}
+
+bool QtApplication::relaunch() {
+  terminate();
+  isRelaunching_ = isTerminating_;
+  return isRelaunching_;
 }
 
 void QtApplication::reopen() {

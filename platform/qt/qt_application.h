@@ -31,6 +31,10 @@ class QtApplication : public Application {
   // is a no-op.
   void terminate() override;
 
+  // Terminates, and makes run() replace the process by the program that is then at its path, as after an update.
+  // Returns false if the delegate refuses to terminate.
+  bool relaunch();
+
   // Returns true if the loop is ending or has ended. No dialog may be shown then, because its loop would not run.
   bool isTerminating() const { return isTerminating_; }
 
@@ -45,6 +49,7 @@ class QtApplication : public Application {
     QtApplication& owner_;
   };
 
+  void runOnce();
   void reopen();
 
   EventLoop& loop_;
@@ -52,5 +57,6 @@ class QtApplication : public Application {
   std::function<void()> reopened_;
   bool isAsking_ = false;
   bool isTerminating_ = false;
+  bool isRelaunching_ = false;
   QuitFilter quitFilter_{*this};
 };

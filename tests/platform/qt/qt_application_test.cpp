@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -14,6 +15,8 @@
 #include <QTimer>
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -29,6 +32,7 @@
 #include "tests/platform/qt/dialog_driver.h"
 #include "tests/platform/qt/run_until.h"
 #include "tests/support/environment_scope.h"
+#include "tests/support/program.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/session_bus.h"
 
@@ -117,6 +121,36 @@ TEST_F(QtApplicationTest, aDelegateCanRefuseToTerminate) {
   };
   run();
   EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?", "terminate?", "terminate?"));
+}
+
+TEST_F(QtApplicationTest, aDelegateCanRefuseARelaunch) {
+  delegate_->mayTerminate = [&] { return delegate_->calls.size() > 2; };
+  delegate_->launched = [&] {
+    EXPECT_FALSE(application_.relaunch());
+    application_.terminate();
+  };
+  run();
+  EXPECT_THAT(delegate_->calls, ElementsAre("launched", "terminate?", "terminate?"));
+}
+
+// This program runs the test in a process of its own, which relaunches it.
+TEST_F(QtApplicationTest, aRelaunchKeepsTheProcess) {
+  const char* const record = std::getenv("QUILLERY_RELAUNCHES");
+  if (record == nullptr) {
+    const Environment environment = {{"GTEST_FILTER", "QtApplicationTest.aRelaunchKeepsTheProcess"},
+                                     {"QUILLERY_RELAUNCHES", scratch_.path("record")}};
+    const Ending ending = ::run("/proc/self/exe", {}, environment);
+    EXPECT_EQ(ending.status, 0) << ending.output;
+    const std::string processes = contentOf(scratch_.path("record"));
+    EXPECT_EQ(processes.substr(0, processes.size() / 2), processes.substr(processes.size() / 2));
+    return;
+  }
+  const bool isRelaunched = std::ifstream(record).good();
+  std::ofstream(record, std::ios::app) << getpid() << '\n';
+  if (isRelaunched) return;
+  delegate_->launched = [&] { EXPECT_TRUE(application_.relaunch()); };
+  run();
+  FAIL() << "the program was not replaced";
 }
 
 TEST_F(QtApplicationTest, holdsTheDelegateWeakly) {
