@@ -11,13 +11,17 @@
 #include <vector>
 
 #include "platform/linux/collation_locale.h"
-#include "platform/linux/session/package_updater.h"
 #include "platform/linux/session/session_main_loop.h"
 #include "platform/linux/session/session_workspace.h"
+#include "platform/linux/updates/private_file.h"
+#include "platform/linux/updates/system_packages.h"
+#include "platform/linux/updates/update_controller.h"
 #include "platform/platform.h"
 #include "platform/qt/qt_application.h"
 #include "platform/qt/qt_event_loop.h"
+#include "platform/qt/qt_network.h"
 #include "platform/qt/qt_screen.h"
+#include "platform/qt/qt_update_windows.h"
 #include "platform/qt/qt_user_interface.h"
 #include "values/harmless_text.h"
 #include "values/log_line.h"
@@ -64,7 +68,17 @@ std::unique_ptr<QApplication> connectedApplication(int& argumentCount, char** ar
 class NativeDesktop {
  public:
   explicit NativeDesktop(const Platform& screenless)
-      : updater_(screenless.userDefaults),
+      : packages_(eventLoop_, screenless.bundle.executablePath()),
+        updater_({.loop = mainLoop_,
+                  .userDefaults = screenless.userDefaults,
+                  .network = network_,
+                  .windows = updateWindows_,
+                  .packages = packages_,
+                  .source = updateSource(),
+                  .system = runningSystem(),
+                  .ownVersion = screenless.bundle.information("CFBundleShortVersionString").value_or(""),
+                  .downloadFolder = cacheFolder(),
+                  .relaunch = [this] { return application_.relaunch(); }}),
         platform_{screenless.propertyLists,
                   screenless.fileSystem,
                   screenless.runningApplications,
@@ -94,7 +108,10 @@ class NativeDesktop {
   SessionWorkspace workspace_{eventLoop_};
   QtScreen screen_{eventLoop_};
   QtUserInterface userInterface_{application_};
-  PackageUpdater updater_;
+  QtNetwork network_;
+  QtUpdateWindows updateWindows_;
+  SystemPackages packages_;
+  LinuxUpdater updater_;
   const Desktop desktop_{application_, mainLoop_, workspace_, screen_, updater_};
   const Platform platform_;
 };
