@@ -148,3 +148,12 @@ class Desktop(ScratchDesktop):
         path.parent.mkdir(parents=True, exist_ok=True)
         part = ["--geometry", "{2}x{3}+{0}+{1}".format(*frame)] if frame else []
         subprocess.run(["maim", "--hidecursor", *part, str(path)], env=self.environment, check=True)
+
+    def picture(self, path, window):
+        """Takes a screenshot of a window with a margin, or of the whole screen with a real panel or on Wayland."""
+        if self.shell.panel or self.shell.socket:
+            self.screenshot(path)
+            return
+        x, y, width, height = window.frame()
+        left, top = max(x - 24, 0), max(y - 44, 0)
+        self.screenshot(path, (left, top, x + width + 24 - left, y + height + 24 - top))

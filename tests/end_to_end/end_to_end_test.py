@@ -124,13 +124,7 @@ class EndToEndTest(unittest.TestCase):
         wait_for(lambda: quillery.lines() == lines, f"the printed lines {lines!r}")
 
     def picture(self, name, window):
-        """Takes a screenshot of a window with a margin, or of the whole screen with a real panel or on Wayland."""
-        if self.desktop.shell.panel or self.desktop.shell.socket:
-            self.desktop.screenshot(SCREENSHOTS / f"{name}.png")
-            return
-        x, y, width, height = window.frame()
-        left, top = max(x - 24, 0), max(y - 44, 0)
-        self.desktop.screenshot(SCREENSHOTS / f"{name}.png", (left, top, x + width + 24 - left, y + height + 24 - top))
+        self.desktop.picture(SCREENSHOTS / f"{name}.png", window)
 
     def expect_alert(self, quillery, title, message, buttons, picture):
         """Waits for an alert with this title and expects its message and buttons. Returns the alert."""

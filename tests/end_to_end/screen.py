@@ -71,6 +71,13 @@ class Element:
     def has_selected_text(self):
         return self.bus.call(self.name, self.path, "org.a11y.atspi.Text", "GetNSelections")[0] > 0
 
+    def content(self):
+        """The text in a field."""
+        return self.bus.call(self.name, self.path, "org.a11y.atspi.Text", "GetText", GLib.Variant("(ii)", (0, -1)))[0]
+
+    def value(self):
+        return self.bus.property(self.name, self.path, "org.a11y.atspi.Value", "CurrentValue")
+
     def frame(self):
         """x, y, width and height on the screen, in pixels; y counts from the top."""
         return self.bus.call(self.name, self.path, "org.a11y.atspi.Component", "GetExtents",
@@ -81,7 +88,8 @@ class Element:
         return [element.title for element in self.below() if element.is_a("label") and element.title]
 
     def buttons(self):
-        return [element.title for element in self.below() if element.is_a("push button")]
+        """The titles of the visible buttons, in order."""
+        return [element.title for element in self.below() if element.is_a("push button") and element.has_state(SHOWING)]
 
     def find(self, role, title=None):
         """Waits for a control of this role and title. Returns the first one."""
