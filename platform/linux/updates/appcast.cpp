@@ -16,6 +16,7 @@ namespace {
 constexpr std::string_view sparkle = "http://www.andymatuschak.org/xml-namespaces/sparkle";
 constexpr XML_Char separator = ' ';  // between a namespace and a name; neither has one
 constexpr std::size_t mostLevels = 32;
+constexpr std::size_t mostItems = 10'000;
 constexpr std::size_t longestText = 4096;  // of everything but the notes
 
 Error unreadable(const std::string& reason) {
@@ -92,8 +93,13 @@ class AppcastReader {
     text_.clear();
     if (path_.size() == 2 && path_[0] == "rss" && path_[1] == "channel") hasChannel_ = true;
     if (!isInItem()) return;
-    if (path_.size() == 3) items_.emplace_back();
+    if (path_.size() == 3) addItem();
     if (path_.size() == 4 && path_[3] == "enclosure") readEnclosure(attributes);
+  }
+
+  void addItem() {
+    if (items_.size() == mostItems) return refuse("it has too many items");
+    items_.emplace_back();
   }
 
   // Adds an enclosure to the last item.

@@ -21,9 +21,9 @@ struct AppcastItem {
 };
 
 // The largest feed that is read, and the most bytes of an item's notes that are kept.
-inline constexpr std::size_t largestAppcast = 1024 * 1024;
-inline constexpr std::size_t longestNotes = 16 * 1024;
+inline constexpr std::size_t largestAppcast = std::size_t{1} << 20;
+inline constexpr std::size_t longestNotes = std::size_t{16} << 10;
 
 // Returns the items of a feed in its order. Skips elements and attributes that it does not know. Throws Error if the
-// feed is too large, is not XML in UTF-8, has a document type or too many levels, or is not an appcast.
+// feed is too large, is not XML in UTF-8, has a document type, too many levels or too many items, or is not an appcast.
 std::vector<AppcastItem> readAppcast(std::string_view xml);

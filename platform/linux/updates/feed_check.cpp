@@ -15,6 +15,8 @@ FeedCheck::FeedCheck(UpdateTools& tools, const std::optional<std::string>& skipp
 }
 
 void FeedCheck::readFeed() {
+  if (!tools_.source.mayRead(tools_.source.feedAddress))
+    return finishReading("The address of the list of updates is not secure.");
   transfer_ =
       tools_.network.get(tools_.source.feedAddress,
                          {.mayFollowTo = [this](const std::string& address) { return tools_.source.mayRead(address); },

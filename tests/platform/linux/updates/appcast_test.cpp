@@ -104,6 +104,9 @@ TEST(Appcast, isRefusedIfItIsTooDeepOrTooLarge) {
   std::string open;
   for (int level = 0; level < 40; ++level) open += "<a>";
   EXPECT_EQ(refusalOf("<rss><channel>" + open), "The list of updates couldn’t be read: it has too many levels.");
+  std::string items;
+  for (int count = 0; count <= 10'000; ++count) items += "<item/>";
+  EXPECT_EQ(refusalOf("<rss><channel>" + items), "The list of updates couldn’t be read: it has too many items.");
   EXPECT_EQ(refusalOf(std::string(largestAppcast + 1, ' ')), "The list of updates couldn’t be read: it is too large.");
 }
 

@@ -115,6 +115,14 @@ TEST_F(UpdateAttack, withAnInsecureAddressIsRefused) {
   EXPECT_THAT(network_.requests, ElementsAre(feedAddress_));
 }
 
+TEST_F(UpdateAttack, withAFeedAtAnInsecureAddressIsRefused) {
+  feedAddress_ = "http://example.com/appcast.xml";
+  publishFeed();
+  check();
+  EXPECT_EQ(windows_.text, "The address of the list of updates is not secure.");
+  EXPECT_THAT(network_.requests, IsEmpty());
+}
+
 TEST_F(UpdateAttack, withARedirectionToPlainHttpIsRefused) {
   network_.replies[packageAddress_].redirection = "http://example.com/quillery.deb";
   expectRefusal("redirection refused");
