@@ -4,9 +4,9 @@
 # Installs Debian (minbase) with debootstrap into a scratch folder, then the dependencies that the package declares and
 # nothing else, then the package with dpkg alone. Runs the self-test, one sort, and the menu-bar program on a virtual
 # display. Purges the package and compares every file and folder with the state before the installation. Then installs
-# it again, beside a session bus and a launcher, which start the program by its installed entries. MIRROR
-# defaults to the mirror from which this machine's apt takes Debian 12. Needs root, debootstrap, Xvfb and 1 GB below
-# TMPDIR.
+# it again, beside a session bus and a launcher, which start the program by its installed entries, and updates it to a
+# newer package as the program does, with the build's tools/install_update, which is beside the package. MIRROR defaults
+# to the mirror from which this machine's apt takes Debian 12. Needs root, debootstrap, Xvfb and 1 GB below TMPDIR.
 set -euo pipefail
 repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # shellcheck source=tools/bare_root.sh
@@ -110,6 +110,31 @@ END
   [[ $(grep --count '^started by ' "$scratch/started") == 2 ]] || fail "the program could not be started"
 }
 
+# The same package as another version.
+make_version() {
+  rm -rf "$scratch/other"
+  dpkg-deb --raw-extract "$package" "$scratch/other"
+  sed --in-place "s/^Version: .*/Version: $1/" "$scratch/other/DEBIAN/control"
+  dpkg-deb --root-owner-group -Znone --build "$scratch/other" "$scratch/other.deb" >/dev/null
+  install --owner=1000 --group=1000 --mode=400 "$scratch/other.deb" "$root/tmp/home/update/quillery.deb"
+}
+
+# Installs a version with apt, from a file that only its user may read. Without polkit, nobody is asked for permission.
+update_to() {
+  make_version "$1"
+  inside "/root/install_update /tmp/home/update/quillery.deb"
+}
+
+update() {
+  install -d --owner=1000 --group=1000 --mode=700 "$root/tmp/home/update"
+  install "$(dirname "$package")/tools/install_update" "$root/root/"
+  printf '#!/bin/sh\nexec "$@"\n' >"$root/usr/bin/pkexec"
+  chmod 755 "$root/usr/bin/pkexec"
+  update_to 99.0.0-1
+  [[ $(inside "dpkg-query --show --showformat '\${Version}' $name") == 99.0.0-1 ]] || fail "the update is not installed"
+  ! update_to 0.0.9-1 || fail "an older version was installed"
+}
+
 compare() {
   local changed
   changed=$(LC_ALL=C comm -3 "$scratch/before" "$scratch/after" | sed 's/^\t//' | cut -f 1 | sort -u)
@@ -131,5 +156,6 @@ stage "dpkg --purge" purge
 listing >"$scratch/after"
 stage "leftovers" compare
 stage "a bus and a launcher" start_by_others
-printf '\nThe package installs, works and leaves nothing behind when purged.\n'
+stage "an update" update
+printf '\nThe package installs, works, can be updated and leaves nothing behind when purged.\n'
 printf '%s\n' "${times[@]}"
