@@ -10,6 +10,7 @@ import os
 import pathlib
 import plistlib
 import re
+import shlex
 import signal
 import stat
 import subprocess
@@ -653,7 +654,7 @@ class EndToEndTest(unittest.TestCase):
         entry = configparser.RawConfigParser()
         entry.read(INSTALLATION / f"share/applications/{IDENTIFIER}.desktop")
         command = entry["Desktop Entry"]["Exec"]
-        self.assertEqual(entry["Desktop Entry"]["TryExec"], command)
+        self.assertEqual([entry["Desktop Entry"]["TryExec"]], shlex.split(command))
         Quillery(self.desktop, program=["/bin/sh", "-c", f"{command} & wait"]).item
 
     def test_the_quit_action_of_the_session_ends_the_program(self):
