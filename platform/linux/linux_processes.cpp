@@ -13,11 +13,11 @@
 
 #include "platform/error.h"
 #include "platform/linux/installed_bundle.h"
+#include "platform/linux/run_error.h"
 #include "platform/linux/spawn_settings.h"
 #include "platform/linux/word_pointers.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/surroundings.h"
-#include "values/harmless_text.h"
 
 namespace {
 
@@ -43,12 +43,6 @@ std::string canonicalText(const Uuid& uuid) {
     text += digits[uuid[index] & 0x0F];
   }
   return text;
-}
-
-Error cannotRun(const std::string& path, int problem) {
-  return {
-      "POSIX", problem,
-      "The program “" + harmlessLine(path) + "” couldn’t be run: " + std::generic_category().message(problem) + "."};
 }
 
 pid_t start(const std::string& path, std::vector<std::string> words) {

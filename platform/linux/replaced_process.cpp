@@ -4,19 +4,15 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
 #include <vector>
 
-#include "platform/error.h"
+#include "platform/linux/run_error.h"
 #include "platform/linux/word_pointers.h"
-#include "values/harmless_text.h"
 
 // Descriptors stay open until the other program runs, because this one needs them if it does not.
 void replaceProcess(const std::string& executable) {
   static_cast<void>(close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC));
   std::vector<std::string> words = {executable};
   execv(executable.c_str(), pointersTo(words).data());
-  throw Error("POSIX", errno,
-              "The program “" + harmlessLine(executable) +
-                  "” couldn’t be run: " + std::generic_category().message(errno) + ".");
+  throw cannotRun(executable, errno);
 }

@@ -6,16 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/trimmed_text.h"
+
 namespace {
 
 constexpr std::string_view group = "[Desktop Entry]";
-constexpr std::string_view blanks = " \t\r";
-
-std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(blanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 // Returns the character for a backslash and this one; absent if they are no escape.
 std::optional<char> escaped(char character) {

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/error.h"
+#include "platform/linux/trimmed_text.h"
 #include "platform/product.h"
 
 namespace {
@@ -25,12 +26,6 @@ Error unreadable(const std::string& reason) {
 
 std::string qualified(std::string_view space, std::string_view name) {
   return std::string(space) + separator + std::string(name);
-}
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view spaces = " \t\r\n";
-  const std::size_t start = text.find_first_not_of(spaces);
-  return start == std::string_view::npos ? "" : text.substr(start, text.find_last_not_of(spaces) - start + 1);
 }
 
 // Returns at most the first `most` bytes of UTF-8, without half a character at the end.
